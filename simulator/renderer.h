@@ -1,0 +1,52 @@
+// Draws what the pod's cameras see at one instant.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "simulator/snapshot.h"
+
+namespace podsim {
+
+constexpr int kMainChannel = 0;      // the picture chosen by display_mode
+constexpr int kInfraredChannel = 1;  // always the infrared picture
+
+// The frame number stands in the picture's top edge as kNumberBlocks squares of kNumberBlockPx pixels from
+// x = 0, y = 0, most significant bit first, white = 1, black = 0; pictures are at least 512 pixels wide.
+constexpr int kNumberBlocks = 16;
+constexpr int kNumberBlockPx = 32;
+
+struct VisibleObject {
+    int id;                      // 1..255, as for tracking by number
+    int type;                    // as Snapshot::target_type
+    double x_px, y_px;           // centre in the picture, origin top left, y downward
+    double width_px, height_px;  // of the upright box around it
+    bool occluded;               // hidden behind something
+};
+
+// The moving objects whose centre lies in the picture, nearest first. With more than one view in the picture
+// an object is told once, in the view that shows the tracker's source.
+std::vector<VisibleObject> visibleObjects(const Snapshot& snapshot, int width, int height, int channel);
+
+// One renderer belongs to one thread. All renderers share the textures, made when the first one is built.
+class Renderer {
+public:
+    // width and height: of the picture in pixels, even, at least 512 x 288.
+    Renderer(int width, int height, int channel);
+    ~Renderer();
+    Renderer(const Renderer&) = delete;
+    Renderer& operator=(const Renderer&) = delete;
+
+    // out is resized as needed. The low 16 bits of frame_number are drawn.
+    void render(const Snapshot& snapshot, std::uint32_t frame_number, I420Image& out);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+// Reads the frame number back from a picture's luma, -1 if a block is neither black nor white.
+int readFrameNumber(const std::uint8_t* y, int stride, int width, int height);
+
+}  // namespace podsim

@@ -1,0 +1,189 @@
+// The state of the simulated pod at one instant, as plain values.
+//
+// Units throughout: degrees, metres, metres per second, seconds, degrees Celsius, unless a field says
+// otherwise. Angles: azimuth positive to the right, elevation positive upward, roll positive right side down;
+// headings and earth azimuths clockwise from north. Pixels are those of the encoded main picture.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace podsim {
+
+// Position, attitude and time of the carrier as told by the station.
+struct NavInput {
+    double pitch_deg = 0, roll_deg = 0, heading_deg = 0;
+    double latitude_deg = 0, longitude_deg = 0;  // both 0: no position, the simulated flight goes on
+    double altitude_m = 0;                       // above sea level
+    double north_speed_mps = 0, east_speed_mps = 0, ground_speed_mps = 0;
+    int satellites = 0;
+    int year = 0, month = 0, day = 0;  // full year; month 0: no time
+    int hour = 0, minute = 0, second = 0, hundredths = 0;
+};
+
+struct CalendarTime {
+    int year, month, day, hour, minute, second, millisecond;
+};
+// utc_ms: milliseconds since 1970-01-01 00:00, without leap seconds.
+CalendarTime toCalendar(std::int64_t utc_ms);
+std::int64_t fromCalendar(const CalendarTime& time);
+
+// Planar 8-bit 4:2:0 picture, limited range (black 16, white 235), BT.601. width and height are even; the
+// planes have no padding: y is width x height, u and v are width/2 x height/2.
+struct I420Image {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> y, u, v;
+    void resize(int w, int h);
+};
+
+enum class ServoState : std::uint8_t {
+    Standby = 0,
+    Off = 1,
+    Manual = 2,
+    Stowed = 3,
+    DigitalGuide = 4,
+    HeadingLock = 5,
+    Scan = 6,
+    Tracking = 7,
+    LookDown = 8,
+    GyroAutoDrift = 9,
+    GyroTemperatureDrift = 10,
+    HeadingFollow = 11,
+    Centring = 12,
+    GyroManualDrift = 13,
+    AttitudeGuide = 14,
+};
+
+enum class TrackState : std::uint8_t { Idle = 0, Stable = 1, Coasting = 2, Lost = 3, Capturing = 4 };
+
+// The video output; the values are those of the report's display_mode.
+enum class DisplayMode : std::uint8_t {
+    Infrared = 0,
+    VisibleWide = 1,
+    TopBottom = 2,
+    PipInfrared = 3,  // infrared picture, visible inset
+    PipVisible = 4,   // visible picture, infrared inset
+    LeftRight = 5,
+    VisibleTele = 6,
+};
+
+struct Snapshot {
+    // Time.
+    double time_s = 0;        // since the pod was switched on
+    std::int64_t utc_ms = 0;  // the pod's clock
+
+    // Aircraft.
+    int aircraft_number = 0;
+    double battery_percent = 0, endurance_min = 0, flown_min = 0;
+    double latitude_deg = 0, longitude_deg = 0, altitude_m = 0;  // above sea level
+    double height_m = 0;                                         // above ground
+    double heading_deg = 0, pitch_deg = 0, roll_deg = 0;
+    double ground_speed_mps = 0, vertical_speed_mps = 0;  // vertical positive upward
+    int satellites = 0;
+    bool nav_external = false;  // position and attitude come from the station
+
+    // Position in the simulated landscape, metres from its origin.
+    double east_m = 0, north_m = 0;
+
+    // Pod: frame angles relative to the aircraft, attitude angles relative to the earth.
+    ServoState servo_state = ServoState::Standby;
+    double frame_yaw_deg = 0, frame_pitch_deg = 0, frame_roll_deg = 0;           // yaw -180..180
+    double attitude_yaw_deg = 0, attitude_pitch_deg = 0, attitude_roll_deg = 0;  // yaw -180..180
+    double rate_az_dps = 0, rate_el_dps = 0;  // present speed of the axes, degrees per second
+    int attitude_guidance_feedback = 0;       // 18 under way, 19 complete, else 0
+
+    // Cameras. Fields of view are horizontal and include the electronic zoom.
+    double vl_fov_deg = 0, ir_fov_deg = 0, tele_fov_deg = 0;
+    double vl_focal_mm = 0, ir_focal_mm = 0;
+    double vl_zoom = 1, ir_zoom = 1;    // optical, 1 = widest
+    double ir_ezoom = 1;                // 1, 2, 4
+    int vl_ezoom_index = 0;             // 0 = 1x, 1 = 2x, 2 = 4x
+    double vl_focus = 1, ir_focus = 1;  // sharpness 0..1
+    DisplayMode display_mode = DisplayMode::VisibleWide;
+
+    // Tracker. The box centre's deviation is in pixels of the encoded main picture: origin at the picture's
+    // centre, x to the right, y upward.
+    TrackState track_state = TrackState::Idle;
+    bool track_source_visible = true;
+    double track_x_px = 0, track_y_px = 0;
+    double target_width_px = 0, target_height_px = 0;
+    int target_type = 0;       // 0 none or ground point, 1 car, 2 truck, 3 bus, 4 boat
+    int locked_object_id = 0;  // 0: none, or a point of the ground
+    int template_width_px = 64, template_height_px = 64;
+    int template_step = 0;  // steps to the right by the operator
+    bool auto_track = false;
+
+    // Detection.
+    bool ai_box = true;
+    int ai_source = 0;  // 0 infrared, 1 visible
+    int ai_method = 0;  // 0 whole picture, 1 region of interest, 2 tiles
+    int ai_roi_x_px = 0, ai_roi_y_px = 0;
+
+    // Laser and target.
+    double laser_range_m = 0;  // 0: no valid range
+    bool laser_continuous = false;
+    int laser_period_s = 1;
+    bool laser_firing = false;
+    bool illuminator = false;
+    double illuminator_hz = 0;
+    bool target_valid = false;
+    double target_latitude_deg = 0, target_longitude_deg = 0, target_altitude_m = 0;
+    // Where the line of sight meets the ground, whether ranged or not; slant 0 above the horizon.
+    double centre_latitude_deg = 0, centre_longitude_deg = 0, centre_altitude_m = 0, slant_m = 0;
+    int locate_mode = 0;  // 0 guide, 1 track
+
+    // Picture settings. Levels are steps around 0 unless told.
+    int ir_palette = 0;      // 0..11
+    int ir_enhancement = 0;  // 0..7
+    int ir_brightness = 0, ir_contrast = 0;
+    int vl_brightness = 0, vl_contrast = 0, vl_gain = 0;
+    bool vl_auto_gain = true;
+    bool stabilisation = true;
+    bool night_mode = false;
+    int fog_level = 0;  // 0..3
+    bool window_defog = false;
+    double nuc_s = 0;          // seconds left of a shutter or background compensation, 0: none
+    bool nuc_shutter = false;  // which of the two
+    bool same_fov = false;     // both cameras were set to one field of view
+
+    // On-screen display.
+    int osd_level = 2;            // 0 hidden, 1 part, 2 all
+    std::uint32_t osd_word = 0;   // item switches as commanded, raw
+    std::uint32_t osd_style = 1;  // bits 0..2 colour (0 white, 1 green, 2 yellow), bit 3 English
+    bool custom_text_on = false;
+    int custom_text_x = 0, custom_text_y = 0;
+    std::string custom_text;  // UTF-8
+    std::string notice;       // the latest change of state, shown for a few seconds; empty otherwise
+
+    // Storage.
+    bool photographing = false, snapshotting = false, burst = false, continuous_snapshot = false;
+    bool recording = false;
+    double record_s = 0;
+    int snapshot_count = 0;
+    bool file_naming_ok = true, tf_inserted = true, config_saved = false;
+    int tf_free_percent = 0;
+    double tf_capacity_gb = 0;
+
+    // Health.
+    int load_type = 4;  // 4: three sensors
+    int load_version_major = 1, load_version_minor = 2;
+    std::uint8_t module_bits = 0xFF;  // bit set = good; the order of the report
+    bool over_temperature = false, red_dot = false;
+    double driver_temperature_c = 0, centre_temperature_c = 0, max_temperature_c = 0;
+    bool temperature_alarm_on = false;
+    double temperature_alarm_c = 0;
+
+    std::uint8_t command_feedback = 0;  // low byte of the latest command code
+    std::array<std::uint8_t, 4> ip = {192, 168, 1, 160};
+    int encoder_codec = -1;        // as commanded: 0 H.264, 1 H.265, -1 not commanded
+    int encoder_bitrate_kbps = 0;  // as commanded, 0 not commanded
+    int reboot_count = 0;
+
+    // Size of the encoded main picture, in pixels.
+    int frame_width = 1280, frame_height = 720;
+};
+
+}  // namespace podsim
