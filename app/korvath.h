@@ -188,9 +188,12 @@ private:
     void storeEditsToConfig();
 
     // --- app/korvath_events.cpp ---
-    bool customEvent1000(QEvent* e);
-    bool filterVideo(QObject* obj, QEvent* e);
-    bool filterPanes(QObject* obj, QEvent* e);
+    void dispatchCustomEvent(QEvent* e);
+    // Cursor over the window's edges.
+    void followHover(QEvent* e);
+    bool paintDragMark(QObject* obj);
+    void filterResize(QObject* obj);
+    void filterMousePress(QObject* obj, QEvent* e);
     void tick();
 
     // --- app/korvath_panes.cpp ---
@@ -202,6 +205,8 @@ private:
     void placeStatPane();
     void placeDragOverlay();
     void placeReplayPanel();
+    // Full screen hides everything around the picture; leaving it brings it back.
+    void setFrameVisible(bool visible);
 
     // --- link/korvath_link.cpp ---
     // Connects the connection dialog's link groups and fills them from the configuration (first stage).
@@ -214,13 +219,19 @@ private:
     void refreshConnectionButtons();
 
     // --- link/korvath_send.cpp ---
+    // Creates m_sender on this window's fields, clocks and conditions (constructor, before the settings exist).
+    void setupSender();
     void onPeriodTick();
     void onNavTick();
 
     // --- link/korvath_commands.cpp ---
-    // Button groups, signals of combo boxes and switches of both control pages (second stage).
+    // radioButton_13 and radioButton_14 as one group, frame mode first (constructor).
+    void buildServoModeGroup();
+    // Items of the combo boxes with fixed items, and the start index of those that the configuration names (first stage).
+    void fillCommandCombos();
+    // Signals of the combo boxes and switches of both control pages, m_stopTimer's senders (second stage).
     void setupCommands();
-    // Start values of edits and combo boxes from the configuration (first stage: combo boxes; second: edits).
+    // Start values of the edits from the configuration (second stage).
     void fillCommandFields();
     // Item texts of the combo boxes and start values of the edits that a language change resets.
     void retranslateCommands();

@@ -1,0 +1,39 @@
+#include <QApplication>
+#include <QFont>
+#include <cstdlib>
+
+#include "app/korvath.h"
+#include "platform/process.h"
+
+namespace {
+
+void setAttributes() {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
+void setApplicationFont() {
+    QFont font;
+    font.setStyleStrategy(QFont::PreferAntialias);
+    font.setHintingPreference(QFont::PreferFullHinting);
+    QApplication::setFont(font);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    setAttributes();
+    setApplicationFont();
+    platform::installCrashHandler();
+#ifndef SORVANE_SANITIZED
+    // The libraries' own clean-up is not relied on. A sanitizer reports at exit, so it needs the long way.
+    std::atexit([] { platform::exitAtOnce(); });
+#endif
+    QApplication application(argc, argv);
+    Korvath window;
+    setInstance(&window);
+    window.initFirstStage();
+    window.initSecondStage();
+    application.installEventFilter(&window);
+    return QApplication::exec();
+}
