@@ -1,0 +1,55 @@
+// The widget under a picture: paints its no-signal text and turns mouse gestures into commands to the pod.
+#pragma once
+
+#include <QFont>
+#include <QLabel>
+
+#include "video/drag_gesture.h"
+
+class Korvath;
+
+// While a stream is open the SDL window on this widget's native window owns the pixels and Qt paints nothing
+// here. GUI thread only.
+class QMyVideoWidget : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit QMyVideoWidget(QWidget* parent = nullptr);
+    ~QMyVideoWidget() override;
+
+    // Called once for each widget during the main window's construction; derives window_id from the object
+    // name.
+    void setOwner(Korvath* owner);
+    int windowId() const { return window_id; }
+    bool dragUnderWay() const { return drag.dragging; }
+
+    // Ends whatever hold is under way: a drag sends its stop, exactly once. Does nothing without a drag.
+    void endHold();
+    // To be called whenever the owner's no-signal state of this window has changed.
+    void streamStateChanged();
+
+    QPaintEngine* paintEngine() const override;
+    bool eventFilter(QObject* obj, QEvent* e) override;
+
+signals:
+    // The native window was replaced; whatever was drawn onto the old one is to be moved.
+    void nativeWindowChanged();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent* e) override;
+    void mouseMoveEvent(QMouseEvent* e) override;
+    void wheelEvent(QWheelEvent* e) override;
+    void paintEvent(QPaintEvent* e) override;
+    void moveEvent(QMoveEvent* e) override;
+    bool event(QEvent* e) override;
+
+private:
+    void dragTo(const QPoint& pos);
+    void clickAt(const QPoint& pos);
+    bool streamOpen() const;
+
+    Korvath* owner = nullptr;
+    int window_id = 1;
+    sorvane::DragGesture drag;
+    QFont font;
+};
