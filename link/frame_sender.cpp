@@ -1,0 +1,140 @@
+#include "link/frame_sender.h"
+
+#include <cstring>
+#include <utility>
+
+#include "link/bytes.h"
+#include "link/command_codes.h"
+
+namespace sorvane {
+
+namespace {
+
+constexpr std::int64_t kDragInterval_ms = 40;
+// Nothing in the station writes this code; its release form is kept for pods that know it.
+constexpr std::uint8_t kLegacyHeldCode = 0x83;
+
+constexpr bool needsStopFrame(std::uint16_t code) {
+    return code == CMD_SERVO_RATE || code == CMD_VL_LENS || code == CMD_IR_LENS;
+}
+
+}  // namespace
+
+FrameSender::FrameSender(FixedCommandFrame& frame, bool& frame_release, std::uint16_t& last_code,
+                         NavBlock& nav_block, SenderConditions conditions)
+    : m_frame(frame),
+      m_frameRelease(frame_release),
+      m_lastCode(last_code),
+      m_navBlock(nav_block),
+      m_conditions(std::move(conditions)) {}
+
+void FrameSender::sendCommand4(std::uint8_t code, std::uint8_t p1, std::uint8_t p2, std::uint8_t p3,
+                               std::uint8_t p4) {
+    const std::uint8_t p[4] = {p1, p2, p3, p4};
+    if (m_conditions.single_mode()) {
+        sendVariableFrame(code, p, sizeof p);
+        return;
+    }
+    m_frame.code = code;
+    std::memcpy(m_frame.p, p, sizeof p);
+    m_frame.rate_code = 0;
+    m_frameRelease = false;
+}
+
+void FrameSender::sendCommandWord(std::uint8_t code, std::int16_t a, std::int16_t b) {
+    sendCommand4(code, lowByte(a), highByte(a), lowByte(b), highByte(b));
+}
+
+void FrameSender::sendCommandRate(std::uint8_t frame_code, std::uint8_t code, std::int16_t x,
+                                  std::int16_t y) {
+    if (m_conditions.single_mode()) {
+        std::uint8_t rates[4];
+        storeI16(rates, x);
+        storeI16(rates + 2, y);
+        sendVariableFrame(code, rates, sizeof rates);
+        return;
+    }
+    m_frame.code = frame_code;
+    m_frame.rate_code = code;
+    m_frame.rate_x = x;
+    m_frame.rate_y = y;
+    m_frameRelease = false;
+}
+
+void FrameSender::sendCommandPayload(std::uint8_t code, const void* data, int n) {
+    if (m_conditions.single_mode()) {
+        sendVariableFrame(code, data, n);
+        return;
+    }
+    if (n < 0 || n > kFixedPayloadRoom || (data == nullptr && n != 0)) return;
+    m_frame.code = code;
+    if (n > 0)
+        std::memcpy(m_frame.bytes() + offsetof(FixedCommandFrame, p), data, static_cast<std::size_t>(n));
+    m_frameRelease = false;
+}
+
+void FrameSender::sendVariableFrame(std::uint16_t code, const void* data, int n) {
+    const std::vector<std::uint8_t> frame = buildVariableFrame(code, data, n);
+    if (frame.empty()) return;
+    if (m_conditions.drag_under_way()) {
+        if (m_conditions.elapsed_ms() < kDragInterval_ms) return;
+        m_conditions.restart_clock();
+    }
+    m_conditions.push(frame.data(), static_cast<int>(frame.size()));
+    // The stream of position frames must not disturb which command a release ends.
+    if (code != CMD_NAV_BLOCK) m_lastCode = code;
+}
+
+void FrameSender::sendFixedFrame(FixedCommandFrame& frame) {
+    const bool position_source = m_conditions.recv_telemetry() || m_conditions.ins_open();
+    if (position_source) {
+        completeFixedFrame(frame, m_navBlock, nullptr);
+    } else {
+        const CalendarTime now = m_conditions.local_time();
+        completeFixedFrame(frame, m_navBlock, &now);
+    }
+    m_conditions.push(frame.bytes(), kFixedFrameSize);
+}
+
+void FrameSender::periodTick() {
+    sendFixedFrame(m_frame);
+    // A second frame of this code would start tracking anew.
+    if (m_frame.code == CMD_TRACK_POINT) resetFixedFrame(m_frame);
+    // Stays true until the next command: harmless, the frame is idle then.
+    if (m_frameRelease) release();
+}
+
+void FrameSender::release() {
+    const std::uint8_t code = m_frame.code;
+    const std::uint8_t rate_code = m_frame.rate_code;
+    resetFixedFrame(m_frame);
+    if (code == CMD_VL_LENS || code == CMD_IR_LENS) {
+        // Zero parameters end the lens movement on the pod.
+        m_frame.code = code;
+        sendFixedFrame(m_frame);
+        m_frame.code = 0;
+    } else if (code == kLegacyHeldCode) {
+        FixedCommandFrame stop;
+        stop.code = CMD_SERVO_RATE;
+        sendFixedFrame(stop);
+    }
+    // The frame goes on carrying zero rates.
+    if (rate_code == CMD_SERVO_RATE) m_frame.rate_code = CMD_SERVO_RATE;
+}
+
+void FrameSender::navTick() {
+    // Unlike the fixed frame this path does not ask for the interface feed, and positions stay integers: both
+    // meant.
+    if (!m_conditions.ins_open()) setLocalTime(m_navBlock, m_conditions.local_time());
+    sendVariableFrame(CMD_NAV_BLOCK, &m_navBlock, kNavBlockSize);
+}
+
+void FrameSender::stopCommand(std::uint16_t code) {
+    m_frameRelease = true;
+    const std::uint16_t ended = code != 0 ? code : m_lastCode;
+    if (!m_conditions.single_mode() || !needsStopFrame(ended)) return;
+    const std::uint8_t zero[4] = {};
+    sendVariableFrame(ended, zero, sizeof zero);
+}
+
+}  // namespace sorvane

@@ -1,0 +1,58 @@
+// What the two protocol modes do with a command: edit the frame that is sent periodically, or send once.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "link/frames.h"
+#include "link/nav_block.h"
+
+namespace sorvane {
+
+// What the sender asks of its surroundings, each time anew. All must be set; called on the sender's thread.
+struct SenderConditions {
+    std::function<bool()> single_mode;         // "单次" is chosen
+    std::function<bool()> drag_under_way;      // a mouse drag on the picture
+    std::function<bool()> recv_telemetry;      // the interface feed is a source of position
+    std::function<bool()> ins_open;            // the inertial unit's port is open
+    std::function<std::int64_t()> elapsed_ms;  // since the send clock was last restarted
+    std::function<void()> restart_clock;       // restarts the send clock
+    std::function<CalendarTime()> local_time;
+    std::function<void(const void* data, int n)> push;  // to the link; nobody looks at the result
+};
+
+// Works on the window's own fields, which outlive it. One thread.
+class FrameSender {
+public:
+    FrameSender(FixedCommandFrame& frame, bool& frame_release, std::uint16_t& last_code, NavBlock& nav_block,
+                SenderConditions conditions);
+
+    // Nearly every command. Single mode: one variable frame of four bytes; periodic mode: edits the frame.
+    void sendCommand4(std::uint8_t code, std::uint8_t p1, std::uint8_t p2, std::uint8_t p3, std::uint8_t p4);
+    void sendCommandWord(std::uint8_t code, std::int16_t a, std::int16_t b);
+    // Single mode uses `code` alone; periodic mode leaves the four parameters of the frame as they are.
+    void sendCommandRate(std::uint8_t frame_code, std::uint8_t code, std::int16_t x, std::int16_t y);
+    // Null data with n above 0, a negative n, and what exceeds the frame (39 bytes periodic, 253 single) do
+    // nothing.
+    void sendCommandPayload(std::uint8_t code, const void* data, int n);
+    // In either mode. During a drag at most one frame in 40 ms; the others are dropped, not queued.
+    void sendVariableFrame(std::uint16_t code, const void* data, int n);
+    // Completes the given frame in place and sends it.
+    void sendFixedFrame(FixedCommandFrame& frame);
+    // A held control was let go; code 0 means the last code that was sent.
+    void stopCommand(std::uint16_t code);
+
+    void periodTick();
+    void navTick();
+
+private:
+    void release();
+
+    FixedCommandFrame& m_frame;
+    bool& m_frameRelease;
+    std::uint16_t& m_lastCode;
+    NavBlock& m_navBlock;
+    SenderConditions m_conditions;
+};
+
+}  // namespace sorvane
