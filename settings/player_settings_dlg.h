@@ -1,7 +1,9 @@
 // The one modeless settings dialog; owns the configuration of the whole program.
 #pragma once
 
+#include <QString>
 #include <QTranslator>
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -9,6 +11,8 @@
 
 class Korvath;
 class MyAppConfig;
+class QLineEdit;
+class QPushButton;
 namespace Ui {
 class dialogSettings;
 }
@@ -48,15 +52,29 @@ protected:
 
 private:
     friend struct KorvathAccess;
+    // One row of the file page: where it stands, what it stores, the chooser's title.
+    struct DirectoryRow {
+        QLineEdit* edit;
+        QPushButton* change;
+        QPushButton* open;
+        QString MyAppConfig::*key;
+        QString title;
+    };
+
     void fillFromConfig();
     void connectWidgets();
-    // One pair a page: widgets from configuration, configuration from widgets.
+    // A page is a pair: widgets from configuration, configuration from widgets.
     void loadCommonPage();
+    void connectCommonPage();
+    void retranslateCommonPage();
     void storeCommonPage();
     void loadFilePage();
+    void connectFilePage();
     void storeFilePage();
+    std::array<DirectoryRow, 3> directoryRows();
     void storePages();
-    void sendOsdLanguage(int language);
+    // Sends the style word of the on-screen display, colour and language, to the pod.
+    void sendOsdStyle();
 
     Korvath* m_window;
     QTranslator m_translator;

@@ -1,0 +1,4 @@
+set(settings_shell_sources
+    settings/player_settings_dlg.cpp
+    settings/page_common.cpp
+    settings/page_file.cpp)
