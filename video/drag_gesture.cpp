@@ -10,7 +10,7 @@ namespace {
 
 std::int16_t rate(int delta, int extent, double sign) {
     const double fraction = std::fabs(static_cast<double>(delta)) / extent;
-    return static_cast<std::int16_t>(toInt32(sign * DragGesture::kFullRate * fraction));
+    return truncateToI16(sign * DragGesture::kFullRate * fraction);
 }
 
 }  // namespace
