@@ -1,0 +1,23 @@
+// Base of every dialog that draws its own title strip.
+#pragma once
+
+#include <QDialog>
+
+// A dialog without a window frame. A press of any button on its title widget hands the move to the system.
+// GUI thread.
+class common_dlg : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit common_dlg(QWidget* parent = nullptr);
+    ~common_dlg() override;
+
+    // The strip that moves the dialog, normally a child of it; call once, after the form is built. Until then
+    // the dialog cannot be moved.
+    void setTitleWidget(QWidget* widget);
+
+    bool eventFilter(QObject* obj, QEvent* e) override;
+
+private:
+    QWidget* m_title = nullptr;
+};
