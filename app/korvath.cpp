@@ -80,7 +80,9 @@ Korvath::~Korvath() {
     m_recv_buf_udp = nullptr;
 }
 
-MyAppConfig& Korvath::config() const { return *m_settings->m_config; }
+MyAppConfig& Korvath::config() const {
+    return *m_settings->m_config;
+}
 
 void Korvath::buildTitleBar() {
     auto* layout = new QHBoxLayout(ui->test_4);
@@ -155,7 +157,8 @@ void Korvath::setupDialogs() {
     m_telemetryDlg = base(ui_telemetry_info);
     m_seiDlg = base(ui_sei_info);
     m_connectionDlg = base(ui_connection);
-    connect(ui_telemetry_info->pushButton, &QPushButton::clicked, this, &Korvath::on_btn_setting_telemetry_info);
+    connect(ui_telemetry_info->pushButton, &QPushButton::clicked, this,
+            &Korvath::on_btn_setting_telemetry_info);
 }
 
 void Korvath::initSecondStage() {
@@ -207,8 +210,8 @@ void Korvath::firstShow() {
 }
 
 void Korvath::applyViewMode(int mode) {
-    const std::array<QAction*, 4> actions = {ui->action_videoWin1, ui->action_videoWin2, ui->action_videoWinLR,
-                                             ui->action_videoWinTB};
+    const std::array<QAction*, 4> actions = {ui->action_videoWin1, ui->action_videoWin2,
+                                             ui->action_videoWinLR, ui->action_videoWinTB};
     for (int i = 0; i < 4; ++i) {
         actions[static_cast<std::size_t>(i)]->setChecked(i == mode);
     }
@@ -224,10 +227,18 @@ void Korvath::applyViewMode(int mode) {
     placeTips();
 }
 
-void Korvath::OnClickedVideoWin1() { applyViewMode(0); }
-void Korvath::OnClickedVideoWin2() { applyViewMode(1); }
-void Korvath::OnClickedVideoWinLR() { applyViewMode(2); }
-void Korvath::OnClickedVideoWinTB() { applyViewMode(3); }
+void Korvath::OnClickedVideoWin1() {
+    applyViewMode(0);
+}
+void Korvath::OnClickedVideoWin2() {
+    applyViewMode(1);
+}
+void Korvath::OnClickedVideoWinLR() {
+    applyViewMode(2);
+}
+void Korvath::OnClickedVideoWinTB() {
+    applyViewMode(3);
+}
 
 void Korvath::OnFileSettings() {
     m_settings->show();
@@ -269,10 +280,18 @@ void Korvath::refreshStatus() {
     m_statusVideo->setText(video.isEmpty() ? tr("视频未连接") : video);
 
     switch (m_linkState) {
-        case LINK_NONE: m_statusLink->setText(tr("控制连接关闭")); break;
-        case LINK_SERIAL: m_statusLink->setText(tr("串口已连接")); break;
-        case LINK_UDP: m_statusLink->setText(tr("UDP已连接")); break;
-        default: m_statusLink->setText(QString()); break;  // TCP shows nothing, on purpose
+        case LINK_NONE:
+            m_statusLink->setText(tr("控制连接关闭"));
+            break;
+        case LINK_SERIAL:
+            m_statusLink->setText(tr("串口已连接"));
+            break;
+        case LINK_UDP:
+            m_statusLink->setText(tr("UDP已连接"));
+            break;
+        default:
+            m_statusLink->setText(QString());
+            break;  // TCP shows nothing, on purpose
     }
 }
 

@@ -49,8 +49,8 @@ using CommandTimerList = QVector<int>;
 // The control link as the operator sees it.
 enum LinkState : std::int32_t { LINK_NONE = 0, LINK_SERIAL = 1, LINK_UDP = 2, LINK_TCP = 3 };
 
-// One object a process, created by main; lives on the GUI thread, and every member is used on that thread alone unless
-// its declaration says otherwise.
+// One object a process, created by main; lives on the GUI thread, and every member is used on that thread
+// alone unless its declaration says otherwise.
 class Korvath : public QMainWindow {
     Q_OBJECT
 
@@ -211,15 +211,18 @@ private:
     // --- link/korvath_link.cpp ---
     // Connects the connection dialog's link groups and fills them from the configuration (first stage).
     void setupLink();
-    // Fills both serial port lists and the local addresses, selects the address on the pod's subnet (second stage).
+    // Fills both serial port lists and the local addresses, selects the address on the pod's subnet (second
+    // stage).
     void fillLinkLists();
     void refreshInsPortList();
     void toggleInsPort();
-    // Button texts of the connection dialog by the present state; after each retranslation and at its opening.
+    // Button texts of the connection dialog by the present state; after each retranslation and at its
+    // opening.
     void refreshConnectionButtons();
 
     // --- link/korvath_send.cpp ---
-    // Creates m_sender on this window's fields, clocks and conditions (constructor, before the settings exist).
+    // Creates m_sender on this window's fields, clocks and conditions (constructor, before the settings
+    // exist).
     void setupSender();
     void onPeriodTick();
     void onNavTick();
@@ -227,7 +230,8 @@ private:
     // --- link/korvath_commands.cpp ---
     // radioButton_13 and radioButton_14 as one group, frame mode first (constructor).
     void buildServoModeGroup();
-    // Items of the combo boxes with fixed items, and the start index of those that the configuration names (first stage).
+    // Items of the combo boxes with fixed items, and the start index of those that the configuration names
+    // (first stage).
     void fillCommandCombos();
     // Signals of the combo boxes and switches of both control pages, m_stopTimer's senders (second stage).
     void setupCommands();
@@ -347,7 +351,8 @@ private:
     std::unique_ptr<sorvane::FrameSender> m_sender;
     int m_interfaceHandle = -1;
 
-    std::list<VideoSurface> m_surfaces;  // list: addresses stay valid; nothing is removed while the program runs
+    std::list<VideoSurface>
+        m_surfaces;  // list: addresses stay valid; nothing is removed while the program runs
     int frame_width = 1920, frame_height = 1080;
     // Created on the stream library's audio thread, stopped on the GUI thread after feedClose.
     QAudioOutput* audio_output = nullptr;
@@ -365,7 +370,8 @@ Korvath* instance();
 // Set once by main, before any library thread can start.
 void setInstance(Korvath* window);
 
-// Plain callbacks of the stream library: log their name and post a plain event to the window, if there is one.
+// Plain callbacks of the stream library: log their name and post a plain event to the window, if there is
+// one.
 void Play_Fail_CallBack();
 void Replay_Start_Callback();
 void Replay_End_Callback();

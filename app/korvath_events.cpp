@@ -20,14 +20,19 @@ namespace {
 Qt::CursorShape edgeCursor(int edges) {
     switch (edges) {
         case 1:
-        case 8: return Qt::SizeVerCursor;
+        case 8:
+            return Qt::SizeVerCursor;
         case 2:
-        case 4: return Qt::SizeHorCursor;
+        case 4:
+            return Qt::SizeHorCursor;
         case 3:
-        case 12: return Qt::SizeFDiagCursor;
+        case 12:
+            return Qt::SizeFDiagCursor;
         case 5:
-        case 10: return Qt::SizeBDiagCursor;
-        default: return Qt::ArrowCursor;
+        case 10:
+            return Qt::SizeBDiagCursor;
+        default:
+            return Qt::ArrowCursor;
     }
 }
 
@@ -54,19 +59,35 @@ void Korvath::followHover(QEvent* e) {
 void Korvath::dispatchCustomEvent(QEvent* e) {
     auto* mine = static_cast<QMyEvent*>(e);
     switch (static_cast<int>(e->type())) {
-        case EVT_CMD_BTN_DOWN: dispatchCommand(mine->sender); break;
-        case EVT_CMD_BTN_UP: stopCommand(0); break;
+        case EVT_CMD_BTN_DOWN:
+            dispatchCommand(mine->sender);
+            break;
+        case EVT_CMD_BTN_UP:
+            stopCommand(0);
+            break;
         case EVT_TELEMETRY:
-        case EVT_TELEMETRY_ALT: onTelemetryRecord(mine); break;
-        case EVT_LINK_FRAME: onLinkFrame(mine); break;
-        case EVT_INS_FRAME: onInsFrame(mine); break;
-        case EVT_VIDEO_FRAME: onVideoFrame(mine); break;
-        case EVT_NAV_BLOCK: onNavBlock(mine); break;
-        default: break;
+        case EVT_TELEMETRY_ALT:
+            onTelemetryRecord(mine);
+            break;
+        case EVT_LINK_FRAME:
+            onLinkFrame(mine);
+            break;
+        case EVT_INS_FRAME:
+            onInsFrame(mine);
+            break;
+        case EVT_VIDEO_FRAME:
+            onVideoFrame(mine);
+            break;
+        case EVT_NAV_BLOCK:
+            onNavBlock(mine);
+            break;
+        default:
+            break;
     }
 }
 
-// Sees every event of the process: each branch compares the type or the pointer first and does nothing for a miss.
+// Sees every event of the process: each branch compares the type or the pointer first and does nothing for a
+// miss.
 bool Korvath::eventFilter(QObject* obj, QEvent* e) {
     switch (e->type()) {
         case QEvent::Paint:
@@ -74,8 +95,12 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
                 return true;
             }
             break;
-        case QEvent::Resize: filterResize(obj); break;
-        case QEvent::MouseButtonPress: filterMousePress(obj, e); break;
+        case QEvent::Resize:
+            filterResize(obj);
+            break;
+        case QEvent::MouseButtonPress:
+            filterMousePress(obj, e);
+            break;
         case QEvent::MouseButtonRelease:
             if (obj == ui->videoWin1 && static_cast<QMouseEvent*>(e)->button() == Qt::MiddleButton) {
                 stopCommand(0);
@@ -86,7 +111,8 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
                 setZoom(1, static_cast<QWheelEvent*>(e)->angleDelta().y() > 0 ? 1 : 2);
             }
             break;
-        default: break;
+        default:
+            break;
     }
     return QObject::eventFilter(obj, e);
 }

@@ -61,9 +61,10 @@ void Korvath::rebuildPageSelectors() {
         for (int i = 0; i < 2; ++i) {
             auto* button = new QPushButton(texts[static_cast<std::size_t>(i)], m_ctrlSelect);
             button->setGeometry(0, i * 100, m_ctrlSelect->width(), 100);
-            button->setStyleSheet(QStringLiteral(
-                "QPushButton { background-color: rgba(160, 160, 160, 150); border: none; padding: 0; min-height: 0;"
-                " font: 700 10pt \"Microsoft YaHei UI\"; }"));
+            button->setStyleSheet(
+                QStringLiteral("QPushButton { background-color: rgba(160, 160, 160, 150); border: none; "
+                               "padding: 0; min-height: 0;"
+                               " font: 700 10pt \"Microsoft YaHei UI\"; }"));
             button->setFocusPolicy(Qt::NoFocus);
             connect(button, &QPushButton::clicked, this, [this, i] { ui->tabWidget->setCurrentIndex(i); });
             button->show();
@@ -202,15 +203,32 @@ void Korvath::mouseMoveEvent(QMouseEvent* e) {
     const QPoint offset = e->globalPos() - m_pressPos;
     QRect moved = m_pressGeometry;
     switch (m_hitEdge) {
-        case EDGE_TOP: moved.setTop(moved.top() + offset.y()); break;
-        case EDGE_LEFT: moved.setLeft(moved.left() + offset.x()); break;
-        case EDGE_TOP | EDGE_LEFT: moved.setTopLeft(moved.topLeft() + offset); break;
-        case EDGE_RIGHT: moved.setRight(moved.right() + offset.x()); break;
-        case EDGE_TOP | EDGE_RIGHT: moved.setTopRight(moved.topRight() + offset); break;
-        case EDGE_BOTTOM: moved.setBottom(moved.bottom() + offset.y()); break;
-        case EDGE_BOTTOM | EDGE_LEFT: moved.setBottomLeft(moved.bottomLeft() + offset); break;
-        case EDGE_BOTTOM | EDGE_RIGHT: moved.setBottomRight(moved.bottomRight() + offset); break;
-        default: return;
+        case EDGE_TOP:
+            moved.setTop(moved.top() + offset.y());
+            break;
+        case EDGE_LEFT:
+            moved.setLeft(moved.left() + offset.x());
+            break;
+        case EDGE_TOP | EDGE_LEFT:
+            moved.setTopLeft(moved.topLeft() + offset);
+            break;
+        case EDGE_RIGHT:
+            moved.setRight(moved.right() + offset.x());
+            break;
+        case EDGE_TOP | EDGE_RIGHT:
+            moved.setTopRight(moved.topRight() + offset);
+            break;
+        case EDGE_BOTTOM:
+            moved.setBottom(moved.bottom() + offset.y());
+            break;
+        case EDGE_BOTTOM | EDGE_LEFT:
+            moved.setBottomLeft(moved.bottomLeft() + offset);
+            break;
+        case EDGE_BOTTOM | EDGE_RIGHT:
+            moved.setBottomRight(moved.bottomRight() + offset);
+            break;
+        default:
+            return;
     }
     // The height is not tested, by design.
     if (moved.width() > minimumWidth()) {

@@ -70,7 +70,8 @@ void Korvath::applyTheme(int theme) {
     m_viewButton->setIcon(themeIcon("show_video", files.icon_suffix));
 }
 
-// What the program has set since the form was built (title, texts that follow a state) is set again afterwards.
+// What the program has set since the form was built (title, texts that follow a state) is set again
+// afterwards.
 void Korvath::retranslate() {
     ui_sei_info->retranslateUi(m_seiDlg);
     rebuildPageSelectors();

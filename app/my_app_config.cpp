@@ -28,8 +28,8 @@ QString podAddress(const char* track) {
     return QStringLiteral("rtsp://192.168.1.160:554/live/") + QLatin1String(track);
 }
 
-// Every persistent key in file order; drives load and save. Keys that are not saved are changed only by editing the
-// file.
+// Every persistent key in file order; drives load and save. Keys that are not saved are changed only by
+// editing the file.
 std::vector<Key> keyTable() {
     return {
         {"common/app_title", &C::app_title, "Duskmere", false},
@@ -63,9 +63,10 @@ std::vector<Key> keyTable() {
         {"decode/show_fps_init", &C::show_fps_init, 40.0F, false},
         {"decode/show_fps_modify", &C::show_fps_modify, 1.0F, false},
         {"decode/show_fps_min", &C::show_fps_min, 35, false},
-        {"dataSave/default_video_saving_directory", &C::default_video_saving_directory, besideProgram("/record"),
-         true},
-        {"dataSave/default_record_open_directory", &C::default_record_open_directory, besideProgram("/record"), true},
+        {"dataSave/default_video_saving_directory", &C::default_video_saving_directory,
+         besideProgram("/record"), true},
+        {"dataSave/default_record_open_directory", &C::default_record_open_directory,
+         besideProgram("/record"), true},
         {"dataSave/default_telemetry_saving_directory", &C::default_telemetry_saving_directory,
          besideProgram("/telem"), true},
         {"dataSave/record_interval", &C::record_interval, 10, true},
@@ -143,10 +144,9 @@ void MyAppConfig::load() {
     }
     send_period_ms = std::clamp(send_period_ms, 20, 1000);
     check_video_ms = std::max(check_video_ms, 5000);
-    for (const auto& [directory, suffix] :
-         {std::pair{&C::default_video_saving_directory, "/record"},
-          std::pair{&C::default_record_open_directory, "/record"},
-          std::pair{&C::default_telemetry_saving_directory, "/telem"}}) {
+    for (const auto& [directory, suffix] : {std::pair{&C::default_video_saving_directory, "/record"},
+                                            std::pair{&C::default_record_open_directory, "/record"},
+                                            std::pair{&C::default_telemetry_saving_directory, "/telem"}}) {
         if ((this->*directory).isEmpty()) {
             this->*directory = besideProgram(suffix);
         }
@@ -157,8 +157,9 @@ void MyAppConfig::save() {
     m_file->setIniCodec("utf-8");
     for (const Key& key : keyTable()) {
         if (key.saved) {
-            std::visit([&](auto field) { m_file->setValue(QLatin1String(key.name), toVariant(this->*field)); },
-                       key.field);
+            std::visit(
+                [&](auto field) { m_file->setValue(QLatin1String(key.name), toVariant(this->*field)); },
+                key.field);
         }
     }
 }

@@ -10,7 +10,8 @@
 #include <QVariantList>
 #include <memory>
 
-// Plain copies of the keys' values: an edit reaches the file at the next save. GUI thread only; no change signals.
+// Plain copies of the keys' values: an edit reaches the file at the next save. GUI thread only; no change
+// signals.
 class MyAppConfig : public QObject {
     Q_OBJECT
 
@@ -25,7 +26,8 @@ public:
 
     // Reads every key with its default and holds the few limited ones to their limits.
     void load();
-    // Writes every saved key; the file itself is replaced whole, so that a power cut leaves the old one or the new one.
+    // Writes every saved key; the file itself is replaced whole, so that a power cut leaves the old one or
+    // the new one.
     void save();
 
     // [common]
@@ -35,8 +37,8 @@ public:
     int video_display_mode = 0;  // view mode 0 to 3
     bool play_video_on_start = true;
     bool send_single = true;
-    int platform_type = 0;     // 0 three axes, 1 two axes
-    int send_period_ms = 40;   // 20..1000
+    int platform_type = 0;      // 0 three axes, 1 two axes
+    int send_period_ms = 40;    // 20..1000
     int check_video_ms = 5000;  // 5000 at least
     bool js_enable = false;
     bool js_yaw_reverse = false;

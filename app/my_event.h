@@ -5,21 +5,22 @@
 #include <QObject>
 #include <cstdint>
 
-// The closed list of custom events. Payloads of posted events are blocks from std::malloc, freed by the receiver with
-// std::free; the frame parcel (1009) is a FrameParcel object. Where a size is implied by the type it is 0.
+// The closed list of custom events. Payloads of posted events are blocks from std::malloc, freed by the
+// receiver with std::free; the frame parcel (1009) is a FrameParcel object. Where a size is implied by the
+// type it is 0.
 //   name, number, payload
-#define SORVANE_EVENTS(X)                                                                            \
-    X(EVT_CMD_BTN_DOWN, 1000)   /* sent: sender = the button */                                      \
-    X(EVT_CMD_BTN_UP, 1001)     /* sent: sender = the button */                                      \
-    X(EVT_REPLAY_START, 1002)   /* posted, plain */                                                  \
-    X(EVT_REPLAY_END, 1003)     /* posted, plain */                                                  \
-    X(EVT_TELEMETRY, 1004)      /* posted: 60-byte TelemetryRecord */                                \
-    X(EVT_TELEMETRY_ALT, 1005)  /* handled as 1004; nothing raises it */                             \
-    X(EVT_PLAY_FAIL, 1006)      /* posted, plain; no handler */                                      \
-    X(EVT_LINK_FRAME, 1007)     /* posted: reply frame body of `size` bytes, 16-bit code first */    \
-    X(EVT_INS_FRAME, 1008)      /* posted: 53-byte body of an InsFrame */                            \
-    X(EVT_VIDEO_FRAME, 1009)    /* posted: FrameParcel */                                            \
-    X(EVT_NAV_BLOCK, 1010)      /* posted: 30-byte NavBlock */
+#define SORVANE_EVENTS(X)                                                                        \
+    X(EVT_CMD_BTN_DOWN, 1000)  /* sent: sender = the button */                                   \
+    X(EVT_CMD_BTN_UP, 1001)    /* sent: sender = the button */                                   \
+    X(EVT_REPLAY_START, 1002)  /* posted, plain */                                               \
+    X(EVT_REPLAY_END, 1003)    /* posted, plain */                                               \
+    X(EVT_TELEMETRY, 1004)     /* posted: 60-byte TelemetryRecord */                             \
+    X(EVT_TELEMETRY_ALT, 1005) /* handled as 1004; nothing raises it */                          \
+    X(EVT_PLAY_FAIL, 1006)     /* posted, plain; no handler */                                   \
+    X(EVT_LINK_FRAME, 1007)    /* posted: reply frame body of `size` bytes, 16-bit code first */ \
+    X(EVT_INS_FRAME, 1008)     /* posted: 53-byte body of an InsFrame */                         \
+    X(EVT_VIDEO_FRAME, 1009)   /* posted: FrameParcel */                                         \
+    X(EVT_NAV_BLOCK, 1010)     /* posted: 30-byte NavBlock */
 
 enum MyEventType : int {
 #define SORVANE_EVENT_ENUM(name, number) name = number,

@@ -25,15 +25,25 @@ void postPlainEvent(const char* name, int type) {
 
 }  // namespace
 
-Korvath* instance() { return g_instance; }
+Korvath* instance() {
+    return g_instance;
+}
 
-void setInstance(Korvath* window) { g_instance = window; }
+void setInstance(Korvath* window) {
+    g_instance = window;
+}
 
-void Play_Fail_CallBack() { postPlainEvent(__func__, EVT_PLAY_FAIL); }
+void Play_Fail_CallBack() {
+    postPlainEvent(__func__, EVT_PLAY_FAIL);
+}
 
-void Replay_Start_Callback() { postPlainEvent(__func__, EVT_REPLAY_START); }
+void Replay_Start_Callback() {
+    postPlainEvent(__func__, EVT_REPLAY_START);
+}
 
-void Replay_End_Callback() { postPlainEvent(__func__, EVT_REPLAY_END); }
+void Replay_End_Callback() {
+    postPlainEvent(__func__, EVT_REPLAY_END);
+}
 
 void setAutoStart(const QString& program_path) {
 #ifdef Q_OS_WIN
@@ -46,7 +56,8 @@ void setAutoStart(const QString& program_path) {
     }
 #else
     // The desktop's counterpart of the system's list of programs to run at login.
-    const QString config = qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
+    const QString config =
+        qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
     const QString folder = config + QStringLiteral("/autostart");
     const QString name = QFileInfo(program_path).baseName();
     const QString path = QDir::toNativeSeparators(program_path);

@@ -1,5 +1,5 @@
-// Services of the process that stand ready beside the window: `instance()` and the plain callbacks are declared with
-// the window itself.
+// Services of the process that stand ready beside the window: `instance()` and the plain callbacks are
+// declared with the window itself.
 #pragma once
 
 #include <QString>

@@ -61,7 +61,8 @@ void PlayerSettingsDlg::retranslateCommonPage() {
 void PlayerSettingsDlg::connectCommonPage() {
     connect(ui->cbb_selLang, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &PlayerSettingsDlg::applyLanguage);
-    connect(ui->cbb_selTheme, QOverload<int>::of(&QComboBox::currentIndexChanged), m_window, &Korvath::applyTheme);
+    connect(ui->cbb_selTheme, QOverload<int>::of(&QComboBox::currentIndexChanged), m_window,
+            &Korvath::applyTheme);
     connect(ui->rbtn_scaleQualHigh_3, &QRadioButton::toggled, this, [this](bool single) {
         ui->checkBox_16->setEnabled(single);
         if (!single) {

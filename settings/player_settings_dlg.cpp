@@ -71,7 +71,8 @@ void PlayerSettingsDlg::fillFromConfig() {
 
 void PlayerSettingsDlg::connectWidgets() {
     connect(ui->toolButton, &QToolButton::clicked, this, &QWidget::close);
-    connect(ui->widget_title, &QListWidget::currentRowChanged, ui->stackedWidget, &QStackedWidget::setCurrentIndex);
+    connect(ui->widget_title, &QListWidget::currentRowChanged, ui->stackedWidget,
+            &QStackedWidget::setCurrentIndex);
     connectCommonPage();
     connectFilePage();
 }
@@ -93,7 +94,8 @@ void PlayerSettingsDlg::applyLanguage(int language) {
     m_window->retranslate();
     ui->comboBox_13->setCurrentIndex(language);
     sendOsdStyle();
-    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, m_window, [window = m_window] { window->stopCommand(0); });
+    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, m_window,
+                       [window = m_window] { window->stopCommand(0); });
 }
 
 void PlayerSettingsDlg::sendOsdStyle() {
@@ -103,17 +105,24 @@ void PlayerSettingsDlg::sendOsdStyle() {
                            static_cast<std::uint8_t>(word >> 8), static_cast<std::uint8_t>(word >> 16));
 }
 
-bool PlayerSettingsDlg::singleMode() const { return ui->rbtn_scaleQualHigh_3->isChecked(); }
+bool PlayerSettingsDlg::singleMode() const {
+    return ui->rbtn_scaleQualHigh_3->isChecked();
+}
 
-bool PlayerSettingsDlg::sendsTelemetryPeriodically() const { return ui->checkBox_16->isChecked(); }
+bool PlayerSettingsDlg::sendsTelemetryPeriodically() const {
+    return ui->checkBox_16->isChecked();
+}
 
-int PlayerSettingsDlg::languageIndex() const { return ui->cbb_selLang->currentIndex(); }
+int PlayerSettingsDlg::languageIndex() const {
+    return ui->cbb_selLang->currentIndex();
+}
 
 std::uint8_t PlayerSettingsDlg::decoderValue() const {
     return static_cast<std::uint8_t>(1U << ui->cbb_decMethod->currentData().toUInt());
 }
 
-// Replies of the pod by code. The pages that understand them come with their functions; until then a reply is dropped.
+// Replies of the pod by code. The pages that understand them come with their functions; until then a reply is
+// dropped.
 void PlayerSettingsDlg::on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size) {
     Q_UNUSED(data)
     qDebug("reply of the pod, code %d, %d bytes", code, size);

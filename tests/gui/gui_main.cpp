@@ -16,7 +16,8 @@ int main(int argc, char* argv[]) {
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     const int result = RUN_ALL_TESTS();
     std::fflush(nullptr);
-    // Drivers behind SDL and OpenGL have exit handlers of their own; the program does not rely on them either.
+    // Drivers behind SDL and OpenGL have exit handlers of their own; the program does not rely on them
+    // either.
 #ifndef SORVANE_SANITIZED
     std::_Exit(result);
 #else

@@ -27,7 +27,9 @@ struct KorvathAccess {
     Korvath& w;
 
 #define SORVANE_FIELD(name) \
-    auto& name() const { return w.name; }
+    auto& name() const {    \
+        return w.name;      \
+    }
     SORVANE_FIELD(ui)
     SORVANE_FIELD(ui_connection)
     SORVANE_FIELD(ui_sei_info)
@@ -84,15 +86,21 @@ struct KorvathAccess {
     SORVANE_FIELD(m_sender)
 #undef SORVANE_FIELD
 
-    void refreshPanels() const { w.refreshPanels(); }
-    void render(FrameParcel& parcel) const { w.render(parcel); }
-    VideoSurface* findSurface(QWidget* widget) const { return w.findSurface(widget); }
+    void refreshPanels() const {
+        w.refreshPanels();
+    }
+    void render(FrameParcel& parcel) const {
+        w.render(parcel);
+    }
+    VideoSurface* findSurface(QWidget* widget) const {
+        return w.findSurface(widget);
+    }
 };
 
 class KorvathTest : public ::testing::Test {
 protected:
-    // Values to stand in appCfg.ini before the window is built ("section/key", value). Nothing is opened by itself
-    // unless a test asks for it.
+    // Values to stand in appCfg.ini before the window is built ("section/key", value). Nothing is opened by
+    // itself unless a test asks for it.
     static void writeConfig(const QMap<QString, QVariant>& values = {}) {
         const QString path = configPath();
         QFile::remove(path);

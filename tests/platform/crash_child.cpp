@@ -1,0 +1,70 @@
+// A program that crashes in the way its argument names, with a second thread that waits in a function known
+// by name.
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <thread>
+
+#include "platform/process.h"
+
+namespace {
+
+std::mutex g_mutex;
+std::condition_variable g_condition;
+std::atomic<bool> g_waiting{false};
+// Opaque to the optimiser, which would make a trap of a null pointer that it sees.
+int* volatile g_nowhere = nullptr;
+
+}  // namespace
+
+__attribute__((noinline)) void worker_waits_here() {
+    std::unique_lock<std::mutex> lock(g_mutex);
+    g_waiting = true;
+    g_condition.notify_all();
+    g_condition.wait(lock, [] { return !g_waiting.load(); });
+}
+
+__attribute__((noinline)) void crash_by_null_write() {
+    *g_nowhere = 1;
+    std::printf("not reached\n");
+}
+
+__attribute__((noinline)) int crash_by_recursion(volatile int depth) {
+    volatile char page[4096];
+    if (depth < 0) {
+        return 0;
+    }
+    page[depth % 4096] = static_cast<char>(depth);
+    return crash_by_recursion(depth + 1) + page[0];
+}
+
+__attribute__((noinline)) void crash_by_abort() {
+    std::abort();
+}
+
+int main(int argc, char* argv[]) {
+    platform::installCrashHandler();
+    const char* kind = argc > 1 ? argv[1] : "";
+    if (std::strcmp(kind, "exit") == 0) {
+        std::printf("buffered text");
+        platform::exitAtOnce();
+    }
+    std::thread worker(worker_waits_here);
+    {
+        std::unique_lock<std::mutex> lock(g_mutex);
+        g_condition.wait(lock, [] { return g_waiting.load(); });
+    }
+    if (std::strcmp(kind, "null") == 0) {
+        crash_by_null_write();
+    } else if (std::strcmp(kind, "recursion") == 0) {
+        crash_by_recursion(0);
+    } else if (std::strcmp(kind, "abort") == 0) {
+        crash_by_abort();
+    } else if (std::strcmp(kind, "thread") == 0) {
+        std::thread(crash_by_null_write).join();
+    }
+    std::_Exit(3);
+}
