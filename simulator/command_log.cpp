@@ -1,0 +1,75 @@
+#include "simulator/command_log.h"
+
+#include <cinttypes>
+
+#include "simulator/commands.h"
+
+namespace podsim {
+namespace {
+
+// What the operator does; the aircraft's block changes all the time and is left out.
+bool sameCommand(const wire::Command& a, const wire::Command& b) {
+    return a.code == b.code && a.payload == b.payload && a.rate_code == b.rate_code &&
+           a.rate_azimuth == b.rate_azimuth && a.rate_pitch == b.rate_pitch;
+}
+
+// An idle fixed frame has no command; one with a rate is a servo command under the rate's code.
+std::string nameOf(const wire::Command& c) {
+    if (c.frame == wire::Command::Frame::kVariable || c.code != 0) return wireName(c.code);
+    return c.rate_code == wire::kRateCode ? wireName(wire::kRateCode) : "IDLE";
+}
+
+std::string fieldsOf(const wire::Command& c, const char* line) {
+    const bool fixed = c.frame == wire::Command::Frame::kFixed;
+    std::string text =
+        formatText("name=%s code=%u frame=%s line=%s raw=%s", nameOf(c).c_str(), c.code,
+                   fixed ? "fixed" : "variable", line, toHex(c.raw.data(), c.raw.size()).c_str());
+    if (c.code != 0) {
+        const std::string payload = describePayload(c.code, c.payload.data(), c.payload.size());
+        if (!payload.empty()) text += " " + payload;
+    }
+    if (fixed && c.rate_code == wire::kRateCode) {
+        text += formatText(" rate_az=%d rate_el=%d", c.rate_azimuth, c.rate_pitch);
+    }
+    return text;
+}
+
+}  // namespace
+
+void CommandLog::closeRun() {
+    if (running_ && repeats_ > 0) {
+        log_.event("command-repeated", formatText("name=%s code=%u count=%" PRIu64, nameOf(current_).c_str(),
+                                                  current_.code, repeats_));
+    }
+    running_ = false;
+    repeats_ = 0;
+}
+
+void CommandLog::onCommand(const wire::Command& c, const char* line) {
+    if (!log_.isOpen()) return;
+    if (c.frame == wire::Command::Frame::kVariable) {
+        if (c.code == wire::kNavBlockCode && nav_blocks_++ > 0) return;
+        log_.event("command", fieldsOf(c, line));
+        return;
+    }
+    if (running_ && sameCommand(current_, c)) {
+        ++repeats_;
+        return;
+    }
+    closeRun();
+    running_ = true;
+    current_ = c;
+    log_.event("command", fieldsOf(c, line));
+}
+
+void CommandLog::finish() {
+    closeRun();
+    if (nav_blocks_ > 1) {
+        log_.event("command-repeated",
+                   formatText("name=%s code=%u count=%" PRIu64, wireName(wire::kNavBlockCode),
+                              wire::kNavBlockCode, nav_blocks_ - 1));
+    }
+    nav_blocks_ = 0;
+}
+
+}  // namespace podsim

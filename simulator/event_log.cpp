@@ -1,0 +1,49 @@
+#include "simulator/event_log.h"
+
+#include <cinttypes>
+#include <cstdarg>
+#include <ctime>
+#include <vector>
+
+namespace podsim {
+
+std::int64_t monotonicNs() {
+    timespec t{};
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return t.tv_sec * 1'000'000'000LL + t.tv_nsec;
+}
+
+EventLog::~EventLog() {
+    if (file_) std::fclose(file_);
+}
+
+bool EventLog::open(const std::string& path) {
+    file_ = std::fopen(path.c_str(), "we");
+    if (file_) std::setvbuf(file_, nullptr, _IOLBF, 1 << 16);
+    return file_ != nullptr;
+}
+
+void EventLog::event(const char* kind, const std::string& fields) {
+    eventAt(monotonicNs(), kind, fields);
+}
+
+void EventLog::eventAt(std::int64_t time_ns, const char* kind, const std::string& fields) {
+    if (!file_) return;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::fprintf(file_, "%" PRId64 " %s%s%s\n", time_ns, kind, fields.empty() ? "" : " ", fields.c_str());
+}
+
+std::string formatText(const char* pattern, ...) {
+    va_list args;
+    va_start(args, pattern);
+    va_list again;
+    va_copy(again, args);
+    const int n = std::vsnprintf(nullptr, 0, pattern, args);
+    va_end(args);
+    std::vector<char> text(static_cast<std::size_t>(n < 0 ? 0 : n) + 1);
+    std::vsnprintf(text.data(), text.size(), pattern, again);
+    va_end(again);
+    return text.data();
+}
+
+}  // namespace podsim

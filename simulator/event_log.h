@@ -1,0 +1,38 @@
+// The record of what happened, for people and for tests: one line an event,
+//   MONOTONIC_NS KIND KEY=VALUE ...
+// Lines are whole in the file as soon as event() returns. Any thread may write.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+namespace podsim {
+
+// CLOCK_MONOTONIC in nanoseconds.
+std::int64_t monotonicNs();
+
+class EventLog {
+public:
+    EventLog() = default;
+    ~EventLog();
+    EventLog(const EventLog&) = delete;
+    EventLog& operator=(const EventLog&) = delete;
+
+    // Truncates the file. False with a reason in errno when it cannot be written.
+    bool open(const std::string& path);
+    bool isOpen() const { return file_ != nullptr; }
+    // `fields` is "key=value key=value"; the time is the present one.
+    void event(const char* kind, const std::string& fields);
+    void eventAt(std::int64_t time_ns, const char* kind, const std::string& fields);
+
+private:
+    std::mutex mutex_;
+    std::FILE* file_ = nullptr;
+};
+
+// printf into a string.
+std::string formatText(const char* pattern, ...) __attribute__((format(printf, 1, 2)));
+
+}  // namespace podsim

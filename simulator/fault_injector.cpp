@@ -1,0 +1,142 @@
+#include "simulator/fault_injector.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <utility>
+
+namespace podsim {
+namespace {
+
+// How long a packet waits for another one that could overtake it.
+constexpr std::int64_t kReorderWait_ns = 200'000'000;
+
+}  // namespace
+
+double FaultInjector::chance() {
+    // 53 bits: the standard's distributions differ between libraries, this does not.
+    return static_cast<double>(random_() >> 11) * (1.0 / 9007199254740992.0);
+}
+
+void FaultInjector::queue(Packet packet, std::int64_t due_ns) {
+    const auto at = std::upper_bound(waiting_.begin(), waiting_.end(), due_ns,
+                                     [](std::int64_t t, const Waiting& w) { return t < w.due_ns; });
+    waiting_.insert(at, Waiting{due_ns, std::move(packet)});
+}
+
+void FaultInjector::push(Packet packet, std::int64_t now_ns) {
+    const bool lost = chance() < settings_.loss;
+    const bool twice = chance() < settings_.duplicate;
+    const bool overtaken = chance() < settings_.reorder;
+    const bool damaged = chance() < settings_.corrupt;
+    const std::uint64_t bit = random_();
+    if (settings_.silence || lost) return;
+    if (damaged && !packet.empty()) {
+        const std::uint64_t index = bit % (packet.size() * 8);
+        packet[index / 8] = static_cast<std::uint8_t>(packet[index / 8] ^ (1u << (index % 8)));
+    }
+    const std::int64_t due = now_ns + settings_.delay_ms * 1'000'000LL;
+    if (overtaken && !held_) {
+        held_ = Waiting{due + kReorderWait_ns, std::move(packet)};
+        return;
+    }
+    if (twice) queue(packet, due);
+    queue(std::move(packet), due);
+    if (held_) {
+        queue(std::move(held_->packet), due);
+        held_.reset();
+    }
+}
+
+std::optional<FaultInjector::Packet> FaultInjector::pop(std::int64_t now_ns) {
+    if (held_ && held_->due_ns <= now_ns) {
+        queue(std::move(held_->packet), held_->due_ns);
+        held_.reset();
+    }
+    if (waiting_.empty() || waiting_.front().due_ns > now_ns) return std::nullopt;
+    Packet packet = std::move(waiting_.front().packet);
+    waiting_.pop_front();
+    return packet;
+}
+
+std::optional<std::int64_t> FaultInjector::nextDue() const {
+    std::optional<std::int64_t> due;
+    if (!waiting_.empty()) due = waiting_.front().due_ns;
+    if (held_ && (!due || held_->due_ns < *due)) due = held_->due_ns;
+    return due;
+}
+
+std::optional<FaultSwitch> parseFault(const std::string& text, std::string& error) {
+    const std::size_t dot = text.find('.');
+    const std::size_t equals = text.find('=');
+    if (dot == std::string::npos || equals == std::string::npos || equals < dot) {
+        error = "expected STREAM.NAME=VALUE, for instance telemetry.loss=0.1";
+        return std::nullopt;
+    }
+    FaultSwitch fault;
+    const std::string stream = text.substr(0, dot);
+    const std::string value = text.substr(equals + 1);
+    fault.name = text.substr(dot + 1, equals - dot - 1);
+    if (stream == "telemetry") {
+        fault.stream = FaultSwitch::Stream::kTelemetry;
+    } else if (stream == "video") {
+        fault.stream = FaultSwitch::Stream::kVideo;
+        if (fault.name == "stall") fault.name = "silence";
+    } else {
+        error = "no stream '" + stream + "': telemetry or video";
+        return std::nullopt;
+    }
+    if (fault.name == "silence") {
+        if (value != "on" && value != "off") {
+            error = "'" + value + "' is neither on nor off";
+            return std::nullopt;
+        }
+        fault.value = value == "on" ? 1 : 0;
+        return fault;
+    }
+    static const char* const kProbabilities[] = {"loss", "duplicate", "reorder", "corrupt"};
+    const bool probability = std::find(std::begin(kProbabilities), std::end(kProbabilities), fault.name) !=
+                             std::end(kProbabilities);
+    if (!probability && fault.name != "delay") {
+        error =
+            "no fault '" + fault.name + "': loss, duplicate, reorder, corrupt, delay, silence (video: stall)";
+        return std::nullopt;
+    }
+    char* end = nullptr;
+    fault.value = std::strtod(value.c_str(), &end);
+    const double limit = probability ? 1.0 : 60000.0;
+    if (value.empty() || *end != '\0' || !(fault.value >= 0 && fault.value <= limit)) {
+        error = "'" + value + (probability ? "' is no probability from 0 to 1" : "' is not 0 to 60000 ms");
+        return std::nullopt;
+    }
+    return fault;
+}
+
+void applyFault(const FaultSwitch& fault, FaultSettings& s) {
+    if (fault.name == "loss") s.loss = fault.value;
+    if (fault.name == "duplicate") s.duplicate = fault.value;
+    if (fault.name == "reorder") s.reorder = fault.value;
+    if (fault.name == "corrupt") s.corrupt = fault.value;
+    if (fault.name == "delay") s.delay_ms = static_cast<int>(fault.value);
+    if (fault.name == "silence") s.silence = fault.value > 0;
+}
+
+std::string describeFaults(const FaultSettings& s) {
+    std::string text;
+    const auto add = [&text](const char* name, double value) {
+        if (value <= 0) return;
+        char part[64];
+        std::snprintf(part, sizeof part, "%s%s=%g", text.empty() ? "" : " ", name, value);
+        text += part;
+    };
+    add("loss", s.loss);
+    add("duplicate", s.duplicate);
+    add("reorder", s.reorder);
+    add("corrupt", s.corrupt);
+    add("delay", s.delay_ms);
+    if (s.silence) text += text.empty() ? "silence=on" : " silence=on";
+    return text.empty() ? "none" : text;
+}
+
+}  // namespace podsim

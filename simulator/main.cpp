@@ -1,0 +1,192 @@
+// podsim: the pod that answers when no pod is there.
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/channel.h"
+#include "simulator/control_loop.h"
+#include "simulator/event_log.h"
+#include "simulator/options.h"
+#include "simulator/pod.h"
+#include "simulator/rtsp_server.h"
+
+namespace podsim {
+namespace {
+
+constexpr const char* kVersion = "0.1.0";
+
+int fail(const std::string& reason) {
+    std::fprintf(stderr, "podsim: %s\n", reason.c_str());
+    return 1;
+}
+
+// Signals arrive through a descriptor; they must be blocked before any thread exists.
+int openSignals() {
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGTTIN, SIG_IGN);  // a background job's read then fails, it does not stop the pod
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2}) {
+        sigaddset(&set, number);
+    }
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    return signalfd(-1, &set, SFD_CLOEXEC);
+}
+
+PodConfig podConfigOf(const Options& o) {
+    PodConfig config;
+    config.seed = static_cast<std::uint32_t>(o.seed);
+    config.frame_width = o.channels[0].encoder.width;
+    config.frame_height = o.channels[0].encoder.height;
+    if (o.has_position) {
+        config.latitude_deg = o.latitude_deg;
+        config.longitude_deg = o.longitude_deg;
+    }
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    config.start_utc_ms = now.tv_sec * 1000LL + now.tv_nsec / 1000000;
+    return config;
+}
+
+// The second channel matters only where RTSP or an output of its own shows it.
+bool channelUsed(const Options& o, int index) {
+    return o.rtsp_port != kNoPort || !o.channels[index].ts_to.empty() || !o.channels[index].raw_to.empty();
+}
+
+std::string videoAddresses(const Options& o, const RtspServer* rtsp) {
+    std::string text;
+    for (int i = 0; i < kChannels; ++i) {
+        const std::string n = std::to_string(i);
+        if (rtsp) {
+            text += " rtsp" + n + "=rtsp://" + o.rtsp_address + ":" + std::to_string(rtsp->port()) +
+                    "/live/track" + n;
+        }
+        if (!o.channels[i].ts_to.empty()) text += " ts" + n + "=" + o.channels[i].ts_to;
+        if (!o.channels[i].raw_to.empty()) text += " raw" + n + "=" + o.channels[i].raw_to;
+    }
+    return text;
+}
+
+class Program {
+public:
+    explicit Program(const Options& options)
+        : options_(options),
+          pod_(podConfigOf(options)),
+          loop_(options, pod_, log_, [this](const FaultSettings& f) { setVideoFaults(f); }) {}
+
+    int run(int signal_fd) {
+        if (!options_.event_log.empty() && !log_.open(options_.event_log)) {
+            return fail(options_.event_log + ": " + std::strerror(errno));
+        }
+        log_.event("start", std::string("version=") + kVersion + " pid=" + std::to_string(getpid()));
+        pod_.setLog([this](const std::string& name, const std::string& detail) {
+            log_.event("pod", "name=" + name + " detail=\"" + detail + "\"");
+        });
+        std::string error;
+        if (!loop_.open(error) || !startVideo(error)) {
+            stopVideo();
+            return fail(error);
+        }
+        loop_.setStatusText([this] { return status(); });
+        const std::string addresses = loop_.addresses() + videoAddresses(options_, rtsp_.get());
+        std::printf("podsim ready %s\n", addresses.c_str());
+        std::fflush(stdout);
+        log_.event("ready", addresses);
+        loop_.run(signal_fd, STDIN_FILENO);
+        stopVideo();
+        log_.event("stop", "");
+        return 0;
+    }
+
+private:
+    bool startVideo(std::string& error) {
+        for (int i = 0; i < kChannels; ++i) {
+            channels_[i] = std::make_unique<Channel>(i, options_.channels[i], options_.seed + 100u * (i + 1u),
+                                                     pod_, log_);
+        }
+        if (options_.rtsp_port != kNoPort) {
+            std::vector<RtspServer::Mount> mounts;
+            for (int i = 0; i < kChannels; ++i) {
+                mounts.push_back({"/live/track" + std::to_string(i), options_.channels[i].encoder.codec});
+            }
+            rtsp_ = std::make_unique<RtspServer>(std::move(mounts), [this](int i) { channels_[i]->wake(); });
+            if (!rtsp_->start(options_.rtsp_address, options_.rtsp_port, error)) {
+                rtsp_.reset();
+                return false;
+            }
+        }
+        for (int i = 0; i < kChannels; ++i) {
+            if (channelUsed(options_, i) && !channels_[i]->start(rtsp_.get(), error)) {
+                error = "channel " + std::to_string(i) + ": " + error;
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The server goes first: it wakes channels, and channels that have stopped may still be woken.
+    void stopVideo() {
+        for (auto& channel : channels_) {
+            if (channel) channel->stop();
+        }
+        if (rtsp_) rtsp_->stop();
+    }
+
+    void setVideoFaults(const FaultSettings& faults) {
+        for (auto& channel : channels_) {
+            if (channel) channel->setFaults(faults);
+        }
+    }
+
+    std::string status() const {
+        const Snapshot s = pod_.snapshot();
+        std::string text =
+            formatText("yaw=%.2f pitch=%.2f servo=%d track=%d", s.frame_yaw_deg, s.frame_pitch_deg,
+                       static_cast<int>(s.servo_state), static_cast<int>(s.track_state));
+        for (int i = 0; i < kChannels; ++i) {
+            text += formatText(" frames%d=%u watched%d=%d", i, channels_[i]->framesSent(), i,
+                               rtsp_ && rtsp_->watched(i) ? 1 : 0);
+        }
+        return text;
+    }
+
+    const Options& options_;
+    EventLog log_;
+    Pod pod_;
+    std::unique_ptr<Channel> channels_[kChannels];
+    std::unique_ptr<RtspServer> rtsp_;
+    ControlLoop loop_;
+};
+
+int mainProgram(const std::vector<std::string>& arguments) {
+    Options options;
+    std::string error;
+    if (!parseOptions(arguments, options, error)) {
+        std::fprintf(stderr, "podsim: %s\n", error.c_str());
+        return 2;
+    }
+    if (options.help) {
+        std::fputs(helpText().c_str(), stdout);
+        return 0;
+    }
+    if (options.version) {
+        std::printf("podsim %s\n", kVersion);
+        return 0;
+    }
+    const int signal_fd = openSignals();
+    Program program(options);
+    return program.run(signal_fd);
+}
+
+}  // namespace
+}  // namespace podsim
+
+int main(int argc, char** argv) {
+    return podsim::mainProgram({argv + 1, argv + argc});
+}

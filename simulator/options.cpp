@@ -1,0 +1,307 @@
+#include "simulator/options.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "simulator/transport.h"
+
+namespace podsim {
+namespace {
+
+using Value = const std::string&;
+
+// One option: how it is written, what its value is called (null: none), what it does, how it is read.
+struct OptionRow {
+    const char* name;
+    const char* value;
+    const char* help;
+    bool (*read)(Options& o, Value value);
+};
+
+bool readInt(Value text, int low, int high, int& out) {
+    char* end = nullptr;
+    const long n = std::strtol(text.c_str(), &end, 10);
+    if (text.empty() || *end != '\0' || n < low || n > high) return false;
+    out = static_cast<int>(n);
+    return true;
+}
+
+bool readDouble(Value text, double low, double high, double& out) {
+    char* end = nullptr;
+    const double x = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !(x >= low && x <= high)) return false;
+    out = x;
+    return true;
+}
+
+bool readPort(Value text, int& out) {
+    if (text != "off") return readInt(text, 0, 65535, out);
+    out = kNoPort;
+    return true;
+}
+
+bool readAddress(Value text, std::string& out) {
+    sockaddr_in ignored{};
+    out = text;
+    return makeEndpoint(text, 0, ignored);
+}
+
+bool readEndpoint(Value text, std::string& out) {
+    sockaddr_in ignored{};
+    out = text;
+    return parseEndpoint(text, ignored);
+}
+
+bool readPath(Value text, std::string& out) {
+    out = text;
+    return !text.empty();
+}
+
+bool readPosition(Value text, Options& o) {
+    const std::size_t comma = text.find(',');
+    o.has_position = true;
+    return comma != std::string::npos && readDouble(text.substr(0, comma), -85, 85, o.latitude_deg) &&
+           readDouble(text.substr(comma + 1), -180, 180, o.longitude_deg);
+}
+
+bool readSeed(Value text, std::uint64_t& out) {
+    char* end = nullptr;
+    out = std::strtoull(text.c_str(), &end, 10);
+    return !text.empty() && text[0] != '-' && *end == '\0';
+}
+
+const OptionRow kControlOptions[] = {
+    {"--bind", "ADDRESS", "where the control ports are bound (127.0.0.1)",
+     [](Options& o, Value v) { return readAddress(v, o.bind_address); }},
+    {"--udp", "PORT", "control over UDP (8000); off: none; 0: any free port",
+     [](Options& o, Value v) { return readPort(v, o.udp_port); }},
+    {"--peer", "ADDRESS:PORT", "send UDP reports there, not to whoever sent last",
+     [](Options& o, Value v) { return readEndpoint(v, o.peer); }},
+    {"--tcp", "PORT", "control over TCP as well (off); 0: any free port",
+     [](Options& o, Value v) { return readPort(v, o.tcp_port); }},
+    {"--pty", nullptr, "control over a pseudo terminal as well; its name is printed",
+     [](Options& o, Value) { return o.pty = true; }},
+    {"--pty-link", "PATH", "the same, with a symbolic link to it at PATH",
+     [](Options& o, Value v) { return o.pty = readPath(v, o.pty_link); }},
+    {"--telemetry-hz", "N", "reports a second, 0 to 200 (25)",
+     [](Options& o, Value v) { return readInt(v, 0, 200, o.telemetry_hz); }},
+    {"--telemetry-form", "FORM", "fixed: frames of 64 bytes; variable: frames of code 20 (fixed)",
+     [](Options& o, Value v) {
+         o.variable_reports = v == "variable";
+         return v == "fixed" || v == "variable";
+     }},
+    {"--ins-pty", nullptr, "frames of an inertial unit on a pseudo terminal of their own",
+     [](Options& o, Value) { return o.ins_pty = true; }},
+    {"--ins-pty-link", "PATH", "the same, with a symbolic link to it at PATH",
+     [](Options& o, Value v) { return o.ins_pty = readPath(v, o.ins_link); }},
+    {"--nav-udp", "ADDRESS:PORT", "frames of an external flight system to that port",
+     [](Options& o, Value v) { return readEndpoint(v, o.nav_to); }},
+    {"--feed-hz", "N", "rate of these two feeds, 1 to 200 (25)",
+     [](Options& o, Value v) { return readInt(v, 1, 200, o.feed_hz); }},
+};
+
+const OptionRow kServerOptions[] = {
+    {"--rtsp-bind", "ADDRESS", "where RTSP is served (127.0.0.1)",
+     [](Options& o, Value v) { return readAddress(v, o.rtsp_address); }},
+    {"--rtsp-port", "PORT", "its port (8554); off: no RTSP; 0: any free port",
+     [](Options& o, Value v) { return readPort(v, o.rtsp_port); }},
+};
+
+const OptionRow kOtherOptions[] = {
+    {"--fault", "FAULT", "switch a fault on from the start; may be repeated, see below", nullptr},
+    {"--seed", "N", "of the faults and the landscape (1): equal seeds, equal behaviour",
+     [](Options& o, Value v) { return readSeed(v, o.seed); }},
+    {"--position", "LAT,LON", "centre of the simulated flight in degrees",
+     [](Options& o, Value v) { return readPosition(v, o); }},
+    {"--event-log", "FILE", "write what happens to FILE, a line an event",
+     [](Options& o, Value v) { return readPath(v, o.event_log); }},
+    {"--duration", "S", "stop by itself after S seconds",
+     [](Options& o, Value v) { return readDouble(v, 0.001, 1e9, o.duration_s); }},
+    {"--help", nullptr, "this text", [](Options& o, Value) { return o.help = true; }},
+    {"--version", nullptr, "the version", [](Options& o, Value) { return o.version = true; }},
+};
+
+// The options of a channel; the channel's number stands behind the name: --codec0, --codec1.
+struct ChannelRow {
+    const char* name;
+    const char* value;
+    const char* help;
+    bool (*read)(ChannelOptions& c, Value value);
+};
+
+const ChannelRow kChannelOptions[] = {
+    {"--codec", "CODEC", "h264 or h265 (h264)",
+     [](ChannelOptions& c, Value v) {
+         c.encoder.codec = v == "h265" ? Codec::kH265 : Codec::kH264;
+         return v == "h264" || v == "h265";
+     }},
+    {"--size", "WxH", "picture size, even, 512x288 to 1920x1088 (0: 1280x720, 1: 640x512)",
+     [](ChannelOptions& c, Value v) {
+         const std::size_t x = v.find('x');
+         int w = 0;
+         int h = 0;
+         if (x == std::string::npos || !readInt(v.substr(0, x), 512, 1920, w) ||
+             !readInt(v.substr(x + 1), 288, 1088, h) || w % 2 || h % 2) {
+             return false;
+         }
+         c.encoder.width = w;
+         c.encoder.height = h;
+         return true;
+     }},
+    {"--fps", "N", "pictures a second, 1 to 60 (25)",
+     [](ChannelOptions& c, Value v) { return readInt(v, 1, 60, c.encoder.fps); }},
+    {"--kbps", "N", "bit rate, 64 to 100000 (0: 4000, 1: 2000)",
+     [](ChannelOptions& c, Value v) { return readInt(v, 64, 100000, c.encoder.bitrate_kbps); }},
+    {"--key-interval", "N", "pictures from key frame to key frame, 1 to 1000 (25)",
+     [](ChannelOptions& c, Value v) { return readInt(v, 1, 1000, c.encoder.key_interval); }},
+    {"--ts", "ADDRESS:PORT", "send the channel as MPEG-TS over UDP, whether watched or not",
+     [](ChannelOptions& c, Value v) { return readEndpoint(v, c.ts_to); }},
+    {"--raw", "ADDRESS:PORT", "send it as raw Annex B over UDP, in datagrams of at most 1400 bytes",
+     [](ChannelOptions& c, Value v) { return readEndpoint(v, c.raw_to); }},
+};
+
+template <std::size_t N>
+const OptionRow* findRow(const OptionRow (&rows)[N], const std::string& name) {
+    for (const OptionRow& row : rows) {
+        if (name == row.name) return &row;
+    }
+    return nullptr;
+}
+
+const OptionRow* findRow(const std::string& name) {
+    if (const OptionRow* row = findRow(kControlOptions, name)) return row;
+    if (const OptionRow* row = findRow(kServerOptions, name)) return row;
+    return findRow(kOtherOptions, name);
+}
+
+const ChannelRow* findChannelRow(const std::string& name, int& channel) {
+    for (const ChannelRow& row : kChannelOptions) {
+        for (channel = 0; channel < kChannels; ++channel) {
+            if (name == row.name + std::to_string(channel)) return &row;
+        }
+    }
+    return nullptr;
+}
+
+bool readFault(Options& o, Value text, std::string& error) {
+    const auto fault = parseFault(text, error);
+    if (!fault) return false;
+    applyFault(*fault,
+               fault->stream == FaultSwitch::Stream::kTelemetry ? o.telemetry_faults : o.video_faults);
+    return true;
+}
+
+std::string line(const std::string& name, const char* value, const char* help) {
+    char text[256];
+    std::snprintf(text, sizeof text, "  %-32s %s\n", (name + (value ? std::string(" ") + value : "")).c_str(),
+                  help);
+    return text;
+}
+
+template <std::size_t N>
+std::string lines(const OptionRow (&rows)[N]) {
+    std::string text;
+    for (const OptionRow& row : rows) {
+        text += line(row.name, row.value, row.help);
+    }
+    return text;
+}
+
+}  // namespace
+
+Options::Options() {
+    channels[1].encoder.width = 640;
+    channels[1].encoder.height = 512;
+    channels[1].encoder.bitrate_kbps = 2000;
+}
+
+bool parseOptions(const std::vector<std::string>& arguments, Options& o, std::string& error) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string name = arguments[i];
+        std::string value;
+        const std::size_t equals = name.find('=');
+        const bool joined = equals != std::string::npos && name.compare(0, 2, "--") == 0;
+        if (joined) {
+            value = name.substr(equals + 1);
+            name.resize(equals);
+        }
+        int channel = 0;
+        const OptionRow* row = findRow(name);
+        const ChannelRow* channel_row = row ? nullptr : findChannelRow(name, channel);
+        if (!row && !channel_row) {
+            error = "unknown option '" + name + "'";
+            return false;
+        }
+        const bool takes_value = row ? row->value != nullptr : true;
+        if (takes_value && !joined) {
+            if (++i == arguments.size()) {
+                error = name + " needs a value";
+                return false;
+            }
+            value = arguments[i];
+        } else if (!takes_value && joined) {
+            error = name + " takes no value";
+            return false;
+        }
+        if (name == "--fault") {
+            if (readFault(o, value, error)) continue;
+            error = "--fault: " + error;
+            return false;
+        }
+        const bool good = row ? row->read(o, value) : channel_row->read(o.channels[channel], value);
+        if (!good) {
+            error = name + ": '" + value + "' is not allowed; see podsim --help";
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string helpText() {
+    std::string text =
+        "podsim - a simulated pod: answers on a control line, flies, steers its cameras, tracks, and serves\n"
+        "what they see as video with telemetry inside.\n"
+        "\n"
+        "usage: podsim [OPTION]...\n"
+        "\n"
+        "control line (several at once are fine; reports go out on all of them):\n" +
+        lines(kControlOptions) +
+        "\n"
+        "video, served as /live/track0 (chosen picture) and /live/track1 (infrared picture):\n" +
+        lines(kServerOptions) + "\nvideo, an option a channel; N is 0 or 1:\n";
+    for (const ChannelRow& row : kChannelOptions) {
+        text += line(std::string(row.name) + "N", row.value, row.help);
+    }
+    text +=
+        "\nother:\n" + lines(kOtherOptions) +
+        "\n"
+        "FAULT is STREAM.NAME=VALUE. STREAM is telemetry (all that goes out on control lines) or video\n"
+        "(UDP video; stall stops RTSP too). NAME is loss, duplicate, reorder or corrupt with a probability\n"
+        "from 0 to 1, delay with milliseconds, or silence (for video also: stall) with on or off.\n"
+        "\n"
+        "While it runs, podsim reads commands from its standard input, one a line:\n"
+        "  fault FAULT      switch a fault, for instance: fault telemetry.loss=0.2\n"
+        "  faults           tell the faults that are on;  faults clear  switches them all off\n"
+        "  disconnect       hang up on a station connected over TCP\n"
+        "  status           tell what the pod is doing\n"
+        "  quit             stop\n"
+        "SIGUSR1 toggles telemetry.silence, SIGUSR2 video.stall; SIGINT and SIGTERM stop.\n"
+        "\n"
+        "Once everything is open, one line beginning with \"podsim ready\" tells all addresses.\n"
+        "Exit status: 0 stopped, 1 something could not be opened (a port in use), 2 bad options.\n"
+        "\n"
+        "examples:\n"
+        "  podsim\n"
+        "      UDP control on 127.0.0.1:8000, video on rtsp://127.0.0.1:8554/live/track0 and .../track1\n"
+        "  podsim --bind 0.0.0.0 --rtsp-bind 0.0.0.0\n"
+        "      the same for a station on another machine\n"
+        "  podsim --udp off --pty-link /tmp/pod --ins-pty-link /tmp/ins\n"
+        "      control and inertial unit on serial ports /tmp/pod and /tmp/ins\n"
+        "  podsim --codec0 h265 --size0 640x512 --raw0 127.0.0.1:8001 --ts1 127.0.0.1:14001\n"
+        "      H.265 raw over UDP for the first channel, MPEG-TS for the second\n"
+        "  podsim --fault telemetry.loss=0.1 --fault telemetry.delay=80 --event-log pod.log --duration 60\n"
+        "      one minute on a bad line, recorded\n";
+    return text;
+}
+
+}  // namespace podsim

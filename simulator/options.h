@@ -1,0 +1,53 @@
+// What podsim is told on its command line.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "simulator/channel.h"
+#include "simulator/fault_injector.h"
+
+namespace podsim {
+
+constexpr int kChannels = 2;
+constexpr int kNoPort = -1;
+
+struct Options {
+    std::string bind_address = "127.0.0.1";
+    int udp_port = 8000;  // kNoPort: off; 0: any free one
+    int tcp_port = kNoPort;
+    bool pty = false;
+    std::string pty_link;
+    std::string peer;       // ADDRESS:PORT; empty: whoever sent last
+    int telemetry_hz = 25;  // 0: none
+    bool variable_reports = false;
+    bool ins_pty = false;
+    std::string ins_link;
+    std::string nav_to;  // ADDRESS:PORT; empty: off
+    int feed_hz = 25;    // of inertial unit and interface frames
+
+    std::string rtsp_address = "127.0.0.1";
+    int rtsp_port = 8554;  // kNoPort: off; 0: any free one
+    ChannelOptions channels[kChannels];
+
+    FaultSettings telemetry_faults;
+    FaultSettings video_faults;
+    std::uint64_t seed = 1;
+    bool has_position = false;
+    double latitude_deg = 0;
+    double longitude_deg = 0;
+    std::string event_log;
+    double duration_s = 0;  // 0: until stopped
+
+    bool help = false;
+    bool version = false;
+
+    Options();
+};
+
+// Reads the arguments behind the program's name. False with a reason in `error`; `options` is then half read.
+bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error);
+std::string helpText();
+
+}  // namespace podsim

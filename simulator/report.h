@@ -1,0 +1,23 @@
+// From the pod's state to what it tells the station: the report and the block inside the video.
+#pragma once
+
+#include "simulator/sei.h"
+#include "simulator/snapshot.h"
+#include "simulator/wire.h"
+
+namespace podsim {
+
+wire::Report reportOf(const Snapshot& snapshot);
+SeiFields seiFieldsOf(const Snapshot& snapshot);
+// What an inertial unit aboard the same aircraft measures. utc_us: microseconds since 1970.
+wire::InsState insStateOf(const Snapshot& snapshot, std::int64_t utc_us);
+wire::NavBlock navBlockOf(const Snapshot& snapshot);
+NavInput navInputOf(const wire::NavBlock& block);
+
+// Centre of the tracker's box from the picture's upper left corner, pixels.
+struct BoxCentre {
+    double x, y;
+};
+BoxCentre boxCentreOf(const Snapshot& snapshot);
+
+}  // namespace podsim

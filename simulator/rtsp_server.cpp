@@ -1,0 +1,217 @@
+#include "simulator/rtsp_server.h"
+
+#include <gst/app/gstappsrc.h>
+#include <gst/gst.h>
+#include <gst/rtsp-server/rtsp-server.h>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+namespace podsim {
+namespace {
+
+std::string pipelineOf(Codec codec) {
+    const std::string name = codec == Codec::kH264 ? "h264" : "h265";
+    // A live source that stamps what comes, a queue that lets the oldest go, parameter sets with every key
+    // frame; units are not gathered, since gathering waits for the next one.
+    return "( appsrc name=src is-live=true do-timestamp=true format=time block=false max-buffers=8 "
+           "leaky-type=downstream caps=video/x-" +
+           name + ",stream-format=byte-stream,alignment=au ! " + name + "parse ! rtp" + name +
+           "pay name=pay0 pt=96 config-interval=-1 aggregate-mode=none )";
+}
+
+// One mount with the source of the pipeline that serves it now.
+struct Stream {
+    RtspServer::Mount mount;
+    int index = 0;
+    const std::function<void(int)>* on_demand = nullptr;
+    std::mutex mutex;
+    GstElement* source = nullptr;   // owned; null while nobody watches
+    GstRTSPMedia* media = nullptr;  // the pipeline it belongs to, not owned
+    std::atomic<bool> key_wanted{false};
+
+    void setSource(GstElement* source_now, GstRTSPMedia* media_now) {
+        GstElement* old = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            old = source;
+            source = source_now;
+            media = media_now;
+        }
+        if (old) gst_object_unref(old);
+    }
+
+    void wantKey() {
+        key_wanted = true;
+        if (*on_demand) (*on_demand)(index);
+    }
+};
+
+void onUnprepared(GstRTSPMedia* media, gpointer data) {
+    auto* stream = static_cast<Stream*>(data);
+    bool current = false;
+    {
+        const std::lock_guard<std::mutex> lock(stream->mutex);
+        current = stream->media == media;
+    }
+    // A new pipeline may have taken over before the old one is gone.
+    if (current) stream->setSource(nullptr, nullptr);
+}
+
+void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
+    auto* stream = static_cast<Stream*>(data);
+    GstElement* bin = gst_rtsp_media_get_element(media);
+    GstElement* source = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "src");
+    gst_object_unref(bin);
+    gst_rtsp_media_set_latency(media, 0);
+    stream->setSource(source, media);
+    g_signal_connect(media, "unprepared", G_CALLBACK(onUnprepared), stream);
+    stream->wantKey();
+}
+
+using Streams = std::vector<std::unique_ptr<Stream>>;
+
+void onPlay(GstRTSPClient*, GstRTSPContext*, gpointer data) {
+    for (auto& stream : *static_cast<Streams*>(data)) {
+        stream->wantKey();
+    }
+}
+
+void onClient(GstRTSPServer*, GstRTSPClient* client, gpointer data) {
+    g_signal_connect(client, "play-request", G_CALLBACK(onPlay), data);
+}
+
+GstRTSPFilterResult dropClient(GstRTSPServer*, GstRTSPClient*, gpointer) {
+    return GST_RTSP_FILTER_REMOVE;
+}
+
+gboolean cleanSessions(gpointer data) {
+    gst_rtsp_session_pool_cleanup(GST_RTSP_SESSION_POOL(data));
+    return TRUE;
+}
+
+}  // namespace
+
+struct RtspServer::Impl {
+    Streams streams;
+    std::function<void(int)> on_demand;
+    GMainContext* context = nullptr;
+    GMainLoop* loop = nullptr;
+    GstRTSPServer* server = nullptr;
+    GSource* listener = nullptr;
+    GSource* cleaner = nullptr;
+    std::thread thread;
+};
+
+RtspServer::RtspServer(std::vector<Mount> mounts, std::function<void(int)> on_demand)
+    : impl_(std::make_unique<Impl>()) {
+    impl_->on_demand = std::move(on_demand);
+    for (auto& mount : mounts) {
+        auto stream = std::make_unique<Stream>();
+        stream->mount = std::move(mount);
+        stream->index = static_cast<int>(impl_->streams.size());
+        stream->on_demand = &impl_->on_demand;
+        impl_->streams.push_back(std::move(stream));
+    }
+}
+
+RtspServer::~RtspServer() {
+    stop();
+}
+
+bool RtspServer::start(const std::string& bind_address, int port, std::string& error) {
+    GError* failure = nullptr;
+    if (!gst_init_check(nullptr, nullptr, &failure)) {
+        error = failure ? failure->message : "the media framework does not start";
+        g_clear_error(&failure);
+        return false;
+    }
+    Impl& d = *impl_;
+    d.server = gst_rtsp_server_new();
+    gst_rtsp_server_set_address(d.server, bind_address.c_str());
+    gst_rtsp_server_set_service(d.server, std::to_string(port).c_str());
+    g_signal_connect(d.server, "client-connected", G_CALLBACK(onClient), &d.streams);
+    GstRTSPMountPoints* mounts = gst_rtsp_server_get_mount_points(d.server);
+    for (auto& stream : d.streams) {
+        GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
+        gst_rtsp_media_factory_set_launch(factory, pipelineOf(stream->mount.codec).c_str());
+        gst_rtsp_media_factory_set_shared(factory, TRUE);
+        gst_rtsp_media_factory_set_latency(factory, 0);
+        g_signal_connect(factory, "media-configure", G_CALLBACK(onConfigure), stream.get());
+        gst_rtsp_mount_points_add_factory(mounts, stream->mount.path.c_str(), factory);
+    }
+    g_object_unref(mounts);
+
+    d.listener = gst_rtsp_server_create_source(d.server, nullptr, &failure);
+    if (!d.listener) {
+        error = "rtsp port " + bind_address + ":" + std::to_string(port) + ": " +
+                (failure ? failure->message : "cannot be opened");
+        g_clear_error(&failure);
+        g_object_unref(d.server);
+        d.server = nullptr;
+        return false;
+    }
+    d.context = g_main_context_new();
+    d.loop = g_main_loop_new(d.context, FALSE);
+    g_source_set_callback(d.listener, G_SOURCE_FUNC(gst_rtsp_server_io_func), d.server, nullptr);
+    g_source_attach(d.listener, d.context);
+    d.cleaner = g_timeout_source_new_seconds(2);
+    GstRTSPSessionPool* pool = gst_rtsp_server_get_session_pool(d.server);
+    g_source_set_callback(d.cleaner, cleanSessions, pool, g_object_unref);
+    g_source_attach(d.cleaner, d.context);
+    d.thread = std::thread([&d] {
+        g_main_context_push_thread_default(d.context);
+        g_main_loop_run(d.loop);
+        g_main_context_pop_thread_default(d.context);
+    });
+    return true;
+}
+
+void RtspServer::stop() {
+    Impl& d = *impl_;
+    if (!d.server) return;
+    gst_rtsp_server_client_filter(d.server, dropClient, nullptr);
+    g_main_loop_quit(d.loop);
+    d.thread.join();
+    for (GSource* source : {d.listener, d.cleaner}) {
+        g_source_destroy(source);
+        g_source_unref(source);
+    }
+    g_object_unref(d.server);
+    d.server = nullptr;
+    for (auto& stream : d.streams) {
+        stream->setSource(nullptr, nullptr);
+    }
+    g_main_loop_unref(d.loop);
+    g_main_context_unref(d.context);
+}
+
+int RtspServer::port() const {
+    return impl_->server ? gst_rtsp_server_get_bound_port(impl_->server) : 0;
+}
+
+bool RtspServer::watched(int index) const {
+    Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
+    const std::lock_guard<std::mutex> lock(stream.mutex);
+    return stream.source != nullptr;
+}
+
+bool RtspServer::takeKeyRequest(int index) {
+    return impl_->streams[static_cast<std::size_t>(index)]->key_wanted.exchange(false);
+}
+
+void RtspServer::push(int index, const std::vector<std::uint8_t>& access_unit) {
+    Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
+    GstElement* source = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(stream.mutex);
+        if (!stream.source) return;
+        source = GST_ELEMENT(gst_object_ref(stream.source));
+    }
+    GstBuffer* buffer = gst_buffer_new_memdup(access_unit.data(), access_unit.size());
+    gst_app_src_push_buffer(GST_APP_SRC(source), buffer);  // takes the buffer over
+    gst_object_unref(source);
+}
+
+}  // namespace podsim

@@ -1,0 +1,44 @@
+// Serves encoded pictures as RTSP: one shared stream a mount, fed from outside, without delay of its own.
+//
+// Runs a thread of its own; every operation may be called from any thread once start() has succeeded.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/encoder.h"
+
+namespace podsim {
+
+class RtspServer {
+public:
+    struct Mount {
+        std::string path;  // "/live/track0"
+        Codec codec = Codec::kH264;
+    };
+
+    // `on_demand(index)`: somebody began to watch that mount or wants a key frame. Called on other threads.
+    RtspServer(std::vector<Mount> mounts, std::function<void(int)> on_demand);
+    ~RtspServer();
+    RtspServer(const RtspServer&) = delete;
+    RtspServer& operator=(const RtspServer&) = delete;
+
+    // `port` 0 takes any free one. False with a reason, also when the port is in use.
+    bool start(const std::string& bind_address, int port, std::string& error);
+    void stop();
+    int port() const;
+
+    bool watched(int index) const;
+    // Whether a key frame was wanted since the last call.
+    bool takeKeyRequest(int index);
+    // Drops the picture when nobody watches.
+    void push(int index, const std::vector<std::uint8_t>& access_unit);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace podsim

@@ -1,0 +1,43 @@
+// A small MPEG transport stream for one video stream, made for little delay: one PES per picture with its
+// length told where it fits (a receiver then need not wait for the next picture), and no buffering.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "simulator/sei.h"
+
+namespace podsim {
+
+constexpr std::size_t kTsPacketSize = 188;
+
+class TsMuxer {
+public:
+    explicit TsMuxer(Codec codec) : codec_(codec) {}
+
+    // Appends whole 188-byte packets: tables when due (every key frame, else every 100 ms of stream time),
+    // then the picture. `au` is an Annex B access unit; an access unit delimiter is put before it when it has
+    // none. `time_ns` is the picture's time on any steady clock.
+    void write(const std::uint8_t* au, std::size_t n, bool key_frame, std::int64_t time_ns,
+               std::vector<std::uint8_t>& out);
+
+private:
+    void writeTables(std::vector<std::uint8_t>& out);
+    void writeSection(std::uint16_t pid, std::uint8_t& counter, std::vector<std::uint8_t> section,
+                      std::vector<std::uint8_t>& out);
+    std::vector<std::uint8_t> pesPacket(const std::uint8_t* au, std::size_t n, std::uint64_t pts_90k) const;
+
+    Codec codec_;
+    std::uint8_t pat_counter_ = 0;
+    std::uint8_t pmt_counter_ = 0;
+    std::uint8_t video_counter_ = 0;
+    bool started_ = false;
+    std::int64_t first_ns_ = 0;
+    std::int64_t tables_ns_ = 0;
+};
+
+// CRC-32 of the tables (polynomial 0x04C11DB7, start all ones, not reflected).
+std::uint32_t mpegCrc32(const std::uint8_t* data, std::size_t n);
+
+}  // namespace podsim

@@ -1,0 +1,75 @@
+#include "simulator/video_output.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "simulator/transport.h"
+
+namespace podsim {
+
+std::vector<std::vector<std::uint8_t>> cutIntoDatagrams(const std::vector<std::uint8_t>& data,
+                                                        std::size_t size) {
+    std::vector<std::vector<std::uint8_t>> pieces;
+    for (std::size_t at = 0; at < data.size(); at += size) {
+        const std::size_t end = std::min(data.size(), at + size);
+        pieces.emplace_back(data.begin() + static_cast<std::ptrdiff_t>(at),
+                            data.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+    return pieces;
+}
+
+std::unique_ptr<VideoOutput> VideoOutput::open(Form form, Codec codec, const std::string& to,
+                                               std::uint64_t seed, std::string& error) {
+    sockaddr_in endpoint{};
+    if (!parseEndpoint(to, endpoint)) {
+        error = "'" + to + "' is no ADDRESS:PORT";
+        return nullptr;
+    }
+    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) {
+        error = std::string("video socket: ") + std::strerror(errno);
+        return nullptr;
+    }
+    // Room for a whole key frame; should a network be slower still, a picture is lost, not the pod's time.
+    const int room = 1 << 20;
+    setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+    const timeval patience{0, 20'000};
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    return std::unique_ptr<VideoOutput>(new VideoOutput(form, codec, fd, endpoint, seed));
+}
+
+VideoOutput::VideoOutput(Form form, Codec codec, int fd, const sockaddr_in& to, std::uint64_t seed)
+    : form_(form), fd_(fd), to_(to), muxer_(codec), injector_(seed) {}
+
+VideoOutput::~VideoOutput() {
+    close(fd_);
+}
+
+void VideoOutput::send(const AccessUnit& unit, std::int64_t now_ns) {
+    std::vector<std::vector<std::uint8_t>> datagrams;
+    if (form_ == Form::kTransportStream) {
+        std::vector<std::uint8_t> packets;
+        muxer_.write(unit.bytes.data(), unit.bytes.size(), unit.key_frame, now_ns, packets);
+        datagrams = cutIntoDatagrams(packets, kTsDatagramSize);
+    } else {
+        datagrams = cutIntoDatagrams(unit.bytes, kRawDatagramSize);
+    }
+    for (auto& datagram : datagrams) {
+        injector_.push(std::move(datagram), now_ns);
+    }
+    pump(now_ns);
+}
+
+void VideoOutput::pump(std::int64_t now_ns) {
+    while (auto datagram = injector_.pop(now_ns)) {
+        sendto(fd_, datagram->data(), datagram->size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to_),
+               sizeof to_);
+    }
+}
+
+}  // namespace podsim
