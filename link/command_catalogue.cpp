@@ -1,0 +1,409 @@
+#include "link/command_catalogue.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "link/bytes.h"
+#include "link/frame_sender.h"
+
+namespace sorvane {
+
+namespace {
+
+Command four(int code, int p1 = 0, int p2 = 0, int p3 = 0, int p4 = 0) {
+    Command c;
+    c.kind = Command::Kind::kFour;
+    c.code = lowByte(code);
+    c.bytes = {lowByte(p1), lowByte(p2), lowByte(p3), lowByte(p4)};
+    c.size = 4;
+    return c;
+}
+
+// Two 16-bit values, low byte first; what does not fit keeps its low bits.
+Command words(int code, int a, int b) {
+    return four(code, lowByte(a), highByte(a), lowByte(b), highByte(b));
+}
+
+Command rate(int x, int y) {
+    Command c;
+    c.kind = Command::Kind::kRate;
+    c.code = CMD_SERVO_RATE;
+    c.x = static_cast<std::int16_t>(x);
+    c.y = static_cast<std::int16_t>(y);
+    return c;
+}
+
+int rateSpeed(const ControlReader& r) {
+    return r.sliderValue("horizontalSlider");
+}
+Command rateUp(const ControlReader& r, int) {
+    return rate(0, rateSpeed(r));
+}
+Command rateDown(const ControlReader& r, int) {
+    return rate(0, -rateSpeed(r));
+}
+Command rateLeft(const ControlReader& r, int) {
+    return rate(-rateSpeed(r), 0);
+}
+Command rateRight(const ControlReader& r, int) {
+    return rate(rateSpeed(r), 0);
+}
+
+int gyroSpeed(const ControlReader& r) {
+    return r.number("comboBox");
+}
+Command gyroUp(const ControlReader& r, int) {
+    return four(CMD_GYRO_RATE, 3, 0, gyroSpeed(r));
+}
+Command gyroDown(const ControlReader& r, int) {
+    return four(CMD_GYRO_RATE, 3, 0, -gyroSpeed(r));
+}
+Command gyroLeft(const ControlReader& r, int) {
+    return four(CMD_GYRO_RATE, 3, -gyroSpeed(r));
+}
+Command gyroRight(const ControlReader& r, int) {
+    return four(CMD_GYRO_RATE, 3, gyroSpeed(r));
+}
+
+// A single-precision product: the pod's angles were always computed so, and the last digit depends on it.
+int scaled(const ControlReader& r, const char* edit, float factor) {
+    return truncateToI32(r.decimal(edit) * factor);
+}
+
+Command guide(const ControlReader& r, int code) {
+    return words(code, scaled(r, "lineEdit", 100.0F), scaled(r, "lineEdit_2", 100.0F));
+}
+Command digitalGuide(const ControlReader& r, int) {
+    return guide(r, CMD_DIGITAL_GUIDE);
+}
+Command attitudeGuide(const ControlReader& r, int) {
+    return guide(r, CMD_ATTITUDE_GUIDE);
+}
+
+Command visibleLens(const ControlReader& r, int action) {
+    return four(CMD_VL_LENS, action, r.number("comboBox_2"));
+}
+Command focusNear(const ControlReader& r, int) {
+    return visibleLens(r, 3);
+}
+Command focusFar(const ControlReader& r, int) {
+    return visibleLens(r, 4);
+}
+Command zoomIn(const ControlReader& r, int) {
+    return visibleLens(r, 1);
+}
+Command zoomOut(const ControlReader& r, int) {
+    return visibleLens(r, 2);
+}
+
+Command rangeContinuous(const ControlReader& r, int) {
+    return four(CMD_RANGE_CONTINUOUS, r.number("comboBox_6"));
+}
+
+Command timeSync(const ControlReader& r, int) {
+    const CalendarTime t = r.localTime();
+    Command c;
+    c.kind = Command::Kind::kPayload;
+    c.code = CMD_TIME_SYNC;
+    c.size = 9;
+    c.bytes = {lowByte(t.year),
+               highByte(t.year),
+               lowByte(t.month),
+               lowByte(t.day),
+               lowByte(t.hour),
+               lowByte(t.minute),
+               lowByte(t.second),
+               lowByte(t.millisecond / 10),
+               highByte(t.millisecond / 10)};
+    return c;
+}
+
+Command setAddress(const ControlReader& r, int) {
+    return four(CMD_SET_IP, r.number("lineEdit_4"), r.number("lineEdit_5"), r.number("lineEdit_16"),
+                r.number("lineEdit_19"));
+}
+
+Command customTemplate(const ControlReader& r, int) {
+    const int width = std::clamp(r.number("lineEdit_6"), 0, 255);
+    const int height = std::clamp(r.number("lineEdit_7"), 0, 255);
+    Command c = four(CMD_TRACK_TEMPLATE, 0, 0, width, height);
+    c.rewrites = {Command::Rewrite{"lineEdit_6", width}, Command::Rewrite{"lineEdit_7", height}};
+    return c;
+}
+
+Command trackById(const ControlReader& r, int) {
+    return four(CMD_TRACK_BY_ID, 1, r.number("lineEdit_24"));
+}
+
+// Index of the checked one, 255 when none is.
+template <std::size_t N>
+int checkedIndex(const ControlReader& r, const char* const (&buttons)[N]) {
+    for (std::size_t i = 0; i < N; ++i) {
+        if (r.checked(buttons[i])) return static_cast<int>(i);
+    }
+    return 255;
+}
+
+Command detectionMode(const ControlReader& r, int) {
+    static constexpr const char* kSources[] = {"radioButton_15", "radioButton_16"};
+    static constexpr const char* kMethods[] = {"radioButton_17", "radioButton_18", "radioButton_19"};
+    return four(CMD_AI_MODE, checkedIndex(r, kSources), checkedIndex(r, kMethods));
+}
+
+Command twoNumbers(const ControlReader& r, int code, const char* a, const char* b) {
+    return words(code, r.number(a), r.number(b));
+}
+Command regionOfInterest(const ControlReader& r, int) {
+    return twoNumbers(r, CMD_AI_ROI, "lineEdit_9", "lineEdit_8");
+}
+Command scanAzimuth(const ControlReader& r, int) {
+    return twoNumbers(r, CMD_SCAN_AZ, "lineEdit_12", "lineEdit_13");
+}
+// The same code as the azimuth set-up: meant.
+Command scanTwoAxes(const ControlReader& r, int) {
+    return twoNumbers(r, CMD_SCAN_AZ, "lineEdit_22", "lineEdit_23");
+}
+Command scanPitch(const ControlReader& r, int) {
+    return twoNumbers(r, CMD_SCAN_EL, "lineEdit_11", "lineEdit_10");
+}
+
+// 15 bits of the tenfold speed, and the mode (0 scan, 1 lock) on top.
+int axisWord(const ControlReader& r, const char* speed_edit, const char* mode_combo) {
+    std::uint32_t v = static_cast<std::uint32_t>(r.number(speed_edit)) * 10U;
+    if ((v & 0x80000000U) != 0) v |= 1U << 14;
+    const std::uint32_t mode = (static_cast<std::uint32_t>(r.index(mode_combo)) << 15) & 0x8000U;
+    return static_cast<int>((v & 0x7FFFU) | mode);
+}
+
+Command scanRun(const ControlReader& r, int) {
+    return words(CMD_SCAN_RUN, axisWord(r, "lineEdit_14", "comboBox_14"),
+                 axisWord(r, "lineEdit_15", "comboBox_15"));
+}
+
+Command geo(const ControlReader& r, std::uint8_t code) {
+    Command c;
+    c.kind = Command::Kind::kPayload;
+    c.code = code;
+    c.size = 12;
+    // Single precision from the text, then scaled in double: the last digits are lost, which is meant.
+    storeI32(&c.bytes[0], truncateToI32(static_cast<double>(r.decimal("lineEdit_18")) * 1e7));
+    storeI32(&c.bytes[4], truncateToI32(static_cast<double>(r.decimal("lineEdit_20")) * 1e7));
+    storeI32(&c.bytes[8], truncateToI32(static_cast<double>(r.decimal("lineEdit_17")) * 10.0));
+    return c;
+}
+Command geoGuide(const ControlReader& r, int) {
+    return geo(r, CMD_GEO_GUIDE);
+}
+Command geoTrack(const ControlReader& r, int) {
+    return geo(r, CMD_GEO_TRACK);
+}
+
+Command focalLength(const ControlReader& r, int) {
+    return words(CMD_VL_FOCAL_LENGTH, scaled(r, "lineEdit_21", 10.0F), 0);
+}
+Command illuminatorRate(const ControlReader& r, int) {
+    const int f = scaled(r, "lineEdit_211", 100.0F);
+    return four(CMD_LASER_ILLUMINATOR, 2, lowByte(f), highByte(f));
+}
+Command temperatureAlarm(const ControlReader& r, int) {
+    const int f = scaled(r, "lineEdit_212", 10.0F);
+    return four(CMD_IR_TEMP_ALARM, r.checked("widget_82") ? 0x80 : 0, lowByte(f), highByte(f));
+}
+
+Command palette(const ControlReader&, int index) {
+    return four(CMD_IR_PALETTE, 1, index);
+}
+// The box itself, not the index handed over: what is shown is what is sent.
+Command enhancement(const ControlReader& r, int) {
+    return four(CMD_IR_DDE, 1, r.index("comboBox_5"));
+}
+Command templateSize(const ControlReader& r, int) {
+    return four(CMD_TRACK_TEMPLATE, r.itemData("comboBox_3"));
+}
+template <std::uint8_t kCode>
+Command byValue(const ControlReader&, int value) {
+    return four(kCode, value);
+}
+Command stabilise(const ControlReader&, int on) {
+    return four(CMD_VL_IMAGE, 4, on != 0 ? 1 : 2);
+}
+Command demist(const ControlReader&, int on) {
+    return four(CMD_WINDOW_DEFOG, 1, on);
+}
+
+constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1 = 0, std::uint8_t p2 = 0,
+                              ServoMode servo = ServoMode::kAny) {
+    return {object, ControlKind::kButton, servo, code, p1, p2, nullptr, false};
+}
+constexpr CatalogueRow button(const char* object, BuildCommand build, ServoMode servo = ServoMode::kAny) {
+    return {object, ControlKind::kButton, servo, 0, 0, 0, build, false};
+}
+// The command ends by itself after 100 ms, or at the release if that comes first.
+constexpr CatalogueRow shortButton(const char* object, BuildCommand build) {
+    return {object, ControlKind::kButton, ServoMode::kAny, 0, 0, 0, build, true};
+}
+constexpr CatalogueRow combo(const char* object, BuildCommand build) {
+    return {object, ControlKind::kCombo, ServoMode::kAny, 0, 0, 0, build, true};
+}
+constexpr CatalogueRow toggle(const char* object, BuildCommand build) {
+    return {object, ControlKind::kSwitch, ServoMode::kAny, 0, 0, 0, build, true};
+}
+constexpr CatalogueRow sendsNothing(const char* object, ControlKind kind) {
+    return {object, kind, ServoMode::kAny, 0, 0, 0, nullptr, false};
+}
+
+constexpr CatalogueRow kCatalogue[] = {
+    // Servo, frame mode.
+    button("pushButton_115", rateUp, ServoMode::kFrame),
+    button("pushButton_114", rateDown, ServoMode::kFrame),
+    button("pushButton_113", rateLeft, ServoMode::kFrame),
+    button("pushButton_112", rateRight, ServoMode::kFrame),
+    button("pushButton_24", CMD_SERVO_CENTRE, 0, 0, ServoMode::kFrame),
+    // Servo, gyro mode. Its release sends nothing in single mode: meant.
+    button("pushButton_115", gyroUp, ServoMode::kGyro),
+    button("pushButton_114", gyroDown, ServoMode::kGyro),
+    button("pushButton_113", gyroLeft, ServoMode::kGyro),
+    button("pushButton_112", gyroRight, ServoMode::kGyro),
+    button("pushButton_24", CMD_GYRO_RATE, 1, 0, ServoMode::kGyro),
+    // Servo, either mode.
+    button("pushButton_105", CMD_HEADING_LOCK),
+    button("pushButton_104", CMD_HEADING_FOLLOW),
+    button("pushButton_107", CMD_LOOK_DOWN),
+    button("pushButton_106", CMD_STOW),
+    button("pushButton_108", CMD_SERVO_OFF),
+    button("pushButton_109", CMD_SCAN_RUN),
+    button("pushButton_26", digitalGuide),
+    button("pushButton_25", attitudeGuide),
+    // Video.
+    button("pushButton_131", CMD_VIDEO_SWITCH),
+    button("pushButton_132", CMD_RECORD),
+    button("pushButton_133", CMD_SNAPSHOT),
+    button("pushButton_134", CMD_DUAL_SAME_FOV),
+    // Visible light.
+    button("pushButton_119", focusNear),
+    button("pushButton_120", focusFar),
+    button("pushButton_140", CMD_VL_LENS, 5),
+    button("pushButton_118", zoomIn),
+    button("pushButton_121", zoomOut),
+    button("pushButton_139", CMD_VL_IMAGE, 6),
+    button("pushButton_136", CMD_VL_IMAGE, 1, 1),
+    button("pushButton_135", CMD_VL_IMAGE, 1, 2),
+    button("pushButton_138", CMD_VL_IMAGE, 2, 1),
+    button("pushButton_137", CMD_VL_IMAGE, 2, 2),
+    button("pushButton_141", CMD_VL_IMAGE, 5, 1),
+    button("pushButton_143", CMD_VL_IMAGE, 5, 2),
+    button("pushButton_142", CMD_VL_IMAGE, 5, 3),
+    // Infrared.
+    button("pushButton_122", CMD_IR_LENS, 15),
+    button("pushButton_125", CMD_IR_LENS, 16),
+    button("pushButton_144", CMD_IR_LENS, 1),
+    button("pushButton_147", CMD_IR_LENS, 2),
+    button("pushButton_145", CMD_IR_CONTRAST, 0),
+    button("pushButton_146", CMD_IR_CONTRAST, 1),
+    button("pushButton_123", CMD_IR_BRIGHTNESS, 0),
+    button("pushButton_124", CMD_IR_BRIGHTNESS, 1),
+    button("pushButton_149", CMD_IR_LENS, 3),
+    button("pushButton_127", CMD_IR_EZOOM),
+    button("pushButton_151", CMD_IR_SHUTTER_NUC),
+    button("pushButton_126", CMD_IR_DEFAULTS, 2),
+    button("pushButton_148", CMD_IR_BACKGROUND_NUC),
+    // Laser.
+    button("pushButton_128", CMD_RANGE_SINGLE),
+    button("pushButton_130", rangeContinuous),
+    button("pushButton_129", CMD_RANGE_STOP),
+    // Second page.
+    button("pushButton_22", timeSync),
+    button("pushButton_110", setAddress),
+    button("pushButton_153", customTemplate),
+    button("pushButton_160", CMD_TRACK_BY_ID),
+    button("pushButton_161", trackById),
+    button("pushButton_116", CMD_TRACK_STEP, 0),
+    button("pushButton_117", CMD_TRACK_STEP, 1),
+    button("pushButton_154", detectionMode),
+    button("pushButton_150", regionOfInterest),
+    button("pushButton_155", scanAzimuth),
+    button("pushButton_162", scanTwoAxes),
+    button("pushButton_152", scanPitch),
+    button("pushButton_156", scanRun),
+    button("pushButton_158", geoGuide),
+    button("pushButton_159", geoTrack),
+    shortButton("pushButton_157", focalLength),
+    shortButton("pushButton_1571", illuminatorRate),
+    button("pushButton_1572", temperatureAlarm),
+    // Combo boxes.
+    combo("comboBox_4", palette),
+    combo("comboBox_5", enhancement),
+    combo("comboBox_3", templateSize),
+    combo("comboBox_7", byValue<CMD_FOG>),
+    combo("comboBox_8", byValue<CMD_LOAD_ENABLE>),
+    combo("comboBox_9", byValue<CMD_LOAD_SLEEP>),
+    combo("comboBox_10", byValue<CMD_VIDEO_MODE>),
+    combo("comboBox_11", byValue<CMD_OSD>),
+    combo("comboBox_13", byValue<CMD_LOCATE_MODE>),
+    sendsNothing("comboBox_14", ControlKind::kCombo),
+    sendsNothing("comboBox_15", ControlKind::kCombo),
+    // Read by buttons only.
+    sendsNothing("comboBox", ControlKind::kCombo),
+    sendsNothing("comboBox_2", ControlKind::kCombo),
+    sendsNothing("comboBox_6", ControlKind::kCombo),
+    // Switches.
+    toggle("widget_3", byValue<CMD_AI_BOX>),
+    toggle("widget_81", byValue<CMD_LASER_ILLUMINATOR>),
+    toggle("widget", byValue<CMD_NIGHT_MODE>),
+    toggle("widget_2", stabilise),
+    toggle("widget_4", byValue<CMD_AUTO_TRACK>),
+    toggle("widget_8", demist),
+    sendsNothing("widget_7", ControlKind::kSwitch),
+    sendsNothing("widget_82", ControlKind::kSwitch),
+};
+
+}  // namespace
+
+CatalogueView commandCatalogue() {
+    return {kCatalogue, std::size(kCatalogue)};
+}
+
+const CatalogueRow* findControl(ControlKind kind, std::string_view object, ServoMode servo) {
+    for (const CatalogueRow& row : kCatalogue) {
+        if (row.kind != kind || object != row.object) continue;
+        if (row.servo == ServoMode::kAny || row.servo == servo) return &row;
+    }
+    return nullptr;
+}
+
+Command commandOf(const CatalogueRow& row, const ControlReader& controls, int value) {
+    if (row.build != nullptr) return row.build(controls, value);
+    return row.code != 0 ? four(row.code, row.p1, row.p2) : Command();
+}
+
+void send(FrameSender& sender, const Command& command) {
+    const auto& b = command.bytes;
+    switch (command.kind) {
+        case Command::Kind::kNone:
+            break;
+        case Command::Kind::kFour:
+            sender.sendCommand4(command.code, b[0], b[1], b[2], b[3]);
+            break;
+        case Command::Kind::kRate:
+            // No code in the frame's own place: the rate code alone moves the servo.
+            sender.sendCommandRate(0, command.code, command.x, command.y);
+            break;
+        case Command::Kind::kPayload:
+            sender.sendCommandPayload(command.code, b.data(), command.size);
+            break;
+    }
+}
+
+Command zoomCommand(int window, int cmd, int display_mode) {
+    if (window == 2) return four(CMD_IR_LENS, cmd, 7);
+    if (window != 1) return {};
+    if (!infraredShown(display_mode)) return four(CMD_VL_LENS, cmd, 7);
+    return four(CMD_IR_LENS, cmd == 1 ? 15 : 16);
+}
+
+Command zoomBySourceCommand(bool in, int display_mode) {
+    if (!infraredShown(display_mode)) return four(CMD_VL_LENS, in ? 1 : 2);
+    return four(CMD_IR_LENS, in ? 15 : 16);
+}
+
+}  // namespace sorvane
