@@ -274,9 +274,20 @@ private:
     void onVideoCheckTimer();
     void onVideoFrame(QMyEvent* e);
     void onFrameTimer();
+    void closeAllVideo();
+
+    // --- video/korvath_audio.cpp ---
     // Stream library's audio thread.
     void onAudio(unsigned char* data, int size, int sample_rate, int channels);
-    void closeAllVideo();
+    void closeAudio();
+
+    // --- video/korvath_block.cpp: the block stream that the station receives itself ---
+    void openBlockStream();
+    void closeBlockStream();
+    // Transport's receive thread.
+    void onBlockPayload(const unsigned char* data, int size);
+    // Stream library's thread; never waits.
+    int onBlockRead(unsigned char* dest, int capacity);
 
     // --- video/korvath_render.cpp ---
     void initVideoOutput();

@@ -51,5 +51,6 @@ private:
     Korvath* owner = nullptr;
     int window_id = 1;
     sorvane::DragGesture drag;
+    bool hold_cut = false;  // a drag was ended from outside while the button was still down
     QFont font;
 };

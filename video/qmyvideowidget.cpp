@@ -1,0 +1,167 @@
+#include "video/qmyvideowidget.h"
+
+#include <QDebug>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+
+#include "app/korvath.h"
+#include "link/command_codes.h"
+#include "video/picture_geometry.h"
+
+namespace {
+
+constexpr int kNoSignalPoints = 36;
+const QColor kNoSignalColour(150, 150, 150, 255);
+
+QPoint truncated(const QPointF& point) {
+    return {static_cast<int>(point.x()), static_cast<int>(point.y())};
+}
+
+}  // namespace
+
+QMyVideoWidget::QMyVideoWidget(QWidget* parent)
+    : QLabel(parent), font(QStringLiteral("Microsoft Yahei"), kNoSignalPoints) {
+    // A native window of its own for SDL, without making every ancestor native too.
+    setAttribute(Qt::WA_DontCreateNativeAncestors);
+    setAttribute(Qt::WA_NativeWindow);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state != Qt::ApplicationActive) endHold();
+    });
+}
+
+QMyVideoWidget::~QMyVideoWidget() = default;
+
+void QMyVideoWidget::setOwner(Korvath* window) {
+    owner = window;
+    window_id = objectName() == QLatin1String("videoWin2") ? 2 : 1;
+}
+
+bool QMyVideoWidget::streamOpen() const {
+    return owner != nullptr && owner->noSignalTest(window_id);
+}
+
+void QMyVideoWidget::streamStateChanged() {
+    setAttribute(Qt::WA_PaintOnScreen, streamOpen());
+    update();
+}
+
+// Null keeps Qt's backing store off the window, so that the last picture stays when pictures stop coming.
+QPaintEngine* QMyVideoWidget::paintEngine() const {
+    return testAttribute(Qt::WA_PaintOnScreen) ? nullptr : QLabel::paintEngine();
+}
+
+void QMyVideoWidget::paintEvent(QPaintEvent* /*e*/) {
+    if (streamOpen()) return;
+    const QString text = QStringLiteral("No Signal");
+    const QSize size = QFontMetrics(font, this).boundingRect(text).size();
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::black);
+    painter.setFont(font);
+    painter.setPen(kNoSignalColour);
+    // The corner of the centred box serves as the base line's start, so the text sits above the centre;
+    // meant.
+    painter.drawText((geometry().width() - size.width()) / 2, (geometry().height() - size.height()) / 2,
+                     text);
+}
+
+void QMyVideoWidget::moveEvent(QMoveEvent* e) {
+    QLabel::moveEvent(e);
+    if (owner != nullptr) owner->placeTips();
+}
+
+void QMyVideoWidget::wheelEvent(QWheelEvent* e) {
+    e->accept();
+    if (owner != nullptr) owner->setZoom(window_id, e->angleDelta().y() >= 1 ? 1 : 2);
+}
+
+void QMyVideoWidget::mouseMoveEvent(QMouseEvent* e) {
+    const bool held = (e->buttons() & Qt::LeftButton) != 0;
+    // A drag whose release went elsewhere must not run on.
+    if (!held) endHold();
+    if (held && !hold_cut && owner != nullptr && !owner->edgeResizing()) dragTo(e->pos());
+    QLabel::mouseMoveEvent(e);
+}
+
+void QMyVideoWidget::dragTo(const QPoint& pos) {
+    const sorvane::DragStep step = drag.move({pos.x(), pos.y()}, width(), height());
+    if (step.kind == sorvane::DragStep::STARTED) {
+        window()->installEventFilter(this);
+        owner->showDragRing(mapToGlobal(QPoint(drag.start_pos.x, drag.start_pos.y)));
+    } else if (step.kind == sorvane::DragStep::RATE) {
+        owner->showDragDot(mapToGlobal(pos));
+        owner->sendCommandRate(0, sorvane::CMD_SERVO_RATE, step.rate_x, step.rate_y);
+    }
+}
+
+void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
+    const QPoint pos = truncated(e->localPos());
+    const bool was_cut = hold_cut;
+    hold_cut = false;
+    if (drag.dragging) {
+        qDebug() << " drag start: " << QPoint(drag.start_pos.x, drag.start_pos.y) << ", drag end: " << pos;
+        endHold();
+        hold_cut = false;
+    } else {
+        drag.release();
+        if (!was_cut && owner != nullptr && window_id == 1) {
+            if (e->button() == Qt::LeftButton) {
+                clickAt(pos);
+            } else if (e->button() == Qt::RightButton) {
+                qDebug("mouseReleaseEvent");
+                owner->stopTracking();
+            }
+        }
+    }
+    // On to the window, which forgets the edge that a resize has held.
+    QLabel::mouseReleaseEvent(e);
+}
+
+void QMyVideoWidget::clickAt(const QPoint& pos) {
+    const sorvane::ImagePoint point = sorvane::widgetToImage(pos.x(), pos.y(), owner->frameWidth(),
+                                                             owner->frameHeight(), width(), height());
+    qDebug("Point select trace, pt1 x: %d, y: %d", point.x, point.y);
+    if (!point.inside()) return;
+    owner->trackPoint(static_cast<std::int16_t>(point.x), static_cast<std::int16_t>(point.y));
+}
+
+void QMyVideoWidget::endHold() {
+    if (!drag.release()) return;
+    // The button may still be down: it takes a new press to drag again.
+    hold_cut = true;
+    window()->removeEventFilter(this);
+    if (owner == nullptr) return;
+    owner->stopCommand(sorvane::CMD_SERVO_RATE);
+    owner->hideDragMarks();
+}
+
+bool QMyVideoWidget::event(QEvent* e) {
+    switch (e->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+            hold_cut = false;
+            break;
+        case QEvent::Hide:
+        case QEvent::WindowBlocked:
+            endHold();
+            break;
+        case QEvent::EnabledChange:
+            if (!isEnabled()) endHold();
+            break;
+        case QEvent::WinIdChange:
+            emit nativeWindowChanged();
+            break;
+        default:
+            break;
+    }
+    return QLabel::event(e);
+}
+
+// The window closes its link in its close event: the stop has to be out before that.
+bool QMyVideoWidget::eventFilter(QObject* obj, QEvent* e) {
+    if (e->type() == QEvent::Close || e->type() == QEvent::WindowBlocked) endHold();
+    return QLabel::eventFilter(obj, e);
+}

@@ -1,0 +1,135 @@
+#include "video/video_output.h"
+
+#include <SDL.h>
+#include <SDL_syswm.h>
+#include <SDL_ttf.h>
+
+#include <QDir>
+#include <QFile>
+#include <cstdio>
+#include <cstring>
+
+namespace video_output {
+
+namespace {
+
+constexpr int kFontSize = 30;
+TTF_Font* g_font = nullptr;
+
+// Without a device node of a graphics driver OpenGL can only be software.
+bool graphicsDeviceSeen() {
+#ifdef __linux__
+    return QFile::exists(QStringLiteral("/dev/nvidiactl")) ||
+           !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
+#else
+    return true;
+#endif
+}
+
+void setHints() {
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    // With a foreign window SDL drops the stick's input entirely without it.
+    SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
+    // Else the software renderer goes through OpenGL behind our back.
+    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+    if (graphicsDeviceSeen()) {
+        SDL_SetHint(SDL_HINT_VIDEO_FOREIGN_WINDOW_OPENGL, "1");
+    } else {
+        SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
+    }
+}
+
+bool rendersInSoftwareGl(SDL_Renderer* renderer) {
+    SDL_RendererInfo info;
+    if (SDL_GetRendererInfo(renderer, &info) != 0 || std::strncmp(info.name, "opengl", 6) != 0) return false;
+    using GetString = const unsigned char* (*)(unsigned int);
+    const auto get_string = reinterpret_cast<GetString>(SDL_GL_GetProcAddress("glGetString"));
+    constexpr unsigned int kGlRenderer = 0x1F01;
+    const auto* name =
+        get_string != nullptr ? reinterpret_cast<const char*>(get_string(kGlRenderer)) : nullptr;
+    if (name == nullptr) return false;
+    for (const char* software : {"llvmpipe", "softpipe", "swrast", "Software"}) {
+        if (std::strstr(name, software) != nullptr) return true;
+    }
+    return false;
+}
+
+#ifdef SDL_VIDEO_DRIVER_X11
+// SDL selects no events on a window that it has not made; without this it keeps the first size for ever.
+void followStructure(SDL_Window* window) {
+    SDL_SysWMinfo info;
+    SDL_VERSION(&info.version);
+    if (SDL_GetWindowWMInfo(window, &info) == SDL_TRUE && info.subsystem == SDL_SYSWM_X11) {
+        XSelectInput(info.info.x11.display, info.info.x11.window, StructureNotifyMask);
+        XFlush(info.info.x11.display);
+    }
+}
+#else
+void followStructure(SDL_Window* /*window*/) {}
+#endif
+
+}  // namespace
+
+bool init(const QString& font_path) {
+    static bool done = false;
+    if (done) return g_font != nullptr;
+    done = true;
+    setHints();
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) std::printf("Could not initialize SDL - %s\n", SDL_GetError());
+    if (TTF_Init() < 0) return false;
+    g_font = TTF_OpenFont(font_path.toUtf8().constData(), kFontSize);
+    if (g_font == nullptr) return false;
+    TTF_SetFontStyle(g_font, TTF_STYLE_NORMAL);
+    TTF_SetFontOutline(g_font, 0);
+    TTF_SetFontKerning(g_font, 1);
+    TTF_SetFontHinting(g_font, TTF_HINTING_NORMAL);
+    return true;
+}
+
+TTF_Font* font() {
+    return g_font;
+}
+
+SDL_Window* wrapWindow(quintptr native_id) {
+    SDL_Window* window = SDL_CreateWindowFrom(reinterpret_cast<const void*>(native_id));
+    if (window == nullptr) return nullptr;
+    followStructure(window);
+    SDL_ShowWindow(window);
+    return window;
+}
+
+SDL_Renderer* makeRenderer(SDL_Window* window) {
+    SDL_Renderer* renderer = SDL_CreateRenderer(window, -1, 0);
+    if (renderer != nullptr && rendersInSoftwareGl(renderer)) {
+        SDL_DestroyRenderer(renderer);
+        SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
+        renderer = SDL_CreateRenderer(window, -1, 0);
+    }
+    if (renderer != nullptr) SDL_SetRenderDrawColor(renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+    releaseContext(window);
+    return renderer;
+}
+
+void destroy(SDL_Renderer* renderer, SDL_Window* window) {
+    if (renderer != nullptr) SDL_DestroyRenderer(renderer);
+    if (window != nullptr) SDL_DestroyWindow(window);
+}
+
+void catchUp() {
+    SDL_PumpEvents();
+    // Nobody reads these; the stick is polled, not taken from the queue.
+    SDL_FlushEvents(SDL_WINDOWEVENT, SDL_SYSWMEVENT);
+    SDL_FlushEvents(SDL_KEYDOWN, SDL_MOUSEWHEEL);
+}
+
+void resizeWindow(SDL_Window* window, int width, int height) {
+    // On X11 SDL would also move the window, to where it first saw it; there the structure events tell the
+    // size.
+    if (std::strcmp(SDL_GetCurrentVideoDriver(), "x11") != 0) SDL_SetWindowSize(window, width, height);
+}
+
+void releaseContext(SDL_Window* window) {
+    if (SDL_GL_GetCurrentContext() != nullptr) SDL_GL_MakeCurrent(window, nullptr);
+}
+
+}  // namespace video_output

@@ -1,0 +1,15 @@
+#include "video/video_surface.h"
+
+#include "video/video_output.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+}
+
+FrameParcel::~FrameParcel() {
+    av_frame_free(&frame);
+}
+
+VideoSurface::~VideoSurface() {
+    video_output::destroy(renderer, sdl_window);
+}
