@@ -29,7 +29,7 @@ public:
 
     // Opens every port. False with a reason.
     bool open(std::string& error);
-    // "udp=127.0.0.1:8000 pty=/dev/pts/3": what was opened.
+    // " udp=127.0.0.1:8000 pty=/dev/pts/3": what was opened, a blank before each.
     std::string addresses() const;
     // Runs until a signal of `signal_fd` (a signalfd), the end of --duration or "quit" ends it.
     // `console_fd` is read for commands until its end; -1: none.

@@ -95,9 +95,9 @@ public:
         }
         loop_.setStatusText([this] { return status(); });
         const std::string addresses = loop_.addresses() + videoAddresses(options_, rtsp_.get());
-        std::printf("podsim ready %s\n", addresses.c_str());
+        std::printf("podsim ready%s\n", addresses.c_str());
         std::fflush(stdout);
-        log_.event("ready", addresses);
+        log_.event("ready", addresses.empty() ? addresses : addresses.substr(1));
         loop_.run(signal_fd, STDIN_FILENO);
         stopVideo();
         log_.event("stop", "");

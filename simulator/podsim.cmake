@@ -7,7 +7,7 @@ sorvane_library(podsim_wire
 
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
-  pkg_check_modules(PODSIM_GST REQUIRED IMPORTED_TARGET gstreamer-1.0 gstreamer-app-1.0 gstreamer-rtsp-server-1.0)
+  pkg_check_modules(PODSIM_GST REQUIRED IMPORTED_TARGET gio-2.0 gstreamer-1.0 gstreamer-app-1.0 gstreamer-rtsp-server-1.0)
   pkg_check_modules(PODSIM_X264 REQUIRED IMPORTED_TARGET x264)
   pkg_check_modules(PODSIM_X265 REQUIRED IMPORTED_TARGET x265)
 

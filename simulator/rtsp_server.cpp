@@ -86,6 +86,16 @@ GstRTSPFilterResult dropClient(GstRTSPServer*, GstRTSPClient*, gpointer) {
     return GST_RTSP_FILTER_REMOVE;
 }
 
+int portOf(GSocket* socket) {
+    GSocketAddress* address = g_socket_get_local_address(socket, nullptr);
+    if (!address) return 0;
+    const int port = G_IS_INET_SOCKET_ADDRESS(address)
+                         ? g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address))
+                         : 0;
+    g_object_unref(address);
+    return port;
+}
+
 gboolean cleanSessions(gpointer data) {
     gst_rtsp_session_pool_cleanup(GST_RTSP_SESSION_POOL(data));
     return TRUE;
@@ -101,6 +111,7 @@ struct RtspServer::Impl {
     GstRTSPServer* server = nullptr;
     GSource* listener = nullptr;
     GSource* cleaner = nullptr;
+    int bound_port = 0;
     std::thread thread;
 };
 
@@ -143,8 +154,8 @@ bool RtspServer::start(const std::string& bind_address, int port, std::string& e
     }
     g_object_unref(mounts);
 
-    d.listener = gst_rtsp_server_create_source(d.server, nullptr, &failure);
-    if (!d.listener) {
+    GSocket* socket = gst_rtsp_server_create_socket(d.server, nullptr, &failure);
+    if (!socket) {
         error = "rtsp port " + bind_address + ":" + std::to_string(port) + ": " +
                 (failure ? failure->message : "cannot be opened");
         g_clear_error(&failure);
@@ -152,6 +163,12 @@ bool RtspServer::start(const std::string& bind_address, int port, std::string& e
         d.server = nullptr;
         return false;
     }
+    d.bound_port = portOf(socket);
+    // What the server's own attach operation does, save that it tells neither the reason of a failure nor,
+    // with a free port, which one it took.
+    d.listener = g_socket_create_source(
+        socket, static_cast<GIOCondition>(G_IO_IN | G_IO_ERR | G_IO_HUP | G_IO_NVAL), nullptr);
+    g_object_unref(socket);
     d.context = g_main_context_new();
     d.loop = g_main_loop_new(d.context, FALSE);
     g_source_set_callback(d.listener, G_SOURCE_FUNC(gst_rtsp_server_io_func), d.server, nullptr);
@@ -187,9 +204,7 @@ void RtspServer::stop() {
     g_main_context_unref(d.context);
 }
 
-int RtspServer::port() const {
-    return impl_->server ? gst_rtsp_server_get_bound_port(impl_->server) : 0;
-}
+int RtspServer::port() const { return impl_->bound_port; }
 
 bool RtspServer::watched(int index) const {
     Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
