@@ -4,10 +4,10 @@
 #include <SDL_syswm.h>
 #include <SDL_ttf.h>
 
-#include <QDir>
-#include <QFile>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace video_output {
 
@@ -19,8 +19,14 @@ TTF_Font* g_font = nullptr;
 // Without a device node of a graphics driver OpenGL can only be software.
 bool graphicsDeviceSeen() {
 #ifdef __linux__
-    return QFile::exists(QStringLiteral("/dev/nvidiactl")) ||
-           !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    if (fs::exists("/dev/nvidiactl", ignored)) return true;
+    for (fs::directory_iterator node("/dev/dri", ignored), end; !ignored && node != end;
+         node.increment(ignored)) {
+        if (node->path().filename().string().rfind("renderD", 0) == 0) return true;
+    }
+    return false;
 #else
     return true;
 #endif
