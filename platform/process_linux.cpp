@@ -243,25 +243,16 @@ void writeInfo(ChunkWriter& out, int signal, const siginfo_t* info, const char* 
     out.end();
 }
 
-void composeName(SafeText& name) {
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    const auto time = platform::civilTime(now.tv_sec + g_utc_offset, static_cast<int>(now.tv_nsec / 1000000));
-    // Two digits that differ between crashes of one millisecond; rand() is not safe in a handler.
-    const auto suffix = (static_cast<std::uint64_t>(now.tv_nsec) * 0x9E3779B97F4A7C15ULL >> 40U) % 100;
-    name.dec(time.year, 4).add("-").dec(time.month, 2).add("-").dec(time.day, 2).add("-").dec(time.hour, 2);
-    name.add("-").dec(time.minute, 2).add("-").dec(time.second, 2).add("-").dec(time.millisecond, 2);
-    name.add("-").dec(static_cast<std::int64_t>(suffix), 2).add(".dmp");
-}
-
 void say(const SafeText& text) {
     platform::writeAll(STDOUT_FILENO, text.c_str(), text.size());
 }
 
 void writeCrashDump(int signal, siginfo_t* info, const ucontext_t* context) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
     SafeText name;
-    composeName(name);
-    const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    platform::composeDumpName(now.tv_sec, now.tv_nsec, g_utc_offset, name);
+    const int fd = platform::openDumpFile(name.c_str());
     if (fd < 0) {
         SafeText text;
         say(text.add("Create File ").add(name.c_str()).add(" Failed ").dec(errno).add("\n"));

@@ -80,6 +80,19 @@ SafeTime civilTime(std::int64_t seconds, int millisecond) {
     return time;
 }
 
+void composeDumpName(std::int64_t seconds, long nanoseconds, long utc_offset_s, SafeText& name) {
+    const SafeTime time = civilTime(seconds + utc_offset_s, static_cast<int>(nanoseconds / 1000000));
+    // Multiply-xorshift rounds: neighbouring times must not share their digits.
+    auto mixed = static_cast<std::uint64_t>(nanoseconds) * 0x9E3779B97F4A7C15ULL;
+    mixed = (mixed ^ mixed >> 30U) * 0xBF58476D1CE4E5B9ULL;
+    const auto suffix = (mixed ^ mixed >> 31U) % 100;
+    name.dec(time.year, 4).add("-").dec(time.month, 2).add("-").dec(time.day, 2).add("-").dec(time.hour, 2);
+    name.add("-").dec(time.minute, 2).add("-").dec(time.second, 2).add("-").dec(time.millisecond, 2);
+    name.add("-").dec(static_cast<std::int64_t>(suffix), 2).add(".dmp");
+}
+
+int openDumpFile(const char* name) { return ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644); }
+
 bool writeAll(int fd, const void* data, std::size_t n) {
     const char* at = static_cast<const char*>(data);
     while (n > 0) {

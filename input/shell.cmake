@@ -1,0 +1,1 @@
+set(input_shell_sources input / qmycmdbtn.cpp)
