@@ -10,15 +10,17 @@ struct AVFrame;
 namespace tavrik {
 
 // A decoded picture. The frame belongs to the library and is valid only during the call; clone it to keep it.
-// `fps` is pictures per second over the last second, `bitrate` payload kilobits per second (bits / 1000) likewise.
-// Called on the stream's decoder thread.
+// `fps` is pictures per second over the last second, `bitrate` payload kilobits per second (bits / 1000)
+// likewise. Called on the stream's decoder thread.
 using FrameCallback = std::function<void(AVFrame* frame, float fps, int bitrate)>;
-// Signed 16-bit little-endian interleaved PCM, `size` bytes. Called on the stream's audio thread, which may block in it.
+// Signed 16-bit little-endian interleaved PCM, `size` bytes. Called on the stream's audio thread, which may
+// block in it.
 using AudioCallback = std::function<void(unsigned char* data, int size, int sample_rate, int channels)>;
 // A run of SEI NAL units of one picture, each with a 4-byte start code, emulation prevention in place.
 // kind: 0 H.264, 1 H.265. Called on the stream's thread.
 using SeiCallback = std::function<void(void* data, int size, int kind)>;
-// Pulls up to `capacity` bytes of an elementary stream or transport stream; returns the bytes copied, 0 if none waits.
+// Pulls up to `capacity` bytes of an elementary stream or transport stream; returns the bytes copied, 0 if
+// none waits.
 using ReadCallback = std::function<int(unsigned char* dest, int capacity)>;
 using ReplayHook = void (*)();
 
@@ -26,16 +28,17 @@ using ReplayHook = void (*)();
 int list_decoders();
 
 // Opens a stream and returns at once; threads of its own do the rest.
-// is_rtsp: `url` is an rtsp:// or http:// address, `port` is ignored. Otherwise `url` is the sender's bare IP address or
-// a multicast group (joined on local_ip), may be empty; `port` the local UDP port to bind; local_ip the interface,
-// empty = any; transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
-// av_options: "key=value;key=value" handed to FFmpeg. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is not
-// there falls back to software. Returns a handle above 0, or 0 for a malformed or refused address (control characters,
-// foreign protocol, port out of range). It never reconnects by itself. Empty callables are allowed for audio and SEI.
+// is_rtsp: `url` is an rtsp:// or http:// address, `port` is ignored. Otherwise `url` is the sender's bare IP
+// address or a multicast group (joined on local_ip), may be empty; `port` the local UDP port to bind;
+// local_ip the interface, empty = any; transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
+// av_options: "key=value;key=value" handed to FFmpeg. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is
+// not there falls back to software. Returns a handle above 0, or 0 for a malformed or refused address
+// (control characters, foreign protocol, port out of range). It never reconnects by itself. Empty callables
+// are allowed for audio and SEI.
 int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on_audio, std::string local_ip,
              bool is_rtsp, std::string av_options, SeiCallback on_sei, std::uint8_t decoder);
-// Decodes a stream pulled through on_read. One pull at a time: it ends with the next feedPull or with a feedClose of a
-// handle that is not open (0 or stale).
+// Decodes a stream pulled through on_read. One pull at a time: it ends with the next feedPull or with a
+// feedClose of a handle that is not open (0 or stale).
 int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder);
 // Stops a stream or replay; within 1 s also when the network hangs. No callback runs after it has returned.
 void feedClose(int handle);

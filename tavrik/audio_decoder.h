@@ -1,0 +1,66 @@
+// Sound of a stream: decoded to 16-bit samples on a thread of its own, which the receiver may block.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "tavrik/ffmpeg_ptr.h"
+
+struct SwrContext;
+
+namespace tavrik {
+
+// push and stop from any thread; run is the body of the sound's thread.
+class AudioDecoder {
+public:
+    // Signed 16-bit little-endian interleaved samples.
+    using Sink = std::function<void(std::uint8_t* data, int size, int sample_rate, int channels)>;
+    // Packets waiting while the receiver blocks; beyond that the oldest go, so that the picture is never held
+    // up.
+    static constexpr std::size_t kMaxWaiting = 512;
+
+    explicit AudioDecoder(Sink sink) : sink_(std::move(sink)) {}
+    ~AudioDecoder();
+
+    // A packet as the container cut it.
+    void push(const AVPacket* packet, const AVCodecParameters* parameters);
+    // A piece of an elementary stream of the codec, cut anywhere.
+    void push(AVCodecID codec, const std::uint8_t* data, std::size_t size);
+    void run();
+    void stop();
+
+private:
+    struct Item {
+        PacketPtr packet;
+        std::shared_ptr<AVCodecParameters> parameters;
+        bool whole = true;
+    };
+    void enqueue(Item item);
+    bool next(Item& item);
+    bool open(const Item& item);
+    void parse(const AVPacket* packet);
+    void decode(const AVPacket* packet);
+    void deliver(const AVFrame* frame);
+
+    Sink sink_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Item> waiting_;
+    std::shared_ptr<AVCodecParameters> last_parameters_;
+    bool stopped_ = false;
+
+    // Of the sound's thread alone.
+    CodecContextPtr context_;
+    ParserPtr parser_;
+    SwrContext* resampler_ = nullptr;
+    int resampler_rate_ = 0, resampler_channels_ = 0, resampler_format_ = -1;
+    std::vector<std::uint8_t> samples_;
+};
+
+}  // namespace tavrik

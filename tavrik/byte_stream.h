@@ -1,0 +1,54 @@
+// A stream of which only the bytes are known: transport stream or raw Annex B, H.264 or H.265, told by what
+// arrives.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "tavrik/picture_stream.h"
+#include "tavrik/ts_demuxer.h"
+
+namespace tavrik {
+
+// Not thread-safe. A sender that changes its form is followed.
+class ByteStream : private TsDemuxer::Handler {
+public:
+    using PictureSink = PictureStream::Sink;
+    // One whole PES payload of the sound; stream_type as in the programme map.
+    using AudioSink = std::function<void(int stream_type, const std::uint8_t* data, std::size_t size)>;
+    enum class Form { Unknown, Transport, Raw };
+
+    ByteStream(PictureSink pictures, AudioSink audio);
+
+    void push(const std::uint8_t* data, std::size_t size);
+    void idle();
+    bool pending() const { return video_ != nullptr && video_->pending(); }
+    int idleMs() const { return video_ != nullptr ? video_->idleMs() : 1000; }
+    Form form() const { return form_; }
+
+private:
+    void tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) override;
+    void tsPictureEnd() override;
+    void tsAudio(int stream_type, const std::uint8_t* data, std::size_t size) override;
+
+    void sniff(const std::uint8_t* data, std::size_t size);
+    void startOver();
+    void begin(Form form);
+
+    PictureSink pictures_;
+    AudioSink audio_;
+    Form form_ = Form::Unknown;
+    std::vector<std::uint8_t> unknown_;  // while the form is unknown, bounded
+    TsDemuxer transport_;
+    std::unique_ptr<PictureStream> video_;
+    int packet_like_ = 0;  // pieces in a row that look like transport packets in a raw stream
+};
+
+// What the bytes are: Transport where sync bytes stand 188 apart, Raw where a parameter set begins and the
+// whole does not look like transport packets, else Unknown.
+ByteStream::Form formOf(const std::uint8_t* data, std::size_t size);
+
+}  // namespace tavrik

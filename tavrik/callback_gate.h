@@ -1,0 +1,42 @@
+// Every callback of a stream goes through its gate, so that none begins once the stream is closed.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace tavrik {
+
+using Clock = std::chrono::steady_clock;
+
+// Any thread.
+class CallbackGate {
+public:
+    // Runs `callback` unless the gate is closed; false if it was.
+    template <class Callback>
+    bool call(Callback&& callback) {
+        if (!enter()) return false;
+        callback();
+        leave();
+        return true;
+    }
+
+    // No call begins after this has returned.
+    void close();
+    // Waits for the calls that are under way, except one that this very thread is in. False at the deadline.
+    bool waitIdle(Clock::time_point deadline);
+    bool insideCall();
+
+private:
+    bool enter();
+    void leave();
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::thread::id> inside_;
+    bool closed_ = false;
+};
+
+}  // namespace tavrik

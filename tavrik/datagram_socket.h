@@ -1,0 +1,33 @@
+// A UDP socket that listens for a video stream.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tavrik/address.h"
+
+namespace tavrik {
+
+// One thread at a time.
+class DatagramSocket {
+public:
+    DatagramSocket() = default;
+    ~DatagramSocket() { close(); }
+    DatagramSocket(const DatagramSocket&) = delete;
+    DatagramSocket& operator=(const DatagramSocket&) = delete;
+
+    // Binds the port on the interface (any if it is not an address of this machine), asks for a receive
+    // buffer of 8 MiB, and joins the sender's address if it is a multicast group. False if the port is taken.
+    bool open(const DatagramAddress& address);
+    void close();
+    bool isOpen() const { return handle_ != kNone; }
+
+    // Waits up to timeout_ms for a datagram. Bytes received, 0 if none came in time, -1 for a broken socket.
+    int receive(std::uint8_t* to, std::size_t capacity, int timeout_ms);
+
+private:
+    static constexpr std::intptr_t kNone = -1;
+    std::intptr_t handle_ = kNone;
+};
+
+}  // namespace tavrik

@@ -1,0 +1,87 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tavrik/datagram_socket.h"
+
+namespace tavrik {
+namespace {
+
+constexpr int kReceiveBuffer = 8 << 20;
+
+bool bindTo(int fd, std::uint32_t ip, std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(ip);
+    return ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
+
+void growReceiveBuffer(int fd) {
+#ifdef SO_RCVBUFFORCE
+    if (::setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &kReceiveBuffer, sizeof(kReceiveBuffer)) == 0) return;
+#endif
+    ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof(kReceiveBuffer));
+}
+
+}  // namespace
+
+bool DatagramSocket::open(const DatagramAddress& address) {
+    close();
+    const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd < 0) return false;
+    growReceiveBuffer(fd);
+    const bool group = isMulticast(address.sender);
+    bool bound = false;
+    if (group) {
+        // Several programs may watch one group; bound to the group, the port's other datagrams stay out.
+        const int on = 1;
+        ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+        bound = bindTo(fd, address.sender, address.port);
+    } else {
+        bound = bindTo(fd, address.interface_, address.port) ||
+                (errno == EADDRNOTAVAIL && bindTo(fd, INADDR_ANY, address.port));
+    }
+    if (!bound) {
+        ::close(fd);
+        return false;
+    }
+    if (group) {
+        ip_mreq request{};
+        request.imr_multiaddr.s_addr = htonl(address.sender);
+        request.imr_interface.s_addr = htonl(address.interface_);
+        if (::setsockopt(fd, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request)) != 0) {
+            ::close(fd);
+            return false;
+        }
+    }
+    handle_ = fd;
+    return true;
+}
+
+void DatagramSocket::close() {
+    if (handle_ != kNone) ::close(static_cast<int>(handle_));
+    handle_ = kNone;
+}
+
+int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
+    const int fd = static_cast<int>(handle_);
+    for (;;) {
+        const ssize_t got = ::recv(fd, to, capacity, 0);
+        if (got > 0) return static_cast<int>(got);
+        if (got == 0) return 0;
+        if (errno == EINTR || errno == ECONNREFUSED) continue;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return -1;
+        pollfd waiting{fd, POLLIN, 0};
+        const int ready = ::poll(&waiting, 1, timeout_ms);
+        if (ready == 0) return 0;
+        if (ready < 0 && errno != EINTR) return -1;
+    }
+}
+
+}  // namespace tavrik

@@ -1,0 +1,29 @@
+#include "tavrik/datagram_source.h"
+
+#include <vector>
+
+namespace tavrik {
+namespace {
+constexpr int kWaitMs = 50;  // bounds the time until a stop is noticed
+constexpr int kRetryMs = 200;
+constexpr std::size_t kLargestDatagram = 65536;
+}  // namespace
+
+void DatagramSource::run(SourceSink& sink) {
+    std::vector<std::uint8_t> datagram(kLargestDatagram);
+    while (!sink.stopped()) {
+        if (!socket_.isOpen() && !socket_.open(address_)) {
+            sink.pause(kRetryMs);
+            continue;
+        }
+        const int got = socket_.receive(datagram.data(), datagram.size(), kWaitMs);
+        if (got > 0) sink.onBytes(datagram.data(), static_cast<std::size_t>(got));
+        if (got < 0) {
+            socket_.close();
+            sink.pause(kRetryMs);
+        }
+    }
+    socket_.close();
+}
+
+}  // namespace tavrik

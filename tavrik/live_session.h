@@ -1,0 +1,88 @@
+// A live stream: one thread receives, one puts pictures together and decodes, one plays sound.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+#include "tavrik/audio_decoder.h"
+#include "tavrik/byte_stream.h"
+#include "tavrik/callback_gate.h"
+#include "tavrik/chunk_queue.h"
+#include "tavrik/frames_in_flight.h"
+#include "tavrik/rate_counter.h"
+#include "tavrik/session.h"
+#include "tavrik/source.h"
+#include "tavrik/tavrik.h"
+#include "tavrik/video_decoder.h"
+#include "tavrik/worker_group.h"
+
+namespace tavrik {
+
+struct LiveCallbacks {
+    FrameCallback on_frame;
+    AudioCallback on_audio;
+    SeiCallback on_sei;
+};
+
+class LiveSession : public Session, private SourceSink, public std::enable_shared_from_this<LiveSession> {
+public:
+    LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options);
+
+    // False if the system gives no threads; then nothing runs.
+    bool start(std::unique_ptr<Source> source);
+    void close() override;
+    CallbackGate& gate() { return gate_; }
+
+private:
+    // SourceSink
+    bool stopped() const override { return stopped_; }
+    void pause(int ms) override;
+    void onBytes(const std::uint8_t* data, std::size_t size) override;
+    void onVideoPacket(const AVPacket* packet, const SharedParameters& format) override;
+    bool wantsAudio() const override { return static_cast<bool>(callbacks_.on_audio); }
+    void onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) override;
+
+    // The decoding thread.
+    void decodeLoop();
+    void take(const Chunk& chunk);
+    void takePacket(const Chunk& chunk);
+    int silenceMs() const;
+    void onSilence();
+    void onPicture(Codec codec, const AccessUnit& unit);
+    void passSei(Codec codec, const AccessUnit& unit);
+    bool admit(const AccessUnit& unit);
+    bool ensureDecoder(Codec codec);
+    void onFrame(AVFrame* frame);
+    void onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size);
+
+    AudioDecoder* audio();  // starts it at its first use; null if nobody listens
+    void stopAll();
+
+    const LiveCallbacks callbacks_;
+    CallbackGate gate_;
+    WorkerGroup workers_;
+    std::atomic<bool> stopped_{false};
+    std::mutex stop_mutex_;
+    std::condition_variable stop_changed_;
+    ChunkQueue queue_;
+
+    std::mutex audio_mutex_;
+    std::shared_ptr<AudioDecoder> audio_;
+
+    // Of the decoding thread alone.
+    ByteStream bytes_;
+    std::optional<PictureStream> packets_;
+    SharedParameters format_;
+    std::int64_t last_pts_ = AV_NOPTS_VALUE;
+    VideoDecoder decoder_;
+    FramesInFlight in_flight_;
+    RateCounter rate_;
+    bool wait_for_key_ = true;
+    int skipped_ = 0;  // pictures not decoded while waiting for a key picture
+    bool told_full_ = false;
+};
+
+}  // namespace tavrik

@@ -1,0 +1,65 @@
+// One video elementary stream from bytes to pictures, with no frame of delay: a picture leaves as soon as its
+// end is known from the container, from the next one's beginning, or from silence on the line.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+#include "tavrik/access_unit.h"
+#include "tavrik/nal.h"
+#include "tavrik/nal_splitter.h"
+
+namespace tavrik {
+
+// Not thread-safe; the owner measures the silence.
+class PictureStream {
+public:
+    using Sink = std::function<void(Codec codec, const AccessUnit& unit)>;
+
+    // Unknown: the first parameter set tells the codec, and a change of codec later is followed.
+    PictureStream(Codec codec, Sink sink);
+
+    void push(const std::uint8_t* data, std::size_t size);
+    // The container says that a picture has ended here.
+    void endOfPicture();
+    // No byte has come for idleMs() milliseconds.
+    void idle();
+
+    // True while bytes wait for the end of their picture.
+    bool pending() const;
+    // Milliseconds of silence that end a picture: 3, and longer (up to 48) for a sender found to pause inside
+    // pictures.
+    int idleMs() const { return idle_ms_; }
+    Codec codec() const { return codec_; }
+
+private:
+    enum class Cut { None, Container, Idle };
+
+    void onNal(const std::uint8_t* nal, std::size_t size);
+    void onUnit(const AccessUnit& unit);
+    void followCodec(const std::uint8_t* nal, std::size_t size);
+    void cut(Cut reason);
+    void learnFromCut();
+
+    Sink sink_;
+    Codec codec_;
+    const bool detect_;
+    NalSplitter splitter_;
+    AccessUnitAssembler assembler_;
+    AccessUnit opaque_;  // for Codec::Other
+    Cut last_cut_ = Cut::None;
+    int foreign_sets_ = 0;  // parameter sets of another codec in a row
+    int idle_ms_ = kIdleMs;
+    bool idle_suspect_ = false;  // one silence has cut a picture; it may have been a loss
+    int clean_units_ = 0;        // pictures since a cut was last found wrong
+    int wrong_container_cuts_ = 0;
+
+    static constexpr int kIdleMs = 3;
+    static constexpr int kMaxIdleMs = 48;
+    static constexpr int kSuspectUnits = 50;
+    static constexpr int kCleanUnits = 500;
+    static constexpr int kWrongCutsAllowed = 3;
+};
+
+}  // namespace tavrik

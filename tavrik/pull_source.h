@@ -1,0 +1,21 @@
+// A stream that is asked for its bytes.
+#pragma once
+
+#include <functional>
+
+#include "tavrik/source.h"
+
+namespace tavrik {
+
+class PullSource : public Source {
+public:
+    // Up to `capacity` bytes; 0 if none waits.
+    using Read = std::function<int(unsigned char* dest, int capacity)>;
+    explicit PullSource(Read read) : read_(std::move(read)) {}
+    void run(SourceSink& sink) override;
+
+private:
+    Read read_;
+};
+
+}  // namespace tavrik

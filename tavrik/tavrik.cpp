@@ -1,0 +1,204 @@
+#include "tavrik/tavrik.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "tavrik/address.h"
+#include "tavrik/clip_session.h"
+#include "tavrik/datagram_source.h"
+#include "tavrik/decoder_list.h"
+#include "tavrik/live_session.h"
+#include "tavrik/network_source.h"
+#include "tavrik/pull_source.h"
+
+namespace tavrik {
+namespace {
+
+// Every open handle of the process. Its lock is never held while a session starts or closes.
+class Registry {
+public:
+    // Never destroyed: threads left behind at exit may still be there.
+    static Registry& instance() {
+        static Registry* const registry = new Registry;
+        return *registry;
+    }
+
+    int add(std::shared_ptr<Session> session) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const int handle = next_++;
+        sessions_[handle] = std::move(session);
+        return handle;
+    }
+    std::shared_ptr<Session> find(int handle) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = sessions_.find(handle);
+        return found != sessions_.end() ? found->second : nullptr;
+    }
+    std::shared_ptr<Session> take(int handle) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = sessions_.find(handle);
+        if (found == sessions_.end()) return nullptr;
+        std::shared_ptr<Session> session = std::move(found->second);
+        sessions_.erase(found);
+        if (handle == pull_) pull_ = 0;
+        return session;
+    }
+    int exchangePull(int handle) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return std::exchange(pull_, handle);
+    }
+    void setHooks(ReplayHook on_start, ReplayHook on_end) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        on_start_ = on_start;
+        on_end_ = on_end;
+    }
+    ClipCallbacks clipCallbacks(FrameCallback on_frame) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return ClipCallbacks{std::move(on_frame), on_start_, on_end_};
+    }
+    void setClipLength(std::int64_t ms) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        clip_length_ms_ = static_cast<std::int32_t>(std::min<std::int64_t>(ms, INT32_MAX));
+    }
+    std::int32_t clipLength() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return clip_length_ms_;
+    }
+
+private:
+    Registry() {
+        // FFmpeg reports every damaged picture on the standard error output; a radio link has many.
+        av_log_set_level(AV_LOG_FATAL);
+        avformat_network_init();
+    }
+
+    std::mutex mutex_;
+    std::map<int, std::shared_ptr<Session>> sessions_;
+    int next_ = 1;
+    int pull_ = 0;
+    ReplayHook on_start_ = nullptr;
+    ReplayHook on_end_ = nullptr;
+    std::int32_t clip_length_ms_ = 0;
+};
+
+std::unique_ptr<Source> makeSource(const char* url, int port, const std::string& local_ip, bool is_rtsp,
+                                   const Options& options) {
+    const std::string text = url != nullptr ? url : "";
+    if (is_rtsp) {
+        const auto address = parseNetworkAddress(text);
+        if (!address) return nullptr;
+        return std::make_unique<NetworkSource>(*address, options);
+    }
+    const auto address = parseDatagramAddress(text, port, local_ip);
+    if (!address) return nullptr;
+    return std::make_unique<DatagramSource>(*address);
+}
+
+void closeHandle(int handle) {
+    if (const std::shared_ptr<Session> session = Registry::instance().take(handle)) session->close();
+}
+
+}  // namespace
+
+int list_decoders() {
+    Registry::instance();
+    return availableDecoders();
+}
+
+int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on_audio, std::string local_ip,
+             bool is_rtsp, std::string av_options, SeiCallback on_sei, std::uint8_t decoder) {
+    try {
+        Registry& registry = Registry::instance();
+        const Options options = parseOptions(av_options);
+        std::unique_ptr<Source> source = makeSource(url, port, local_ip, is_rtsp, options);
+        if (source == nullptr) return 0;
+        const auto session = std::make_shared<LiveSession>(
+            LiveCallbacks{std::move(on_frame), std::move(on_audio), std::move(on_sei)}, decoderKind(decoder),
+            options);
+        const int handle = registry.add(session);
+        if (session->start(std::move(source))) return handle;
+        registry.take(handle);
+    } catch (const std::exception&) {
+        // Out of memory: the open fails, nothing else changes.
+    }
+    return 0;
+}
+
+int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder) {
+    Registry& registry = Registry::instance();
+    closeHandle(registry.exchangePull(0));
+    if (!on_read) return 0;
+    try {
+        const auto session = std::make_shared<LiveSession>(
+            LiveCallbacks{std::move(on_frame), nullptr, nullptr}, decoderKind(decoder), Options{});
+        // The session outlives its source's thread, so its gate may be kept by reference.
+        auto source =
+            std::make_unique<PullSource>([&gate = session->gate(), on_read](unsigned char* to, int capacity) {
+                int got = 0;
+                gate.call([&] { got = on_read(to, capacity); });
+                return got;
+            });
+        const int handle = registry.add(session);
+        if (session->start(std::move(source))) {
+            closeHandle(registry.exchangePull(handle));
+            return handle;
+        }
+        registry.take(handle);
+    } catch (const std::exception&) {
+        // As in feedOpen.
+    }
+    return 0;
+}
+
+void feedClose(int handle) {
+    Registry& registry = Registry::instance();
+    if (const std::shared_ptr<Session> session = registry.take(handle)) {
+        session->close();
+    } else {
+        closeHandle(registry.exchangePull(0));
+    }
+}
+
+void feedHold(int handle) {
+    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) session->hold();
+}
+
+void feedResume(int handle) {
+    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) session->resume();
+}
+
+int clipOpen(const char* path, FrameCallback on_frame, std::uint8_t decoder) {
+    if (path == nullptr) return 0;
+    try {
+        Registry& registry = Registry::instance();
+        const auto session =
+            std::make_shared<ClipSession>(registry.clipCallbacks(std::move(on_frame)), decoderKind(decoder));
+        if (!session->prepare(path)) return 0;
+        registry.setClipLength(session->lengthMs());
+        const int handle = registry.add(session);
+        if (session->start()) return handle;
+        registry.take(handle);
+    } catch (const std::exception&) {
+        // As in feedOpen.
+    }
+    return 0;
+}
+
+void ClipHooks(ReplayHook on_replay_start, ReplayHook on_replay_end) {
+    Registry::instance().setHooks(on_replay_start, on_replay_end);
+}
+
+std::int32_t ClipLengthMs() {
+    return Registry::instance().clipLength();
+}
+
+// Recording and stills come with the recording subsystem; until then these do nothing.
+void captureBegin(const char*, int, int) {}
+void captureEnd(int) {}
+void StillBegin(int, const char*, int, int, const char*) {}
+void StillEnd(int) {}
+
+}  // namespace tavrik
