@@ -40,12 +40,15 @@ int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on
 // Decodes a stream pulled through on_read. One pull at a time: it ends with the next feedPull or with a
 // feedClose of a handle that is not open (0 or stale).
 int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder);
-// Stops a stream or replay; within 1 s also when the network hangs. No callback runs after it has returned.
+// Stops a stream or replay; within 1 s also when the network hangs. No callback begins once it has been
+// called, and none runs after it has returned: it waits for one that is under way, but no longer than 2 s (a
+// callback that never returns is left behind). From inside a callback of the same stream it does not wait for
+// that callback.
 void feedClose(int handle);
 void feedHold(int handle);
 void feedResume(int handle);
 
-// Recording of an open stream to `path`; format 0 MP4, 1 raw elementary stream.
+// Recording of an open stream to `path`; format 1 MP4, 0 raw elementary stream.
 void captureBegin(const char* path, int handle, int format);
 void captureEnd(int handle);
 void StillBegin(int handle, const char* directory, int reserved, int count, const char* path);

@@ -1,0 +1,279 @@
+#include "test_video.h"
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+#include <libavutil/opt.h>
+}
+
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+
+namespace tavrik::test {
+namespace {
+
+constexpr int kBlock = 16;
+constexpr int kBits = 16;
+constexpr int kWhite = 235;
+constexpr int kBlack = 16;
+
+void check(bool good, const char* what) {
+    if (!good) throw std::runtime_error(what);
+}
+
+void fillBlock(AVFrame* frame, int column, int row, int value) {
+    for (int y = row * kBlock; y < (row + 1) * kBlock; ++y) {
+        std::memset(frame->data[0] + y * frame->linesize[0] + column * kBlock, value, kBlock);
+    }
+}
+
+bool blockIsWhite(const AVFrame* frame, int column, int row) {
+    const int y = row * kBlock + kBlock / 2;
+    return frame->data[0][y * frame->linesize[0] + column * kBlock + kBlock / 2] > 126;
+}
+
+}  // namespace
+
+void drawNumber(AVFrame* frame, int number) {
+    for (int y = 0; y < frame->height; ++y) {
+        for (int x = 0; x < frame->width; ++x) {
+            frame->data[0][y * frame->linesize[0] + x] =
+                static_cast<std::uint8_t>(64 + ((x + y + number) & 63));
+        }
+    }
+    for (int y = 0; y < frame->height / 2; ++y) {
+        std::memset(frame->data[1] + y * frame->linesize[1], 128, static_cast<std::size_t>(frame->width / 2));
+        std::memset(frame->data[2] + y * frame->linesize[2], 128, static_cast<std::size_t>(frame->width / 2));
+    }
+    for (int bit = 0; bit < kBits; ++bit) {
+        const bool one = ((number >> (kBits - 1 - bit)) & 1) != 0;
+        fillBlock(frame, bit, 0, one ? kWhite : kBlack);
+        fillBlock(frame, bit, 1, one ? kBlack : kWhite);
+    }
+}
+
+int readNumber(const AVFrame* frame) {
+    if (frame->width < kBits * kBlock || frame->height < 2 * kBlock) return -1;
+    int number = 0;
+    for (int bit = 0; bit < kBits; ++bit) {
+        const bool one = blockIsWhite(frame, bit, 0);
+        if (one == blockIsWhite(frame, bit, 1)) return -1;
+        number = number * 2 + (one ? 1 : 0);
+    }
+    return number;
+}
+
+TestEncoder::TestEncoder(EncoderSettings settings) : frame_(av_frame_alloc()), packet_(av_packet_alloc()) {
+    av_log_set_level(AV_LOG_FATAL);
+    const bool h264 = settings.codec == Codec::H264;
+    const AVCodec* encoder = avcodec_find_encoder_by_name(h264 ? "libx264" : "libx265");
+    check(encoder != nullptr, "no encoder");
+    context_.reset(avcodec_alloc_context3(encoder));
+    context_->width = settings.width;
+    context_->height = settings.height;
+    context_->pix_fmt = AV_PIX_FMT_YUV420P;
+    context_->time_base = {1, 25};
+    context_->framerate = {25, 1};
+    context_->gop_size = settings.key_interval;
+    context_->max_b_frames = 0;
+    context_->thread_count = 1;
+    av_opt_set(context_->priv_data, "preset", "ultrafast", 0);
+    av_opt_set(context_->priv_data, "tune", "zerolatency", 0);
+    const std::string common = "scenecut=0:repeat-headers=1:keyint=" + std::to_string(settings.key_interval) +
+                               ":min-keyint=" + std::to_string(settings.key_interval);
+    if (h264) {
+        const std::string own = common + ":sliced-threads=0:slices=" + std::to_string(settings.slices);
+        av_opt_set(context_->priv_data, "x264-params", own.c_str(), 0);
+    } else {
+        const std::string own = common + ":info=0:log-level=none:pools=none:frame-threads=1";
+        av_opt_set(context_->priv_data, "x265-params", own.c_str(), 0);
+    }
+    check(avcodec_open2(context_.get(), encoder, nullptr) >= 0, "encoder does not open");
+    frame_->format = AV_PIX_FMT_YUV420P;
+    frame_->width = settings.width;
+    frame_->height = settings.height;
+    check(av_frame_get_buffer(frame_.get(), 0) >= 0, "no picture");
+}
+
+Bytes TestEncoder::encode(int number) {
+    check(av_frame_make_writable(frame_.get()) >= 0, "no picture");
+    drawNumber(frame_.get(), number);
+    frame_->pts = next_pts_++;
+    check(avcodec_send_frame(context_.get(), frame_.get()) >= 0, "picture refused");
+    check(avcodec_receive_packet(context_.get(), packet_.get()) >= 0, "no packet");
+    Bytes out(packet_->data, packet_->data + packet_->size);
+    av_packet_unref(packet_.get());
+    return out;
+}
+
+std::vector<Bytes> nalsOf(const Bytes& b) {
+    std::vector<Bytes> out;
+    std::size_t i = 0;
+    while (i + 3 <= b.size()) {
+        if (!(b[i] == 0 && b[i + 1] == 0 && b[i + 2] == 1)) {
+            ++i;
+            continue;
+        }
+        std::size_t end = i + 3;
+        while (end + 3 <= b.size() && !(b[end] == 0 && b[end + 1] == 0 && b[end + 2] <= 1))
+            ++end;
+        if (end + 3 > b.size()) end = b.size();
+        out.emplace_back(b.begin() + static_cast<std::ptrdiff_t>(i + 3),
+                         b.begin() + static_cast<std::ptrdiff_t>(end));
+        i = end;
+    }
+    return out;
+}
+
+Bytes annexB(const std::vector<Bytes>& nals) {
+    Bytes out;
+    for (const Bytes& nal : nals) {
+        out.insert(out.end(), {0, 0, 0, 1});
+        out.insert(out.end(), nal.begin(), nal.end());
+    }
+    return out;
+}
+
+Bytes seiNal(Codec codec, const Bytes& payload) {
+    Bytes plain = codec == Codec::H264 ? Bytes{0x06} : Bytes{0x4E, 0x01};
+    const std::size_t head = plain.size();
+    plain.push_back(5);
+    std::size_t left = payload.size();
+    for (; left >= 255; left -= 255)
+        plain.push_back(255);
+    plain.push_back(static_cast<std::uint8_t>(left));
+    plain.insert(plain.end(), payload.begin(), payload.end());
+    plain.push_back(0x80);
+    Bytes out;
+    int zeros = 0;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        if (zeros >= 2 && plain[i] <= 3 && i >= head) {
+            out.push_back(3);
+            zeros = 0;
+        }
+        out.push_back(plain[i]);
+        zeros = plain[i] == 0 ? zeros + 1 : 0;
+    }
+    return out;
+}
+
+Bytes withSei(Codec codec, const Bytes& unit, const Bytes& sei) {
+    std::vector<Bytes> nals = nalsOf(unit);
+    auto at = nals.begin();
+    const auto is_slice = [codec](const Bytes& n) {
+        const int type = codec == Codec::H264 ? n[0] & 31 : (n[0] >> 1) & 63;
+        return codec == Codec::H264 ? type == 1 || type == 5 : type < 32;
+    };
+    // Ahead of any SEI of the encoder as well.
+    while (at != nals.end() && !is_slice(*at) &&
+           (codec == Codec::H264 ? (*at)[0] % 32 != 6 : (*at)[0] != 0x4E))
+        ++at;
+    nals.insert(at, sei);
+    return annexB(nals);
+}
+
+namespace {
+
+int appendBytes(void* opaque, std::uint8_t* data, int size) {
+    auto* out = static_cast<Bytes*>(opaque);
+    out->insert(out->end(), data, data + size);
+    return size;
+}
+
+// 1024 samples a packet of a 1 kHz tone.
+class ToneEncoder {
+public:
+    ToneEncoder() : frame_(av_frame_alloc()), packet_(av_packet_alloc()) {
+        const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
+        check(encoder != nullptr, "no AAC encoder");
+        context_.reset(avcodec_alloc_context3(encoder));
+        context_->sample_fmt = AV_SAMPLE_FMT_FLTP;
+        context_->sample_rate = 48000;
+        context_->bit_rate = 64000;
+        av_channel_layout_default(&context_->ch_layout, 2);
+        context_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+        check(avcodec_open2(context_.get(), encoder, nullptr) >= 0, "AAC encoder does not open");
+        frame_->format = AV_SAMPLE_FMT_FLTP;
+        frame_->nb_samples = context_->frame_size;
+        frame_->sample_rate = 48000;
+        av_channel_layout_default(&frame_->ch_layout, 2);
+        check(av_frame_get_buffer(frame_.get(), 0) >= 0, "no sound buffer");
+    }
+    const AVCodecContext* context() const { return context_.get(); }
+    std::int64_t samples() const { return samples_; }
+    AVPacket* next() {
+        check(av_frame_make_writable(frame_.get()) >= 0, "no sound buffer");
+        for (int i = 0; i < frame_->nb_samples; ++i) {
+            const double phase = 2 * M_PI * 1000 * static_cast<double>(samples_ + i) / 48000;
+            for (int c = 0; c < 2; ++c) {
+                reinterpret_cast<float*>(frame_->data[c])[i] = static_cast<float>(0.5 * std::sin(phase));
+            }
+        }
+        frame_->pts = samples_;
+        samples_ += frame_->nb_samples;
+        avcodec_send_frame(context_.get(), frame_.get());
+        av_packet_unref(packet_.get());
+        return avcodec_receive_packet(context_.get(), packet_.get()) >= 0 ? packet_.get() : nullptr;
+    }
+
+private:
+    CodecContextPtr context_;
+    FramePtr frame_;
+    PacketPtr packet_;
+    std::int64_t samples_ = 0;
+};
+
+void writeTone(AVFormatContext* format, AVStream* stream, ToneEncoder& tone, std::int64_t until_ms) {
+    while (tone.samples() * 1000 / 48000 < until_ms) {
+        AVPacket* packet = tone.next();
+        if (packet == nullptr) continue;
+        packet->stream_index = stream->index;
+        av_packet_rescale_ts(packet, {1, 48000}, stream->time_base);
+        av_write_frame(format, packet);
+    }
+}
+
+}  // namespace
+
+Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_lengths, bool audio) {
+    Bytes out;
+    AVFormatContext* format = nullptr;
+    check(avformat_alloc_output_context2(&format, nullptr, "mpegts", nullptr) >= 0, "no muxer");
+    auto* buffer = static_cast<std::uint8_t*>(av_malloc(4096));
+    format->pb = avio_alloc_context(buffer, 4096, 1, &out, nullptr, appendBytes, nullptr);
+    av_opt_set(format->priv_data, "omit_video_pes_length", pes_lengths ? "0" : "1", 0);
+    AVStream* stream = avformat_new_stream(format, nullptr);
+    stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+    stream->codecpar->codec_id = codec == Codec::H264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC;
+    stream->codecpar->width = kWidth;
+    stream->codecpar->height = kHeight;
+    std::unique_ptr<ToneEncoder> tone;
+    AVStream* sound = nullptr;
+    if (audio) {
+        tone = std::make_unique<ToneEncoder>();
+        sound = avformat_new_stream(format, nullptr);
+        avcodec_parameters_from_context(sound->codecpar, tone->context());
+        sound->time_base = {1, 48000};
+    }
+    check(avformat_write_header(format, nullptr) >= 0, "no header");
+    const PacketPtr packet(av_packet_alloc());
+    std::int64_t number = 0;
+    for (const Bytes& unit : units) {
+        if (tone != nullptr) writeTone(format, sound, *tone, number * 40);
+        check(av_new_packet(packet.get(), static_cast<int>(unit.size())) >= 0, "no packet");
+        std::memcpy(packet->data, unit.data(), unit.size());
+        packet->stream_index = 0;
+        packet->pts = packet->dts = number++ * 3600;
+        packet->duration = 3600;
+        av_write_frame(format, packet.get());
+        av_packet_unref(packet.get());
+    }
+    av_write_trailer(format);
+    avio_flush(format->pb);
+    av_freep(&format->pb->buffer);
+    avio_context_free(&format->pb);
+    avformat_free_context(format);
+    return out;
+}
+
+}  // namespace tavrik::test
