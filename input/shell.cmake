@@ -1,1 +1,1 @@
-set(input_shell_sources input / qmycmdbtn.cpp)
+set(input_shell_sources input/qmycmdbtn.cpp input/sbus_control.cpp)
