@@ -221,6 +221,8 @@ private:
     void refreshConnectionButtons();
 
     // --- link/korvath_send.cpp ---
+    // The local clock, to the millisecond.
+    static sorvane::CalendarTime localTime();
     // Creates m_sender on this window's fields, clocks and conditions (constructor, before the settings
     // exist).
     void setupSender();
