@@ -1,0 +1,310 @@
+// The main window's spine: events, filter, timers, view modes, status bar, title, closing.
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QToolButton>
+
+#include "app/process_services.h"
+#include "korvath_fixture.h"
+#include "widgets/my_trans_dlg.h"
+
+namespace {
+
+class Spine : public KorvathTest {
+protected:
+    void SetUp() override { start(); }
+    void xdotool(const QStringList& arguments) { ASSERT_EQ(QProcess::execute("xdotool", arguments), 0); }
+};
+
+// Remembers the numbers of the custom events that reach an object.
+class EventRecorder : public QObject {
+public:
+    bool eventFilter(QObject* obj, QEvent* e) override {
+        if (e->type() >= 1000 && e->type() <= 1010) {
+            types.push_back(static_cast<int>(e->type()));
+            accepted.push_back(e->isAccepted());
+        }
+        return QObject::eventFilter(obj, e);
+    }
+    QVector<int> types;
+    QVector<bool> accepted;
+};
+
+TEST(Process, TwoPlainEventsPostedBeforeTheLoopAreDeliveredInOrder) {
+    Korvath window;
+    setInstance(&window);
+    EventRecorder recorder;
+    window.installEventFilter(&recorder);
+    Replay_Start_Callback();
+    Replay_End_Callback();
+    EXPECT_TRUE(recorder.types.isEmpty());
+    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+    QCoreApplication::exec();
+    EXPECT_EQ(recorder.types, (QVector<int>{EVT_REPLAY_START, EVT_REPLAY_END}));
+    setInstance(nullptr);
+}
+
+TEST(Process, WithoutAWindowTheCallbacksPostNothing) {
+    setInstance(nullptr);
+    Play_Fail_CallBack();
+    Replay_Start_Callback();
+    Replay_End_Callback();
+    EXPECT_EQ(instance(), nullptr);
+}
+
+TEST(Process, AutoStartRegistersOnceAndFollowsThePath) {
+    const QString home = QCoreApplication::applicationDirPath() + "/autostart-home";
+    qputenv("XDG_CONFIG_HOME", home.toLocal8Bit());
+    QDir(home).removeRecursively();
+    const QString file = home + "/autostart/sorvane.desktop";
+    setAutoStart("/opt/one two/sorvane");
+    QFile entry(file);
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+    const QByteArray text = entry.readAll();
+    EXPECT_TRUE(text.contains("[Desktop%20Entry]") || text.contains("[Desktop Entry]")) << text.constData();
+    EXPECT_TRUE(text.contains("/opt/one two/sorvane")) << text.constData();
+    const QDateTime written = QFileInfo(file).lastModified();
+    setAutoStart("/opt/one two/sorvane");
+    EXPECT_EQ(QFileInfo(file).lastModified(), written);
+    setAutoStart("/opt/three/sorvane");
+    QFile changed(file);
+    ASSERT_TRUE(changed.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(changed.readAll().contains("/opt/three/sorvane"));
+    QDir(home).removeRecursively();
+    qunsetenv("XDG_CONFIG_HOME");
+}
+
+TEST_F(Spine, AnEventWithoutAHandlerGoesOnUnchanged) {
+    EventRecorder recorder;
+    window->installEventFilter(&recorder);
+    for (const int type : {1006, 1002, 1999}) {
+        QMyPlainEvent event(type);
+        event.ignore();
+        // QMainWindow handles no such number, and says so.
+        EXPECT_FALSE(QCoreApplication::sendEvent(window.get(), &event)) << type;
+        EXPECT_FALSE(event.isAccepted()) << type;
+    }
+    EXPECT_EQ(recorder.types, (QVector<int>{1006, 1002}));
+}
+
+TEST_F(Spine, APressOnTheTitleMovesTheWindowThroughTheSystem) {
+    window->showNormal();
+    window->resize(900, 600);
+    ASSERT_TRUE(waitFor([&] { return !window->isMaximized() && window->width() < 1000; }));
+    window->move(200, 150);
+    ASSERT_TRUE(waitFor([&] { return window->pos() == QPoint(200, 150); }));
+    class MoveCounter : public QObject {
+    public:
+        bool eventFilter(QObject*, QEvent* e) override {
+            moves += e->type() == QEvent::MouseMove ? 1 : 0;
+            return false;
+        }
+        int moves = 0;
+    } counter;
+    window->installEventFilter(&counter);
+    const QPoint grip = ui().title->mapToGlobal(QPoint(ui().title->width() / 2, ui().title->height() / 2));
+    xdotool({"mousemove", QString::number(grip.x()), QString::number(grip.y())});
+    QTest::qWait(100);
+    xdotool({"mousedown", "1"});
+    ASSERT_TRUE(waitFor([] { return true; }));
+    for (int step = 1; step <= 10; ++step) {
+        xdotool({"mousemove_relative", "8", "6"});
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 30);
+    }
+    xdotool({"mouseup", "1"});
+    EXPECT_TRUE(waitFor([&] { return window->x() > 230 && window->y() > 170; }))
+        << window->x() << "," << window->y();
+    EXPECT_EQ(window->size(), QSize(900, 600));
+    EXPECT_EQ(counter.moves, 0);
+}
+
+TEST_F(Spine, WithoutTheInterfaceTheStackHasTwoPagesAndPreviousDoesNothingOnTheFirst) {
+    EXPECT_EQ(ui().stackedWidget->count(), 2);
+    EXPECT_EQ(ui().stackedWidget->widget(0), ui().page);
+    QTest::mouseClick(ui().m_btnPagePrev, Qt::LeftButton);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 0);
+    QTest::mouseClick(ui().m_btnPageNext, Qt::LeftButton);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 1);
+    QTest::mouseClick(ui().m_btnPageNext, Qt::LeftButton);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 1);
+    QTest::mouseClick(ui().m_btnPagePrev, Qt::LeftButton);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 0);
+}
+
+TEST_F(Spine, WithTheInterfaceTheAircraftPageComesFirst) {
+    stop();
+    start({{"interface/recv_telemetry", true}, {"interface/recv_port", 0}});
+    EXPECT_EQ(ui().stackedWidget->count(), 3);
+    EXPECT_EQ(ui().stackedWidget->widget(0), ui().page_3);
+}
+
+TEST_F(Spine, ViewModesSplitThePictures) {
+    const auto wide = [this](QWidget* w) { return w->width() > 50 && w->height() > 50; };
+    struct Row {
+        QAction* action;
+        bool first, second;
+        int handle;
+    };
+    const Row rows[] = {{ui().action_videoWin2, false, true, 0},
+                        {ui().action_videoWinLR, true, true, 5},
+                        {ui().action_videoWinTB, true, true, 5},
+                        {ui().action_videoWin1, true, false, 0}};
+    for (const Row& row : rows) {
+        row.action->trigger();
+        EXPECT_TRUE(waitFor([&] { return wide(ui().videoWin1) == row.first && wide(ui().videoWin2) == row.second; }))
+            << row.action->objectName().toStdString();
+        EXPECT_EQ(ui().splitter->handleWidth(), row.handle);
+        EXPECT_TRUE(row.action->isChecked());
+        int checked = 0;
+        for (const Row& other : rows) {
+            checked += other.action->isChecked() ? 1 : 0;
+        }
+        EXPECT_EQ(checked, 1);
+    }
+    ui().action_videoWinLR->trigger();
+    EXPECT_EQ(ui().splitter->orientation(), Qt::Horizontal);
+    EXPECT_NEAR(ui().videoWin1->width(), ui().videoWin2->width(), 8);
+    ui().action_videoWinTB->trigger();
+    EXPECT_EQ(ui().splitter->orientation(), Qt::Vertical);
+}
+
+TEST_F(Spine, TheStoredViewModeIsAppliedAndOthersFallBackToTheFirst) {
+    for (const auto& [stored, expected] : {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 0}, {-1, 0}}) {
+        stop();
+        start({{"common/video_display_mode", stored}});
+        const QAction* actions[] = {ui().action_videoWin1, ui().action_videoWin2, ui().action_videoWinLR,
+                                    ui().action_videoWinTB};
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(actions[i]->isChecked(), i == expected) << stored;
+        }
+    }
+}
+
+TEST_F(Spine, TheStatusBarComposesItsTexts) {
+    const auto video = [this] { return in().m_statusVideo->text(); };
+    window->refreshStatus();
+    EXPECT_EQ(video(), QString::fromUtf8("视频未连接"));
+    in().playing1() = true;
+    in().m_replayState() = 1;
+    in().recording1() = true;
+    in().playing2() = true;
+    in().recording2() = true;
+    window->refreshStatus();
+    EXPECT_EQ(video(), QString::fromUtf8("视频1已连接  录像重放中  视频1录制中  视频2已连接  视频2录制中"));
+    in().playing1() = in().recording1() = in().recording2() = in().playing2() = false;
+    in().m_replayState() = 2;
+    window->refreshStatus();
+    EXPECT_EQ(video(), QString::fromUtf8("录像重放暂停  "));
+    in().m_replayState() = 0;
+    for (const auto& [state, text] :
+         {std::pair{0, "控制连接关闭"}, {1, "串口已连接"}, {2, "UDP已连接"}, {3, ""}}) {
+        in().m_linkState() = state;
+        window->refreshStatus();
+        EXPECT_EQ(in().m_statusLink->text(), QString::fromUtf8(text));
+    }
+    in().m_linkState() = 0;
+}
+
+TEST_F(Spine, TheSliderJumpsToTheClick) {
+    QSlider* slider = ui().horizontalSlider;
+    in().m_btnCtrlPane->click();
+    ASSERT_TRUE(waitFor([&] { return slider->isVisible() && slider->width() > 40; }));
+    slider->setRange(0, 100);
+    slider->setValue(0);
+    QTest::mouseClick(slider, Qt::LeftButton, {}, QPoint(slider->width() * 3 / 4, slider->height() / 2));
+    EXPECT_NEAR(slider->value(), 75, 3);
+}
+
+TEST_F(Spine, TheViewMenuHoldsTheFourModes) {
+    QToolButton* button = nullptr;
+    for (QToolButton* candidate : ui().toolBar_2->findChildren<QToolButton*>()) {
+        button = candidate->menu() != nullptr ? candidate : button;
+    }
+    ASSERT_NE(button, nullptr);
+    EXPECT_EQ(button->popupMode(), QToolButton::InstantPopup);
+    EXPECT_EQ(button->menu()->actions(),
+              (QList<QAction*>{ui().action_videoWin1, ui().action_videoWin2, ui().action_videoWinLR,
+                               ui().action_videoWinTB}));
+}
+
+TEST_F(Spine, ShortcutsOfRecordingStandAndTheActionsAreOff) {
+    EXPECT_EQ(ui().action_ctrlRec->shortcut(), QKeySequence(Qt::Key_F9));
+    EXPECT_EQ(ui().action_ctrlSingleSnap->shortcut(), QKeySequence(Qt::Key_F10));
+    EXPECT_FALSE(ui().action_ctrlRec->isEnabled());
+    EXPECT_FALSE(ui().action_ctrlSingleSnap->isEnabled());
+}
+
+TEST_F(Spine, MinimiseMaximiseAndClose) {
+    EXPECT_TRUE(window->isMaximized());
+    ui().toolButton_2->click();
+    EXPECT_TRUE(waitFor([&] { return !window->isMaximized(); }));
+    ui().toolButton_2->click();
+    EXPECT_TRUE(waitFor([&] { return window->isMaximized(); }));
+    ui().toolButton_3->click();
+    EXPECT_TRUE(waitFor([&] { return window->isMinimized(); }));
+    window->showMaximized();
+    ui().toolButton->click();
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(Spine, FullScreenByF8AndBackByEscape) {
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    EXPECT_FALSE(window->isFullScreen());
+    QTest::keyClick(window.get(), Qt::Key_F8);
+    ASSERT_TRUE(waitFor([&] { return window->isFullScreen(); }));
+    EXPECT_FALSE(ui().title->isVisible());
+    EXPECT_FALSE(ui().statusBar->isVisible());
+    QTest::keyClick(window.get(), Qt::Key_F8);
+    EXPECT_TRUE(window->isFullScreen());
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    EXPECT_TRUE(waitFor([&] { return !window->isFullScreen(); }));
+    EXPECT_TRUE(ui().title->isVisible());
+    EXPECT_TRUE(ui().mainToolBar->isVisible());
+}
+
+TEST_F(Spine, ClosingStoresTheEditsAndClosesEverything) {
+    in().ui_connection()->cbb_ctrlConnIpAddr->setText("192.0.2.7");
+    in().ui_connection()->cbb_ctrlConnIpPort->setText("8123");
+    in().ui_connection()->radioButton_14->setChecked(true);
+    ui().lineEdit_3->setText("33");
+    ui().comboBox_4->setCurrentIndex(5);
+    stop();
+    QSettings file(configPath(), QSettings::IniFormat);
+    EXPECT_EQ(file.value("connection/destination_address").toString(), "192.0.2.7");
+    EXPECT_EQ(file.value("connection/destination_port").toInt(), 8123);
+    EXPECT_EQ(file.value("system_function/net_type").toInt(), 1);
+    EXPECT_EQ(file.value("servo_control/max_speed").toInt(), 33);
+    EXPECT_EQ(file.value("load_control/ir_pseudo_color_band").toInt(), 5);
+}
+
+TEST_F(Spine, HoverShowsTheEdgeCursors) {
+    window->showNormal();
+    window->setGeometry(200, 150, 900, 600);
+    ASSERT_TRUE(waitFor([&] { return window->geometry() == QRect(200, 150, 900, 600); }));
+    const QRect g = window->geometry();
+    EXPECT_EQ(window->hitEdge(g.center()), 0);
+    EXPECT_EQ(window->hitEdge(QPoint(g.center().x(), g.top() + 4)), 1);
+    EXPECT_EQ(window->hitEdge(QPoint(g.center().x(), g.top() + 5)), 0);
+    EXPECT_EQ(window->hitEdge(QPoint(g.left(), g.center().y())), 2);
+    EXPECT_EQ(window->hitEdge(QPoint(g.right(), g.center().y())), 4);
+    EXPECT_EQ(window->hitEdge(QPoint(g.center().x(), g.bottom())), 8);
+    EXPECT_EQ(window->hitEdge(g.topLeft()), 3);
+    EXPECT_EQ(window->hitEdge(g.bottomRight()), 12);
+    EXPECT_EQ(window->hitEdge(g.topRight()), 5);
+    EXPECT_EQ(window->hitEdge(g.bottomLeft()), 10);
+    const auto hover = [this](const QPoint& global) {
+        const QPointF local = window->mapFromGlobal(global);
+        QHoverEvent event(QEvent::HoverMove, local, local);
+        QCoreApplication::sendEvent(window.get(), &event);
+        return window->cursor().shape();
+    };
+    EXPECT_EQ(hover(QPoint(g.left(), g.center().y())), Qt::SizeHorCursor);
+    EXPECT_EQ(hover(QPoint(g.center().x(), g.top())), Qt::SizeVerCursor);
+    EXPECT_EQ(hover(g.topLeft()), Qt::SizeFDiagCursor);
+    EXPECT_EQ(hover(g.topRight()), Qt::SizeBDiagCursor);
+    EXPECT_EQ(hover(g.center()), Qt::ArrowCursor);
+}
+
+}  // namespace
