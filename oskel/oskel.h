@@ -7,34 +7,41 @@
 namespace oskel {
 
 // A run of received bytes. `data` is valid only during the call; `length` is at least 1; `context` is 0.
-// Called on the port's own receive thread, one thread a port, never on the caller's.
-using ReceiveCallback = std::function<void(const std::uint8_t* data, std::int32_t length, std::int32_t context)>;
+// Called on the port's own receive thread, one thread a port, never on the caller's. It must not throw.
+// An empty function discards what comes in.
+using ReceiveCallback =
+    std::function<void(const std::uint8_t* data, std::int32_t length, std::int32_t context)>;
 
 // Opens a UDP port bound to local_ip:local_port (empty address: any; port 0: chosen by the system).
 // Datagrams are sent to remote_ip:remote_port and taken from remote_ip alone (from any source port) when
-// remote_port is not 0, else from anybody; a multicast group in remote_ip is joined on local_ip. With an empty
-// remote_ip and remote_port 0 the port only receives. Addresses are literal IPv4 or IPv6 texts, ports 0..65535.
-// Returns a handle of at least 1, or -1 on bad text, a port out of range or a failed bind.
+// remote_port is not 0, else from anybody; a multicast group in remote_ip is joined on local_ip. Nobody sends
+// from a group, a broadcast or the unspecified address, so with one of those datagrams are taken from
+// anybody. With remote_port 0 (remote_ip may then be empty) the port only receives. Addresses are literal
+// IPv4 or IPv6 texts, of one family; ports 0..65535. Empty datagrams are not reported. Returns a handle of at
+// least 1, or -1 on bad text, a null pointer, a port out of range, a failed bind or join.
 int dialDatagram(const char* remote_ip, int remote_port, const char* local_ip, int local_port,
                  ReceiveCallback on_bytes);
 
-// Connects a TCP stream to remote_ip:port; blocks the caller for 2 s at the most.
-// Returns a handle of at least 1, or exactly 0 on failure.
+// Connects a TCP stream to the literal address remote_ip, port 1..65535; blocks the caller for 2 s at the
+// most. Returns a handle of at least 1, or exactly 0 on failure. A peer that closes or resets ends the port
+// quietly: the handle stays valid and takes no bytes.
 int dialStream(const char* remote_ip, int port, ReceiveCallback on_bytes);
 
-// Opens a serial device (8 data bits, no parity, 1 stop bit, no flow control) by port name ("ttyUSB0" or a full path;
-// "COM5" on Windows) at `baud` bits per second. Returns a handle of at least 1, or -1 on failure. A device that
-// vanishes ends its port quietly: the handle stays valid and takes no bytes.
+// Opens a serial device (8 data bits, no parity, 1 stop bit, no flow control) by port name ("ttyUSB0" or a
+// full path; "COM5" on Windows) at `baud` bits per second, any rate that the system has. Returns a handle of
+// at least 1, or -1 on failure. A device that vanishes ends its port quietly, as above.
 int dialSerial(const char* port_name, int baud, ReceiveCallback on_bytes);
 
-// Sends `length` bytes; never blocks. Datagrams that the system does not take at once are dropped; streams and serial
-// lines queue up to 64 KiB, beyond which the whole run is dropped. Unknown or closed handles do nothing.
-// May be called from any thread, also while the receive callback runs. Returns bytes taken, or -1.
+// Sends `length` bytes; never blocks. Datagrams that the system does not take at once are dropped; streams
+// and serial lines queue up to 64 KiB, beyond which the whole run is dropped. May be called from any thread,
+// also from within or during the receive callback. Returns the bytes taken, which is `length` or 0, or -1 for
+// bad arguments and for a handle that is unknown, closed or ended.
 int push_bytes(const void* data, int length, int handle);
 
-// Closes the port; returns within 1 s whatever the peer or the callback does. After it has returned no callback starts;
-// a callback that does not return is left behind safely. May be called from within the callback.
-// Returns 0, or -1 for a handle that is not open.
+// Closes the port; returns within 1 s whatever the peer or the callback does. After it has returned no
+// callback starts; one that does not return is left behind with all that it uses, and its thread ends when it
+// returns. May be called from within the callback. Bytes still queued for a stream are dropped; a serial line
+// gets a moment to put its last bytes on the wire. Returns 0, or -1 for a handle that is not open.
 int hang_up(int handle);
 
 }  // namespace oskel

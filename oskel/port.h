@@ -1,0 +1,69 @@
+// What all ports share: the receive thread, the gate before the callback and the bounded close.
+#pragma once
+
+#include <array>
+#include <asio/io_context.hpp>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "oskel/oskel.h"
+
+namespace oskel {
+
+// One mutex orders everything that touches the device: arming a receive, sending, closing. It is never held
+// while the callback runs nor across anything that can block, so that every other thread gets it at once.
+//
+// The thread shares ownership of the port: one that is stuck in its callback can be left behind, and what it
+// uses lives until it returns. Handlers hold a plain `this`, valid since they run on that thread only.
+class Port : public std::enable_shared_from_this<Port> {
+public:
+    virtual ~Port() = default;
+    Port(const Port&) = delete;
+    Port& operator=(const Port&) = delete;
+
+    // Launches the receive thread; false if the system has none to give. Called once, on an open device.
+    bool start();
+    // As push_bytes(), with arguments that are known to be good.
+    int push(const std::uint8_t* data, std::size_t size);
+    // As oskel::hang_up(); called once, on a started port.
+    void hang_up();
+
+protected:
+    // `name` is a literal of at most 15 characters.
+    Port(const char* name, ReceiveCallback on_bytes) : on_bytes_(std::move(on_bytes)), name_(name) {}
+
+    // On the port's thread, without the mutex: hands bytes on, unless the port is closing.
+    void deliver(std::size_t size);
+    // Closes the device and takes no more work; the thread then ends by itself. With the mutex.
+    void end();
+    bool ended() const { return ended_; }
+
+    // All with the mutex:
+    virtual void arm_receive() = 0;
+    virtual int send(const std::uint8_t* data, std::size_t size) = 0;
+    virtual void close_device() = 0;
+    // Bytes worth waiting for before an orderly close.
+    virtual std::size_t lingering() { return 0; }
+
+    std::mutex mutex_;
+    // Ahead of io_: a system that reads in the background may write here until io_ is gone.
+    std::array<std::uint8_t, 65536> received_;
+    asio::io_context io_{1};
+
+private:
+    void run();
+    void linger_and_end();
+
+    ReceiveCallback on_bytes_;
+    const char* const name_;
+    std::thread thread_;
+    std::condition_variable finished_;
+    bool closing_ = false;  // hang_up() has been called
+    bool ended_ = false;    // the device is closed
+    bool thread_is_over_ = false;
+};
+
+}  // namespace oskel

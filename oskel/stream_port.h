@@ -1,0 +1,21 @@
+// A TCP stream.
+#pragma once
+
+#include <asio/ip/tcp.hpp>
+
+#include "oskel/byte_stream_port.h"
+
+namespace oskel {
+
+class StreamPort final : public ByteStreamPort<asio::ip::tcp::socket> {
+public:
+    explicit StreamPort(ReceiveCallback on_bytes);
+
+    // Blocks for less than 2 s.
+    bool connect(const asio::ip::tcp::endpoint& remote);
+
+private:
+    std::size_t write_now(const std::uint8_t* data, std::size_t size) override;
+};
+
+}  // namespace oskel

@@ -1,0 +1,60 @@
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "oskel/system.h"
+
+namespace oskel::system {
+
+std::string serial_device(const std::string& port_name) {
+    const std::string prefix = "\\\\.\\";
+    std::string name = port_name;
+    if (name.compare(0, prefix.size(), prefix) == 0) name.erase(0, prefix.size());
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
+    const auto is_digit = [](unsigned char letter) { return std::isdigit(letter) != 0; };
+    // Under the prefix lie disks and pipes too.
+    if (name.compare(0, 3, "COM") != 0 || name.size() < 4 || name.size() > 6) return {};
+    if (!std::all_of(name.begin() + 3, name.end(), is_digit)) return {};
+    return prefix + name;
+}
+
+std::size_t unsent(asio::serial_port& line) {
+    DWORD errors = 0;
+    COMSTAT status{};
+    return ::ClearCommError(line.native_handle(), &errors, &status) ? status.cbOutQue : 0;
+}
+
+void discard(asio::serial_port& line) {
+    ::PurgeComm(line.native_handle(), PURGE_TXABORT | PURGE_RXABORT | PURGE_TXCLEAR | PURGE_RXCLEAR);
+}
+
+std::size_t write_now(asio::serial_port&, const std::uint8_t*, std::size_t) {
+    return 0;
+}
+
+void keep_from_children(asio::ip::udp::socket::native_handle_type handle) {
+    ::SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
+}
+
+void keep_from_children(asio::serial_port& line) {
+    ::SetHandleInformation(line.native_handle(), HANDLE_FLAG_INHERIT, 0);
+}
+
+void take_joined_groups_only(asio::ip::udp::socket&) {
+    // The rule of this system already.
+}
+
+void name_this_thread(const char* name) {
+    // The function is missing before Windows 10.
+    using Describe = HRESULT(WINAPI*)(HANDLE, PCWSTR);
+    const auto address = ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription");
+    if (address == nullptr) return;
+    Describe describe = nullptr;
+    static_assert(sizeof describe == sizeof address);
+    std::memcpy(&describe, &address, sizeof describe);
+    const std::wstring wide(name, name + std::strlen(name));
+    describe(::GetCurrentThread(), wide.c_str());
+}
+
+}  // namespace oskel::system
