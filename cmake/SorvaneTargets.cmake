@@ -7,6 +7,9 @@ if(CCACHE_PROGRAM)
 endif()
 
 find_package(Threads REQUIRED)
+if(NOT WIN32)
+  find_package(PkgConfig REQUIRED)
+endif()
 
 # Flags of our own code; third-party headers come in as system headers.
 add_library(sorvane_flags INTERFACE)
