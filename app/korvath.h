@@ -8,11 +8,13 @@
 #include <QVector>
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
 
 #include "app/my_event.h"
+#include "link/command_catalogue.h"
 #include "link/frame_sender.h"
 #include "link/frames.h"
 #include "link/nav_block.h"
@@ -216,6 +218,9 @@ private:
     void fillLinkLists();
     void refreshInsPortList();
     void toggleInsPort();
+    void closeLink();
+    void linkOpened(int handle, LinkState state);
+    void warnPortFailed(const QString& port);
     // Button texts of the connection dialog by the present state; after each retranslation and at its
     // opening.
     void refreshConnectionButtons();
@@ -228,6 +233,8 @@ private:
     void setupSender();
     void onPeriodTick();
     void onNavTick();
+    // Kills a timer of this window; ids that are not running (-1, 0, kept from before a close) do nothing.
+    void killIfRunning(int timer);
 
     // --- link/korvath_commands.cpp ---
     // radioButton_13 and radioButton_14 as one group, frame mode first (constructor).
@@ -242,6 +249,11 @@ private:
     // Item texts of the combo boxes and start values of the edits that a language change resets.
     void retranslateCommands();
     void dispatchCommand(QObject* sender);
+    // Sends what the catalogue says for a control of the two pages; unknown names do nothing.
+    void runControl(sorvane::ControlKind kind, const QString& object, int value);
+    void zoomUntilQuiet(const sorvane::Command& command);
+    // Restores the texts that follow the servo mode and the pod's recording.
+    void retranslateStatefulButtons();
     void onStopTimer();
     // True when the id was one of m_zoomTimers.
     bool onZoomTimer(int id);
@@ -362,6 +374,7 @@ private:
     QToolButton* m_viewButton = nullptr;
     QMenu* m_viewMenu = nullptr;
     std::unique_ptr<sorvane::FrameSender> m_sender;
+    std::function<sorvane::CalendarTime()> m_localClock;  // set by setupSender
     int m_interfaceHandle = -1;
 
     std::list<VideoSurface>
