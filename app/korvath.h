@@ -38,6 +38,7 @@ class QMenu;
 class QPushButton;
 class QTimer;
 class QToolButton;
+class StatusPages;
 
 namespace Ui {
 class KorvathClass;
@@ -226,8 +227,6 @@ private:
     void refreshConnectionButtons();
 
     // --- link/korvath_send.cpp ---
-    // The local clock, to the millisecond.
-    static sorvane::CalendarTime localTime();
     // Creates m_sender on this window's fields, clocks and conditions (constructor, before the settings
     // exist).
     void setupSender();
@@ -375,6 +374,7 @@ private:
     QMenu* m_viewMenu = nullptr;
     std::unique_ptr<sorvane::FrameSender> m_sender;
     std::function<sorvane::CalendarTime()> m_localClock;  // set by setupSender
+    StatusPages* m_statusPages = nullptr;  // child of the window
     int m_interfaceHandle = -1;
 
     std::list<VideoSurface>
