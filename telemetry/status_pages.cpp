@@ -1,0 +1,138 @@
+#include "telemetry/status_pages.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace {
+
+constexpr int kRowHeight = 24;
+constexpr int kGroupGap = 8;
+constexpr int kColumnGap = 8;
+
+// Until the first report. The aircraft page stays blank until its first block.
+QString initialText(sorvane::PanelPage page) {
+    return page == sorvane::PanelPage::kAircraft ? QString() : QStringLiteral("--");
+}
+
+QLabel* makeLabel(QWidget* parent, const QString& name, const char* role, Qt::Alignment alignment) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(name);
+    label->setProperty("role", QString::fromLatin1(role));
+    label->setTextFormat(Qt::PlainText);
+    label->setAlignment(alignment | Qt::AlignVCenter);
+    label->setFixedHeight(kRowHeight);
+    return label;
+}
+
+QString captionText(const sorvane::PanelRow& row) {
+    // A caption with a name of its own stands as it is in every language.
+    if (row.caption_object != nullptr) return QString::fromUtf8(row.caption);
+    return QCoreApplication::translate("KorvathClass", row.caption);
+}
+
+int captionWidth(const QLabel& caption) {
+    caption.ensurePolished();
+    return caption.fontMetrics().horizontalAdvance(caption.text()) + 1;
+}
+
+}  // namespace
+
+StatusPage::StatusPage(sorvane::PanelPage page, QWidget* parent) : QWidget(parent) {
+    int y = 0;
+    for (const sorvane::PanelRow& row : sorvane::panelRows()) {
+        if (row.page != page) continue;
+        if (row.starts_group) y += kGroupGap;
+        addRow(row, y);
+        y += kRowHeight;
+    }
+    setFixedHeight(y);
+    retranslate();
+}
+
+void StatusPage::addRow(const sorvane::PanelRow& row, int y) {
+    const QString name = QString::fromLatin1(row.object_name);
+    const QString caption_name = row.caption_object != nullptr ? QString::fromLatin1(row.caption_object)
+                                                               : name + QStringLiteral("_caption");
+    QLabel* caption = makeLabel(this, caption_name, "caption", Qt::AlignRight);
+    QLabel* value = makeLabel(this, name, "value", Qt::AlignLeft);
+    caption->setBuddy(value);
+    value->setText(initialText(row.page));
+    m_rows.push_back({&row, caption, value, y});
+}
+
+void StatusPage::retranslate() {
+    for (const Row& r : m_rows)
+        r.caption->setText(captionText(*r.row));
+    place();
+}
+
+void StatusPage::place() {
+    int edge = 0;
+    for (const Row& r : m_rows)
+        edge = std::max(edge, captionWidth(*r.caption));
+    const int value_x = edge + kColumnGap;
+    for (const Row& r : m_rows) {
+        r.caption->setFixedWidth(edge);
+        r.caption->move(0, r.y);
+        r.value->setFixedWidth(std::max(width() - value_x, 0));
+        r.value->move(value_x, r.y);
+    }
+}
+
+void StatusPage::resizeEvent(QResizeEvent* e) {
+    QWidget::resizeEvent(e);
+    place();
+}
+
+// Another style sheet or font changes the width of the captions.
+void StatusPage::changeEvent(QEvent* e) {
+    QWidget::changeEvent(e);
+    if (e->type() == QEvent::StyleChange || e->type() == QEvent::FontChange) place();
+}
+
+bool StatusPage::event(QEvent* e) {
+    const bool result = QWidget::event(e);
+    if (e->type() == QEvent::Polish || e->type() == QEvent::Show) place();
+    return result;
+}
+
+void StatusPage::refresh(const sorvane::PanelSource& source) {
+    using Kind = sorvane::PanelText::Kind;
+    for (const Row& r : m_rows) {
+        const sorvane::PanelText text = r.row->format(source);
+        if (text.kind == Kind::kWord) {
+            r.value->setText(QCoreApplication::translate("Korvath", text.word));
+        } else if (text.kind == Kind::kNumber) {
+            r.value->setText(QString::fromUtf8(text.number));
+        }
+    }
+}
+
+void StatusPages::fill(sorvane::PanelPage page, QWidget* content) {
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    auto* widget = new StatusPage(page, content);
+    layout->addWidget(widget);
+    layout->addStretch(1);
+    m_pages[static_cast<std::size_t>(page)] = widget;
+}
+
+void StatusPages::retranslate() {
+    for (StatusPage* page : m_pages) {
+        if (page != nullptr) page->retranslate();
+    }
+}
+
+void StatusPages::refresh(sorvane::PanelPage page, const sorvane::PanelSource& source) {
+    StatusPage* widget = m_pages[static_cast<std::size_t>(page)];
+    if (widget != nullptr) widget->refresh(source);
+}
+
+QString recordButtonText(const sorvane::TelemetryRecord& record) {
+    const bool recording = sorvane::bitSet(record.status_word_a, sorvane::kRecordingBit);
+    return recording ? QCoreApplication::translate("Korvath", "停止录像")
+                     : QCoreApplication::translate("Korvath", "开始录像");
+}
