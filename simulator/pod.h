@@ -55,7 +55,4 @@ private:
     std::unique_ptr<State> state_;
 };
 
-// Readable name of a command code, "unknown" for one outside the catalogue.
-const char* commandName(std::uint16_t code);
-
 }  // namespace podsim

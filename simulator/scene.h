@@ -1,0 +1,28 @@
+// The layers of one view: ground and sky, then what stands and moves on the ground.
+#pragma once
+
+#include "simulator/camera.h"
+#include "simulator/raster.h"
+
+namespace podsim {
+
+// A view being drawn. Infrared is drawn as radiance into y alone, u and v are null.
+struct Scene {
+    const Snapshot& snapshot;
+    Canvas canvas;
+    Camera camera;  // in pixels of the canvas
+    bool infrared;
+    double visibility_m;  // distance at which haze leaves 1/e of the contrast
+
+    // Share of 256 that haze leaves at a distance.
+    int clearness(double distance_m) const;
+    Colour hazed(Colour colour, double distance_m) const;
+};
+
+Colour hazeColour(bool infrared);
+double visibilityOf(const Snapshot& snapshot, bool infrared);
+
+void drawGroundAndSky(const Scene& scene);
+void drawObjects(const Scene& scene);
+
+}  // namespace podsim
