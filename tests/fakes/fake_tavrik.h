@@ -1,0 +1,44 @@
+// A stand-in for the stream library: notes every call and lets a test play the part of its threads. Linked
+// into a test it takes the library's place.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tavrik/tavrik.h"
+
+namespace fake_tavrik {
+
+struct Open {
+    std::string url;
+    int port = 0;
+    std::string local_ip;
+    bool is_rtsp = false;
+    std::string av_options;
+    int decoder = 0;
+    bool has_audio = false;
+    bool has_sei = false;
+    int result = 0;
+    tavrik::FrameCallback on_frame;
+    tavrik::AudioCallback on_audio;
+};
+
+struct Pull {
+    int decoder = 0;
+    tavrik::FrameCallback on_frame;
+    tavrik::ReadCallback on_read;
+};
+
+struct State {
+    int next_handle = 1;  // what the next feedOpen returns; counts on while above 0
+    std::vector<Open> opens;
+    std::vector<Pull> pulls;
+    // In the order of the calls: "open 1", "close 1", "captureEnd 1", "StillEnd 1", "pull".
+    std::vector<std::string> calls;
+};
+
+State& state();
+// Before each test.
+void reset();
+
+}  // namespace fake_tavrik

@@ -1,0 +1,98 @@
+// The main window with a stand-in for the stream library, pictures made by the test, and a pod that is a
+// socket.
+#pragma once
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QScreen>
+#include <QUdpSocket>
+#include <QWindow>
+#include <vector>
+
+#include "korvath_fixture.h"
+#include "tests/fakes/fake_tavrik.h"
+#include "video/qmyvideowidget.h"
+#include "video/video_surface.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+}
+
+struct Yuv {
+    int y, u, v;
+};
+constexpr Yuv kWhite{235, 128, 128};
+constexpr Yuv kGrey{126, 128, 128};
+constexpr Yuv kRed{81, 90, 240};
+
+// A frame of one colour; its upper left quarter may have another.
+inline AVFrame* makeFrame(int width, int height, Yuv colour, Yuv corner) {
+    AVFrame* frame = av_frame_alloc();
+    frame->width = width;
+    frame->height = height;
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->colorspace = AVCOL_SPC_BT470BG;
+    if (av_frame_get_buffer(frame, 0) != 0) return frame;
+    const auto fill = [frame](int plane, int w, int h, int value, int corner_value) {
+        for (int row = 0; row < h; ++row) {
+            for (int x = 0; x < w; ++x) {
+                const bool in_corner = x < w / 2 && row < h / 2;
+                frame->data[plane][row * frame->linesize[plane] + x] =
+                    static_cast<std::uint8_t>(in_corner ? corner_value : value);
+            }
+        }
+    };
+    fill(0, width, height, colour.y, corner.y);
+    fill(1, (width + 1) / 2, (height + 1) / 2, colour.u, corner.u);
+    fill(2, (width + 1) / 2, (height + 1) / 2, colour.v, corner.v);
+    return frame;
+}
+
+class VideoTest : public KorvathTest {
+protected:
+    void SetUp() override { fake_tavrik::reset(); }
+
+    QMyVideoWidget* win1() const { return ui().videoWin1; }
+    QMyVideoWidget* win2() const { return ui().videoWin2; }
+    fake_tavrik::State& library() const { return fake_tavrik::state(); }
+    Ui::connection& connection() const { return *in().ui_connection(); }
+
+    // What the stream library's decoder thread does with a picture.
+    void deliver(const tavrik::FrameCallback& on_frame, AVFrame* frame, float fps = 25.0F,
+                 int bitrate = 1234) const {
+        on_frame(frame, fps, bitrate);
+        av_frame_free(&frame);
+    }
+    void deliver(int width, int height, Yuv colour, Yuv corner) const {
+        deliver(library().opens.back().on_frame, makeFrame(width, height, colour, corner));
+    }
+    void deliver(int width, int height, Yuv colour) const { deliver(width, height, colour, colour); }
+
+    // The widget's pixels as the X server has them.
+    QImage onScreen(QWidget* widget) const {
+        return window->screen()->grabWindow(widget->winId()).toImage().convertToFormat(QImage::Format_RGB32);
+    }
+    static bool isAbout(QRgb pixel, int r, int g, int b) {
+        return qAbs(qRed(pixel) - r) < 24 && qAbs(qGreen(pixel) - g) < 24 && qAbs(qBlue(pixel) - b) < 24;
+    }
+};
+
+// The pod's end of a UDP link on loopback.
+class Pod {
+public:
+    bool bind() { return socket.bind(QHostAddress::LocalHost, 0); }
+    int port() const { return socket.localPort(); }
+    // Everything received since the last call.
+    std::vector<QByteArray> take() {
+        std::vector<QByteArray> result;
+        while (socket.hasPendingDatagrams()) {
+            QByteArray bytes(static_cast<int>(socket.pendingDatagramSize()), 0);
+            socket.readDatagram(bytes.data(), bytes.size());
+            result.push_back(bytes);
+        }
+        return result;
+    }
+
+private:
+    QUdpSocket socket;
+};
