@@ -286,6 +286,18 @@ void ControlLoop::logMotion(std::int64_t now) {
     }
     was_moving_ = moving;
     logTracker(s, now);
+    logObjects(s);
+}
+
+// What can be clicked: id=x,y,width,height of each object in sight, pixels of the main picture from its top left.
+void ControlLoop::logObjects(const Snapshot& s) {
+    std::string text;
+    for (const VisibleObject& object : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
+        if (object.occluded) continue;
+        text += formatText("%s%d=%.1f,%.1f,%.1f,%.1f", text.empty() ? "" : " ", object.id, object.x_px, object.y_px,
+                           object.width_px, object.height_px);
+    }
+    log_.event("objects", text);
 }
 
 void ControlLoop::logTracker(const Snapshot& s, std::int64_t now) {

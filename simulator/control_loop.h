@@ -59,6 +59,7 @@ private:
     void sendFeeds(std::int64_t now);
     void logMotion(std::int64_t now);
     void logTracker(const Snapshot& state, std::int64_t now);
+    void logObjects(const Snapshot& s);
 
     const Options& options_;
     Pod& pod_;
