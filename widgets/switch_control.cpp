@@ -14,7 +14,7 @@ constexpr double kDisabledOpacity = 0.26;
 
 }  // namespace
 
-SwitchControl::SwitchControl(QWidget* parent) : QWidget(parent), m_x(m_space) {
+SwitchControl::SwitchControl(QWidget* parent) : QWidget(parent) {
     setCursor(Qt::PointingHandCursor);
     connect(&m_timer, &QTimer::timeout, this, &SwitchControl::onTimeout);
 }

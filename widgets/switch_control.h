@@ -42,7 +42,8 @@ private:
     QColor m_checkedColor = Qt::green;
     QColor m_disabled = QColor(190, 190, 190, 255);
     QColor m_thumb = Qt::white;
-    double m_x;  // left edge of the knob, animated
-    qint16 m_space = 2;
+    static constexpr qint16 kSpace = 2;  // margin around the knob
+    double m_x = kSpace;                 // left edge of the knob, animated
+    qint16 m_space = kSpace;
     QTimer m_timer;
 };

@@ -1,0 +1,118 @@
+#include "widgets/common_dlg.h"
+
+#include <gtest/gtest.h>
+
+#include <QPushButton>
+#include <QTest>
+
+#include "wait.h"
+#include "widgets/title_bar.h"
+#include "x11_pointer.h"
+
+namespace {
+
+// A dialog of 300 x 200 with a strip of 36 along its top and a button at the strip's right end.
+struct Dialog {
+    explicit Dialog(bool with_title) {
+        dialog.setGeometry(200, 150, 300, 200);
+        strip = new title_bar(&dialog);
+        strip->setGeometry(0, 0, 300, 36);
+        close = new QPushButton(strip);
+        close->setGeometry(264, 0, 36, 36);
+        if (with_title) {
+            dialog.setTitleWidget(strip);
+        }
+        dialog.show();
+    }
+    bool shown() { return QTest::qWaitForWindowActive(&dialog); }
+    std::uintptr_t window() { return static_cast<std::uintptr_t>(dialog.winId()); }
+
+    common_dlg dialog;
+    title_bar* strip;
+    QPushButton* close;
+};
+
+TEST(CommonDlg, HasNoFrame) {
+    common_dlg dialog;
+    EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(dialog.windowType(), Qt::Dialog);
+}
+
+TEST(CommonDlg, PressOnTheStripLetsTheSystemMoveTheDialog) {
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.available());
+    Dialog d(true);
+    ASSERT_TRUE(d.shown());
+    const auto before = pointer.position(d.window());
+    // 100, 18 within the strip; the display may be scaled, the pointer's pixels are the server's.
+    const std::pair<int, int> from(before.first + 100, before.second + 18);
+    pointer.moveTo(from.first, from.second);
+    pointer.press(1);
+    ASSERT_TRUE(waitFor([&] { return pointer.moveRequests(d.window()) == 1; }));
+    // The window manager takes the pointer some time after the request and sees no motion before that, so the
+    // pointer goes to and fro until the dialog has followed.
+    int step = 0;
+    const bool moved = waitFor([&] {
+        ++step;
+        pointer.moveTo(from.first + 60 + step % 2, from.second + 40);
+        return pointer.position(d.window()) != before;
+    });
+    pointer.moveTo(from.first + 80, from.second + 50);
+    const std::pair<int, int> target(before.first + 80, before.second + 50);
+    const bool arrived = waitFor([&] { return pointer.position(d.window()) == target; });
+    pointer.release(1);
+    EXPECT_TRUE(moved);
+    EXPECT_TRUE(arrived);
+    const QPoint start(200, 150);
+    EXPECT_TRUE(waitFor([&] { return d.dialog.pos() != start; }));  // and the toolkit has been told
+}
+
+TEST(CommonDlg, AnyButtonMoves) {
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.available());
+    for (const int button : {1, 2, 3}) {
+        Dialog d(true);
+        ASSERT_TRUE(d.shown());
+        const auto origin = pointer.position(d.window());
+        pointer.moveTo(origin.first + 100, origin.second + 18);
+        pointer.press(button);
+        EXPECT_TRUE(waitFor([&] { return pointer.moveRequests(d.window()) == 1; })) << "button " << button;
+        EXPECT_EQ(pointer.lastButton(), button);
+        pointer.release(button);
+    }
+}
+
+TEST(CommonDlg, WithoutATitleWidgetAPressMovesNothing) {
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.available());
+    Dialog d(false);
+    ASSERT_TRUE(d.shown());
+    QTest::mousePress(d.strip, Qt::LeftButton, Qt::NoModifier, QPoint(100, 18));
+    QTest::mouseRelease(d.strip, Qt::LeftButton, Qt::NoModifier, QPoint(100, 18));
+    EXPECT_EQ(pointer.moveRequests(d.window()), 0);
+}
+
+TEST(CommonDlg, PressOnAButtonOfTheStripMovesNothing) {
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.available());
+    Dialog d(true);
+    ASSERT_TRUE(d.shown());
+    int clicks = 0;
+    QObject::connect(d.close, &QPushButton::clicked, [&] { ++clicks; });
+    QTest::mouseClick(d.close, Qt::LeftButton);
+    EXPECT_EQ(clicks, 1);
+    EXPECT_EQ(pointer.moveRequests(d.window()), 0);
+    // The same press one step to the left is on the strip itself.
+    QTest::mousePress(d.strip, Qt::LeftButton, Qt::NoModifier, QPoint(100, 18));
+    EXPECT_EQ(pointer.moveRequests(d.window()), 1);
+    QTest::mouseRelease(d.strip, Qt::LeftButton, Qt::NoModifier, QPoint(100, 18));
+}
+
+TEST(CommonDlg, TheStripTakesItsGroundFromAStyleSheet) {
+    title_bar strip;
+    strip.setStyleSheet(QStringLiteral("title_bar { background: #123456; }"));
+    strip.resize(20, 10);
+    EXPECT_EQ(strip.grab().toImage().pixelColor(10, 5), QColor(0x12, 0x34, 0x56));
+}
+
+}  // namespace

@@ -1,0 +1,100 @@
+#include "x11_pointer.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+#include <cstring>
+#include <vector>
+
+struct X11Pointer::State {
+    Display* display = XOpenDisplay(nullptr);
+    Window root = None;
+    Atom move_resize = None;
+    Atom mark = None;
+    std::vector<XClientMessageEvent> requests;
+    long last_button = 0;
+};
+
+X11Pointer::X11Pointer() : m_state(new State) {
+    State& s = *m_state;
+    if (s.display == nullptr) {
+        return;
+    }
+    s.root = DefaultRootWindow(s.display);
+    s.move_resize = XInternAtom(s.display, "_NET_WM_MOVERESIZE", False);
+    s.mark = XInternAtom(s.display, "_TEST_MARK", False);
+    XSelectInput(s.display, s.root, SubstructureNotifyMask);
+    XSync(s.display, False);
+}
+
+X11Pointer::~X11Pointer() {
+    if (m_state->display != nullptr) {
+        XCloseDisplay(m_state->display);
+    }
+}
+
+bool X11Pointer::available() const {
+    return m_state->display != nullptr;
+}
+
+void X11Pointer::moveTo(int x, int y) {
+    XTestFakeMotionEvent(m_state->display, -1, x, y, CurrentTime);
+    XSync(m_state->display, False);
+}
+
+void X11Pointer::press(int button) {
+    XTestFakeButtonEvent(m_state->display, static_cast<unsigned>(button), True, CurrentTime);
+    XSync(m_state->display, False);
+}
+
+void X11Pointer::release(int button) {
+    XTestFakeButtonEvent(m_state->display, static_cast<unsigned>(button), False, CurrentTime);
+    XSync(m_state->display, False);
+}
+
+std::pair<int, int> X11Pointer::position(std::uintptr_t window) {
+    int x = 0;
+    int y = 0;
+    Window child = None;
+    XTranslateCoordinates(m_state->display, window, m_state->root, 0, 0, &x, &y, &child);
+    return {x, y};
+}
+
+// The server keeps the order of what it has accepted: a mark of our own, sent now and read back, closes the
+// list.
+int X11Pointer::moveRequests(std::uintptr_t window) {
+    State& s = *m_state;
+    XEvent mark;
+    std::memset(&mark, 0, sizeof(mark));
+    mark.xclient.type = ClientMessage;
+    mark.xclient.window = s.root;
+    mark.xclient.message_type = s.mark;
+    mark.xclient.format = 32;
+    XSendEvent(s.display, s.root, False, SubstructureNotifyMask, &mark);
+    for (;;) {
+        XEvent event;
+        XNextEvent(s.display, &event);
+        if (event.type != ClientMessage) {
+            continue;
+        }
+        if (event.xclient.message_type == s.mark) {
+            break;
+        }
+        if (event.xclient.message_type == s.move_resize) {
+            s.requests.push_back(event.xclient);
+        }
+    }
+    int count = 0;
+    for (const XClientMessageEvent& request : s.requests) {
+        constexpr long kMove = 8;
+        if (request.window == window && request.data.l[2] == kMove) {
+            ++count;
+            s.last_button = request.data.l[3];
+        }
+    }
+    return count;
+}
+
+long X11Pointer::lastButton() const {
+    return m_state->last_button;
+}
