@@ -1,1 +1,209 @@
+#include "tavrik/picture_stream.h"
 
+#include <gtest/gtest.h>
+
+#include "nal_streams.h"
+
+namespace tavrik::test {
+namespace {
+
+struct Unit {
+    Bytes bytes, sei;
+    bool key;
+    bool operator==(const Unit& o) const { return bytes == o.bytes && sei == o.sei && key == o.key; }
+};
+
+struct Collected {
+    std::vector<Unit> units;
+    std::vector<Codec> codecs;
+    PictureStream::Sink sink() {
+        return [this](Codec codec, const AccessUnit& unit) {
+            units.push_back({unit.bytes, unit.sei, unit.key});
+            codecs.push_back(codec);
+        };
+    }
+};
+
+void push(PictureStream& stream, const Bytes& bytes) {
+    stream.push(bytes.data(), bytes.size());
+}
+
+std::vector<Unit> assemble(Codec codec, const Bytes& bytes, std::size_t cut) {
+    Collected collected;
+    PictureStream stream(codec, collected.sink());
+    stream.push(bytes.data(), cut);
+    stream.push(bytes.data() + cut, bytes.size() - cut);
+    stream.idle();
+    return collected.units;
+}
+
+struct Scene {
+    Codec codec;
+    std::vector<std::vector<Bytes>> pictures;
+};
+
+// Every way in which a picture can begin.
+const Scene kScenes[] = {
+    {Codec::H264,
+     {{kSps264, kPps264, kSei264, slice264(true, true, 1)},
+      {slice264(true, false, 2)},
+      {kAud264, slice264(true, false, 3), slice264(false, false, 3)},
+      {kSei264, kSei264, slice264(true, false, 4), slice264(false, false, 4), {0x0C, 0xFF, 0x80}},
+      {kPps264, slice264(true, false, 5)},
+      {kRecovery264, slice264(true, false, 6)}}},
+    {Codec::H265,
+     {{kVps265, kSps265, kPps265, kSei265, slice265(true, true, 1)},
+      {slice265(true, false, 2)},
+      {kAud265, slice265(true, false, 3), slice265(false, false, 3), kSuffix265},
+      {kSei265, slice265(true, false, 4), slice265(false, false, 4)},
+      {kPps265, slice265(true, false, 5)}}},
+};
+
+std::vector<Unit> expectedOf(const Scene& scene) {
+    std::vector<Unit> out;
+    for (const auto& nals : scene.pictures) {
+        std::vector<Bytes> sei;
+        bool key = false;
+        for (const Bytes& nal : nals) {
+            const NalInfo info = describeNal(scene.codec, nal.data(), nal.size());
+            if (info.sei) sei.push_back(nal);
+            key = key || info.key;
+        }
+        out.push_back({joined(nals), joined(sei), key});
+    }
+    return out;
+}
+
+TEST(PictureStream, PutsPicturesTogetherForEachCut) {
+    for (const Scene& scene : kScenes) {
+        const std::vector<Unit> expected = expectedOf(scene);
+        for (const std::size_t start_code : {3u, 4u}) {
+            Bytes bytes;
+            for (const auto& nals : scene.pictures) {
+                const Bytes piece = joined(nals, start_code);
+                bytes.insert(bytes.end(), piece.begin(), piece.end());
+            }
+            for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
+                ASSERT_EQ(assemble(scene.codec, bytes, cut), expected) << cut;
+                ASSERT_EQ(assemble(Codec::Unknown, bytes, cut), expected) << "codec unknown " << cut;
+            }
+        }
+    }
+}
+
+TEST(PictureStream, ToleratesEveryTruncation) {
+    for (const Scene& scene : kScenes) {
+        const Bytes whole = joined(scene.pictures[0]);
+        for (std::size_t size = 0; size < whole.size(); ++size) {
+            const std::vector<Unit> units =
+                assemble(scene.codec, {whole.begin(), whole.begin() + static_cast<long>(size)}, 0);
+            ASSERT_LE(units.size(), 1u);
+        }
+    }
+}
+
+TEST(PictureStream, LetsAPictureGoAtTheContainersWord) {
+    Collected collected;
+    PictureStream stream(Codec::H264, collected.sink());
+    push(stream, joined({kSps264, kPps264}));
+    stream.endOfPicture();
+    EXPECT_TRUE(collected.units.empty()) << "parameter sets wait for their picture";
+    push(stream, joined({slice264(true, true, 1)}));
+    EXPECT_TRUE(stream.pending());
+    stream.endOfPicture();
+    ASSERT_EQ(collected.units.size(), 1u);
+    EXPECT_EQ(collected.units[0].bytes, joined({kSps264, kPps264, slice264(true, true, 1)}));
+    EXPECT_FALSE(stream.pending());
+}
+
+TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
+    Collected collected;
+    PictureStream stream(Codec::H264, collected.sink());
+    EXPECT_EQ(stream.idleMs(), 3);
+    const Bytes picture = joined({slice264(true, false, 1, 400)});
+    const auto paused = [&] {
+        stream.push(picture.data(), 200);
+        stream.idle();
+        stream.push(picture.data() + 200, picture.size() - 200);
+        stream.idle();
+    };
+    paused();
+    push(stream, picture);
+    EXPECT_EQ(stream.idleMs(), 3) << "once may be a loss";
+    paused();
+    push(stream, picture);
+    EXPECT_EQ(stream.idleMs(), 6);
+    for (int i = 0; i < 100; ++i)
+        paused();
+    push(stream, picture);
+    EXPECT_EQ(stream.idleMs(), 48);
+    for (int i = 0; i < 2600; ++i)
+        push(stream, picture);
+    EXPECT_EQ(stream.idleMs(), 3);
+}
+
+TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
+    Collected collected;
+    PictureStream stream(Codec::H264, collected.sink());
+    for (int i = 0; i < 10; ++i) {
+        push(stream, joined({slice264(true, false, 1)}));
+        stream.endOfPicture();
+        push(stream, joined({slice264(false, false, 1)}));
+        stream.endOfPicture();
+    }
+    collected.units.clear();
+    push(stream, joined({slice264(true, false, 2)}));
+    stream.endOfPicture();
+    push(stream, joined({slice264(false, false, 2)}));
+    stream.endOfPicture();
+    push(stream, joined({slice264(true, false, 3)}));
+    stream.idle();
+    ASSERT_GE(collected.units.size(), 2u);
+    EXPECT_EQ(collected.units[collected.units.size() - 2].bytes,
+              joined({slice264(true, false, 2), slice264(false, false, 2)}));
+}
+
+TEST(PictureStream, FollowsAChangeOfCodecButNotOneDamagedSet) {
+    Collected collected;
+    PictureStream stream(Codec::Unknown, collected.sink());
+    push(stream, joined({slice264(true, true, 1)}));
+    stream.idle();
+    EXPECT_TRUE(collected.units.empty()) << "no parameter set yet";
+    push(stream, joined({kSps264, kPps264, slice264(true, true, 1), kSps265, kSps264}));
+    EXPECT_EQ(stream.codec(), Codec::H264);
+    push(stream, joined({kVps265, kSps265, kPps265, slice265(true, true, 2)}));
+    stream.idle();
+    EXPECT_EQ(stream.codec(), Codec::H265);
+    EXPECT_EQ(collected.codecs.back(), Codec::H265);
+    EXPECT_TRUE(collected.units.back().key);
+}
+
+TEST(PictureStream, PassesOtherCodecsPacketByPacket) {
+    Collected collected;
+    PictureStream stream(Codec::Other, collected.sink());
+    push(stream, {1, 2});
+    push(stream, {3});
+    stream.endOfPicture();
+    push(stream, {4});
+    stream.idle();
+    ASSERT_EQ(collected.units.size(), 2u);
+    EXPECT_EQ(collected.units[0].bytes, (Bytes{1, 2, 3}));
+    EXPECT_EQ(collected.units[1].bytes, (Bytes{4}));
+}
+
+TEST(PictureStream, StaysBoundedWithoutAnyPicture) {
+    Collected collected;
+    PictureStream stream(Codec::H264, collected.sink());
+    Bytes sei(60000, 0x55);
+    sei[0] = 0x06;
+    const Bytes piece = joined({sei});
+    for (int i = 0; i < 1000; ++i)
+        push(stream, piece);
+    push(stream, joined({slice264(true, true, 1)}));
+    stream.idle();
+    ASSERT_EQ(collected.units.size(), 1u);
+    EXPECT_LE(collected.units[0].bytes.size(), AccessUnitAssembler::kMaxUnitBytes + 100);
+}
+
+}  // namespace
+}  // namespace tavrik::test

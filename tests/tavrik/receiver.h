@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -106,7 +107,7 @@ public:
     int channels_ = 0;
     float fps_ = 0;
     int bitrate_ = 0;
-    bool keep_ = false;  // before the stream is opened
+    std::atomic<bool> keep_{false};
 };
 
 // A port that was free a moment ago.

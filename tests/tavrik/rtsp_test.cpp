@@ -59,3 +59,99 @@ INSTANTIATE_TEST_SUITE_P(Tavrik, RtspPictures,
 
 }  // namespace
 }  // namespace tavrik::test
+
+namespace tavrik::test {
+namespace {
+
+TEST(Rtsp, DecodesTheSoundBesideThePicture) {
+    RtspServer::Settings settings;
+    settings.audio = true;
+    RtspServer server(settings);
+    TestEncoder encoder(EncoderSettings{});
+    Receiver receiver;
+    const int handle =
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), receiver.onAudio(), "", true, "", nullptr, 1);
+    ASSERT_TRUE(server.waitForPlay(kPatienceMs));
+    EXPECT_TRUE(stream(
+        [&](int n) {
+            server.sendPicture(encoder.encode(n), static_cast<std::uint32_t>(n) * kTicks);
+            server.sendSound(Bytes(160, 0x80), static_cast<std::uint32_t>(n) * 160);
+        },
+        [&] { return receiver.sound().size() >= 1600 && receiver.numbers().size() >= 5; }));
+    feedClose(handle);
+    EXPECT_EQ(receiver.rate_, 8000);
+    EXPECT_EQ(receiver.channels_, 1);
+    // Mu-law 0x80 is the largest positive sample, 32124.
+    const Bytes sound = receiver.sound();
+    EXPECT_EQ(sound[200] | (sound[201] << 8), 32124);
+}
+
+TEST(Rtsp, LeavesTheSoundOutWhenNobodyListens) {
+    RtspServer::Settings settings;
+    settings.audio = true;
+    RtspServer server(settings);
+    TestEncoder encoder(EncoderSettings{});
+    Receiver receiver;
+    const int handle =
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+    EXPECT_TRUE(
+        stream([&](int n) { server.sendPicture(encoder.encode(n), static_cast<std::uint32_t>(n) * kTicks); },
+               [&] { return receiver.numbers().size() >= 5; }));
+    feedClose(handle);
+}
+
+TEST(Decoders, SoftwareIsAlwaysThere) {
+    EXPECT_EQ(list_decoders() & 1, 1);
+    EXPECT_EQ(list_decoders() & ~7, 0);
+    EXPECT_EQ(list_decoders(), list_decoders());
+}
+
+// Whatever the machine has: each choice shows the picture, by the device or in software.
+TEST(Decoders, EachChoiceShowsThePicture) {
+    for (const std::uint8_t decoder : {1, 2, 4, 0, 255}) {
+        for (const Codec codec : {Codec::H264, Codec::H265}) {
+            RtspServer::Settings settings;
+            settings.codec = codec;
+            RtspServer server(settings);
+            TestEncoder encoder(EncoderSettings{codec});
+            Receiver receiver;
+            const int handle = feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "",
+                                        nullptr, decoder);
+            ASSERT_GT(handle, 0);
+            EXPECT_TRUE(stream(
+                [&](int n) { server.sendPicture(encoder.encode(n), static_cast<std::uint32_t>(n) * kTicks); },
+                [&] { return receiver.numbers().size() >= 5; }))
+                << int(decoder);
+            feedClose(handle);
+            for (const int number : receiver.numbers())
+                EXPECT_GE(number, 0);
+        }
+    }
+}
+
+TEST(Open, RefusesBadAddressesAndTakesGoodOnes) {
+    Receiver receiver;
+    const auto open = [&](const char* url, int port, const char* local, bool rtsp) {
+        const int handle = feedOpen(url, port, receiver.onFrame(), nullptr, local, rtsp, "", nullptr, 1);
+        if (handle > 0) feedClose(handle);
+        return handle;
+    };
+    for (const char* bad : {"", "rtsp://", "file:///etc/passwd", "rtsp://a b/", "rtsp://a/\r\nX: y",
+                            "192.168.1.1", "concat:rtsp://x", "rtsp://x:70000/"}) {
+        EXPECT_EQ(open(bad, 554, "", true), 0) << bad;
+    }
+    EXPECT_EQ(open(nullptr, 0, "", true), 0);
+    for (const int port : {0, -5, 65536})
+        EXPECT_EQ(open("", port, "", false), 0) << port;
+    EXPECT_EQ(open("not-an-ip", 5000, "", false), 0);
+    EXPECT_EQ(open("", 5000, "not-an-ip", false), 0);
+    EXPECT_GT(open(nullptr, freeUdpPort(), "", false), 0);
+    EXPECT_GT(open("127.0.0.1", freeUdpPort(), "192.0.2.7", false), 0) << "a foreign interface is any";
+    const int first = open("rtsp://127.0.0.1:1/x", 0, "", true);
+    const int second = open("rtsp://127.0.0.1:1/x", 0, "", true);
+    EXPECT_GT(first, 0);
+    EXPECT_GT(second, first) << "handles are not used again";
+}
+
+}  // namespace
+}  // namespace tavrik::test

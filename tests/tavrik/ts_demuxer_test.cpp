@@ -1,1 +1,212 @@
+#include "tavrik/ts_demuxer.h"
 
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "ts_writer.h"
+
+namespace tavrik::test {
+namespace {
+
+struct Collector : TsDemuxer::Handler {
+    void tsVideo(Codec c, const std::uint8_t* data, std::size_t size) override {
+        codec = c;
+        open.insert(open.end(), data, data + size);
+        open_ended = false;
+    }
+    void tsPictureEnd() override {
+        pictures.push_back(open);
+        open.clear();
+        open_ended = true;
+    }
+    void tsAudio(int type, const std::uint8_t* data, std::size_t size) override {
+        audio_type = type;
+        sounds.emplace_back(data, data + size);
+    }
+    Codec codec = Codec::Unknown;
+    Bytes open;
+    bool open_ended = false;
+    std::vector<Bytes> pictures;
+    std::vector<Bytes> sounds;
+    int audio_type = 0;
+};
+
+Bytes payload(std::size_t size, std::uint8_t seed) {
+    Bytes out(size);
+    for (std::size_t i = 0; i < size; ++i)
+        out[i] = static_cast<std::uint8_t>(i * 7 + seed);
+    return out;
+}
+
+// Sizes around the packet's, so that stuffing of every kind occurs.
+const std::vector<Bytes> kPictures{payload(500, 1), payload(170, 2), payload(169, 3), payload(1, 4),
+                                   payload(354, 5)};
+const std::vector<Bytes> kSounds{payload(300, 9), payload(40, 10)};
+
+Bytes sample(bool with_length, std::size_t stuffing = 0) {
+    TsWriter writer;
+    writer.tables(0x1B, 0x0F);
+    for (std::size_t i = 0; i < kPictures.size(); ++i) {
+        writer.pes(TsWriter::kVideoPid, kPictures[i], with_length, stuffing);
+        if (i < kSounds.size()) writer.pes(TsWriter::kAudioPid, kSounds[i], true);
+        if (i == 2) writer.tables(0x1B, 0x0F);
+    }
+    return writer.take();
+}
+
+void expectAll(const Collector& got, bool with_length) {
+    std::vector<Bytes> pictures = got.pictures;
+    if (!with_length) pictures.push_back(got.open);
+    ASSERT_EQ(pictures, kPictures);
+    ASSERT_EQ(got.sounds, kSounds);
+    ASSERT_EQ(got.codec, Codec::H264);
+    ASSERT_EQ(got.audio_type, 0x0F);
+}
+
+TEST(TsDemuxer, FindsPicturesAndSoundForEachCut) {
+    for (const bool with_length : {true, false}) {
+        const Bytes stream = sample(with_length);
+        for (std::size_t cut = 0; cut <= stream.size(); ++cut) {
+            Collector got;
+            TsDemuxer demuxer(got);
+            demuxer.push(stream.data(), cut);
+            demuxer.push(stream.data() + cut, stream.size() - cut);
+            expectAll(got, with_length);
+        }
+        Collector got;
+        TsDemuxer demuxer(got);
+        for (const std::uint8_t byte : stream)
+            demuxer.push(&byte, 1);
+        expectAll(got, with_length);
+    }
+}
+
+TEST(TsDemuxer, KnowsThePicturesEndAtOnceFromItsLength) {
+    TsWriter writer;
+    writer.tables(0x24);
+    writer.pes(TsWriter::kVideoPid, kPictures[0], true);
+    Collector got;
+    TsDemuxer demuxer(got);
+    demuxer.push(writer.bytes().data(), writer.bytes().size());
+    EXPECT_EQ(got.pictures, std::vector<Bytes>{kPictures[0]});
+    EXPECT_EQ(got.codec, Codec::H265);
+}
+
+TEST(TsDemuxer, TakesPesHeadersLongerThanAPacket) {
+    const Bytes stream = sample(true, 240);
+    Collector got;
+    TsDemuxer demuxer(got);
+    demuxer.push(stream.data(), stream.size());
+    expectAll(got, true);
+}
+
+TEST(TsDemuxer, FindsItsStepAfterNoiseAtTheStartAndInBetween) {
+    std::mt19937 random(3);
+    const Bytes stream = sample(true);
+    Bytes noise(777);
+    for (auto& b : noise)
+        b = static_cast<std::uint8_t>(random());
+    noise[5] = noise[193] = 0x47;
+    Collector got;
+    TsDemuxer demuxer(got);
+    demuxer.push(noise.data(), noise.size());
+    demuxer.push(stream.data(), stream.size());
+    demuxer.push(noise.data(), noise.size());
+    demuxer.push(stream.data(), stream.size());
+    demuxer.push(stream.data(), stream.size());
+    EXPECT_GE(std::count(got.pictures.begin(), got.pictures.end(), kPictures[4]), 2);
+}
+
+TEST(TsDemuxer, DropsARepeatedPacketOnce) {
+    const Bytes stream = sample(true);
+    Bytes doubled;
+    for (std::size_t at = 0; at < stream.size(); at += 188) {
+        for (int copy = 0; copy < 2; ++copy) {
+            doubled.insert(doubled.end(), stream.begin() + static_cast<long>(at),
+                           stream.begin() + static_cast<long>(at + 188));
+        }
+    }
+    Collector got;
+    TsDemuxer demuxer(got);
+    demuxer.push(doubled.data(), doubled.size());
+    expectAll(got, true);
+}
+
+TEST(TsDemuxer, LosesNoMoreThanThePicturesOfACorruptedPacket) {
+    const Bytes good = sample(true);
+    for (std::size_t packet = 2; packet < good.size() / 188; ++packet) {
+        Bytes stream = good;
+        for (std::size_t i = 0; i < 188; ++i)
+            stream[packet * 188 + i] ^= 0xA5;
+        Collector got;
+        TsDemuxer demuxer(got);
+        demuxer.push(stream.data(), stream.size());
+        demuxer.push(good.data(), good.size());
+        std::size_t found = 0;
+        for (const Bytes& picture : kPictures) {
+            found += std::count(got.pictures.begin(), got.pictures.end(), picture) == 2 ? 1u : 0u;
+        }
+        EXPECT_GE(found, kPictures.size() - 2) << packet;
+    }
+}
+
+TEST(TsDemuxer, BelievesNoTableWithABadSum) {
+    for (const std::size_t at : {188u + 5 + 12, 188u + 5 + 13, 5u + 10}) {
+        Bytes stream = sample(true);
+        // Both copies of the tables.
+        const Bytes head(stream.begin(), stream.begin() + 376);
+        for (std::size_t i = 0; i + 188 <= stream.size(); i += 188) {
+            if (std::equal(head.begin() + static_cast<long>(at / 188 * 188 + 4),
+                           head.begin() + static_cast<long>(at / 188 * 188 + 188),
+                           stream.begin() + static_cast<long>(i + 4))) {
+                stream[i + at % 188] ^= 0x01;
+            }
+        }
+        Collector got;
+        TsDemuxer demuxer(got);
+        demuxer.push(stream.data(), stream.size());
+        EXPECT_TRUE(got.pictures.empty()) << at;
+    }
+}
+
+TEST(TsDemuxer, SaysHowLongItHasSeenNoPacket) {
+    Collector got;
+    TsDemuxer demuxer(got);
+    const Bytes noise(100000, 0x11);
+    demuxer.push(noise.data(), noise.size());
+    EXPECT_GE(demuxer.bytesWithoutPacket(), 90000u);
+    const Bytes stream = sample(true);
+    demuxer.push(stream.data(), stream.size());
+    EXPECT_EQ(demuxer.bytesWithoutPacket(), 0u);
+}
+
+TEST(TsDemuxer, SurvivesDamageOfEveryKind) {
+    std::mt19937 random(11);
+    const Bytes good = sample(true);
+    std::size_t pictures = 0;
+    for (int round = 0; round < 3000; ++round) {
+        Bytes stream = good;
+        for (int hits = static_cast<int>(random() % 12); hits > 0; --hits) {
+            stream[random() % stream.size()] = static_cast<std::uint8_t>(random());
+        }
+        if (random() % 4 == 0) stream.resize(random() % stream.size());
+        Collector got;
+        TsDemuxer demuxer(got);
+        for (std::size_t at = 0; at < stream.size();) {
+            const std::size_t size = std::min<std::size_t>(stream.size() - at, random() % 400);
+            demuxer.push(stream.data() + at, size);
+            at += size;
+        }
+        pictures += got.pictures.size();
+    }
+    EXPECT_GT(pictures, 3000u);
+}
+
+TEST(TsDemuxer, SumIsThatOfTheStandard) {
+    const Bytes digits{'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    EXPECT_EQ(crc32Mpeg(digits.data(), digits.size()), 0x0376E6E7u);
+}
+
+}  // namespace
+}  // namespace tavrik::test
