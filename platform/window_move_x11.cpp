@@ -10,12 +10,16 @@ constexpr long kSourceNormalProgram = 1;  // the request comes from a program, n
 
 Display* input_connection = nullptr;
 
-// The button that is held now: the window manager ends the move when exactly that one is released.
+// The button that is held now, 0 for none: the window manager ends the move when exactly that one is
+// released.
 long heldButton(unsigned int state) {
+    if ((state & Button1Mask) != 0) {
+        return Button1;
+    }
     if ((state & Button2Mask) != 0) {
         return Button2;
     }
-    return (state & Button3Mask) != 0 ? Button3 : Button1;
+    return (state & Button3Mask) != 0 ? Button3 : 0;
 }
 
 bool windowManagerMoves(Display* display, Window root, Atom move_resize) {
@@ -58,6 +62,10 @@ bool requestMove(Display* display, Window window) {
     if (XQueryPointer(display, root, &root_seen, &child, &root_x, &root_y, &x, &y, &state) == False) {
         return false;
     }
+    const long button = heldButton(state);
+    if (button == 0) {
+        return false;  // released meanwhile: a move begun now would stick to the pointer
+    }
     XUngrabPointer(display, CurrentTime);
 
     XEvent event = {};
@@ -68,7 +76,7 @@ bool requestMove(Display* display, Window window) {
     event.xclient.data.l[0] = root_x;
     event.xclient.data.l[1] = root_y;
     event.xclient.data.l[2] = kMoveByPointer;
-    event.xclient.data.l[3] = heldButton(state);
+    event.xclient.data.l[3] = button;
     event.xclient.data.l[4] = kSourceNormalProgram;
     const Status sent =
         XSendEvent(display, root, False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
