@@ -170,7 +170,8 @@ struct Snapshot {
     // Health.
     int load_type = 4;  // 4: three sensors
     int load_version_major = 1, load_version_minor = 2;
-    std::uint8_t module_bits = 0xFF;  // bit set = good; the order of the report
+    std::uint8_t module_bits = 0xFF;                            // bit set = good; the order of the report
+    bool laser_on = true, tracker_on = true, cooler_on = true;  // power of the loads without a module bit
     bool over_temperature = false, red_dot = false;
     double driver_temperature_c = 0, centre_temperature_c = 0, max_temperature_c = 0;
     bool temperature_alarm_on = false;

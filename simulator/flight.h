@@ -1,0 +1,40 @@
+// The flight of the aircraft that carries the pod: circles over the village with the small motions of a real
+// flight, or the position and attitude that the station tells.
+#pragma once
+
+#include "simulator/snapshot.h"
+
+namespace podsim {
+
+struct FlightState {
+    double east_m = 0, north_m = 0, height_m = 0;  // in the landscape
+    double latitude_deg = 0, longitude_deg = 0;
+    double heading_deg = 0, heading_rate_dps = 0, pitch_deg = 0, roll_deg = 0;  // heading 0..360
+    double ground_speed_mps = 0, vertical_speed_mps = 0;
+    bool external = false;
+};
+
+class Flight {
+public:
+    Flight(double latitude_deg, double longitude_deg);
+
+    void setNav(const NavInput& nav);
+    void step(double dt_s);
+    const FlightState& state() const { return state_; }
+
+    // Position in the landscape of a place on earth, and back; metres east and north of the origin.
+    void toLocal(double latitude_deg, double longitude_deg, double& east_m, double& north_m) const;
+    void toEarth(double east_m, double north_m, double& latitude_deg, double& longitude_deg) const;
+
+private:
+    void circle();
+    void follow(double dt_s);
+
+    double latitude_deg_, longitude_deg_;  // of the origin
+    double time_s_ = 0;
+    double nav_age_s_ = 1e9;
+    NavInput nav_;
+    FlightState state_;
+};
+
+}  // namespace podsim

@@ -1,0 +1,79 @@
+// The two driven axes of the pod. Azimuth is the frame's, relative to the aircraft, within its end stops;
+// elevation is held against the horizon, its stops are those of the frame.
+#pragma once
+
+#include "simulator/flight.h"
+#include "simulator/snapshot.h"
+
+namespace podsim {
+
+constexpr double kAzimuthStop = 170;  // degrees to either side
+constexpr double kElevationLow = -95, kElevationHigh = 30;
+
+struct ScanAxis {
+    double centre_deg = 0, range_deg = 60;  // whole range, half to either side
+    double speed_dps = 6;                   // negative: begins to the left or downward
+    bool locked = false;                    // stays at the centre
+};
+
+class Servo {
+public:
+    ServoState state() const { return state_; }
+    double azimuth() const { return az_.angle; }
+    double elevation() const { return el_.angle; }
+    double azimuthRate() const { return az_.speed; }
+    double elevationRate() const { return el_.speed; }
+    double framePitch(const FlightState& flight) const;
+    double frameRoll(const FlightState& flight) const;
+    double earthYaw(const FlightState& flight) const;  // -180..180
+    int guidanceFeedback() const { return guidance_feedback_; }
+    bool movingByRate() const { return state_ == ServoState::Manual && (rate_az_ != 0 || rate_el_ != 0); }
+
+    // Degrees per second; 0, 0 stops.
+    void rate(double az_dps, double el_dps);
+    // A slow motion of the gyro mode that ends by itself after hold_s seconds.
+    void gyroRate(double az_dps, double el_dps, double hold_s);
+    void calibrate(double duration_s);
+    void off();
+    // To frame angles, then stay.
+    void goTo(double az_deg, double el_deg, ServoState state);
+    // To an earth azimuth and an elevation; keeps pointing there.
+    void goToAttitude(double yaw_deg, double el_deg, ServoState state);
+    void headingLock(const FlightState& flight);
+    void headingFollow();
+    void scan(const ScanAxis& az, const ScanAxis& el);
+    // Keeps the line of sight on a direction that moves; called each step while tracking.
+    void follow(double yaw_deg, double el_deg, double yaw_rate_dps, double el_rate_dps);
+    // Ends tracking or a guide: manual, standing.
+    void hold();
+
+    void step(double dt_s, const FlightState& flight);
+
+private:
+    struct Axis {
+        double angle = 0, speed = 0;
+        // Brings the speed to wanted within the acceleration limit and moves.
+        void drive(double wanted_dps, double dt_s, double low, double high);
+        void stop();
+    };
+    struct ScanPhase {
+        ScanAxis set;
+        bool forward = true;
+    };
+    double offset(const FlightState& flight) const;
+    double approach(double error_deg, double feed_dps) const;
+    double scanSpeed(ScanPhase& phase, double angle) const;
+    void become(ServoState state);
+
+    Axis az_{90, 0}, el_{-33.7, 0};
+    ServoState state_ = ServoState::Standby;
+    double rate_az_ = 0, rate_el_ = 0;
+    double timer_s_ = 0;
+    double target_az_ = 0, target_el_ = 0;  // frame angles, or earth angles when earth_
+    double feed_az_ = 0, feed_el_ = 0;
+    bool earth_ = false;
+    int guidance_feedback_ = 0;
+    ScanPhase scan_az_, scan_el_;
+};
+
+}  // namespace podsim

@@ -1,0 +1,191 @@
+#include "simulator/tracker.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "simulator/renderer.h"
+
+namespace podsim {
+namespace {
+
+constexpr double kCaptureS = 0.4, kCoastS = 4, kLostS = 2;
+
+const Traffic* trafficById(int id) {
+    const auto& all = World::instance().traffic();
+    return id >= 1 && id <= static_cast<int>(all.size()) ? &all[static_cast<std::size_t>(id) - 1] : nullptr;
+}
+
+// The object's image that the picture shows at a pixel.
+Vec3 imageAt(const Snapshot& s, const Camera& camera, const VisibleObject& object) {
+    Vec3 reference;
+    if (!groundPoint(camera.position, camera.ray(object.x_px, object.y_px), reference))
+        reference = camera.position + Vec3{camera.forward.x, camera.forward.y, 0} * 800;
+    return nearestImage(World::instance(), *trafficById(object.id), s.time_s, reference).position;
+}
+
+}  // namespace
+
+int Tracker::type() const {
+    const Traffic* t = trafficById(object_id_);
+    return t ? t->type : 0;
+}
+
+void Tracker::become(TrackState state) {
+    state_ = state;
+    in_state_s_ = 0;
+}
+
+void Tracker::begin(int object_id, const Vec3& at) {
+    object_id_ = object_id;
+    position_ = at;
+    velocity_ = {};
+    become(TrackState::Capturing);
+}
+
+bool Tracker::lockAt(const Snapshot& snapshot, double x_px, double y_px, double reach_px) {
+    Snapshot s = snapshot;
+    const double x = s.frame_width / 2.0 + x_px, y = s.frame_height / 2.0 - y_px;
+    const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
+    const View* hit = &views[0];
+    for (const View& v : views) {
+        if (x >= v.x && y >= v.y && x < v.x + v.width && y < v.y + v.height)
+            hit = &v;  // an inset comes after what it covers
+    }
+    source_visible_ = s.track_source_visible = !hit->infrared;
+    const Camera camera = cameraOf(s, *hit);
+    const VisibleObject* best = nullptr;
+    double best_distance = 1e9;
+    const std::vector<VisibleObject> objects = visibleObjects(s, s.frame_width, s.frame_height, kMainChannel);
+    for (const VisibleObject& o : objects) {
+        const double distance = std::hypot(o.x_px - x, o.y_px - y);
+        const bool inside = std::fabs(o.x_px - x) < o.width_px / 2 && std::fabs(o.y_px - y) < o.height_px / 2;
+        if ((inside || distance < reach_px) && distance < best_distance) {
+            best = &o;
+            best_distance = distance;
+        }
+    }
+    if (best) {
+        begin(best->id, imageAt(s, camera, *best));
+        return true;
+    }
+    Vec3 ground;
+    if (!groundPoint(camera.position, camera.ray(x, y), ground)) {
+        stop();
+        return false;
+    }
+    begin(0, ground);
+    return true;
+}
+
+bool Tracker::lockId(const Snapshot& s, int id) {
+    for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
+        if (o.id != id) continue;
+        const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
+        const View& view = views[trackerView(views, s)];
+        source_visible_ = !view.infrared;
+        begin(id, imageAt(s, cameraOf(s, view), o));
+        return true;
+    }
+    return false;
+}
+
+bool Tracker::stepAside(const Snapshot& s, int direction, double step_px) {
+    if (state_ == TrackState::Idle) return false;
+    const double x = s.frame_width / 2.0 + s.track_x_px;
+    if (object_id_ == 0) return lockAt(s, s.track_x_px + direction * step_px, s.track_y_px, 0);
+    int next = 0;
+    double best = 1e9;
+    for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
+        const double ahead = (o.x_px - x) * direction;
+        if (o.id != object_id_ && ahead > 1 && ahead < best) {
+            best = ahead;
+            next = o.id;
+        }
+    }
+    return next != 0 && lockId(s, next);
+}
+
+void Tracker::stop() {
+    become(TrackState::Idle);
+    object_id_ = 0;
+}
+
+void Tracker::step(double dt_s, const Vec3& camera, double time_s, bool in_reach) {
+    if (state_ == TrackState::Idle) return;
+    in_state_s_ += dt_s;
+    bool seen = in_reach;
+    if (const Traffic* t = trafficById(object_id_)) {
+        const TrafficState now = nearestImage(World::instance(), *t, time_s, position_);
+        seen = seen && !World::instance().occluded(camera, now.position, t->type == kBoat);
+        if (seen) {
+            position_ = now.position;
+            velocity_ = now.velocity;
+        } else if (state_ != TrackState::Lost) {
+            position_ = position_ + velocity_ * dt_s;  // from memory
+        }
+    }
+    switch (state_) {
+        case TrackState::Capturing:
+            if (in_state_s_ > kCaptureS) become(seen ? TrackState::Stable : TrackState::Coasting);
+            break;
+        case TrackState::Stable:
+            if (!seen) become(TrackState::Coasting);
+            break;
+        case TrackState::Coasting:
+            if (seen)
+                become(TrackState::Stable);
+            else if (in_state_s_ > kCoastS)
+                become(TrackState::Lost);
+            break;
+        case TrackState::Lost:
+            if (seen)
+                become(TrackState::Capturing);
+            else if (in_state_s_ > kLostS)
+                stop();
+            break;
+        case TrackState::Idle:
+            break;
+    }
+}
+
+void Tracker::sight(const Vec3& position, const Vec3& velocity, double& yaw_deg, double& el_deg,
+                    double& yaw_rate_dps, double& el_rate_dps) const {
+    auto angles = [](const Vec3& d, double& yaw, double& el) {
+        yaw = std::atan2(d.x, d.y) / kDeg;
+        el = std::atan2(d.z, std::hypot(d.x, d.y)) / kDeg;
+    };
+    const Vec3 d = position_ - position;
+    angles(d, yaw_deg, el_deg);
+    constexpr double kAhead = 0.02;
+    double yaw = 0, el = 0;
+    angles(d + (velocity_ - velocity) * kAhead, yaw, el);
+    yaw_rate_dps = std::clamp(std::remainder(yaw - yaw_deg, 360) / kAhead, -60.0, 60.0);
+    el_rate_dps = std::clamp((el - el_deg) / kAhead, -60.0, 60.0);
+}
+
+void Tracker::report(Snapshot& s) const {
+    s.track_state = state_;
+    s.track_source_visible = source_visible_;
+    s.locked_object_id = object_id_;
+    s.target_type = type();
+    if (state_ == TrackState::Idle) {
+        s.track_x_px = s.track_y_px = s.target_width_px = s.target_height_px = 0;
+        return;
+    }
+    const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
+    const Camera camera = cameraOf(s, views[trackerView(views, s)]);
+    double x = 0, y = 0, depth = 0;
+    if (!camera.project(position_, x, y, depth)) return;
+    s.track_x_px = x - s.frame_width / 2.0;
+    s.track_y_px = s.frame_height / 2.0 - y;
+    PixelBox box{x, y, static_cast<double>(s.template_width_px), static_cast<double>(s.template_height_px)};
+    if (const Traffic* t = trafficById(object_id_)) {
+        TrafficState state = nearestImage(World::instance(), *t, s.time_s, position_);
+        state.position = position_;
+        boxOf(camera, *t, state, box);
+    }
+    s.target_width_px = box.width;
+    s.target_height_px = box.height;
+}
+
+}  // namespace podsim

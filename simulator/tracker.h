@@ -1,0 +1,44 @@
+// The video tracker: locks on what lies at a point of the main picture and keeps its place in the landscape.
+#pragma once
+
+#include "simulator/camera.h"
+#include "simulator/snapshot.h"
+
+namespace podsim {
+
+class Tracker {
+public:
+    TrackState state() const { return state_; }
+    int objectId() const { return object_id_; }
+    int type() const;
+    bool sourceVisible() const { return source_visible_; }
+
+    // Locks on the object nearest to a point of the main picture (pixels from its centre, x right, y up)
+    // within reach_px, else on the ground there. False if there is only sky.
+    bool lockAt(const Snapshot& snapshot, double x_px, double y_px, double reach_px);
+    // False if the object is not in the picture.
+    bool lockId(const Snapshot& snapshot, int id);
+    // To the next object to the left (-1) or right (1); a ground point moves by step_px.
+    bool stepAside(const Snapshot& snapshot, int direction, double step_px);
+    void stop();
+
+    // camera: where the pod is; in_reach: whether the servo can point there.
+    void step(double dt_s, const Vec3& camera, double time_s, bool in_reach);
+    // Direction from a position to the target and its rate, degrees; valid unless idle.
+    void sight(const Vec3& position, const Vec3& velocity, double& yaw_deg, double& el_deg,
+               double& yaw_rate_dps, double& el_rate_dps) const;
+    // Fills the tracker's fields of the snapshot from its camera.
+    void report(Snapshot& snapshot) const;
+
+private:
+    void begin(int object_id, const Vec3& at);
+    void become(TrackState state);
+
+    TrackState state_ = TrackState::Idle;
+    int object_id_ = 0;
+    bool source_visible_ = true;
+    Vec3 position_, velocity_;
+    double in_state_s_ = 0;
+};
+
+}  // namespace podsim
