@@ -1,0 +1,105 @@
+// Reads streams with FFmpeg, as any receiver would.
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace podsim {
+
+// Decodes access units one by one; hands out every picture at once.
+class AvDecoder {
+public:
+    explicit AvDecoder(AVCodecID id) {
+        const AVCodec* codec = avcodec_find_decoder(id);
+        context_ = avcodec_alloc_context3(codec);
+        context_->thread_count = 1;
+        context_->flags |= AV_CODEC_FLAG_LOW_DELAY;
+        good_ = avcodec_open2(context_, codec, nullptr) == 0;
+        frame_ = av_frame_alloc();
+    }
+    ~AvDecoder() {
+        av_frame_free(&frame_);
+        avcodec_free_context(&context_);
+    }
+    AvDecoder(const AvDecoder&) = delete;
+    AvDecoder& operator=(const AvDecoder&) = delete;
+
+    bool good() const { return good_; }
+    // The number of pictures that came out.
+    int decode(const std::vector<std::uint8_t>& unit, const std::function<void(const AVFrame&)>& on_picture) {
+        std::vector<std::uint8_t> padded = unit;
+        padded.resize(unit.size() + AV_INPUT_BUFFER_PADDING_SIZE);
+        AVPacket* packet = av_packet_alloc();
+        packet->data = padded.data();
+        packet->size = static_cast<int>(unit.size());
+        avcodec_send_packet(context_, packet);
+        av_packet_free(&packet);
+        int pictures = 0;
+        while (avcodec_receive_frame(context_, frame_) == 0) {
+            ++pictures;
+            on_picture(*frame_);
+        }
+        return pictures;
+    }
+
+private:
+    AVCodecContext* context_ = nullptr;
+    AVFrame* frame_ = nullptr;
+    bool good_ = false;
+};
+
+// Opens an address and reads video packets until enough came or the time is over.
+class AvSource {
+public:
+    explicit AvSource(std::chrono::seconds patience)
+        : deadline_(std::chrono::steady_clock::now() + patience), context_(avformat_alloc_context()) {
+        context_->interrupt_callback = {&AvSource::expired, this};
+    }
+    ~AvSource() { avformat_close_input(&context_); }
+    AvSource(const AvSource&) = delete;
+    AvSource& operator=(const AvSource&) = delete;
+
+    bool open(const std::string& url, const char* format,
+              const std::vector<std::pair<const char*, const char*>>& set) {
+        AVDictionary* options = nullptr;
+        for (const auto& each : set) {
+            av_dict_set(&options, each.first, each.second, 0);
+        }
+        const int result =
+            avformat_open_input(&context_, url.c_str(), av_find_input_format(format), &options);
+        av_dict_free(&options);
+        return result == 0;
+    }
+    // Reads `count` packets of the first video stream. False when they did not come in time.
+    bool read(int count, std::vector<std::vector<std::uint8_t>>& packets) {
+        AVPacket* packet = av_packet_alloc();
+        while (count > 0 && av_read_frame(context_, packet) >= 0) {
+            const AVStream* stream = context_->streams[packet->stream_index];
+            if (stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO) {
+                codec = stream->codecpar->codec_id;
+                packets.emplace_back(packet->data, packet->data + packet->size);
+                --count;
+            }
+            av_packet_unref(packet);
+        }
+        av_packet_free(&packet);
+        return count == 0;
+    }
+    AVCodecID codec = AV_CODEC_ID_NONE;
+
+private:
+    static int expired(void* self) {
+        return std::chrono::steady_clock::now() > static_cast<AvSource*>(self)->deadline_;
+    }
+    std::chrono::steady_clock::time_point deadline_;
+    AVFormatContext* context_;
+};
+
+}  // namespace podsim

@@ -1,0 +1,169 @@
+#include "simulator/options.h"
+
+#include <gtest/gtest.h>
+
+namespace podsim {
+namespace {
+
+bool parse(const std::vector<std::string>& arguments, Options& options, std::string& error) {
+    return parseOptions(arguments, options, error);
+}
+
+TEST(Options, Defaults) {
+    Options o;
+    std::string error;
+    ASSERT_TRUE(parse({}, o, error));
+    EXPECT_EQ(o.udp_port, 8000);
+    EXPECT_EQ(o.bind_address, "127.0.0.1");
+    EXPECT_EQ(o.rtsp_address, "127.0.0.1");
+    EXPECT_EQ(o.rtsp_port, 8554);
+    EXPECT_EQ(o.tcp_port, kNoPort);
+    EXPECT_EQ(o.telemetry_hz, 25);
+    EXPECT_EQ(o.channels[0].encoder.width, 1280);
+    EXPECT_EQ(o.channels[1].encoder.width, 640);
+    EXPECT_EQ(o.channels[1].encoder.height, 512);
+}
+
+TEST(Options, EveryOptionIsRead) {
+    Options o;
+    std::string error;
+    ASSERT_TRUE(parse({"--bind",
+                       "0.0.0.0",
+                       "--udp=off",
+                       "--tcp",
+                       "0",
+                       "--pty-link",
+                       "/tmp/x",
+                       "--peer",
+                       "127.0.0.1:9",
+                       "--telemetry-hz",
+                       "50",
+                       "--telemetry-form",
+                       "variable",
+                       "--ins-pty-link=/tmp/y",
+                       "--nav-udp",
+                       "127.0.0.1:10",
+                       "--feed-hz",
+                       "10",
+                       "--rtsp-bind",
+                       "0.0.0.0",
+                       "--rtsp-port",
+                       "0",
+                       "--codec0",
+                       "h265",
+                       "--size0",
+                       "640x512",
+                       "--fps0",
+                       "30",
+                       "--kbps0",
+                       "900",
+                       "--key-interval0",
+                       "7",
+                       "--ts0",
+                       "127.0.0.1:11",
+                       "--raw1",
+                       "127.0.0.1:12",
+                       "--fault",
+                       "telemetry.loss=0.5",
+                       "--fault",
+                       "video.stall=on",
+                       "--seed",
+                       "99",
+                       "--position",
+                       "48.5,-9.25",
+                       "--event-log",
+                       "z",
+                       "--duration",
+                       "1.5"},
+                      o, error))
+        << error;
+    EXPECT_EQ(o.bind_address, "0.0.0.0");
+    EXPECT_EQ(o.udp_port, kNoPort);
+    EXPECT_EQ(o.tcp_port, 0);
+    EXPECT_TRUE(o.pty);
+    EXPECT_EQ(o.pty_link, "/tmp/x");
+    EXPECT_EQ(o.peer, "127.0.0.1:9");
+    EXPECT_EQ(o.telemetry_hz, 50);
+    EXPECT_TRUE(o.variable_reports);
+    EXPECT_TRUE(o.ins_pty);
+    EXPECT_EQ(o.ins_link, "/tmp/y");
+    EXPECT_EQ(o.nav_to, "127.0.0.1:10");
+    EXPECT_EQ(o.feed_hz, 10);
+    EXPECT_EQ(o.rtsp_address, "0.0.0.0");
+    EXPECT_EQ(o.rtsp_port, 0);
+    EXPECT_EQ(o.channels[0].encoder.codec, Codec::kH265);
+    EXPECT_EQ(o.channels[1].encoder.codec, Codec::kH264);
+    EXPECT_EQ(o.channels[0].encoder.width, 640);
+    EXPECT_EQ(o.channels[0].encoder.height, 512);
+    EXPECT_EQ(o.channels[0].encoder.fps, 30);
+    EXPECT_EQ(o.channels[0].encoder.bitrate_kbps, 900);
+    EXPECT_EQ(o.channels[0].encoder.key_interval, 7);
+    EXPECT_EQ(o.channels[0].ts_to, "127.0.0.1:11");
+    EXPECT_EQ(o.channels[1].raw_to, "127.0.0.1:12");
+    EXPECT_EQ(o.telemetry_faults.loss, 0.5);
+    EXPECT_TRUE(o.video_faults.silence);
+    EXPECT_EQ(o.seed, 99u);
+    EXPECT_EQ(o.latitude_deg, 48.5);
+    EXPECT_EQ(o.longitude_deg, -9.25);
+    EXPECT_EQ(o.event_log, "z");
+    EXPECT_EQ(o.duration_s, 1.5);
+}
+
+TEST(Options, WrongOnesAreNamed) {
+    const std::vector<std::vector<std::string>> wrong = {
+        {"--nonsense"},
+        {"udp"},
+        {"--udp"},
+        {"--udp", "70000"},
+        {"--udp", "x"},
+        {"--tcp", "-1"},
+        {"--bind", "localhost"},
+        {"--peer", "127.0.0.1"},
+        {"--telemetry-hz", "201"},
+        {"--telemetry-form", "x"},
+        {"--feed-hz", "0"},
+        {"--rtsp-port", "1e3"},
+        {"--codec0", "mpeg2"},
+        {"--codec2", "h264"},
+        {"--size0", "641x480"},
+        {"--size0", "640"},
+        {"--size0", "64x64"},
+        {"--fps1", "0"},
+        {"--kbps0", "1"},
+        {"--key-interval0", "0"},
+        {"--ts0", "127.0.0.1"},
+        {"--raw0", ""},
+        {"--fault", "x"},
+        {"--seed", "-3"},
+        {"--position", "1"},
+        {"--position", "95,0"},
+        {"--event-log", ""},
+        {"--duration", "0"},
+        {"--duration", "nan"},
+        {"--pty=yes"},
+    };
+    for (const auto& arguments : wrong) {
+        Options o;
+        std::string error;
+        EXPECT_FALSE(parse(arguments, o, error)) << arguments[0];
+        const std::string name = arguments[0].substr(0, arguments[0].find('='));
+        EXPECT_NE(error.find(name), std::string::npos) << error;
+    }
+}
+
+TEST(Options, HelpTellsEveryOption) {
+    const std::string text = helpText();
+    for (const char* name :
+         {"--bind",         "--udp",          "--peer",           "--tcp",           "--pty",
+          "--pty-link",     "--telemetry-hz", "--telemetry-form", "--ins-pty",       "--ins-pty-link",
+          "--nav-udp",      "--feed-hz",      "--rtsp-bind",      "--rtsp-port",     "--codecN",
+          "--sizeN",        "--fpsN",         "--kbpsN",          "--key-intervalN", "--tsN",
+          "--rawN",         "--fault",        "--seed",           "--position",      "--event-log",
+          "--duration",     "--help",         "--version",        "SIGUSR1",         "disconnect",
+          "telemetry.loss", "examples:"}) {
+        EXPECT_NE(text.find(name), std::string::npos) << name;
+    }
+}
+
+}  // namespace
+}  // namespace podsim
