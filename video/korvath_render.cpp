@@ -29,6 +29,9 @@ using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
 
 // The picture in planar YUV 4:2:0 at its size on the screen; null when that cannot be.
 FramePtr scaled(const AVFrame& src, int width, int height) {
+    const auto format = static_cast<AVPixelFormat>(src.format);
+    // A format that the scaler does not know at all ends the process in there.
+    if (sws_isSupportedInput(format) == 0) return nullptr;
     FramePtr dst(av_frame_alloc());
     if (!dst) return nullptr;
     dst->width = width;

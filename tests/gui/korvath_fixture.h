@@ -72,6 +72,7 @@ struct KorvathAccess {
     SORVANE_FIELD(playing2)
     SORVANE_FIELD(recording1)
     SORVANE_FIELD(recording2)
+    SORVANE_FIELD(snapping1)
     SORVANE_FIELD(no_signal1)
     SORVANE_FIELD(no_signal2)
     SORVANE_FIELD(m_replayState)
@@ -84,6 +85,7 @@ struct KorvathAccess {
     SORVANE_FIELD(frame_height)
     SORVANE_FIELD(frame_cache)
     SORVANE_FIELD(m_sender)
+    SORVANE_FIELD(m_localClock)
 #undef SORVANE_FIELD
 
     void refreshPanels() const {

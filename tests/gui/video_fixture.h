@@ -80,7 +80,7 @@ protected:
 // The pod's end of a UDP link on loopback.
 class Pod {
 public:
-    bool bind() { return socket.bind(QHostAddress::LocalHost, 0); }
+    bool bind() { return socket.bind(QHostAddress(QHostAddress::LocalHost)); }
     int port() const { return socket.localPort(); }
     // Everything received since the last call.
     std::vector<QByteArray> take() {

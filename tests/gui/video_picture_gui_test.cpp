@@ -217,14 +217,14 @@ TEST_F(Picture, NewNativeWindowIsDrawnOnToo) {
     ASSERT_TRUE(deliverUntil(640, 512, kGrey, kGrey,
                              [this] { return isAbout(at(win1(), 0.5, 0.5), 128, 128, 128); }));
     const WId before = win1()->winId();
-    QWidget* splitter = win1()->parentWidget();
-    win1()->setParent(nullptr);
+    // What a change of screens or flags does: the toolkit gives the widget another native window.
+    struct Opener : QWidget {
+        using QWidget::destroy;
+    };
+    win1()->hide();
+    (win1()->*static_cast<void (QWidget::*)(bool, bool)>(&Opener::destroy))(true, true);
     win1()->show();
-    ui().splitter->insertWidget(0, win1());
-    ui().splitter->setSizes({1, 1});
-    win1()->show();
-    ASSERT_EQ(win1()->parentWidget(), splitter);
-    if (win1()->winId() == before) GTEST_LOG_(INFO) << "the toolkit kept the native window";
+    ASSERT_NE(win1()->winId(), before);
     EXPECT_TRUE(deliverUntil(640, 512, kWhite, kWhite,
                              [this] { return isAbout(at(win1(), 0.5, 0.5), 255, 255, 255); }));
 }
