@@ -38,7 +38,8 @@ Korvath::Korvath(QWidget* parent)
       ui_connection(new Ui::connection),
       ui_sei_info(new Ui::sei_info),
       ui_telemetry_info(new Ui::telemetry_info) {
-    // The pictures have native windows; without this every widget beside them and above them would get one too.
+    // The pictures have native windows; without this every widget beside them and above them would get one
+    // too.
     QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
     ui->setupUi(this);
     setAttribute(Qt::WA_Hover);

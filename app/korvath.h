@@ -232,7 +232,9 @@ private:
     void setupSender();
     void onPeriodTick();
     void onNavTick();
-    // Kills a timer of this window; ids that are not running (-1, 0, kept from before a close) do nothing.
+    // Kills both periodic timers and keeps their ids.
+    void killLinkTimers();
+    // Kills a timer of this window; ids that are not running (-1, 0) do nothing.
     void killIfRunning(int timer);
 
     // --- link/korvath_commands.cpp ---
@@ -374,8 +376,11 @@ private:
     QMenu* m_viewMenu = nullptr;
     std::unique_ptr<sorvane::FrameSender> m_sender;
     std::function<sorvane::CalendarTime()> m_localClock;  // set by setupSender
-    StatusPages* m_statusPages = nullptr;  // child of the window
+    StatusPages* m_statusPages = nullptr;                 // child of the window
     int m_interfaceHandle = -1;
+    // m_periodTimer and m_navTimer are kept from before the link's close; the numbers may belong to other
+    // timers by now.
+    bool m_linkTimersStale = false;
 
     std::list<VideoSurface>
         m_surfaces;  // list: addresses stay valid; nothing is removed while the program runs

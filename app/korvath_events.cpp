@@ -10,10 +10,10 @@
 #include "app/korvath.h"
 #include "app/my_app_config.h"
 #include "link/command_catalogue.h"
-#include "platform/window_move.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
 #include "widgets/my_trans_dlg.h"
+#include "widgets/window_drag.h"
 
 namespace {
 
@@ -158,7 +158,7 @@ void Korvath::filterMousePress(QObject* obj, QEvent* e) {
             sendCommand4(sorvane::CMD_VIDEO_SWITCH, 0, 0, 0, 0);
         }
     } else if (obj == ui->title) {
-        platform::startSystemMove(static_cast<std::uintptr_t>(winId()));
+        startWindowDrag(ui->title);
         e->ignore();
     }
 }
@@ -169,9 +169,9 @@ void Korvath::timerEvent(QTimerEvent* e) {
         onFrameTimer();
     } else if (id == m_tickTimer) {
         tick();
-    } else if (id == m_periodTimer) {
+    } else if (id == m_periodTimer && !m_linkTimersStale) {
         onPeriodTick();
-    } else if (id == m_navTimer) {
+    } else if (id == m_navTimer && !m_linkTimersStale) {
         onNavTick();
     } else if (id == m_stopTimer) {
         onStopTimer();

@@ -29,9 +29,14 @@ protected:
     }
 };
 
-const QStringList kNeverSaved = {"common/app_title",       "decode/av_dict_set",   "decode/head_422",
-                                 "decode/show_fps_init",   "decode/show_fps_min",  "decode/show_fps_modify",
-                                 "decode/cache_frame_count_max", "decode/cache_frame_count_start"};
+const QStringList kNeverSaved = {"common/app_title",
+                                 "decode/av_dict_set",
+                                 "decode/head_422",
+                                 "decode/show_fps_init",
+                                 "decode/show_fps_min",
+                                 "decode/show_fps_modify",
+                                 "decode/cache_frame_count_max",
+                                 "decode/cache_frame_count_start"};
 
 TEST_F(Config, AMissingFileGivesTheDefaults) {
     MyAppConfig c(path());
@@ -98,7 +103,8 @@ TEST_F(Config, APeriodOfFiveBecomesTwentyAndIsWrittenBack) {
 }
 
 TEST_F(Config, ThePeriodAndTheCheckAreHeldToTheirLimits) {
-    for (const auto& [stored, loaded] : {std::pair{19, 20}, {20, 20}, {1000, 1000}, {1001, 1000}, {-7, 20}, {0, 20}}) {
+    for (const auto& [stored, loaded] :
+         {std::pair{19, 20}, {20, 20}, {1000, 1000}, {1001, 1000}, {-7, 20}, {0, 20}}) {
         write("[common]\nsend_period_ms=" + QByteArray::number(stored) + "\n");
         MyAppConfig c(path());
         c.load();
@@ -114,17 +120,19 @@ TEST_F(Config, ThePeriodAndTheCheckAreHeldToTheirLimits) {
 
 TEST_F(Config, AfterOneRunWithoutTheFileItHoldsAllSavedKeysAndNoneOfTheOthers) {
     QFile::remove(configPath());
-    // Nothing is opened in the time this test runs: the automatic opening waits two seconds after the first show.
+    // Nothing is opened in the time this test runs: the automatic opening waits two seconds after the first
+    // show.
     open();
     stop();
     QSettings file(configPath(), QSettings::IniFormat);
     const QStringList keys = file.allKeys();
-    EXPECT_EQ(keys.size(), 41);
+    EXPECT_EQ(keys.size(), 42);
     for (const QString& key : kNeverSaved) {
         EXPECT_FALSE(keys.contains(key)) << key.toStdString();
     }
-    for (const char* key : {"common/language", "connection/video1_play_address", "dataSave/telemetry_saving_option",
-                            "interface/recv_port", "servo_control/max_speed", "identify_tracking/template_type"}) {
+    for (const char* key :
+         {"common/language", "connection/video1_play_address", "dataSave/telemetry_saving_option",
+          "interface/recv_port", "servo_control/max_speed", "identify_tracking/template_type"}) {
         EXPECT_TRUE(keys.contains(key)) << key;
     }
 }
@@ -188,7 +196,8 @@ TEST_F(Config, EverySavedKeyRoundTrips) {
     EXPECT_EQ(c.check_video_ms, 6000);
     EXPECT_TRUE(c.js_enable);
     EXPECT_EQ(c.js_sensitivity, 3);
-    EXPECT_EQ(c.video1_play_address, (QStringList{"rtsp://a/1", "192.0.2.1", QString::fromUtf8("含,逗号;分号")}));
+    EXPECT_EQ(c.video1_play_address,
+              (QStringList{"rtsp://a/1", "192.0.2.1", QString::fromUtf8("含,逗号;分号")}));
     EXPECT_EQ(c.video2_play_address, "rtsp://b/2");
     EXPECT_EQ(c.net_type, 1);
     EXPECT_EQ(c.azimuth_speed, "7.5");
@@ -227,8 +236,9 @@ TEST_F(Config, EmptyDirectoriesBecomeTheDefaults) {
 }
 
 TEST_F(Config, ValuesOfTheWrongTypeConvertAsTheVariantDoes) {
-    write("[common]\ntheme=night\nplay_video_on_start=2\nsend_single=\nlanguage=1.9\n"
-          "js_btn_cmd_map=rubbish\n[decode]\nshow_fps_init=fast\n");
+    write(
+        "[common]\ntheme=night\nplay_video_on_start=2\nsend_single=\nlanguage=1.9\n"
+        "js_btn_cmd_map=rubbish\n[decode]\nshow_fps_init=fast\n");
     MyAppConfig c(path());
     c.load();
     EXPECT_EQ(c.theme, 0);
@@ -263,8 +273,8 @@ TEST_F(Config, AnEmptyOrUnreadableFileGivesTheDefaults) {
     EXPECT_TRUE(QDir().rmdir(path()));
 }
 
-// The new content goes to a file of its own that then takes the place of the old one: another name for the old file
-// still shows the old content after the save.
+// The new content goes to a file of its own that then takes the place of the old one: another name for the
+// old file still shows the old content after the save.
 TEST_F(Config, SavingReplacesTheFileWhole) {
     write("[common]\ntheme=1\n");
     const QString other = path() + ".link";
@@ -311,7 +321,7 @@ TEST_F(Config, NoValueCrashesOrHangsTheWindow) {
                {"interface/recv_telemetry", true},
                {"interface/recv_port", value}});
         EXPECT_TRUE(window->isVisible()) << value;
-        in().m_settings->applyLanguage(0);
+        in().m_settings()->applyLanguage(0);
         stop();
     }
 }
