@@ -82,10 +82,9 @@ bool ControlLoop::open(std::string& error) {
 std::string ControlLoop::addresses() const {
     std::string text;
     for (const auto& line : lines_) {
-        text += (text.empty() ? "" : " ") + std::string(line->transport->kind()) + "=" +
-                line->transport->address();
+        text += std::string(" ") + line->transport->kind() + "=" + line->transport->address();
     }
-    if (ins_) text += (text.empty() ? "ins=" : " ins=") + ins_->address();
+    if (ins_) text += " ins=" + ins_->address();
     return text;
 }
 
