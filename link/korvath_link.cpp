@@ -121,8 +121,8 @@ void Korvath::refreshInsPortList() {
 
 // The timers' ids are kept: the next opening replaces them.
 void Korvath::closeLink() {
-    killIfRunning(m_periodTimer);
-    killIfRunning(m_navTimer);
+    killLinkTimers();
+    m_linkTimersStale = true;
     oskel::hang_up(m_linkHandle);
     m_linkState = LINK_NONE;
 }

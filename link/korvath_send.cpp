@@ -72,23 +72,25 @@ bool Korvath::singleMode() const {
 
 // A timer that runs already is killed first: an unknown second one would go on for ever.
 void Korvath::applySendMode() {
-    killIfRunning(m_navTimer);
-    killIfRunning(m_periodTimer);
+    silenceLink();
     if (!singleMode()) {
-        m_navTimer = -1;
         m_periodTimer = startTimer(config().send_period_ms, Qt::CoarseTimer);
-        return;
+    } else if (m_settings != nullptr && m_settings->sendsTelemetryPeriodically()) {
+        m_navTimer = startTimer(kNavPeriodMs, Qt::CoarseTimer);
     }
-    const bool stream = m_settings != nullptr && m_settings->sendsTelemetryPeriodically();
-    m_navTimer = stream ? startTimer(kNavPeriodMs, Qt::CoarseTimer) : -1;
-    m_periodTimer = -1;
 }
 
 void Korvath::silenceLink() {
-    killIfRunning(m_periodTimer);
-    killIfRunning(m_navTimer);
+    killLinkTimers();
     m_periodTimer = -1;
     m_navTimer = -1;
+    m_linkTimersStale = false;
+}
+
+void Korvath::killLinkTimers() {
+    if (m_linkTimersStale) return;
+    killIfRunning(m_periodTimer);
+    killIfRunning(m_navTimer);
 }
 
 void Korvath::killIfRunning(int timer) {
