@@ -58,9 +58,9 @@ __attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ..
 std::string describeBytes(const std::uint8_t* p, std::size_t n) {
     std::string text;
     for (std::size_t i = 0; i < std::min<std::size_t>(n, 12); ++i) {
-        text += format("%sp%zu=%u", i ? " " : "", i + 1, p[i]);
+        text += format("%sp%u=%u", i ? " " : "", static_cast<unsigned>(i + 1), p[i]);
     }
-    if (n > 12) text += format(" more=%zu", n - 12);
+    if (n > 12) text += format(" more=%u", static_cast<unsigned>(n - 12));
     return text;
 }
 

@@ -5,6 +5,8 @@
 namespace podsim {
 namespace {
 
+constexpr double kRadians = 3.14159265358979323846 / 180;
+
 using wire::toI16;
 using wire::toU16;
 using wire::toU8;
@@ -35,10 +37,10 @@ std::uint16_t statusWordB(const Snapshot& s) {
 
 // North and east parts of the ground speed: the carrier flies where it points.
 double northSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::cos(s.heading_deg * M_PI / 180);
+    return s.ground_speed_mps * std::cos(s.heading_deg * kRadians);
 }
 double eastSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::sin(s.heading_deg * M_PI / 180);
+    return s.ground_speed_mps * std::sin(s.heading_deg * kRadians);
 }
 
 }  // namespace
