@@ -209,7 +209,8 @@ void drawHills(const Scene& scene) {
     const double horizon = c.centre_y + c.focal_px * c.forward.z / c.up.z;
     if (horizon < 0 || horizon > scene.canvas.height + c.focal_px * 0.06) return;
     const auto& hills = Terrain::instance().hills;
-    const Colour far = scene.infrared ? Colour{84, 128, 128} : Colour{150, 136, 123};
+    const Colour far = scene.infrared ? Colour{78, 128, 128} : Colour{146, 136, 122};
+    const Colour haze = hazeColour(scene.infrared);
     for (int x = 0; x < scene.canvas.width; ++x) {
         const Vec3 d = c.ray(x + 0.5, horizon);
         double turn = std::atan2(d.x, d.y) / (2 * kPi);
@@ -222,10 +223,17 @@ void drawHills(const Scene& scene) {
         const int top = static_cast<int>(std::max(0.0, horizon - rise));
         const int bottom = std::min(scene.canvas.height, static_cast<int>(horizon) + 1);
         for (int y = top; y < bottom; ++y) {
-            scene.canvas.y[static_cast<std::ptrdiff_t>(y) * scene.canvas.y_stride + x] = far.y;
+            // Paler towards the foot, where the air is thicker.
+            const int share =
+                static_cast<int>(256 * std::clamp((horizon - y) / std::max(1.0, rise), 0.0, 1.0));
+            auto mixed = [share](int a, int b) {
+                return static_cast<std::uint8_t>(b + ((a - b) * share >> 8));
+            };
+            scene.canvas.y[static_cast<std::ptrdiff_t>(y) * scene.canvas.y_stride + x] = mixed(far.y, haze.y);
             if (scene.canvas.u && ((x | y) & 1) == 0) {
-                scene.canvas.u[static_cast<std::ptrdiff_t>(y / 2) * scene.canvas.c_stride + x / 2] = far.u;
-                scene.canvas.v[static_cast<std::ptrdiff_t>(y / 2) * scene.canvas.c_stride + x / 2] = far.v;
+                const auto at = static_cast<std::ptrdiff_t>(y / 2) * scene.canvas.c_stride + x / 2;
+                scene.canvas.u[at] = mixed(far.u, haze.u);
+                scene.canvas.v[at] = mixed(far.v, haze.v);
             }
         }
     }

@@ -127,7 +127,7 @@ private:
             const int x = static_cast<int>(o.x_px) - w / 2, y = static_cast<int>(o.y_px) - h / 2;
             if (s_.ai_method == 1 && !inRegion(o)) continue;
             const Colour c = infrared ? kAmber : Colour{170, 166, 60};
-            frameRect(c_, x, y, w, h, 1, c);
+            corners(x & ~1, y & ~1, (w + 1) & ~1, (h + 1) & ~1, std::max(4, std::min(w, h) / 5 & ~1), c);
             drawText(c_, x, y - (kGlyphHeight + 2), text("%d", o.id).c_str(), 1, c);
         }
     }
@@ -164,30 +164,35 @@ private:
                   y0 = static_cast<int>(std::lround(y - h / 2));
         const int x1 = static_cast<int>(std::lround(x + w / 2)),
                   y1 = static_cast<int>(std::lround(y + h / 2));
-        const int arm = static_cast<int>(std::clamp(std::min(w, h) * 0.3, 5.0, 40.0)), t = scale_;
-        for (const int cy : {y0, y1 - t}) {
-            fillRect(c_, x0, cy, arm, t, colour);
-            fillRect(c_, x1 - arm, cy, arm, t, colour);
+        corners(x0, y0, x1 - x0, y1 - y0, static_cast<int>(std::clamp(std::min(w, h) * 0.3, 5.0, 40.0)),
+                colour);
+    }
+
+    // The four corners of a rectangle, with arms of a length.
+    void corners(int x, int y, int w, int h, int arm, Colour colour) {
+        const int t = 2;
+        for (const int cy : {y, y + h - t}) {
+            fillRect(c_, x, cy, arm, t, colour);
+            fillRect(c_, x + w - arm, cy, arm, t, colour);
         }
-        for (const int cx : {x0, x1 - t}) {
-            fillRect(c_, cx, y0, t, arm, colour);
-            fillRect(c_, cx, y1 - arm, t, arm, colour);
+        for (const int cx : {x, x + w - t}) {
+            fillRect(c_, cx, y, t, arm, colour);
+            fillRect(c_, cx, y + h - arm, t, arm, colour);
         }
     }
 
     void drawCross() {
         for (const View& v : views_) {
-            const double x = v.x + v.width / 2.0, y = v.y + v.height / 2.0;
-            const double gap = 7 * scale_, reach = (v.width < 500 ? 14 : 26) * scale_;
-            const double t = scale_;
-            for (const double side : {-1.0, 1.0}) {
-                drawLine(c_, {x + side * gap, y}, {x + side * reach, y}, t + 1.5, {24, 128, 128}, 150);
-                drawLine(c_, {x, y + side * gap}, {x, y + side * reach}, t + 1.5, {24, 128, 128}, 150);
-                drawLine(c_, {x + side * gap, y}, {x + side * reach, y}, t, colour_);
-                drawLine(c_, {x, y + side * gap}, {x, y + side * reach}, t, colour_);
+            // On even pixels, so that the colour covers the line exactly.
+            const int x = (v.x + v.width / 2) & ~1, y = (v.y + v.height / 2) & ~1;
+            const int gap = 7 * scale_, reach = (v.width < 500 ? 14 : 26) * scale_, t = 2;
+            for (const int from : {-reach, gap}) {
+                fillRect(c_, x + from - 1, y - 1, reach - gap + 2, t + 2, {24, 128, 128}, 150);
+                fillRect(c_, x - 1, y + from - 1, t + 2, reach - gap + 2, {24, 128, 128}, 150);
+                fillRect(c_, x + from, y, reach - gap, t, colour_);
+                fillRect(c_, x, y + from, t, reach - gap, colour_);
             }
-            fillRect(c_, static_cast<int>(x) - scale_ / 2, static_cast<int>(y) - scale_ / 2, scale_, scale_,
-                     colour_);
+            fillRect(c_, x, y, t, t, colour_);
         }
     }
 
@@ -205,7 +210,7 @@ private:
         }
         if (s_.nuc_s > 0)
             centred(below + line_, s_.nuc_shutter ? "SHUTTER CORRECTION" : "BACKGROUND CORRECTION", kAmber);
-        if (!s_.notice.empty()) centred(c_.height - margin_ - line_, s_.notice, Colour{222, 128, 128});
+        if (!s_.notice.empty()) centred(bottomRow(3), s_.notice, Colour{222, 128, 128});
         if (s_.recording) {
             const int seconds = static_cast<int>(s_.record_s);
             const std::string clock = text("REC %02d:%02d", seconds / 60, seconds % 60);
@@ -257,6 +262,9 @@ private:
         flag(!s_.stabilisation, "STAB OFF");
         flag(s_.auto_track, "AUTO");
         flag(s_.same_fov, "SAME FOV");
+        flag(!s_.laser_on, "LASER OFF");
+        flag(!s_.tracker_on, "TRACKER OFF");
+        flag(!s_.cooler_on, "COOLER OFF");
         if (!flags.empty()) left(row++, flags);
     }
 

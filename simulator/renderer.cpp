@@ -220,8 +220,11 @@ Renderer::~Renderer() = default;
 void Renderer::render(const Snapshot& s, std::uint32_t frame_number, I420Image& out) {
     out.resize(impl_->width, impl_->height);
     const std::vector<View> views = viewsOf(s, impl_->width, impl_->height, impl_->channel);
+    constexpr int kInfraredBit = 1, kVisibleBit = 2;
     for (const View& view : views) {
-        if (view.infrared)
+        if ((s.module_bits & (view.infrared ? kInfraredBit : kVisibleBit)) == 0)
+            fillRect(canvasOf(out, view), 0, 0, view.width, view.height, {22, 128, 128});  // no power
+        else if (view.infrared)
             impl_->infraredView(s, view, out);
         else
             impl_->visibleView(s, view, out);

@@ -67,22 +67,42 @@ void drawBox(const Scene& scene, const Frame& f, double back, double front, doub
     drawPrism(scene, f, outline, 4, z0, z1, side, top);
 }
 
+// The convex hull of 8 points, counterclockwise; returns its number of corners.
+int hullOf(Point* points, Point* hull) {
+    constexpr int n = 8;
+    std::sort(points, points + n,
+              [](const Point& a, const Point& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+    int k = 0;
+    auto add = [&](const Point& p, int keep) {
+        while (k >= keep + 2 && (hull[k - 1].x - hull[k - 2].x) * (p.y - hull[k - 2].y) -
+                                        (hull[k - 1].y - hull[k - 2].y) * (p.x - hull[k - 2].x) <=
+                                    0)
+            --k;
+        hull[k++] = p;
+    };
+    for (int i = 0; i < n; ++i)
+        add(points[i], 0);
+    const int half = k - 1;
+    for (int i = n - 2; i >= 0; --i)
+        add(points[i], half);
+    return k - 1;
+}
+
+// The shadow of an upright box: the hull of its footprint and of its roof, moved away from the sun.
 void drawShadow(const Scene& scene, const Frame& f, double half_length, double half_width, double height) {
-    // The outline of footprint and its shifted copy: the hull of both, taken as one after the other.
-    const double dx = -kSunX * height / kSunTan, dy = -kSunY * height / kSunTan;
-    for (double k = 0; k <= 1; k += 0.5) {
-        Point points[4];
-        double depth = 0;
-        const double corner[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
-        for (int i = 0; i < 4; ++i) {
-            Vec3 p = f.at(corner[i][0] * half_length, corner[i][1] * half_width, 0.02);
-            p.x += dx * k;
-            p.y += dy * k;
-            if (!scene.camera.project(p, points[i].x, points[i].y, depth)) return;
-        }
-        fillConvex(scene.canvas, points, 4, {scene.infrared ? std::uint8_t{120} : std::uint8_t{30}, 130, 127},
-                   scene.infrared ? 40 : 84);
+    constexpr double kCorners[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+    Point points[8], hull[16];
+    double depth = 0;
+    for (int i = 0; i < 8; ++i) {
+        Vec3 p = f.at(kCorners[i & 3][0] * half_length, kCorners[i & 3][1] * half_width, 0.02);
+        if (i >= 4) p = p - Vec3{kSunX * height / kSunTan, kSunY * height / kSunTan, 0};
+        if (!scene.camera.project(p, points[i].x, points[i].y, depth)) return;
     }
+    const int n = hullOf(points, hull);
+    if (scene.infrared)
+        fillConvex(scene.canvas, hull, n, {110, 128, 128}, 60);
+    else
+        fillConvex(scene.canvas, hull, n, {30, 130, 127}, 128);
 }
 
 constexpr Paint kGlass = {{46, 132, 126}, 150};
@@ -152,6 +172,32 @@ void drawWindows(const Scene& scene, const Frame& f, double length, double side,
     }
 }
 
+// Two arms that fade and the churned water between them.
+void drawWake(const Scene& scene, const Frame& f, double l, double w) {
+    const Colour foam = {scene.infrared ? std::uint8_t{76} : std::uint8_t{176}, 132, 124};
+    auto patch = [&](const Vec3(&corners)[4], int opacity) {
+        Point points[4];
+        double depth = 0;
+        for (int i = 0; i < 4; ++i) {
+            if (!scene.camera.project(corners[i], points[i].x, points[i].y, depth)) return;
+        }
+        fillConvex(scene.canvas, points, 4, foam, opacity);
+    };
+    for (int k = 0; k < 4; ++k) {
+        const double a = -l * (0.6 + 1.1 * k), b = -l * (0.6 + 1.1 * (k + 1));
+        const double near = w * (0.7 + 0.55 * k), far = w * (0.7 + 0.55 * (k + 1));
+        const double thick = w * 0.35;
+        const int opacity = 110 - 26 * k;
+        patch({f.at(a, near, 0), f.at(b, far, 0), f.at(b, far - thick, 0), f.at(a, near - thick, 0)},
+              opacity);
+        patch({f.at(a, -near, 0), f.at(b, -far, 0), f.at(b, -far + thick, 0), f.at(a, -near + thick, 0)},
+              opacity);
+        patch({f.at(a - l * 0.4, -w * 0.5, 0), f.at(b - l * 0.4, -w * 0.6, 0), f.at(b - l * 0.4, w * 0.6, 0),
+               f.at(a - l * 0.4, w * 0.5, 0)},
+              opacity * 2 / 3);
+    }
+}
+
 }  // namespace
 
 void drawHouse(const Scene& scene, const House& h, double x, double y) {
@@ -163,11 +209,18 @@ void drawHouse(const Scene& scene, const House& h, double x, double y) {
     const double l = h.length / 2, w = h.width / 2;
     const Paint& wall = kWalls[h.colour];
     const Paint& tiles = kRoofs[h.colour];
+    auto windows = [&] {
+        if (scene.camera.focal_px / length(scene.camera.position - Vec3{x, y, 0}) < 2.5) return;
+        drawWindows(scene, f, h.length, -w - 0.03, h.wall);
+        drawWindows(scene, f, h.length, w + 0.03, h.wall);
+    };
     if (h.flat) {
         constexpr Paint kFlat = {{168, 128, 128}, 190};
         drawBox(scene, f, -l, l, w, 0, h.wall, wall, kFlat);
+        windows();
     } else {
         drawBox(scene, f, -l, l, w, 0, h.wall, wall, wall);
+        windows();
         const double eaves = 0.5, z = h.wall - 0.2, ridge = h.wall + h.roof;
         const Vec3 right[4] = {f.at(-l - eaves, -w - eaves, z), f.at(l + eaves, -w - eaves, z),
                                f.at(l + eaves, 0, ridge), f.at(-l - eaves, 0, ridge)};
@@ -179,10 +232,6 @@ void drawHouse(const Scene& scene, const House& h, double x, double y) {
         drawFace(scene, back, 3, wall);
         drawFace(scene, right, 4, tiles);
         drawFace(scene, left, 4, tiles);
-    }
-    if (scene.camera.focal_px / length(scene.camera.position - Vec3{x, y, 0}) > 2.5) {
-        drawWindows(scene, f, h.length, -w - 0.03, h.wall);
-        drawWindows(scene, f, h.length, w + 0.03, h.wall);
     }
     if (!h.flat) {
         constexpr Paint kChimney = {{120, 112, 150}, 235};
@@ -211,22 +260,7 @@ void drawBoat(const Scene& scene, const Traffic& t, const TrafficState& state) {
     constexpr Paint kEngine = {{110, 128, 128}, 246};
     const Frame f = {state.position.x, state.position.y, 0, std::cos(state.heading), std::sin(state.heading)};
     const double l = t.length_m / 2, w = t.width_m / 2;
-    // The wake: two pale arms and the churned water between them.
-    const Vec3 wake[][4] = {
-        {f.at(-l, 0, 0), f.at(-l * 4, -w * 2.4, 0), f.at(-l * 4, -w * 1.7, 0), f.at(-l, w * 0.3, 0)},
-        {f.at(-l, 0, 0), f.at(-l * 4, w * 1.7, 0), f.at(-l * 4, w * 2.4, 0), f.at(-l, -w * 0.3, 0)},
-        {f.at(-l, -w * 0.6, 0), f.at(-l * 2.4, -w * 0.9, 0), f.at(-l * 2.4, w * 0.9, 0),
-         f.at(-l, w * 0.6, 0)}};
-    for (const auto& arm : wake) {
-        Point points[4];
-        double depth = 0;
-        bool ok = true;
-        for (int i = 0; i < 4; ++i)
-            ok = ok && scene.camera.project(arm[i], points[i].x, points[i].y, depth);
-        if (ok)
-            fillConvex(scene.canvas, points, 4,
-                       {scene.infrared ? std::uint8_t{74} : std::uint8_t{168}, 132, 124}, 76);
-    }
+    drawWake(scene, f, l, w);
     const Paint& hull = kHulls[t.colour % 4];
     const Point outline[5] = {{-l, -w}, {l * 0.55, -w}, {l, 0}, {l * 0.55, w}, {-l, w}};
     drawPrism(scene, f, outline, 5, 0, 1.0, hull, kDeck);
@@ -244,7 +278,8 @@ void drawBridge(const Scene& scene, double dx, double dy) {
     constexpr Paint kDeck = {{108, 129, 127}, 176}, kConcrete = {{172, 126, 130}, 150},
                     kGrass = {{104, 109, 124}, 96}, kLine = {{206, 127, 128}, 188},
                     kRail = {{200, 128, 128}, 140};
-    constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8;
+    constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8, kSpread = 1.5;
+    constexpr double kOverlap = 0.12;  // of neighbouring pieces, against seams
     const double from = World::bridgeWest() - 60, to = World::bridgeEast() + 60;
     auto at = [&](double x, double left, double z) {
         return Vec3{x + dx, World::mainRoadY(x) + dy + left, z};
@@ -255,24 +290,50 @@ void drawBridge(const Scene& scene, double dx, double dy) {
         drawBox(scene, {foot.x, foot.y, 0, 1, 0}, -1, 1, World::kMainHalf - 1, 0, World::mainRoadZ(x) - 1,
                 kConcrete, kConcrete);
     }
-    for (double x = from; x < to; x += kStep) {
-        const double n = std::min(x + kStep, to);
+    // The ramps are banks of earth that end in walls under the ends of the deck.
+    const double wall_west = World::bridgeWest() - 2, wall_east = World::bridgeEast() + 2;
+    for (const double x : {wall_west, wall_east}) {
+        const double z = World::mainRoadZ(x), foot = kEdge + kSpread * z;
+        const Vec3 wall[4] = {at(x, -foot, 0), at(x, foot, 0), at(x, kEdge, z), at(x, -kEdge, z)};
+        drawFace(scene, wall, 4, kConcrete, true);
+    }
+    auto side = [&](double x, double n, double low, double high, double spread, const Paint& paint) {
+        // low and high: shares of the height between the ground and the edge of the deck.
         const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
-        const bool span = x >= World::bridgeWest() - kStep && n <= World::bridgeEast() + kStep;
-        const double spread = span ? 0 : 1.5, low0 = span ? z0 - 1.3 : 0, low1 = span ? z1 - 1.3 : 0;
-        const Vec3 south[4] = {at(x, -kEdge - spread * z0, low0), at(n, -kEdge - spread * z1, low1),
-                               at(n, -kEdge, z1), at(x, -kEdge, z0)};
-        const Vec3 north[4] = {at(n, kEdge + spread * z1, low1), at(x, kEdge + spread * z0, low0),
-                               at(x, kEdge, z0), at(n, kEdge, z1)};
-        drawFace(scene, south, 4, span ? kConcrete : kGrass);
-        drawFace(scene, north, 4, span ? kConcrete : kGrass);
+        auto point = [&](double px, double z, double share, double way) {
+            return at(px, way * (kEdge + spread * z * (1 - share)), z * share);
+        };
+        const Vec3 south[4] = {point(x, z0, low, -1), point(n, z1, low, -1), point(n, z1, high, -1),
+                               point(x, z0, high, -1)};
+        const Vec3 north[4] = {point(n, z1, low, 1), point(x, z0, low, 1), point(x, z0, high, 1),
+                               point(n, z1, high, 1)};
+        drawFace(scene, south, 4, paint);
+        drawFace(scene, north, 4, paint);
+    };
+    const double parts[3][2] = {{from, wall_west}, {wall_west, wall_east}, {wall_east, to}};
+    for (int part = 0; part < 3; ++part) {
+        int k = part;
+        for (double x = parts[part][0]; x < parts[part][1]; x += kStep, ++k) {
+            const double n = std::min(x + kStep, parts[part][1]) + kOverlap;
+            if (part == 1) {
+                side(x, n, 0.8, 1, 0, kConcrete);
+                continue;
+            }
+            constexpr int kBands = 4;
+            for (int band = 0; band < kBands; ++band) {
+                Paint grass = kGrass;
+                grass.visible.y =
+                    static_cast<std::uint8_t>(grass.visible.y + (k * 7 + band * 11) % 13 - 3 * band);
+                side(x, n, band / double{kBands}, (band + 1.04) / kBands, kSpread, grass);
+            }
+        }
     }
     for (double x = from; x < to; x += kStep) {
         const double n = std::min(x + kStep, to);
         const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
         auto strip = [&](double a, double b, double lift, const Paint& paint) {
-            const Vec3 face[4] = {at(x, a, z0 + lift), at(n, a, z1 + lift), at(n, b, z1 + lift),
-                                  at(x, b, z0 + lift)};
+            const Vec3 face[4] = {at(x, a, z0 + lift), at(n + kOverlap, a, z1 + lift),
+                                  at(n + kOverlap, b, z1 + lift), at(x, b, z0 + lift)};
             drawFace(scene, face, 4, paint);
         };
         strip(-kEdge, -World::kMainHalf, 0, kConcrete);

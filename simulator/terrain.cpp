@@ -86,6 +86,14 @@ public:
 
     int noiseAt(int i, int j) const { return noise_[(j & 255) * 256 + (i & 255)] - 128; }
 
+    // The same eight times as large, without steps.
+    int smoothNoiseAt(int i, int j) const {
+        const int fx = i & 7, fy = j & 7;
+        const int top = noiseAt(i >> 3, j >> 3) * (8 - fx) + noiseAt((i >> 3) + 1, j >> 3) * fx;
+        const int low = noiseAt(i >> 3, (j >> 3) + 1) * (8 - fx) + noiseAt((i >> 3) + 1, (j >> 3) + 1) * fx;
+        return (top * (8 - fy) + low * fy) / 64;
+    }
+
     void setCoarse(int i, int j, const Material& m, int shade) {
         const std::size_t at = static_cast<std::size_t>(j) * kCoarse + static_cast<std::size_t>(i);
         u_[at] = m.u;
@@ -167,22 +175,19 @@ public:
         std::array<int, 256> wave;
         for (int i = 0; i < 256; ++i)
             wave[static_cast<std::size_t>(i)] = static_cast<int>(127 * std::sin(2 * kPi * i / 256));
-        for (int j = 0; j < kCoarse; j += 2) {
-            for (int i = 0; i < kCoarse; i += 2) {
+        for (int j = 0; j < kCoarse; ++j) {
+            for (int i = 0; i < kCoarse; ++i) {
                 float border = 0;
                 const Cell& c =
                     nearest(static_cast<float>(i * kCoarseM), static_cast<float>(j * kCoarseM), border);
-                const Material& m = border < 1.4f ? kHedge : kFields[c.material];
-                for (int k = 0; k < 4; ++k) {
-                    const int x = i + (k & 1), y = j + (k >> 1);
-                    const int phase =
-                        static_cast<int>(static_cast<float>(x) * c.row_u + static_cast<float>(y) * c.row_v) &
-                        255;
-                    const int shade = c.tone + (painter.noiseAt(x, y) * m.noise >> 7) +
-                                      (painter.noiseAt(x >> 3, y >> 3) * 22 >> 7) +
-                                      (wave[static_cast<std::size_t>(phase)] * m.stripes >> 7);
-                    painter.coarsePixel(half, x, y, m, shade);
-                }
+                const int grain = painter.noiseAt(i, j);
+                const Material& m =
+                    border + static_cast<float>(grain) / 160 < 1.5f ? kHedge : kFields[c.material];
+                const int phase =
+                    static_cast<int>(static_cast<float>(i) * c.row_u + static_cast<float>(j) * c.row_v) & 255;
+                const int shade = c.tone + (grain * m.noise >> 7) + (painter.smoothNoiseAt(i, j) * 22 >> 7) +
+                                  (wave[static_cast<std::size_t>(phase)] * m.stripes >> 7);
+                painter.coarsePixel(half, i, j, m, shade);
             }
         }
     }
