@@ -32,9 +32,10 @@ QString captionText(const sorvane::PanelRow& row) {
     return QCoreApplication::translate("KorvathClass", row.caption);
 }
 
+// With what the style sheet adds around the text.
 int captionWidth(const QLabel& caption) {
     caption.ensurePolished();
-    return caption.fontMetrics().horizontalAdvance(caption.text()) + 1;
+    return caption.sizeHint().width();
 }
 
 }  // namespace
