@@ -7,6 +7,14 @@
 #include "app/korvath.h"
 #include "app/my_event.h"
 
+namespace {
+
+bool isLeftButton(QEvent* e) {
+    return static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton;
+}
+
+}  // namespace
+
 QMyCmdBtn::QMyCmdBtn(QWidget* parent) : QPushButton(parent) {
     init();
 }
@@ -16,15 +24,13 @@ QMyCmdBtn::QMyCmdBtn(const QString& text, QWidget* parent) : QPushButton(text, p
 }
 
 QMyCmdBtn::~QMyCmdBtn() {
-    endHold();
+    release();
 }
 
 void QMyCmdBtn::init() {
     setAttribute(Qt::WA_AcceptTouchEvents);
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive) {
-            endHold();
-        }
+        if (state != Qt::ApplicationActive) endHold();
     });
 }
 
@@ -33,40 +39,40 @@ void QMyCmdBtn::setCommand(int id, QObject* receiver) {
     target = receiver;
 }
 
+void QMyCmdBtn::report(int type) {
+    if (m_receiver.isNull()) return;
+    QMyEvent event(type, this, nullptr, 0);
+    QCoreApplication::sendEvent(m_receiver, &event);
+}
+
+// A press on top of a press (a finger while the mouse holds, a release that the system lost) is a hold of its
+// own.
 void QMyCmdBtn::press() {
-    if (m_held) {
-        return;
-    }
+    release();
     m_held = true;
+    m_receiver = target.isNull() ? static_cast<QObject*>(instance()) : target.data();
     qApp->installEventFilter(this);
     report(EVT_CMD_BTN_DOWN);
 }
 
-void QMyCmdBtn::endHold() {
-    if (!m_held) {
-        return;
-    }
+void QMyCmdBtn::release() {
+    if (!m_held) return;
     m_held = false;
     qApp->removeEventFilter(this);
     report(EVT_CMD_BTN_UP);
 }
 
-void QMyCmdBtn::report(int type) {
-    QObject* receiver = target != nullptr ? target : instance();
-    if (receiver != nullptr) {
-        QMyEvent event(type, this, nullptr, 0);
-        QCoreApplication::sendEvent(receiver, &event);
-    }
+void QMyCmdBtn::endHold() {
+    if (!m_held) return;
+    setDown(false);
+    release();
 }
 
 bool QMyCmdBtn::event(QEvent* e) {
-    const auto left = [e] { return static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton; };
     switch (e->type()) {
         case QEvent::TouchBegin:
-            qDebug("zvdbg**TouchBegin");
-            press();
-            touching = true;
-            return true;
+            if (touchBegin(e)) return true;
+            break;
         case QEvent::TouchEnd:
             qDebug("zvdbg**TouchEnd");
             endHold();
@@ -77,25 +83,17 @@ bool QMyCmdBtn::event(QEvent* e) {
             break;
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
-            if (left() && !touching) {
-                qDebug("zvdbg**MouseButtonPress");
-                press();
-            }
+            mousePress(e);
             break;
         case QEvent::MouseButtonRelease:
-            if (left() && !touching) {
-                qDebug("zvdbg**MouseButtonRelease");
-                endHold();
-            }
-            touching = false;
-            break;
-        case QEvent::Hide:
-            endHold();
+            mouseRelease(e);
             break;
         case QEvent::EnabledChange:
-            if (!isEnabled()) {
-                endHold();
-            }
+            if (!isEnabled()) endHold();
+            break;
+        case QEvent::Hide:
+        case QEvent::WindowBlocked:
+            endHold();
             break;
         default:
             break;
@@ -103,22 +101,36 @@ bool QMyCmdBtn::event(QEvent* e) {
     return QPushButton::event(e);
 }
 
+// A disabled button gets its mouse and touch events here all the same: only the base class drops them.
+bool QMyCmdBtn::touchBegin(QEvent* e) {
+    if (!isEnabled()) return false;
+    qDebug("zvdbg**TouchBegin");
+    e->accept();
+    press();
+    setDown(m_held);
+    touching = true;
+    return true;
+}
+
+void QMyCmdBtn::mousePress(QEvent* e) {
+    if (!isEnabled() || !isLeftButton(e) || touching) return;
+    qDebug("zvdbg**MouseButtonPress");
+    press();
+}
+
+void QMyCmdBtn::mouseRelease(QEvent* e) {
+    if (isLeftButton(e) && !touching) {
+        qDebug("zvdbg**MouseButtonRelease");
+        release();
+    }
+    touching = false;
+}
+
+// A popup or another grabber took the mouse: the release never comes here.
 bool QMyCmdBtn::eventFilter(QObject* obj, QEvent* e) {
-    switch (e->type()) {
-        case QEvent::WindowBlocked:
-            if (obj == window()) {
-                endHold();
-            }
-            break;
-        case QEvent::MouseButtonRelease:
-            // A popup or another grabber took the mouse: the release never comes here.
-            if (obj != this && obj->isWidgetType() && !touching &&
-                static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton) {
-                endHold();
-            }
-            break;
-        default:
-            break;
+    if (e->type() == QEvent::MouseButtonRelease && obj != this && obj->isWidgetType() && !touching &&
+        isLeftButton(e)) {
+        endHold();
     }
     return QPushButton::eventFilter(obj, e);
 }

@@ -1,12 +1,15 @@
 // The push button whose command runs as long as it is held.
 #pragma once
 
+#include <QPointer>
 #include <QPushButton>
 
-// Reports one press (event 1000) and one release (event 1001) per gesture, from the mouse or a finger, to a
-// target; it sends no command itself. However the hold ends (released, hidden, disabled, destroyed, touch
-// cancelled, a modal box, activation gone to another application), 1001 follows each 1000 exactly once. GUI
-// thread.
+// Reports each press and each release by mouse or finger as event 1000 or 1001 to its target; it sends no
+// command itself. GUI thread.
+//
+// Exactly one 1001 follows each 1000, whatever ends the hold: the release, activation gone to another
+// application, the button hidden, disabled or destroyed, a modal box, a cancelled touch, a release that
+// another widget got. The operator's own release reports nothing more then.
 class QMyCmdBtn : public QPushButton {
     Q_OBJECT
 
@@ -15,27 +18,33 @@ public:
     explicit QMyCmdBtn(const QString& text, QWidget* parent = nullptr);
     ~QMyCmdBtn() override;
 
-    // cmd_id is free for the owner; target receives the events, null means the main window. The target is not
-    // owned.
+    // cmd_id is free for the owner. target receives the events, null means the main window; it is not owned
+    // and may die first.
     void setCommand(int cmd_id, QObject* target);
     int commandId() const { return cmd_id; }
 
+    // Between 1000 and 1001.
     bool isHeld() const { return m_held; }
     // Sends the release now, if a press is out; for whoever takes the hold away.
     void endHold();
 
 protected:
     bool event(QEvent* e) override;
-    // Watches the application while held, for endings that reach other objects.
+    // Watches the application while held, for a release that reaches another object.
     bool eventFilter(QObject* obj, QEvent* e) override;
 
 private:
     void init();
     void press();
+    void release();
     void report(int type);
+    bool touchBegin(QEvent* e);
+    void mousePress(QEvent* e);
+    void mouseRelease(QEvent* e);
 
     int cmd_id = 0;
-    QObject* target = nullptr;
+    QPointer<QObject> target;
     bool touching = false;  // the press came from touch; the mouse events synthesised from it are ignored
     bool m_held = false;
+    QPointer<QObject> m_receiver;  // got the 1000 and gets the 1001
 };

@@ -1,0 +1,409 @@
+// The hold-to-send button by itself and all of them in the window: one 1001 for each 1000, whatever ends the
+// hold.
+#include <QDialog>
+#include <QTouchEvent>
+#include <functional>
+#include <memory>
+
+#include "app/my_event.h"
+#include "input/qmycmdbtn.h"
+#include "link_peer.h"
+#include "widgets/my_trans_dlg.h"
+#include "x11_focus.h"
+
+namespace {
+
+// Notes the two events that reach an object, in order, with their senders.
+class HoldRecorder : public QObject {
+public:
+    std::vector<int> types;
+    QObject* sender = nullptr;
+
+    bool event(QEvent* e) override {
+        note(e);
+        return QObject::event(e);
+    }
+    bool eventFilter(QObject* object, QEvent* e) override {
+        note(e);
+        return QObject::eventFilter(object, e);
+    }
+    std::vector<int> take() {
+        std::vector<int> result;
+        result.swap(types);
+        return result;
+    }
+
+private:
+    void note(QEvent* e) {
+        const int type = e->type();
+        if (type != EVT_CMD_BTN_DOWN && type != EVT_CMD_BTN_UP) return;
+        types.push_back(type);
+        sender = static_cast<QMyEvent*>(e)->sender;
+    }
+};
+
+using Types = std::vector<int>;
+const Types kDown = {1000};
+const Types kUp = {1001};
+
+QTouchDevice* touchScreen() {
+    static QTouchDevice* device = QTest::createTouchDevice();
+    return device;
+}
+
+void touchPress(QWidget* w) {
+    QTest::touchEvent(w, touchScreen()).press(0, w->rect().center(), w);
+}
+void touchRelease(QWidget* w, const QPoint& at) {
+    QTest::touchEvent(w, touchScreen()).release(0, at, w);
+}
+
+QStringList* g_log = nullptr;
+void keepLog(QtMsgType, const QMessageLogContext&, const QString& text) {
+    if (g_log != nullptr) *g_log << text;
+}
+
+class CmdBtnTest : public ::testing::Test {
+protected:
+    CmdBtnTest() {
+        button.setCommand(7, &target);
+        button.resize(80, 40);
+        button.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&button));
+        g_log = &log;
+        m_previous = qInstallMessageHandler(keepLog);
+    }
+    ~CmdBtnTest() override {
+        qInstallMessageHandler(m_previous);
+        g_log = nullptr;
+    }
+    QStringList inputLog() const { return log.filter("zvdbg**"); }
+
+    HoldRecorder target;
+    QMyCmdBtn button;
+    QStringList log;
+
+private:
+    QtMessageHandler m_previous;
+};
+
+TEST_F(CmdBtnTest, MousePressAndReleaseAreReported) {
+    QTest::mousePress(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), kDown);
+    EXPECT_EQ(target.sender, &button);
+    EXPECT_TRUE(button.isDown());
+    EXPECT_TRUE(button.isHeld());
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), kUp);
+    EXPECT_EQ(inputLog(), (QStringList{"zvdbg**MouseButtonPress", "zvdbg**MouseButtonRelease"}));
+    EXPECT_EQ(button.commandId(), 7);
+}
+
+TEST_F(CmdBtnTest, RightButtonSendsNothing) {
+    QTest::mousePress(&button, Qt::RightButton);
+    QTest::mouseRelease(&button, Qt::RightButton);
+    EXPECT_EQ(target.take(), Types());
+    EXPECT_EQ(inputLog(), QStringList());
+}
+
+TEST_F(CmdBtnTest, DoubleClickIsTwoCommands) {
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    QMouseEvent second(QEvent::MouseButtonDblClick, QPointF(5, 5), Qt::LeftButton, Qt::LeftButton,
+                       Qt::NoModifier);
+    QCoreApplication::sendEvent(&button, &second);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), (Types{1000, 1001, 1000, 1001}));
+}
+
+TEST_F(CmdBtnTest, TouchIsReportedOnceWhateverTheSystemMakesOfIt) {
+    touchPress(&button);
+    EXPECT_EQ(target.take(), kDown);
+    QTest::mousePress(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), Types()) << "made from the touch";
+    touchRelease(&button, button.rect().center());
+    EXPECT_EQ(target.take(), kUp);
+    log.clear();
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), Types()) << "made from the touch";
+    EXPECT_EQ(inputLog(), QStringList()) << "logs nothing";
+    QTest::mousePress(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), kDown) << "the release made the mouse count again";
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), kUp);
+}
+
+TEST_F(CmdBtnTest, TouchThatEndsOffTheButtonStillSendsTheRelease) {
+    touchPress(&button);
+    touchRelease(&button, QPoint(5000, 5000));
+    EXPECT_EQ(target.take(), (Types{1000, 1001}));
+    EXPECT_EQ(inputLog(), (QStringList{"zvdbg**TouchBegin", "zvdbg**TouchEnd"}));
+}
+
+TEST_F(CmdBtnTest, MousePressAfterATouchWithoutMouseEventsIsIgnoredOnce) {
+    touchPress(&button);
+    touchRelease(&button, button.rect().center());
+    target.take();
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), Types());
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), (Types{1000, 1001}));
+}
+
+TEST_F(CmdBtnTest, TouchWhileTheMouseHoldsEndsTheFirstHold) {
+    QTest::mousePress(&button, Qt::LeftButton);
+    touchPress(&button);
+    EXPECT_EQ(target.take(), (Types{1000, 1001, 1000}));
+    touchRelease(&button, button.rect().center());
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), kUp);
+}
+
+TEST_F(CmdBtnTest, SecondPressWithoutAReleaseEndsTheFirst) {
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_EQ(target.take(), (Types{1000, 1001, 1000, 1001}));
+}
+
+TEST_F(CmdBtnTest, DisabledButtonSendsNothing) {
+    button.setEnabled(false);
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    touchPress(&button);
+    touchRelease(&button, button.rect().center());
+    EXPECT_EQ(target.take(), Types());
+}
+
+TEST_F(CmdBtnTest, TargetThatDiesWhileHeldIsLeftAlone) {
+    auto mortal = std::make_unique<HoldRecorder>();
+    button.setCommand(0, mortal.get());
+    QTest::mousePress(&button, Qt::LeftButton);
+    mortal.reset();
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_FALSE(button.isHeld());
+    EXPECT_EQ(target.take(), Types());
+}
+
+TEST_F(CmdBtnTest, WithoutTargetAndWindowNothingHappens) {
+    button.setCommand(0, nullptr);
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&button, Qt::LeftButton);
+    EXPECT_FALSE(button.isHeld());
+}
+
+TEST_F(CmdBtnTest, ReleaseThatAnotherWidgetGetsEndsTheHold) {
+    QWidget popup;
+    QTest::mousePress(&button, Qt::LeftButton);
+    QTest::mouseRelease(&popup, Qt::LeftButton);
+    EXPECT_EQ(target.take(), (Types{1000, 1001}));
+}
+
+// Every button of the window against every way in which a hold can end.
+class HoldFaultsTest : public LinkTest {
+protected:
+    void SetUp() override {
+        start();
+        window->installEventFilter(&recorder);
+        ui().tabWidget->show();
+    }
+    void TearDown() override {
+        window->removeEventFilter(&recorder);
+        LinkTest::TearDown();
+    }
+
+    std::vector<QMyCmdBtn*> buttons() const {
+        std::vector<QMyCmdBtn*> all;
+        for (QWidget* page : {ui().tab_test, ui().tab_ctl_ex}) {
+            for (auto* b : page->findChildren<QMyCmdBtn*>())
+                all.push_back(b);
+        }
+        return all;
+    }
+    void bringUp(QMyCmdBtn* b) {
+        window->show();
+        ui().tabWidget->show();
+        for (int page = 0; page < 2; ++page) {
+            if (ui().tabWidget->widget(page)->isAncestorOf(b)) ui().tabWidget->setCurrentIndex(page);
+        }
+        for (int servo_frame = 0; servo_frame < 2 && !b->isVisible(); ++servo_frame) {
+            window->setServoFrame(servo_frame);
+        }
+        b->setEnabled(true);
+        ASSERT_TRUE(b->isVisible());
+    }
+    // Presses each button, lets `fault` end the hold, and expects one release then and none when the operator
+    // lets go.
+    void forEach(const std::function<void(QMyCmdBtn*)>& fault, bool survives = true) {
+        const auto all = buttons();
+        EXPECT_EQ(all.size(), 63U);
+        for (QMyCmdBtn* b : all) {
+            SCOPED_TRACE(b->objectName().toStdString());
+            bringUp(b);
+            QTest::mousePress(b, Qt::LeftButton);
+            EXPECT_EQ(recorder.take(), kDown);
+            fault(b);
+            EXPECT_EQ(recorder.take(), kUp);
+            if (!survives) continue;
+            EXPECT_FALSE(b->isHeld());
+            EXPECT_FALSE(b->isDown());
+            b->setEnabled(true);
+            QTest::mouseRelease(b, Qt::LeftButton);
+            EXPECT_EQ(recorder.take(), Types());
+        }
+    }
+
+    HoldRecorder recorder;
+};
+
+TEST_F(HoldFaultsTest, Release) {
+    forEach([](QMyCmdBtn* b) { QTest::mouseRelease(b, Qt::LeftButton); });
+}
+
+TEST_F(HoldFaultsTest, ActivationLost) {
+    forEach([](QMyCmdBtn*) {
+        emit qApp->applicationStateChanged(Qt::ApplicationInactive);
+        emit qApp->applicationStateChanged(Qt::ApplicationActive);
+    });
+}
+
+TEST_F(HoldFaultsTest, ActivationLostToTheDesktop) {
+    bringUp(ui().pushButton_119);
+    QTest::mousePress(ui().pushButton_119, Qt::LeftButton);
+    ASSERT_TRUE(giveFocusAway());
+    EXPECT_TRUE(waitFor([this] { return recorder.types.size() == 2; }));
+    EXPECT_EQ(recorder.take(), (Types{1000, 1001}));
+    QTest::mouseRelease(ui().pushButton_119, Qt::LeftButton);
+    EXPECT_EQ(recorder.take(), Types());
+}
+
+TEST_F(HoldFaultsTest, OwnWindowsDoNotEndTheHold) {
+    bringUp(ui().pushButton_119);
+    QTest::mousePress(ui().pushButton_119, Qt::LeftButton);
+    window->showDragRing(QPoint(300, 300));
+    window->showDragDot(QPoint(320, 300));
+    in().m_stateTab()->hide();
+    in().m_stateTab()->show();
+    window->OnFileSettings();
+    ASSERT_TRUE(waitFor([this] { return in().m_settings()->isActiveWindow(); }));
+    window->hideDragMarks();
+    EXPECT_EQ(recorder.take(), kDown);
+    QTest::mouseRelease(ui().pushButton_119, Qt::LeftButton);
+    EXPECT_EQ(recorder.take(), kUp);
+}
+
+TEST_F(HoldFaultsTest, ButtonHidden) {
+    forEach([](QMyCmdBtn* b) {
+        b->hide();
+        b->show();
+    });
+}
+
+TEST_F(HoldFaultsTest, ButtonDisabled) {
+    forEach([](QMyCmdBtn* b) { b->setEnabled(false); });
+}
+
+TEST_F(HoldFaultsTest, ButtonDestroyed) {
+    forEach([](QMyCmdBtn* b) { delete b; }, false);
+}
+
+TEST_F(HoldFaultsTest, TabChanged) {
+    forEach([this](QMyCmdBtn*) { ui().tabWidget->setCurrentIndex(1 - ui().tabWidget->currentIndex()); });
+}
+
+TEST_F(HoldFaultsTest, PaneClosed) {
+    forEach([this](QMyCmdBtn*) { ui().tabWidget->hide(); });
+}
+
+TEST_F(HoldFaultsTest, ModalBox) {
+    forEach([this](QMyCmdBtn*) {
+        QDialog box(window.get());
+        box.setModal(true);
+        box.show();
+        waitFor([this] { return recorder.types.size() >= 1; }, 2000);
+    });
+}
+
+TEST_F(HoldFaultsTest, TouchCancelled) {
+    for (QMyCmdBtn* b : buttons()) {
+        SCOPED_TRACE(b->objectName().toStdString());
+        bringUp(b);
+        touchPress(b);
+        EXPECT_EQ(recorder.take(), kDown);
+        QTouchEvent cancel(QEvent::TouchCancel, touchScreen());
+        QCoreApplication::sendEvent(b, &cancel);
+        EXPECT_EQ(recorder.take(), kUp);
+        touchRelease(b, b->rect().center());
+        QTest::mouseRelease(b, Qt::LeftButton);
+        EXPECT_EQ(recorder.take(), Types());
+    }
+}
+
+TEST_F(HoldFaultsTest, ProgramClosing) {
+    forEach([this](QMyCmdBtn*) { window->close(); });
+}
+
+TEST_F(HoldFaultsTest, ClosingSendsTheStopFrameInSingleMode) {
+    openUdp();
+    bringUp(ui().pushButton_118);
+    QTest::mousePress(ui().pushButton_118, Qt::LeftButton);
+    window->close();
+    ASSERT_TRUE(waitFor([this] { return peer.count() >= 2; }));
+    EXPECT_EQ(peer.take().back(), hex("FB2CAA0645000000000043"));
+}
+
+TEST_F(HoldFaultsTest, ClosingSendsTheReleaseFramesInPeriodicMode) {
+    openUdp();
+    choosePeriodic();
+    const auto lastParts = [this] {
+        std::vector<QByteArray> parts;
+        for (const QByteArray& f : peer.frames()) {
+            if (f.size() == 44) parts.push_back(f.mid(2, 5) + f.mid(37, 5));
+        }
+        return parts;
+    };
+    bringUp(ui().pushButton_112);
+    QTest::mousePress(ui().pushButton_112, Qt::LeftButton);
+    peer.take();
+    window->close();
+    const QByteArray moving =
+        hex("00000000"
+            "00"
+            "700A000000");
+    const QByteArray zero_rate =
+        hex("00000000"
+            "00"
+            "7000000000");
+    ASSERT_TRUE(waitFor([&] { return lastParts().size() >= 2; }));
+    const auto parts = lastParts();
+    EXPECT_EQ(parts[parts.size() - 2], moving);
+    EXPECT_EQ(parts.back(), zero_rate);
+}
+
+TEST_F(HoldFaultsTest, ButtonWithoutTargetReportsToTheMainWindow) {
+    QMyCmdBtn loose;
+    loose.setObjectName("pushButton_107");
+    loose.show();
+    QTest::mousePress(&loose, Qt::LeftButton);
+    QTest::mouseRelease(&loose, Qt::LeftButton);
+    EXPECT_EQ(recorder.take(), (Types{1000, 1001}));
+    EXPECT_EQ(in().m_lastCode(), 115);
+}
+
+TEST_F(HoldFaultsTest, UnknownSenderDoesNothing) {
+    const int last = in().m_lastCode();
+    QMyCmdBtn loose;
+    loose.setObjectName("pushButton_9999");
+    loose.show();
+    QTest::mousePress(&loose, Qt::LeftButton);
+    QTest::mouseRelease(&loose, Qt::LeftButton);
+    EXPECT_EQ(in().m_lastCode(), last);
+    QMyEvent orphan(EVT_CMD_BTN_DOWN, nullptr, nullptr, 0);
+    QCoreApplication::sendEvent(window.get(), &orphan);
+    EXPECT_EQ(in().m_lastCode(), last);
+}
+
+}  // namespace
