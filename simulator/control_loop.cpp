@@ -107,6 +107,11 @@ void ControlLoop::run(int signal_fd, int console_fd) {
     command_log_.finish();
 }
 
+void ControlLoop::closeLines() {
+    lines_.clear();
+    ins_.reset();
+}
+
 int ControlLoop::pollTimeoutMs(std::int64_t now) const {
     std::int64_t next = stepped_ns_ + kStep_ns;
     if (options_.telemetry_hz > 0) next = std::min(next, next_report_ns_);
@@ -288,13 +293,14 @@ void ControlLoop::logMotion(std::int64_t now) {
     logObjects(s);
 }
 
-// What can be clicked: id=x,y,width,height of each object in sight, pixels of the main picture from its top left.
+// What can be clicked: id=x,y,width,height of each object in sight, pixels of the main picture from its top
+// left.
 void ControlLoop::logObjects(const Snapshot& s) {
     std::string text;
     for (const VisibleObject& object : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
         if (object.occluded) continue;
-        text += formatText("%s%d=%.1f,%.1f,%.1f,%.1f", text.empty() ? "" : " ", object.id, object.x_px, object.y_px,
-                           object.width_px, object.height_px);
+        text += formatText("%s%d=%.1f,%.1f,%.1f,%.1f", text.empty() ? "" : " ", object.id, object.x_px,
+                           object.y_px, object.width_px, object.height_px);
     }
     log_.event("objects", text);
 }

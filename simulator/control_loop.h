@@ -34,6 +34,8 @@ public:
     // Runs until a signal of `signal_fd` (a signalfd), the end of --duration or "quit" ends it.
     // `console_fd` is read for commands until its end; -1: none.
     void run(int signal_fd, int console_fd);
+    // Closes every port; links to pseudo terminals go.
+    void closeLines();
     // A short line about the state, for the console.
     void setStatusText(std::function<std::string()> text) { status_text_ = std::move(text); }
 

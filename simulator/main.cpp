@@ -2,11 +2,13 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "simulator/channel.h"
@@ -99,8 +101,10 @@ public:
         std::fflush(stdout);
         log_.event("ready", addresses.empty() ? addresses : addresses.substr(1));
         loop_.run(signal_fd, STDIN_FILENO);
-        stopVideo();
+        loop_.closeLines();
         log_.event("stop", "");
+        boundTheEnd();
+        stopVideo();
         return 0;
     }
 
@@ -130,7 +134,16 @@ private:
         return true;
     }
 
-    // The server goes first: it wakes channels, and channels that have stopped may still be woken.
+    // The media framework may take seconds to let go of viewers that have stopped reading. By now everything
+    // else is closed and written, so the process need not wait for it.
+    static void boundTheEnd() {
+        std::thread([] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(600));
+            _exit(0);
+        }).detach();
+    }
+
+    // Channels first, since they push into the server; the server may still wake channels that have stopped.
     void stopVideo() {
         for (auto& channel : channels_) {
             if (channel) channel->stop();
