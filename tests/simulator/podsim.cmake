@@ -10,7 +10,7 @@ if(NOT WIN32)
     LIBS podsim_stream PkgConfig::PODSIM_TEST_AV
     LABELS net)
   sorvane_test(podsim_program_test
-    SOURCES program_test.cpp podsim_process.cpp
+    SOURCES program_test.cpp program_video_test.cpp podsim_process.cpp
     LIBS podsim_wire PkgConfig::PODSIM_TEST_AV
     LABELS system
     TIMEOUT 240)
