@@ -203,6 +203,7 @@ private:
     void createStatPane();
     void createCtrlSelect();
     void createFirstShowPanes();
+    void showPanes();
     void rebuildPageSelectors();
     void placePaneToggles();
     void placeStatPane();
@@ -372,6 +373,7 @@ private:
     common_dlg* m_connectionDlg = nullptr;
     common_dlg* m_seiDlg = nullptr;
     common_dlg* m_telemetryDlg = nullptr;
+    bool m_panesShown = false;
     QToolButton* m_viewButton = nullptr;
     QMenu* m_viewMenu = nullptr;
     std::unique_ptr<sorvane::FrameSender> m_sender;

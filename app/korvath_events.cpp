@@ -6,6 +6,7 @@
 #include <QStyle>
 #include <QTimerEvent>
 #include <QWheelEvent>
+#include <QWindow>
 
 #include "app/korvath.h"
 #include "app/my_app_config.h"
@@ -93,6 +94,11 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
         case QEvent::Paint:
             if (paintDragMark(obj)) {
                 return true;
+            }
+            break;
+        case QEvent::Expose:
+            if (!m_panesShown && obj == windowHandle() && windowHandle()->isExposed()) {
+                showPanes();
             }
             break;
         case QEvent::Resize:

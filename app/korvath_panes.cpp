@@ -40,13 +40,25 @@ void Korvath::createStatPane() {
     ui->widget_stat->move(0, 0);
     m_statPane->resize(width, ui->widget_stat->height());
     ui->widget_stat->show();
-    m_statPane->show();
+}
+
+// A window manager keeps a tool window above its main window only if it knows the main window when the tool
+// window appears: the panes come up once the main window is on the screen.
+void Korvath::showPanes() {
+    if (m_panesShown || m_stateTab == nullptr) {
+        return;
+    }
+    m_panesShown = true;
+    placePanes();
+    for (MyTransDlg* pane : {m_statPane, m_stateTab, m_ctrlPane}) {
+        pane->show();
+    }
+    placePanes();
 }
 
 void Korvath::createCtrlSelect() {
     m_ctrlSelect = new MyTransDlg(ui->widget_video);
     m_ctrlSelect->setGeometry(0, 0, 20, 200);
-    m_ctrlSelect->show();
     rebuildPageSelectors();
 }
 
@@ -101,8 +113,6 @@ void Korvath::createFirstShowPanes() {
     m_ctrlPane->resize(20, 40);
     m_btnCtrlPane = makeToggle(m_ctrlPane, QStringLiteral("<"));
     connect(m_btnCtrlPane, &QPushButton::clicked, this, &Korvath::OnButtonCtrlPaneClicked);
-    m_stateTab->show();
-    m_ctrlPane->show();
     placePanes();
 }
 
