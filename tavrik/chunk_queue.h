@@ -16,7 +16,8 @@ namespace tavrik {
 struct Chunk {
     std::vector<std::uint8_t> data;
     std::int64_t pts = AV_NOPTS_VALUE;
-    SharedParameters format;  // null: bytes of unknown form
+    SharedParameters format;                          // null: bytes of unknown form
+    std::chrono::steady_clock::time_point arrived{};  // set by the queue
 };
 
 // One sender, one taker; bounded by bytes.
@@ -31,6 +32,7 @@ public:
         if (wait_for_room) room_.wait(lock, [this] { return closed_ || bytes_ < kMaxBytes; });
         if (closed_ || bytes_ >= kMaxBytes) return;
         bytes_ += chunk.data.size();
+        chunk.arrived = std::chrono::steady_clock::now();
         chunks_.push_back(std::move(chunk));
         arrived_.notify_one();
     }

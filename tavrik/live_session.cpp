@@ -8,6 +8,8 @@ namespace {
 
 // A stream with no key pictures at all (gradual refresh without a recovery point) is decoded after so many.
 constexpr int kMaxSkipped = 250;
+// A decoder further behind than this shows fewer pictures instead of old ones.
+constexpr auto kMaxLag = std::chrono::seconds(2);
 constexpr auto kCallbackPatience = std::chrono::seconds(2);
 constexpr auto kThreadPatience = std::chrono::milliseconds(900);
 
@@ -143,6 +145,7 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
+    arrived_ = chunk.arrived;
     if (chunk.format != nullptr) {
         takePacket(chunk);
     } else {
@@ -180,20 +183,22 @@ void LiveSession::passSei(Codec codec, const AccessUnit& unit) {
         [&] { callbacks_.on_sei(run.data(), static_cast<int>(run.size()), codec == Codec::H265 ? 1 : 0); });
 }
 
-// Decoding begins at a key picture, and stops at the bound of pictures that nobody released until the next
-// one.
+// Decoding begins at a key picture, and stops until the next one at the bound of pictures that nobody
+// released or when it cannot keep up.
 bool LiveSession::admit(const AccessUnit& unit) {
     const bool full = in_flight_.full();
-    if (full && !wait_for_key_) {
+    if (full && !told_full_) {
+        std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", in_flight_.count());
+        told_full_ = true;
+    }
+    const bool late = Clock::now() - arrived_ > kMaxLag;
+    if (!wait_for_key_ && (full || late)) {
         wait_for_key_ = true;
         skipped_ = 0;
-        if (!told_full_)
-            std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", in_flight_.count());
-        told_full_ = true;
     }
     if (!wait_for_key_) return true;
     ++skipped_;
-    if (full || (!unit.key && skipped_ < kMaxSkipped)) return false;
+    if (full || late || (!unit.key && skipped_ < kMaxSkipped)) return false;
     wait_for_key_ = false;
     decoder_.flush();
     return true;

@@ -76,6 +76,7 @@ private:
     ByteStream bytes_;
     std::optional<PictureStream> packets_;
     SharedParameters format_;
+    Clock::time_point arrived_{};  // when the chunk in hand came
     std::int64_t last_pts_ = AV_NOPTS_VALUE;
     VideoDecoder decoder_;
     FramesInFlight in_flight_;

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+
 #include "receiver.h"
 #include "tavrik/frames_in_flight.h"
 
@@ -89,6 +92,49 @@ TEST(Stream, StopsAtTheBoundAndGoesOnAtAKeyPicture) {
     EXPECT_EQ(first % kKeyInterval, 0);
     EXPECT_GE(first, released_at - kKeyInterval);
     EXPECT_LE(first, released_at + 2 * kKeyInterval);
+}
+
+// A receiver that holds the decoder up for longer than the bound of 2 s gets a fresh key picture next, not
+// the old ones.
+TEST(Stream, ShowsFewerPicturesInsteadOfOldOnes) {
+    const int port = freeUdpPort();
+    constexpr int kKeyInterval = 10;
+    std::mutex mutex;
+    std::vector<int> numbers;
+    std::atomic<bool> blocked{false}, go{false};
+    const int handle = feedOpen(
+        "", port,
+        [&](AVFrame* frame, float, int) {
+            {
+                const std::lock_guard<std::mutex> lock(mutex);
+                numbers.push_back(readNumber(frame));
+            }
+            blocked = true;
+            while (!go)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        },
+        nullptr, "", false, "", nullptr, 1);
+    TestEncoder encoder(EncoderSettings{Codec::H264, kWidth, kHeight, kKeyInterval, 1});
+    UdpSender sender(port);
+    int next = 0;
+    const auto send = [&](int) { sender.send(encoder.encode(next++), 1400); };
+    ASSERT_TRUE(stream(send, [&] { return blocked.load(); }));
+    const auto since = std::chrono::steady_clock::now();
+    ASSERT_TRUE(
+        stream(send, [&] { return std::chrono::steady_clock::now() - since > std::chrono::seconds(4); }));
+    const int released_at = next;
+    go = true;
+    const auto seen = [&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return numbers;
+    };
+    ASSERT_TRUE(stream(send, [&] { return seen().back() >= released_at; }));
+    feedClose(handle);
+    const std::vector<int> all = seen();
+    const auto old =
+        std::count_if(all.begin(), all.end(), [&](int n) { return n > 0 && n < released_at / 4; });
+    EXPECT_EQ(old, 0);
+    EXPECT_EQ(all[1] % kKeyInterval, 0);
 }
 
 TEST(Stream, FramesOutliveTheirStream) {
