@@ -1,4 +1,5 @@
 // podsim: the pod that answers when no pod is there.
+#include <fcntl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -28,6 +29,13 @@ int fail(const std::string& reason) {
     return 1;
 }
 
+// A program started without standard streams would get its sockets under their numbers.
+void ensureStandardStreams() {
+    for (int fd = 0; fd < 3; ++fd) {
+        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) return;
+    }
+}
+
 // Signals arrive through a descriptor; they must be blocked before any thread exists.
 int openSignals() {
     signal(SIGPIPE, SIG_IGN);
@@ -38,7 +46,7 @@ int openSignals() {
         sigaddset(&set, number);
     }
     sigprocmask(SIG_BLOCK, &set, nullptr);
-    return signalfd(-1, &set, SFD_CLOEXEC);
+    return signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
 PodConfig podConfigOf(const Options& o) {
@@ -178,6 +186,7 @@ private:
 };
 
 int mainProgram(const std::vector<std::string>& arguments) {
+    ensureStandardStreams();
     Options options;
     std::string error;
     if (!parseOptions(arguments, options, error)) {
