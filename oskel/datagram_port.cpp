@@ -31,7 +31,7 @@ bool DatagramPort::open() {
     asio::error_code error;
     socket_.open(route_.local.protocol(), error);
     if (error) return false;
-    system::keep_from_children(socket_.native_handle());
+    system::keep_from_children(socket_);
     asio::error_code unimportant;
     if (route_.local.address().is_v6()) socket_.set_option(asio::ip::v6_only(true), unimportant);
     socket_.set_option(asio::socket_base::receive_buffer_size(receive_buffer_bytes), unimportant);

@@ -20,7 +20,7 @@ bool StreamPort::connect(const asio::ip::tcp::endpoint& remote) {
     asio::error_code unimportant;
     device_.open(remote.protocol(), error);
     if (error) return false;
-    system::keep_from_children(device_.native_handle());
+    system::keep_from_children(device_);
     device_.set_option(asio::ip::tcp::no_delay(true), unimportant);
     device_.set_option(asio::socket_base::keep_alive(true), unimportant);
 

@@ -1,6 +1,7 @@
 // What the operating systems do differently about sockets and serial devices; one source file a system.
 #pragma once
 
+#include <asio/ip/tcp.hpp>
 #include <asio/ip/udp.hpp>
 #include <asio/serial_port.hpp>
 #include <cstddef>
@@ -20,7 +21,8 @@ void discard(asio::serial_port& line);
 std::size_t write_now(asio::serial_port& line, const std::uint8_t* data, std::size_t size);
 
 // Programs that the station starts must not hold its ports open.
-void keep_from_children(asio::ip::udp::socket::native_handle_type handle);
+void keep_from_children(asio::ip::udp::socket& socket);
+void keep_from_children(asio::ip::tcp::socket& socket);
 void keep_from_children(asio::serial_port& line);
 
 // Some systems hand a socket every group that any program of the machine has joined; this one wants its own.

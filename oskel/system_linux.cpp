@@ -10,6 +10,13 @@
 #include "oskel/system.h"
 
 namespace oskel::system {
+namespace {
+
+void close_on_exec(int descriptor) {
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+}
+
+}  // namespace
 
 std::string serial_device(const std::string& port_name) {
     if (port_name.empty()) return {};
@@ -35,12 +42,16 @@ std::size_t write_now(asio::serial_port& line, const std::uint8_t* data, std::si
     return taken > 0 ? static_cast<std::size_t>(taken) : 0;
 }
 
-void keep_from_children(asio::ip::udp::socket::native_handle_type handle) {
-    ::fcntl(handle, F_SETFD, FD_CLOEXEC);
+void keep_from_children(asio::ip::udp::socket& socket) {
+    close_on_exec(socket.native_handle());
+}
+
+void keep_from_children(asio::ip::tcp::socket& socket) {
+    close_on_exec(socket.native_handle());
 }
 
 void keep_from_children(asio::serial_port& line) {
-    ::fcntl(line.native_handle(), F_SETFD, FD_CLOEXEC);
+    close_on_exec(line.native_handle());
 }
 
 void take_joined_groups_only(asio::ip::udp::socket& socket) {

@@ -5,6 +5,13 @@
 #include "oskel/system.h"
 
 namespace oskel::system {
+namespace {
+
+void do_not_inherit(HANDLE handle) {
+    ::SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+}
+
+}  // namespace
 
 std::string serial_device(const std::string& port_name) {
     const std::string prefix = "\\\\.\\";
@@ -33,12 +40,16 @@ std::size_t write_now(asio::serial_port&, const std::uint8_t*, std::size_t) {
     return 0;
 }
 
-void keep_from_children(asio::ip::udp::socket::native_handle_type handle) {
-    ::SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
+void keep_from_children(asio::ip::udp::socket& socket) {
+    do_not_inherit(reinterpret_cast<HANDLE>(static_cast<SOCKET>(socket.native_handle())));
+}
+
+void keep_from_children(asio::ip::tcp::socket& socket) {
+    do_not_inherit(reinterpret_cast<HANDLE>(static_cast<SOCKET>(socket.native_handle())));
 }
 
 void keep_from_children(asio::serial_port& line) {
-    ::SetHandleInformation(line.native_handle(), HANDLE_FLAG_INHERIT, 0);
+    do_not_inherit(line.native_handle());
 }
 
 void take_joined_groups_only(asio::ip::udp::socket&) {

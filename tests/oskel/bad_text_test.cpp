@@ -71,8 +71,11 @@ TEST(BadText, AddressesOfADatagramPort) {
     EXPECT_EQ(oskel::dialDatagram("", 9, "127.0.0.1", 0, {}), -1) << "a remote port without an address";
     EXPECT_EQ(oskel::dialDatagram("::1", 9, "127.0.0.1", 0, {}), -1) << "two families";
     EXPECT_EQ(oskel::dialDatagram("127.0.0.1", 9, "::1", 0, {}), -1) << "two families";
+#ifndef _WIN32
+    // Wine, on which the Windows build is tested, binds to any address.
     EXPECT_EQ(oskel::dialDatagram("127.0.0.1", 9, "192.0.2.1", 0, {}), -1)
         << "not an address of this machine";
+#endif
 }
 
 TEST(BadText, PortsOfADatagramPort) {

@@ -72,6 +72,9 @@ TEST(Datagram, EachDatagramIsARunOfItsOwn) {
     oskel::hang_up(handle);
 }
 
+#ifndef _WIN32
+// Wine, on which the Windows build is tested, has a single loopback address: there every stranger is the
+// remote.
 TEST(Datagram, TakesFromTheRemoteAddressAloneButFromAnyOfItsPorts) {
     UdpPeer remote;
     UdpPeer same_address;
@@ -88,6 +91,8 @@ TEST(Datagram, TakesFromTheRemoteAddressAloneButFromAnyOfItsPorts) {
     EXPECT_THAT(inbox.runs(), ElementsAre(bytes("other port"), bytes("remote")));
     oskel::hang_up(handle);
 }
+
+#endif
 
 TEST(Datagram, WithoutARemoteItOnlyReceivesFromAnybody) {
     UdpPeer one;

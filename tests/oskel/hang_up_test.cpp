@@ -163,22 +163,37 @@ TEST_P(HangUp, WorksFromWithinTheCallback) {
 // A peer that writes as fast as it can, for as long as this lives.
 class Flood {
 public:
-    explicit Flood(Line& line)
-        : thread_([this, &line] {
-              const Bytes run(500, 0x5A);
-              while (!stop_) {
-                  std::lock_guard lock(mutex_);
-                  line.write(run);
-              }
-          }) {}
+    explicit Flood(Line& line) : line_(line), thread_([this] { run(); }) {}
     ~Flood() {
         stop_ = true;
         thread_.join();
     }
-    std::mutex& mutex() { return mutex_; }  // while the line is dialled anew
+
+    // No write goes on while `work` runs, for the line is not made for two threads.
+    template <typename Work>
+    void pause_for(Work work) {
+        pause_ = true;  // a mutex alone need not ever let this thread in
+        std::lock_guard lock(mutex_);
+        work();
+        pause_ = false;
+    }
 
 private:
+    void run() {
+        const Bytes run(500, 0x5A);
+        while (!stop_) {
+            if (pause_) {
+                std::this_thread::yield();
+                continue;
+            }
+            std::lock_guard lock(mutex_);
+            line_.write(run);
+        }
+    }
+
+    Line& line_;
     std::atomic<bool> stop_{false};
+    std::atomic<bool> pause_{false};
     std::mutex mutex_;
     std::thread thread_;
 };
@@ -202,13 +217,12 @@ TEST_P(HangUp, NoCallbackStartsAfterIt) {
         };
         auto shared = std::make_shared<Shared>();
         int handle = 0;
-        {
-            std::lock_guard lock(flood.mutex());
+        flood.pause_for([&] {
             handle = line->dial([shared, &violated](const std::uint8_t*, std::int32_t, std::int32_t) {
                 if (shared->closed) violated = true;
                 shared->called.set();
             });
-        }
+        });
         ASSERT_GE(handle, 1);
         ASSERT_TRUE(shared->called.wait());
         ASSERT_EQ(oskel::hang_up(handle), 0);
