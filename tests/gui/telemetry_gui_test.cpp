@@ -1,4 +1,6 @@
 // Events of the receive path through the real window: state, record button, status pages.
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QTranslator>
 #include <algorithm>
@@ -206,17 +208,31 @@ TEST_F(Telemetry, ARefreshAsksForNoLayout) {
     EXPECT_EQ(counter.requests, 0);
 }
 
-TEST_F(Telemetry, NoCaptionOrValueIsCut) {
+// Labels of a page narrower than their text.
+std::vector<std::string> cutLabels(const QWidget* page) {
+    std::vector<std::string> cut;
+    for (const QLabel* label : page->findChildren<QLabel*>()) {
+        if (label->width() < label->fontMetrics().horizontalAdvance(label->text())) {
+            cut.push_back(label->objectName().toStdString() + " " + label->text().toStdString());
+        }
+    }
+    return cut;
+}
+
+TEST_F(Telemetry, NoCaptionOrValueIsCutWithAndWithoutAScrollBar) {
     TelemetryRecord record = recordByHand();
-    for (const std::uint8_t mode : {3, 4}) {
-        record.display_mode = mode;
-        report(record);
+    for (const int height : {900, 500}) {
+        ui().widget_stat->setFixedHeight(height);
         for (QWidget* page : {ui().page, ui().page_2}) {
             ui().stackedWidget->setCurrentWidget(page);
-            QCoreApplication::processEvents();
-            for (const QLabel* label : page->findChildren<QLabel*>()) {
-                EXPECT_GE(label->width(), label->fontMetrics().horizontalAdvance(label->text()))
-                    << label->objectName().toStdString() << " " << label->text().toStdString();
+            const auto* area = page->findChild<QScrollArea*>();
+            ASSERT_NE(area, nullptr);
+            ASSERT_TRUE(waitFor([&] { return area->verticalScrollBar()->isVisible() == (height < 600); }));
+            // The two longest texts of the pages.
+            for (const std::uint8_t mode : {3, 4}) {
+                record.display_mode = mode;
+                report(record);
+                EXPECT_EQ(cutLabels(page), std::vector<std::string>()) << "height " << height;
             }
         }
     }
