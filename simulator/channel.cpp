@@ -132,6 +132,7 @@ void Channel::handOut(AccessUnit& unit) {
 
 void Channel::run() {
     Renderer renderer(options_.encoder.width, options_.encoder.height, index_);
+    renderer.setNumberPlace(options_.number_place);
     I420Image image;
     const std::int64_t period_ns = 1'000'000'000LL / options_.encoder.fps;
     std::int64_t due = monotonicNs();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "simulator/encoder.h"
+#include "simulator/renderer.h"
 #include "simulator/event_log.h"
 #include "simulator/fault_injector.h"
 #include "simulator/pod.h"
@@ -23,6 +24,7 @@ struct ChannelOptions {
     EncoderSettings encoder;
     std::string ts_to;   // ADDRESS:PORT, empty: off
     std::string raw_to;  // the same
+    NumberPlace number_place = NumberPlace::Left;
 };
 
 class Channel {

@@ -154,6 +154,11 @@ const ChannelRow kChannelOptions[] = {
      [](ChannelOptions& c, Value v) { return readInt(v, 64, 100000, c.encoder.bitrate_kbps); }},
     {"--key-interval", "N", "pictures from key frame to key frame, 1 to 1000 (25)",
      [](ChannelOptions& c, Value v) { return readInt(v, 1, 1000, c.encoder.key_interval); }},
+    {"--number", "PLACE", "blocks with the picture's number in its top edge: left, right or off (left)",
+     [](ChannelOptions& c, Value v) {
+         c.number_place = v == "right" ? NumberPlace::Right : v == "off" ? NumberPlace::Off : NumberPlace::Left;
+         return v == "left" || v == "right" || v == "off";
+     }},
     {"--ts", "ADDRESS:PORT", "send the channel as MPEG-TS over UDP, whether watched or not",
      [](ChannelOptions& c, Value v) { return readEndpoint(v, c.ts_to); }},
     {"--raw", "ADDRESS:PORT", "send it as raw Annex B over UDP, in datagrams of at most 1400 bytes",

@@ -53,14 +53,14 @@ void enhance(std::vector<std::uint8_t>& plane, int width, int height, int level)
     }
 }
 
-void fillNumber(I420Image& out, std::uint32_t number) {
+void fillNumber(I420Image& out, std::uint32_t number, int left) {
     for (int k = 0; k < kNumberBlocks; ++k) {
         const bool one = (number >> (kNumberBlocks - 1 - k) & 1) != 0;
         for (int y = 0; y < kNumberBlockPx; ++y)
-            std::memset(&out.y[static_cast<std::size_t>(y * out.width + k * kNumberBlockPx)],
+            std::memset(&out.y[static_cast<std::size_t>(y * out.width + left + k * kNumberBlockPx)],
                         one ? kWhite : kBlack, kNumberBlockPx);
         for (int y = 0; y < kNumberBlockPx / 2; ++y) {
-            const auto at = static_cast<std::size_t>(y * out.width / 2 + k * kNumberBlockPx / 2);
+            const auto at = static_cast<std::size_t>(y * out.width / 2 + left / 2 + k * kNumberBlockPx / 2);
             std::memset(&out.u[at], 128, kNumberBlockPx / 2);
             std::memset(&out.v[at], 128, kNumberBlockPx / 2);
         }
@@ -81,9 +81,11 @@ Canvas canvasOf(I420Image& image, const View& v) {
 }  // namespace
 
 struct Renderer::Impl {
+    NumberPlace number_place = NumberPlace::Left;
     int width, height, channel;
     std::vector<std::uint8_t> heat, scratch;
     std::array<std::vector<std::uint8_t>, 2> rows;
+    NumberPlace number_place = NumberPlace::Left;
 
     void visibleView(const Snapshot& s, const View& view, I420Image& out);
     void infraredView(const Snapshot& s, const View& view, I420Image& out);
@@ -236,7 +238,14 @@ void Renderer::render(const Snapshot& s, std::uint32_t frame_number, I420Image& 
             frameRect(whole, v.x - 2, v.y - 2, v.width + 4, v.height + 4, 2, {210, 128, 128});
     }
     drawOsd(s, views, impl_->channel, whole);
-    fillNumber(out, frame_number);
+    if (impl_->number_place != NumberPlace::Off) {
+        const bool left = impl_->number_place == NumberPlace::Left;
+        fillNumber(out, frame_number, left ? 0 : (out.width - kNumberBlocks * kNumberBlockPx) / 2 * 2);
+    }
+}
+
+void Renderer::setNumberPlace(NumberPlace place) {
+    impl_->number_place = place;
 }
 
 std::vector<VisibleObject> visibleObjects(const Snapshot& s, int width, int height, int channel) {

@@ -29,6 +29,9 @@ struct VisibleObject {
 // an object is told once, in the view that shows the tracker's source.
 std::vector<VisibleObject> visibleObjects(const Snapshot& snapshot, int width, int height, int channel);
 
+// Where the frame number's blocks stand in the top edge.
+enum class NumberPlace { Off, Left, Right };
+
 // One renderer belongs to one thread. All renderers share the textures, made when the first one is built.
 class Renderer {
 public:
@@ -37,6 +40,9 @@ public:
     ~Renderer();
     Renderer(const Renderer&) = delete;
     Renderer& operator=(const Renderer&) = delete;
+
+    // Left unless told otherwise; read the number back at Left alone.
+    void setNumberPlace(NumberPlace place);
 
     // out is resized as needed. The low 16 bits of frame_number are drawn.
     void render(const Snapshot& snapshot, std::uint32_t frame_number, I420Image& out);
