@@ -81,7 +81,6 @@ Canvas canvasOf(I420Image& image, const View& v) {
 }  // namespace
 
 struct Renderer::Impl {
-    NumberPlace number_place = NumberPlace::Left;
     int width, height, channel;
     std::vector<std::uint8_t> heat, scratch;
     std::array<std::vector<std::uint8_t>, 2> rows;
