@@ -1,6 +1,7 @@
 // A UDP socket that listens for a video stream.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,7 +9,7 @@
 
 namespace tavrik {
 
-// One thread at a time.
+// One thread at a time, but for readable().
 class DatagramSocket {
 public:
     DatagramSocket() = default;
@@ -24,10 +25,12 @@ public:
 
     // Waits up to timeout_ms for a datagram. Bytes received, 0 if none came in time, -1 for a broken socket.
     int receive(std::uint8_t* to, std::size_t capacity, int timeout_ms);
+    // True if a datagram waits. Any thread; a guess while another one opens or closes.
+    bool readable() const;
 
 private:
     static constexpr std::intptr_t kNone = -1;
-    std::intptr_t handle_ = kNone;
+    std::atomic<std::intptr_t> handle_{kNone};
 };
 
 }  // namespace tavrik

@@ -65,12 +65,17 @@ bool DatagramSocket::open(const DatagramAddress& address) {
 }
 
 void DatagramSocket::close() {
-    if (handle_ != kNone) ::close(static_cast<int>(handle_));
-    handle_ = kNone;
+    const std::intptr_t handle = handle_.exchange(kNone);
+    if (handle != kNone) ::close(static_cast<int>(handle));
+}
+
+bool DatagramSocket::readable() const {
+    pollfd waiting{static_cast<int>(handle_.load()), POLLIN, 0};
+    return ::poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
 }
 
 int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
-    const int fd = static_cast<int>(handle_);
+    const int fd = static_cast<int>(handle_.load());
     for (;;) {
         const ssize_t got = ::recv(fd, to, capacity, 0);
         if (got > 0) return static_cast<int>(got);

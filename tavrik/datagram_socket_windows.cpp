@@ -61,12 +61,17 @@ bool DatagramSocket::open(const DatagramAddress& address) {
 }
 
 void DatagramSocket::close() {
-    if (handle_ != kNone) ::closesocket(static_cast<SOCKET>(handle_));
-    handle_ = kNone;
+    const std::intptr_t handle = handle_.exchange(kNone);
+    if (handle != kNone) ::closesocket(static_cast<SOCKET>(handle));
+}
+
+bool DatagramSocket::readable() const {
+    WSAPOLLFD waiting{static_cast<SOCKET>(handle_.load()), POLLRDNORM, 0};
+    return ::WSAPoll(&waiting, 1, 0) > 0 && (waiting.revents & POLLRDNORM) != 0;
 }
 
 int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
-    const SOCKET s = static_cast<SOCKET>(handle_);
+    const SOCKET s = static_cast<SOCKET>(handle_.load());
     WSAPOLLFD waiting{s, POLLRDNORM, 0};
     const int ready = ::WSAPoll(&waiting, 1, timeout_ms);
     if (ready == 0) return 0;

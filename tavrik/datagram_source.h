@@ -12,6 +12,7 @@ class DatagramSource : public Source {
 public:
     explicit DatagramSource(const DatagramAddress& address) : address_(address) { socket_.open(address_); }
     void run(SourceSink& sink) override;
+    bool bytesWaiting() const override { return socket_.readable(); }
 
 private:
     DatagramAddress address_;

@@ -55,9 +55,9 @@ LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options o
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
     const std::shared_ptr<LiveSession> self = shared_from_this();
+    source_ = std::move(source);
     if (!workers_.start([self] { self->decodeLoop(); })) return false;
-    const std::shared_ptr<Source> shared_source = std::move(source);
-    if (workers_.start([self, shared_source] { shared_source->run(*self); })) return true;
+    if (workers_.start([self] { self->source_->run(*self); })) return true;
     close();
     return false;
 }
@@ -140,6 +140,8 @@ int LiveSession::silenceMs() const {
 }
 
 void LiveSession::onSilence() {
+    // The receiving thread may not have had its turn yet: bytes that wait in the system are no silence.
+    if (source_->bytesWaiting()) return;
     if (packets_) packets_->idle();
     bytes_.idle();
 }
@@ -162,6 +164,8 @@ void LiveSession::takePacket(const Chunk& chunk) {
                          [this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); });
     } else if (chunk.pts != last_pts_) {
         packets_->endOfPicture();
+    } else if (chunk.pts != AV_NOPTS_VALUE) {
+        packets_->samePicture();
     }
     last_pts_ = chunk.pts;
     packets_->push(chunk.data.data(), chunk.data.size());

@@ -68,6 +68,7 @@ private:
     std::mutex stop_mutex_;
     std::condition_variable stop_changed_;
     ChunkQueue queue_;
+    std::unique_ptr<Source> source_;  // set before the threads start
 
     std::mutex audio_mutex_;
     std::shared_ptr<AudioDecoder> audio_;

@@ -33,6 +33,12 @@ void PictureStream::idle() {
     cut(Cut::Idle);
 }
 
+void PictureStream::samePicture() {
+    if (last_cut_ != Cut::Idle || !cut_a_picture_) return;
+    last_cut_ = Cut::None;
+    morePatience();
+}
+
 bool PictureStream::pending() const {
     return codec_ == Codec::Other ? opaque_.has_picture : splitter_.pending() || assembler_.pending();
 }
@@ -45,6 +51,7 @@ void PictureStream::cut(Cut reason) {
     }
     if (!pending()) return;
     splitter_.flush();
+    cut_a_picture_ = assembler_.pending();
     assembler_.flush();
     last_cut_ = reason;
 }
@@ -52,16 +59,24 @@ void PictureStream::cut(Cut reason) {
 // A cut was wrong if the stream went on inside the picture. Then that kind of cut is used with more patience,
 // and trusted again after many good pictures.
 void PictureStream::learnFromCut() {
-    const bool wrong = splitter_.cutByFlush() || assembler_.takeContinued();
+    const bool continued = assembler_.takeContinued();
+    const bool wrong = continued || splitter_.cutByFlush();
     if (!wrong || last_cut_ == Cut::None) return;
+    // A lost first slice looks the same as a pause, so it takes two within a short time.
+    const bool again = idle_suspect_ && clean_units_ < kSuspectUnits;
     if (last_cut_ == Cut::Idle) {
-        // A lost first slice looks the same, so it takes two within a short time.
-        const bool again = idle_suspect_ && clean_units_ < kSuspectUnits;
-        if (again) idle_ms_ = std::min(idle_ms_ * 2, kMaxIdleMs);
         idle_suspect_ = !again;
+        if (again) morePatience();
     }
     if (last_cut_ == Cut::Container) ++wrong_container_cuts_;
     last_cut_ = Cut::None;
+    clean_units_ = 0;
+}
+
+// Each time it takes longer until the shorter silence is tried again: a try costs a damaged picture.
+void PictureStream::morePatience() {
+    if (idle_ms_ < kMaxIdleMs) units_to_trust_ = std::min(units_to_trust_ * 2, kMaxCleanUnits);
+    idle_ms_ = std::min(idle_ms_ * 2, kMaxIdleMs);
     clean_units_ = 0;
 }
 
@@ -85,7 +100,7 @@ void PictureStream::followCodec(const std::uint8_t* nal, std::size_t size) {
 }
 
 void PictureStream::onUnit(const AccessUnit& unit) {
-    if (++clean_units_ >= kCleanUnits) {
+    if (++clean_units_ >= units_to_trust_) {
         clean_units_ = 0;
         idle_ms_ = std::max(idle_ms_ / 2, kIdleMs);
         wrong_container_cuts_ = 0;

@@ -23,6 +23,8 @@ public:
     void push(const std::uint8_t* data, std::size_t size);
     // The container says that a picture has ended here.
     void endOfPicture();
+    // The container says that what is pushed next belongs to the picture of the last push.
+    void samePicture();
     // No byte has come for idleMs() milliseconds.
     void idle();
 
@@ -41,6 +43,7 @@ private:
     void followCodec(const std::uint8_t* nal, std::size_t size);
     void cut(Cut reason);
     void learnFromCut();
+    void morePatience();
 
     Sink sink_;
     Codec codec_;
@@ -49,16 +52,19 @@ private:
     AccessUnitAssembler assembler_;
     AccessUnit opaque_;  // for Codec::Other
     Cut last_cut_ = Cut::None;
-    int foreign_sets_ = 0;  // parameter sets of another codec in a row
+    bool cut_a_picture_ = false;  // the last cut handed one out
+    int foreign_sets_ = 0;        // parameter sets of another codec in a row
     int idle_ms_ = kIdleMs;
-    bool idle_suspect_ = false;  // one silence has cut a picture; it may have been a loss
-    int clean_units_ = 0;        // pictures since a cut was last found wrong
+    bool idle_suspect_ = false;         // one silence has cut a picture; it may have been a loss
+    int clean_units_ = 0;               // pictures since a cut was last found wrong
+    int units_to_trust_ = kCleanUnits;  // clean pictures after which a shorter silence is tried again
     int wrong_container_cuts_ = 0;
 
     static constexpr int kIdleMs = 3;
     static constexpr int kMaxIdleMs = 48;
     static constexpr int kSuspectUnits = 50;
     static constexpr int kCleanUnits = 500;
+    static constexpr int kMaxCleanUnits = 16000;
     static constexpr int kWrongCutsAllowed = 3;
 };
 

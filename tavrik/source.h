@@ -32,6 +32,8 @@ public:
     virtual ~Source() = default;
     // The body of the source's thread; returns soon after sink.stopped() becomes true.
     virtual void run(SourceSink& sink) = 0;
+    // True if bytes are known to wait that run() has not fetched yet. From any thread while run() runs.
+    virtual bool bytesWaiting() const { return false; }
 };
 
 }  // namespace tavrik

@@ -137,9 +137,23 @@ TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
         paused();
     push(stream, picture);
     EXPECT_EQ(stream.idleMs(), 48);
-    for (int i = 0; i < 2600; ++i)
+    for (int i = 0; i < 50000; ++i)
         push(stream, picture);
-    EXPECT_EQ(stream.idleMs(), 3);
+    EXPECT_EQ(stream.idleMs(), 3) << "and trusts it again after many good pictures";
+}
+
+TEST(PictureStream, BelievesAContainerThatGoesOnWithThePictureAtOnce) {
+    Collected collected;
+    PictureStream stream(Codec::H264, collected.sink());
+    push(stream, joined({kSps264, kPps264}));
+    stream.idle();
+    stream.samePicture();
+    EXPECT_EQ(stream.idleMs(), 3) << "parameter sets ahead of their picture";
+    push(stream, joined({slice264(true, true, 1)}));
+    stream.idle();
+    stream.samePicture();
+    push(stream, {0x99, 0x88});
+    EXPECT_EQ(stream.idleMs(), 6);
 }
 
 TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
