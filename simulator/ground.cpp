@@ -64,7 +64,8 @@ void shade(std::uint8_t* line, int n, int clear, int haze, const std::uint8_t* c
     constexpr int kBlock = 8;
     const int offset = haze * (256 - clear);
     for (int i = 0; i < n; i += kBlock) {
-        const int cover = clouds ? clouds[((shadow.v >> 24) << 8) | (shadow.u >> 24)] : 0;
+        std::uint8_t cover = 0;
+        if (clouds) sampleSmooth(clouds, 8, shadow, 1, &cover);
         const int gain = clear * (256 - std::clamp((cover - 132) * 3, 0, 76)) >> 8;
         const int end = std::min(n, i + kBlock);
         for (int k = i; k < end; ++k)

@@ -179,24 +179,23 @@ void Pod::State::stepTracker(double dt_s) {
     }
     const FlightState& f = flight.state();
     const Vec3 place = {f.east_m, f.north_m, f.height_m};
-    double yaw = 0, el = 0, yaw_rate = 0, el_rate = 0;
+    auto follow = [this](const Sight& t) {
+        servo.follow(t.yaw_deg, t.el_deg, t.yaw_rate_dps, t.el_rate_dps);
+    };
     if (tracker.state() == TrackState::Idle) {
-        if (servo.state() == ServoState::Tracking && !geo_keep) servo.hold();
-        if (geo_keep) {
-            const Vec3 d = geo_point - place;
-            servo.follow(std::atan2(d.x, d.y) / kDeg, std::atan2(d.z, std::hypot(d.x, d.y)) / kDeg, 0, 0);
-        }
+        if (geo_keep)
+            follow(sightOf(geo_point - place, velocity * -1));
+        else if (servo.state() == ServoState::Tracking)
+            servo.hold();
         return;
     }
-    tracker.sight(place, velocity, yaw, el, yaw_rate, el_rate);
-    const double relative = std::remainder(yaw - f.heading_deg, 360);
-    tracker.step(dt_s, place, s.time_s, std::fabs(relative) < kAzimuthStop && el < kElevationHigh);
-    if (tracker.state() == TrackState::Idle) {
+    const Sight before = tracker.sight(place, velocity);
+    const double relative = std::remainder(before.yaw_deg - f.heading_deg, 360);
+    tracker.step(dt_s, place, s.time_s, std::fabs(relative) < kAzimuthStop && before.el_deg < kElevationHigh);
+    if (tracker.state() == TrackState::Idle)
         servo.hold();
-        return;
-    }
-    tracker.sight(place, velocity, yaw, el, yaw_rate, el_rate);
-    servo.follow(yaw, el, yaw_rate, el_rate);
+    else
+        follow(tracker.sight(place, velocity));
 }
 
 void Pod::State::firePulse() {

@@ -157,11 +157,13 @@ private:
 class FieldMap {
 public:
     FieldMap() {
-        for (int k = 0; k < kCells * kCells; ++k) {
+        for (int k = 0; k < kColumns * kRows; ++k) {
             const std::uint32_t h = hash(static_cast<std::uint32_t>(k) + 4242);
             Cell& c = cells_[static_cast<std::size_t>(k)];
-            c.x = (k % kCells + 0.12f + 0.76f * static_cast<float>(h & 255) / 255) * kCell;
-            c.y = (k / kCells + 0.12f + 0.76f * static_cast<float>(h >> 8 & 255) / 255) * kCell;
+            c.x = (static_cast<float>(k % kColumns) + 0.15f + 0.7f * static_cast<float>(h & 255) / 255) *
+                  kCellX;
+            c.y = (static_cast<float>(k / kColumns) + 0.15f + 0.7f * static_cast<float>(h >> 8 & 255) / 255) *
+                  kCellY;
             c.material = static_cast<int>((h >> 16) % std::size(kFields));
             const float angle = static_cast<float>(h >> 24) / 255 * 0.5f + (h & 1 ? 1.57f : 0) - 0.25f;
             const float scale = 256 / kFields[c.material].row_m * static_cast<float>(kCoarseM);
@@ -193,8 +195,10 @@ public:
     }
 
 private:
-    static constexpr int kCells = 14;
-    static constexpr float kCell = static_cast<float>(kPeriod) / kCells;
+    // Longer east to west than north to south, as fields are; distances are scaled to the same shape.
+    static constexpr int kColumns = 12, kRows = 16;
+    static constexpr float kCellX = static_cast<float>(kPeriod) / kColumns,
+                           kCellY = static_cast<float>(kPeriod) / kRows;
     static constexpr Material kHedge = {66, 112, 122, 70, 26, 0, 4};
     struct Cell {
         float x, y, row_u, row_v;
@@ -202,17 +206,16 @@ private:
     };
 
     const Cell& nearest(float x, float y, float& border) const {
-        const int ci = static_cast<int>(x / kCell), cj = static_cast<int>(y / kCell);
+        const int ci = static_cast<int>(x / kCellX), cj = static_cast<int>(y / kCellY);
         float best = 1e9f, second = 1e9f;
         const Cell* found = nullptr;
         for (int b = -1; b <= 1; ++b) {
             for (int a = -1; a <= 1; ++a) {
-                const int wi = (ci + a + kCells) % kCells, wj = (cj + b + kCells) % kCells;
-                const Cell& c = cells_[static_cast<std::size_t>(wj * kCells + wi)];
-                const float dx = c.x + static_cast<float>(ci + a - wi) * kCell - x;
-                const float dy = c.y + static_cast<float>(cj + b - wj) * kCell - y;
-                // Longer east to west than north to south, as fields are.
-                const float d = dx * dx * 0.55f + dy * dy;
+                const int wi = (ci + a + kColumns) % kColumns, wj = (cj + b + kRows) % kRows;
+                const Cell& c = cells_[static_cast<std::size_t>(wj * kColumns + wi)];
+                const float dx = (c.x + static_cast<float>(ci + a - wi) * kCellX - x) * (kCellY / kCellX);
+                const float dy = c.y + static_cast<float>(cj + b - wj) * kCellY - y;
+                const float d = dx * dx + dy * dy;
                 if (d < best) {
                     second = best;
                     best = d;
@@ -226,7 +229,7 @@ private:
         return *found;
     }
 
-    std::array<Cell, kCells * kCells> cells_{};
+    std::array<Cell, kColumns * kRows> cells_{};
 };
 
 constexpr Material FieldMap::kHedge;

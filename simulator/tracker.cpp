@@ -25,6 +25,16 @@ Vec3 imageAt(const Snapshot& s, const Camera& camera, const VisibleObject& objec
 
 }  // namespace
 
+Sight sightOf(const Vec3& offset, const Vec3& velocity) {
+    auto yaw = [](const Vec3& d) { return std::atan2(d.x, d.y) / kDeg; };
+    auto el = [](const Vec3& d) { return std::atan2(d.z, std::hypot(d.x, d.y)) / kDeg; };
+    constexpr double kAhead = 0.02;
+    const Vec3 next = offset + velocity * kAhead;
+    const double yaw_rate = std::remainder(yaw(next) - yaw(offset), 360) / kAhead;
+    const double el_rate = (el(next) - el(offset)) / kAhead;
+    return {yaw(offset), el(offset), std::clamp(yaw_rate, -60.0, 60.0), std::clamp(el_rate, -60.0, 60.0)};
+}
+
 int Tracker::type() const {
     const Traffic* t = trafficById(object_id_);
     return t ? t->type : 0;
@@ -148,19 +158,8 @@ void Tracker::step(double dt_s, const Vec3& camera, double time_s, bool in_reach
     }
 }
 
-void Tracker::sight(const Vec3& position, const Vec3& velocity, double& yaw_deg, double& el_deg,
-                    double& yaw_rate_dps, double& el_rate_dps) const {
-    auto angles = [](const Vec3& d, double& yaw, double& el) {
-        yaw = std::atan2(d.x, d.y) / kDeg;
-        el = std::atan2(d.z, std::hypot(d.x, d.y)) / kDeg;
-    };
-    const Vec3 d = position_ - position;
-    angles(d, yaw_deg, el_deg);
-    constexpr double kAhead = 0.02;
-    double yaw = 0, el = 0;
-    angles(d + (velocity_ - velocity) * kAhead, yaw, el);
-    yaw_rate_dps = std::clamp(std::remainder(yaw - yaw_deg, 360) / kAhead, -60.0, 60.0);
-    el_rate_dps = std::clamp((el - el_deg) / kAhead, -60.0, 60.0);
+Sight Tracker::sight(const Vec3& position, const Vec3& velocity) const {
+    return sightOf(position_ - position, velocity_ - velocity);
 }
 
 void Tracker::report(Snapshot& s) const {

@@ -6,6 +6,13 @@
 
 namespace podsim {
 
+// A line of sight: earth azimuth and elevation, degrees, and their change, degrees per second.
+struct Sight {
+    double yaw_deg, el_deg, yaw_rate_dps, el_rate_dps;
+};
+// offset, velocity: of the target relative to the pod.
+Sight sightOf(const Vec3& offset, const Vec3& velocity);
+
 class Tracker {
 public:
     TrackState state() const { return state_; }
@@ -24,9 +31,8 @@ public:
 
     // camera: where the pod is; in_reach: whether the servo can point there.
     void step(double dt_s, const Vec3& camera, double time_s, bool in_reach);
-    // Direction from a position to the target and its rate, degrees; valid unless idle.
-    void sight(const Vec3& position, const Vec3& velocity, double& yaw_deg, double& el_deg,
-               double& yaw_rate_dps, double& el_rate_dps) const;
+    // Direction from a position to the target and its rate; valid unless idle.
+    Sight sight(const Vec3& position, const Vec3& velocity) const;
     // Fills the tracker's fields of the snapshot from its camera.
     void report(Snapshot& snapshot) const;
 
