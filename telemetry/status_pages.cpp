@@ -9,7 +9,7 @@ namespace {
 
 constexpr int kRowHeight = 24;
 constexpr int kGroupGap = 8;
-constexpr int kColumnGap = 4;  // beside the blank that the full-width colon brings
+constexpr int kColumnGap = 8;
 
 // Until the first report. The aircraft page stays blank until its first block.
 QString initialText(sorvane::PanelPage page) {

@@ -1,4 +1,5 @@
 // Events of the receive path through the real window: state, record button, status pages.
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
@@ -270,6 +271,33 @@ TEST_F(Telemetry, ALanguageChangeSetsCaptionsAtOnceAndWordsWithTheNextReport) {
     window->retranslate();
     EXPECT_EQ(caption("m_fldTrackX"), "中心点宽坐标：");
     EXPECT_EQ(text("label_servo_state_val"), "#跟踪");
+}
+
+TEST_F(Telemetry, InEnglishEveryTextIsEnglishAndFits) {
+    in().m_settings()->applyLanguage(1);
+    const QRegularExpression chinese(QStringLiteral("\\p{Han}"));
+    ui().widget_stat->setFixedHeight(500);
+    for (QWidget* page : {ui().page, ui().page_2}) {
+        ui().stackedWidget->setCurrentWidget(page);
+        for (int i = 0; i < 16; ++i) {
+            TelemetryRecord record;
+            record.load_type = static_cast<std::uint8_t>(i % 7);
+            record.module_status = i % 2 == 0 ? 0x00 : 0xFF;
+            record.status_word_a = i % 2 == 0 ? 0x0000 : 0xFFFF;
+            record.status_word_b = i % 2 == 0 ? 0x0000 : 0x0BFF;
+            record.servo_state = static_cast<std::uint8_t>(i);
+            record.display_mode = static_cast<std::uint8_t>(i % 8);
+            record.track_state = static_cast<std::uint8_t>(i % 6);
+            record.attitude_guidance_feedback = static_cast<std::uint8_t>(17 + i % 4);
+            report(record);
+            QCoreApplication::processEvents();
+            EXPECT_EQ(cutLabels(page), std::vector<std::string>());
+            for (const QLabel* label : page->findChildren<QLabel*>()) {
+                EXPECT_FALSE(label->text().contains(chinese)) << label->text().toStdString();
+            }
+        }
+    }
+    in().m_settings()->applyLanguage(0);
 }
 
 // --- what else a report sets ---
