@@ -93,7 +93,8 @@ void Korvath::buildTitleBar() {
     layout->addWidget(ui->mainToolBar);
     layout->addWidget(ui->toolBar_2);
     buildViewMenu();
-    const auto icon = [this](QStyle::StandardPixmap which) { return style()->standardIcon(which); };
+    // The window is handed over so that the theme's sheet can give the icons.
+    const auto icon = [this](QStyle::StandardPixmap which) { return style()->standardIcon(which, nullptr, this); };
     ui->toolButton_3->setIcon(icon(QStyle::SP_TitleBarMinButton));
     ui->toolButton_2->setIcon(icon(QStyle::SP_TitleBarMaxButton));
     ui->toolButton->setIcon(icon(QStyle::SP_TitleBarCloseButton));
@@ -173,7 +174,7 @@ void Korvath::initSecondStage() {
     fillCommandFields();
     ui->tabWidget->hide();
     showMaximized();
-    ui->toolButton_2->setIcon(style()->standardIcon(QStyle::SP_TitleBarNormalButton));
+    ui->toolButton_2->setIcon(style()->standardIcon(QStyle::SP_TitleBarNormalButton, nullptr, this));
     ui->splitter_2->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
     ui->radioButton_15->setChecked(true);
     ui->radioButton_17->setChecked(true);

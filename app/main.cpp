@@ -4,6 +4,7 @@
 
 #include "app/korvath.h"
 #include "platform/process.h"
+#include "widgets/ui_fonts.h"
 
 namespace {
 
@@ -30,6 +31,7 @@ int main(int argc, char* argv[]) {
     std::atexit([] { platform::exitAtOnce(); });
 #endif
     QApplication application(argc, argv);
+    installFontSubstitutes();
     Korvath window;
     setInstance(&window);
     window.initFirstStage();

@@ -3,7 +3,8 @@
 
   make_icons.py RSVG_CONVERT TOKENS SVG_DIR OUT_DIR
 
-An icon of the tool bar NAME gives NAME.png by day and NAME_night.png by night, each also as @2x for fine screens.
+An icon of the tool bar NAME gives NAME.png by day and NAME_night.png by night, each also as @2x for fine screens. The
+pictures that style sheets load have no @2x: there the toolkit takes its pixels for the size.
 """
 import json
 import subprocess
@@ -14,7 +15,8 @@ from pathlib import Path
 
 TOOL_BAR_PX = 22
 TOOL_BAR = ("icon_settings_connect", "icon_settings", "icon_singleSnap", "icon_record", "map", "icon_openAvi2",
-            "icon_chart", "icon_telemetry_info", "icon_sei", "show_video", "minimise", "maximise", "restore", "close")
+            "icon_chart", "icon_telemetry_info", "icon_sei", "show_video")
+WINDOW = ("minimise", "maximise", "restore", "close")
 # Marks in buttons: plain, "_on" over the accent, "_off" when disabled.
 GLYPH_PX = 20
 GLYPHS = ("up", "down", "left", "right", "start", "stop")
@@ -29,7 +31,7 @@ def jobs(tokens):
     for theme, sheet in tokens["sheets"].items():
         colours, suffix = tokens["themes"][theme], sheet["suffix"]
         text, on, off, danger = (colours[k] for k in ("text", "accent_text", "muted", "danger"))
-        for name in TOOL_BAR:
+        for name in TOOL_BAR + WINDOW:
             yield name, name + suffix, TOOL_BAR_PX, text, danger
         for name in GLYPHS:
             yield name, name + suffix, GLYPH_PX, text, danger
@@ -63,7 +65,7 @@ def main():
     with ThreadPoolExecutor() as pool:
         runs = []
         for source, name, pixels, colour, danger in jobs(tokens):
-            for scale, mark in ((1, ""), (2, "@2x")):
+            for scale, mark in ((1, ""), (2, "@2x")) if source in TOOL_BAR else ((1, ""),):
                 runs.append(pool.submit(render, converter, svg / f"{source}.svg", out / f"{name}{mark}.png",
                                         pixels * scale, colour, danger))
         for run in runs:
