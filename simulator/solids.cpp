@@ -275,8 +275,8 @@ void drawBoat(const Scene& scene, const Traffic& t, const TrafficState& state) {
 }
 
 void drawBridge(const Scene& scene, double dx, double dy) {
-    constexpr Paint kDeck = {{108, 129, 127}, 176}, kConcrete = {{172, 126, 130}, 150},
-                    kGrass = {{104, 109, 124}, 96}, kLine = {{206, 127, 128}, 188},
+    constexpr Paint kDeck = {{108, 129, 127}, 150}, kConcrete = {{172, 126, 130}, 150},
+                    kGrass = {{104, 109, 124}, 96}, kLine = {{206, 127, 128}, 160},
                     kRail = {{200, 128, 128}, 140};
     constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8, kSpread = 1.5;
     constexpr double kOverlap = 0.12;  // of neighbouring pieces, against seams

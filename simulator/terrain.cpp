@@ -31,9 +31,9 @@ constexpr Material kFields[] = {
 };
 constexpr Material kWater = {72, 137, 121, 58, 8, 0, 4};
 constexpr Material kSand = {150, 116, 136, 140, 20, 0, 4};
-constexpr Material kAsphalt = {104, 129, 127, 176, 10, 0, 4};
+constexpr Material kAsphalt = {104, 129, 127, 148, 10, 0, 4};
 constexpr Material kVerge = {122, 118, 131, 130, 22, 0, 4};
-constexpr Material kMarking = {205, 127, 128, 188, 6, 0, 4};
+constexpr Material kMarking = {205, 127, 128, 160, 6, 0, 4};
 constexpr Material kDirt = {146, 116, 138, 158, 18, 0, 4};
 constexpr Material kYard = {126, 119, 133, 138, 20, 0, 4};
 
@@ -165,6 +165,9 @@ public:
             c.y = (static_cast<float>(k / kColumns) + 0.15f + 0.7f * static_cast<float>(h >> 8 & 255) / 255) *
                   kCellY;
             c.material = static_cast<int>((h >> 16) % std::size(kFields));
+            // Around the village the cattle graze.
+            const double to_village = std::hypot(nearImage(c.x, 0) + 34, nearImage(c.y, 0));
+            if (to_village < 160) c.material = h >> 16 & 1 ? 0 : 6;
             const float angle = static_cast<float>(h >> 24) / 255 * 0.5f + (h & 1 ? 1.57f : 0) - 0.25f;
             const float scale = 256 / kFields[c.material].row_m * static_cast<float>(kCoarseM);
             c.row_u = static_cast<int>(256 * scale * std::cos(angle)) / 256.0f;
