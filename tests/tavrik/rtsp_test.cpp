@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/base64.h>
+}
+
 #include <algorithm>
 
 #include "receiver.h"
@@ -84,6 +88,37 @@ TEST(Rtsp, DecodesTheSoundBesideThePicture) {
     // Mu-law 0x80 is the largest positive sample, 32124.
     const Bytes sound = receiver.sound();
     EXPECT_EQ(sound[200] | (sound[201] << 8), 32124);
+}
+
+TEST(Rtsp, TakesParameterSetsFromTheSessionDescriptionAlone) {
+    TestEncoder encoder(EncoderSettings{});
+    std::vector<Bytes> units;
+    for (int n = 0; n < 40; ++n)
+        units.push_back(encoder.encode(n));
+    const auto is_set = [](const Bytes& nal) { return nal[0] % 32 == 7 || nal[0] % 32 == 8; };
+    RtspServer::Settings settings;
+    for (const Bytes& nal : nalsOf(units[0])) {
+        if (!is_set(nal)) continue;
+        std::vector<char> text(AV_BASE64_SIZE(nal.size()));
+        av_base64_encode(text.data(), static_cast<int>(text.size()), nal.data(),
+                         static_cast<int>(nal.size()));
+        settings.parameter_sets += (settings.parameter_sets.empty() ? "" : ",") + std::string(text.data());
+    }
+    RtspServer server(settings);
+    Receiver receiver;
+    const int handle =
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+    ASSERT_TRUE(server.waitForPlay(kPatienceMs));
+    EXPECT_TRUE(stream(
+        [&](int n) {
+            std::vector<Bytes> nals = nalsOf(units[static_cast<std::size_t>(n) % units.size()]);
+            nals.erase(std::remove_if(nals.begin(), nals.end(), is_set), nals.end());
+            server.sendPicture(annexB(nals), static_cast<std::uint32_t>(n) * kTicks);
+        },
+        [&] { return receiver.numbers().size() >= 15; }));
+    feedClose(handle);
+    for (const int number : receiver.numbers())
+        EXPECT_GE(number, 0);
 }
 
 TEST(Rtsp, LeavesTheSoundOutWhenNobodyListens) {
