@@ -84,7 +84,7 @@ void fade(std::uint8_t* line, int n, int clear, int haze) {
 int levelFor(const Texture& texture, double footprint_m) {
     const double texel = kPeriod / (1 << texture.log2);
     const int level = static_cast<int>(std::floor(std::log2(std::max(footprint_m / texel, 1e-3)) + 0.6));
-    return std::clamp(level, 0, texture.log2);
+    return std::clamp(level, 0, texture.log2 - 1);  // a walk needs two texels a side
 }
 
 // One row of ground. pixels of the row are spaced step along the ground from start.
