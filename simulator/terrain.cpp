@@ -20,13 +20,13 @@ struct Material {
     float row_m;           // distance of the crop rows
 };
 constexpr Material kFields[] = {
-    {98, 110, 124, 92, 34, 0, 4},       // meadow
+    {106, 108, 123, 92, 34, 0, 4},       // meadow
     {84, 108, 122, 84, 22, 7, 3.1f},    // beet
     {118, 104, 130, 100, 18, 6, 2.6f},  // young corn
     {152, 98, 140, 132, 16, 8, 3.4f},   // wheat
     {112, 117, 142, 150, 20, 9, 2.9f},  // ploughed
     {132, 108, 132, 112, 26, 5, 4.2f},  // stubble
-    {74, 110, 121, 78, 26, 0, 4},       // rough pasture
+    {92, 107, 122, 78, 28, 0, 4},       // rough pasture
     {106, 106, 122, 88, 20, 8, 3.6f},   // vegetables
 };
 constexpr Material kWater = {72, 137, 121, 58, 8, 0, 4};
