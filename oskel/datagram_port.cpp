@@ -4,6 +4,7 @@
 #include <asio/ip/multicast.hpp>
 #include <asio/ip/v6_only.hpp>
 #include <chrono>
+#include <thread>
 
 #include "oskel/system.h"
 
@@ -25,7 +26,7 @@ bool concerns_one_datagram(const asio::error_code& error) {
 }  // namespace
 
 DatagramPort::DatagramPort(const DatagramRoute& route, ReceiveCallback on_bytes)
-    : Port("oskel-udp", std::move(on_bytes)), route_(route), socket_(io_), pause_(io_) {}
+    : Port("oskel-udp", std::move(on_bytes)), route_(route), socket_(io_) {}
 
 bool DatagramPort::open() {
     asio::error_code error;
@@ -92,21 +93,12 @@ void DatagramPort::arm_receive() {
 void DatagramPort::on_received(const asio::error_code& error, std::size_t size) {
     if (!error && size > 0 && (takes_from_anybody() || sender_.address() == route_.remote.address()))
         deliver(size);
+    // An interface that is gone fails every receive at once until it is back; that must not burn the
+    // processor.
+    if (error && error != asio::error::operation_aborted && !concerns_one_datagram(error))
+        std::this_thread::sleep_for(pause_after_error);
     std::lock_guard lock(mutex_);
-    if (ended()) return;
-    if (error && !concerns_one_datagram(error))
-        rearm_later();
-    else
-        arm_receive();
-}
-
-// An interface that is gone fails every receive at once until it is back; that must not burn the processor.
-void DatagramPort::rearm_later() {
-    pause_.expires_after(pause_after_error);
-    pause_.async_wait([this](const asio::error_code&) {
-        std::lock_guard lock(mutex_);
-        if (!ended()) arm_receive();
-    });
+    if (!ended()) arm_receive();
 }
 
 int DatagramPort::send(const std::uint8_t* data, std::size_t size) {
@@ -118,7 +110,6 @@ int DatagramPort::send(const std::uint8_t* data, std::size_t size) {
 
 void DatagramPort::close_device() {
     asio::error_code unimportant;
-    pause_.cancel();
     socket_.close(unimportant);
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <asio/ip/udp.hpp>
-#include <asio/steady_timer.hpp>
 #include <memory>
 
 #include "oskel/port.h"
@@ -27,7 +26,6 @@ private:
     void close_device() override;
 
     void on_received(const asio::error_code& error, std::size_t size);
-    void rearm_later();
     bool takes_from_anybody() const;
     bool bind();
     bool join_group();
@@ -36,7 +34,6 @@ private:
     // With the receive buffer, since the system may fill it until the operation has come back.
     asio::ip::udp::endpoint sender_;
     asio::ip::udp::socket socket_;
-    asio::steady_timer pause_;
 };
 
 }  // namespace oskel
