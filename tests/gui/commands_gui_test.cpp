@@ -77,8 +77,7 @@ protected:
         ui().tabWidget->show();
         for (const QStringList& set : golden.sets)
             fill(set[0], set[1]);
-        // The start's own command has ended.
-        ASSERT_TRUE(waitFor([this] { return in().m_frameRelease(); }));
+        letTheStartEnd();
         fire(in().m_stopTimer());
         tick();
         tick();
@@ -270,7 +269,7 @@ TEST_F(CommandsTest, HeldCommandGoesOutAgainWithTheRealTimer) {
     start({{"common/send_single", false}, {"common/send_period_ms", 20}});
     openUdp();
     ui().tabWidget->show();
-    ASSERT_TRUE(waitFor([this] { return in().m_frameRelease(); })) << "the start's own command ends";
+    letTheStartEnd();
     QTest::mousePress(ui().pushButton_119, Qt::LeftButton);
     const auto zoomFrames = [this] {
         int n = 0;

@@ -142,6 +142,13 @@ protected:
         dialog().pushButton_25->click();
         ASSERT_EQ(in().m_linkState(), LINK_SERIAL);
     }
+    // The start sends a command of its own and stops it 100 ms later. Timers expire in their order, so a
+    // longer one started now expires after it.
+    void letTheStartEnd() {
+        bool later = false;
+        QTimer::singleShot(150, Qt::PreciseTimer, window.get(), [&] { later = true; });
+        ASSERT_TRUE(waitFor([&] { return later; }));
+    }
     void choosePeriodic() const { in().m_settings()->ui->rbtn_scaleQualLow_3->setChecked(true); }
     void chooseSingle() const { in().m_settings()->ui->rbtn_scaleQualHigh_3->setChecked(true); }
 
