@@ -284,6 +284,12 @@ void Pod::State::refresh() {
     s.ir_fov_deg = fovOf(kInfraredSensorMm, s.ir_focal_mm * s.ir_ezoom);
     s.nuc_s = nuc_s;
     s.module_bits = static_cast<std::uint8_t>(boot_s > 0 ? s.module_bits & 0x7F : s.module_bits | 0x80);
+    refreshTarget();
+    tracker.report(s);
+}
+
+// Where the line of sight meets the ground.
+void Pod::State::refreshTarget() {
     const Camera camera = cameraOf(s, {false, 0, 0, s.frame_width, s.frame_height, s.vl_fov_deg});
     Vec3 ground;
     s.slant_m = 0;
@@ -296,7 +302,6 @@ void Pod::State::refresh() {
         s.target_longitude_deg = s.centre_longitude_deg;
         s.target_altitude_m = s.centre_altitude_m;
     }
-    tracker.report(s);
 }
 
 Pod::Pod(const PodConfig& config) : state_(new State(config)) {}

@@ -145,6 +145,7 @@ struct Pod::State {
 
     void moveLens(Lens& lens, int zoom, int focus, int speed);
     void refresh();  // all of snapshot that follows from the rest
+    void refreshTarget();
     void stepTracker(double dt_s);
     void stepLaser(double dt_s);
     void stepStorage(double dt_s);

@@ -198,6 +198,109 @@ void drawWake(const Scene& scene, const Frame& f, double l, double w) {
     }
 }
 
+// The bridge in pieces along the road, and its ramps: banks of earth that end in walls under the deck's ends.
+class Bridge {
+public:
+    Bridge(const Scene& scene, double dx, double dy) : scene_(scene), dx_(dx), dy_(dy) {}
+
+    void drawPiersAndWalls() const {
+        for (double x = World::bridgeWest() + 9; x < World::bridgeEast() - 6;
+             x += (World::bridgeEast() - World::bridgeWest() - 18) / 2) {
+            const Vec3 foot = at(x, 0, 0);
+            drawBox(scene_, {foot.x, foot.y, 0, 1, 0}, -1, 1, World::kMainHalf - 1, 0,
+                    World::mainRoadZ(x) - 1, kConcrete, kConcrete);
+        }
+        for (const double x : {wall_west_, wall_east_}) {
+            const double z = World::mainRoadZ(x), foot = kEdge + kSpread * z;
+            const Vec3 wall[4] = {at(x, -foot, 0), at(x, foot, 0), at(x, kEdge, z), at(x, -kEdge, z)};
+            drawFace(scene_, wall, 4, kConcrete, true);
+        }
+    }
+
+    void drawSides() const {
+        drawBank(from_, wall_west_);
+        for (double x = wall_west_; x < wall_east_; x += kStep)
+            drawSide(x, std::min(x + kStep, wall_east_) + kOverlap, 0.8, 1, 0, kConcrete);
+        drawBank(wall_east_, to_);
+    }
+
+    void drawDeck() const {
+        for (double x = from_; x < to_; x += kStep) {
+            const double n = std::min(x + kStep, to_);
+            strip(x, n, -kEdge, -World::kMainHalf, 0, kConcrete);
+            strip(x, n, World::kMainHalf, kEdge, 0, kConcrete);
+            strip(x, n, -World::kMainHalf, World::kMainHalf, 0, kDeck);
+            for (const double line : {-7.0, 0.0, 7.0}) {
+                const double half = line == 0 ? 0.3 : 0.16;
+                strip(x, n, line - half, line + half, 0.02, kLine);
+            }
+            if (static_cast<int>(std::floor((x - from_) / kStep)) % 2 == 0) {
+                strip(x, n, -3.81, -3.49, 0.02, kLine);
+                strip(x, n, 3.49, 3.81, 0.02, kLine);
+            }
+            drawRails(x, n);
+        }
+    }
+
+private:
+    static constexpr Paint kDeck = {{108, 129, 127}, 150}, kConcrete = {{172, 126, 130}, 150},
+                           kGrass = {{104, 109, 124}, 96}, kLine = {{206, 127, 128}, 160},
+                           kRail = {{200, 128, 128}, 140};
+    static constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8, kSpread = 1.5;
+    static constexpr double kOverlap = 0.12;  // of neighbouring pieces, against seams
+
+    Vec3 at(double x, double left, double z) const { return {x + dx_, World::mainRoadY(x) + dy_ + left, z}; }
+
+    // Both sides between x and n; low and high are shares of the height between ground and deck.
+    void drawSide(double x, double n, double low, double high, double spread, const Paint& paint) const {
+        const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
+        auto point = [&](double px, double z, double share, double way) {
+            return at(px, way * (kEdge + spread * z * (1 - share)), z * share);
+        };
+        const Vec3 south[4] = {point(x, z0, low, -1), point(n, z1, low, -1), point(n, z1, high, -1),
+                               point(x, z0, high, -1)};
+        const Vec3 north[4] = {point(n, z1, low, 1), point(x, z0, low, 1), point(x, z0, high, 1),
+                               point(n, z1, high, 1)};
+        drawFace(scene_, south, 4, paint);
+        drawFace(scene_, north, 4, paint);
+    }
+
+    void drawBank(double from, double to) const {
+        constexpr int kBands = 4;
+        int k = 0;
+        for (double x = from; x < to; x += kStep, ++k) {
+            for (int band = 0; band < kBands; ++band) {
+                Paint grass = kGrass;
+                grass.visible.y =
+                    static_cast<std::uint8_t>(grass.visible.y + (k * 7 + band * 11) % 13 - 3 * band);
+                drawSide(x, std::min(x + kStep, to) + kOverlap, band / double{kBands}, (band + 1.04) / kBands,
+                         kSpread, grass);
+            }
+        }
+    }
+
+    void strip(double x, double n, double a, double b, double lift, const Paint& paint) const {
+        const double z0 = World::mainRoadZ(x) + lift, z1 = World::mainRoadZ(n) + lift;
+        const Vec3 face[4] = {at(x, a, z0), at(n + kOverlap, a, z1), at(n + kOverlap, b, z1), at(x, b, z0)};
+        drawFace(scene_, face, 4, paint);
+    }
+
+    void drawRails(double x, double n) const {
+        const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
+        if (z0 < 1.5 || z1 < 1.5) return;
+        for (const double side : {-kEdge, kEdge}) {
+            const Vec3 rail[4] = {at(x, side, z0 + 0.55), at(n, side, z1 + 0.55), at(n, side, z1 + 1.0),
+                                  at(x, side, z0 + 1.0)};
+            drawFace(scene_, rail, 4, kRail, true);
+        }
+    }
+
+    const Scene& scene_;
+    double dx_, dy_;
+    double from_ = World::bridgeWest() - 60, to_ = World::bridgeEast() + 60;
+    double wall_west_ = World::bridgeWest() - 2, wall_east_ = World::bridgeEast() + 2;
+};
+
 }  // namespace
 
 void drawHouse(const Scene& scene, const House& h, double x, double y) {
@@ -275,85 +378,10 @@ void drawBoat(const Scene& scene, const Traffic& t, const TrafficState& state) {
 }
 
 void drawBridge(const Scene& scene, double dx, double dy) {
-    constexpr Paint kDeck = {{108, 129, 127}, 150}, kConcrete = {{172, 126, 130}, 150},
-                    kGrass = {{104, 109, 124}, 96}, kLine = {{206, 127, 128}, 160},
-                    kRail = {{200, 128, 128}, 140};
-    constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8, kSpread = 1.5;
-    constexpr double kOverlap = 0.12;  // of neighbouring pieces, against seams
-    const double from = World::bridgeWest() - 60, to = World::bridgeEast() + 60;
-    auto at = [&](double x, double left, double z) {
-        return Vec3{x + dx, World::mainRoadY(x) + dy + left, z};
-    };
-    for (double x = World::bridgeWest() + 9; x < World::bridgeEast() - 6;
-         x += (World::bridgeEast() - World::bridgeWest() - 18) / 2) {
-        const Vec3 foot = at(x, 0, 0);
-        drawBox(scene, {foot.x, foot.y, 0, 1, 0}, -1, 1, World::kMainHalf - 1, 0, World::mainRoadZ(x) - 1,
-                kConcrete, kConcrete);
-    }
-    // The ramps are banks of earth that end in walls under the ends of the deck.
-    const double wall_west = World::bridgeWest() - 2, wall_east = World::bridgeEast() + 2;
-    for (const double x : {wall_west, wall_east}) {
-        const double z = World::mainRoadZ(x), foot = kEdge + kSpread * z;
-        const Vec3 wall[4] = {at(x, -foot, 0), at(x, foot, 0), at(x, kEdge, z), at(x, -kEdge, z)};
-        drawFace(scene, wall, 4, kConcrete, true);
-    }
-    auto side = [&](double x, double n, double low, double high, double spread, const Paint& paint) {
-        // low and high: shares of the height between the ground and the edge of the deck.
-        const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
-        auto point = [&](double px, double z, double share, double way) {
-            return at(px, way * (kEdge + spread * z * (1 - share)), z * share);
-        };
-        const Vec3 south[4] = {point(x, z0, low, -1), point(n, z1, low, -1), point(n, z1, high, -1),
-                               point(x, z0, high, -1)};
-        const Vec3 north[4] = {point(n, z1, low, 1), point(x, z0, low, 1), point(x, z0, high, 1),
-                               point(n, z1, high, 1)};
-        drawFace(scene, south, 4, paint);
-        drawFace(scene, north, 4, paint);
-    };
-    const double parts[3][2] = {{from, wall_west}, {wall_west, wall_east}, {wall_east, to}};
-    for (int part = 0; part < 3; ++part) {
-        int k = part;
-        for (double x = parts[part][0]; x < parts[part][1]; x += kStep, ++k) {
-            const double n = std::min(x + kStep, parts[part][1]) + kOverlap;
-            if (part == 1) {
-                side(x, n, 0.8, 1, 0, kConcrete);
-                continue;
-            }
-            constexpr int kBands = 4;
-            for (int band = 0; band < kBands; ++band) {
-                Paint grass = kGrass;
-                grass.visible.y =
-                    static_cast<std::uint8_t>(grass.visible.y + (k * 7 + band * 11) % 13 - 3 * band);
-                side(x, n, band / double{kBands}, (band + 1.04) / kBands, kSpread, grass);
-            }
-        }
-    }
-    for (double x = from; x < to; x += kStep) {
-        const double n = std::min(x + kStep, to);
-        const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
-        auto strip = [&](double a, double b, double lift, const Paint& paint) {
-            const Vec3 face[4] = {at(x, a, z0 + lift), at(n + kOverlap, a, z1 + lift),
-                                  at(n + kOverlap, b, z1 + lift), at(x, b, z0 + lift)};
-            drawFace(scene, face, 4, paint);
-        };
-        strip(-kEdge, -World::kMainHalf, 0, kConcrete);
-        strip(World::kMainHalf, kEdge, 0, kConcrete);
-        strip(-World::kMainHalf, World::kMainHalf, 0, kDeck);
-        strip(-0.3, 0.3, 0.02, kLine);
-        strip(-7.16, -6.84, 0.02, kLine);
-        strip(6.84, 7.16, 0.02, kLine);
-        if (static_cast<int>(std::floor((x - from) / kStep)) % 2 == 0) {
-            strip(-3.81, -3.49, 0.02, kLine);
-            strip(3.49, 3.81, 0.02, kLine);
-        }
-        if (z0 > 1.5 && z1 > 1.5) {
-            for (const double side : {-kEdge, kEdge}) {
-                const Vec3 rail[4] = {at(x, side, z0 + 0.55), at(n, side, z1 + 0.55), at(n, side, z1 + 1.0),
-                                      at(x, side, z0 + 1.0)};
-                drawFace(scene, rail, 4, kRail, true);
-            }
-        }
-    }
+    const Bridge bridge(scene, dx, dy);
+    bridge.drawPiersAndWalls();
+    bridge.drawSides();
+    bridge.drawDeck();
 }
 
 }  // namespace podsim
