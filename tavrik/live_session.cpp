@@ -183,6 +183,7 @@ void LiveSession::passSei(Codec codec, const AccessUnit& unit) {
     if (unit.sei.empty() || !callbacks_.on_sei) return;
     // A copy: the receiver may write on it.
     std::vector<std::uint8_t> run = unit.sei;
+    run.push_back(0);
     gate_.call(
         [&] { callbacks_.on_sei(run.data(), static_cast<int>(run.size()), codec == Codec::H265 ? 1 : 0); });
 }

@@ -17,7 +17,8 @@ using FrameCallback = std::function<void(AVFrame* frame, float fps, int bitrate)
 // block in it.
 using AudioCallback = std::function<void(unsigned char* data, int size, int sample_rate, int channels)>;
 // A run of SEI NAL units of one picture, each with a 4-byte start code, emulation prevention in place.
-// kind: 0 H.264, 1 H.265. Called on the stream's thread.
+// One zero byte follows the last (trailing_zero_8bits of the byte stream format), so that a reader that looks
+// for the byte behind a message finds one. kind: 0 H.264, 1 H.265. Called on the stream's thread.
 using SeiCallback = std::function<void(void* data, int size, int kind)>;
 // Pulls up to `capacity` bytes of an elementary stream or transport stream; returns the bytes copied, 0 if
 // none waits.

@@ -65,8 +65,10 @@ TEST_P(UdpPictures, ArriveInOrderWithTheirContentAndTheirSei) {
     EXPECT_EQ(receiver.sei_kind_, GetParam().codec == Codec::H265 ? 1 : 0);
     const Bytes expected = annexB({sei});
     for (const Bytes& run : receiver.sei()) {
-        ASSERT_TRUE(run.size() >= expected.size() &&
-                    std::equal(expected.begin(), expected.end(), run.begin()));
+        ASSERT_GT(run.size(), expected.size());
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), run.begin()));
+        ASSERT_EQ(run.back(), 0);
+        ASSERT_NE(run[run.size() - 2], 0);
     }
 }
 
