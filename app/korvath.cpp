@@ -126,6 +126,8 @@ void Korvath::buildViewMenu() {
 void Korvath::initFirstStage() {
     createStatPane();
     m_settings = new PlayerSettingsDlg(this);
+    // The strip beside the logo shows what a window frame would.
+    ui->label_102->setText(config().app_title);
     const int mode = config().video_display_mode;
     applyViewMode(mode >= 0 && mode <= 3 ? mode : 0);
     applyTheme(config().theme);

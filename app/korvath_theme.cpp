@@ -81,6 +81,7 @@ void Korvath::retranslate() {
     placePaneToggles();
     ui->retranslateUi(this);
     setWindowTitle(config().app_title);
+    ui->label_102->setText(config().app_title);
     retranslateStatusPages();
     m_settings->init();
     retranslateCommands();
