@@ -131,6 +131,7 @@ void Korvath::initFirstStage() {
     const int mode = config().video_display_mode;
     applyViewMode(mode >= 0 && mode <= 3 ? mode : 0);
     applyTheme(config().theme);
+    setServoFrame(config().platform_type);
     m_showFps = config().show_fps_init;
     createCtrlSelect();
     setupDialogs();
@@ -323,6 +324,10 @@ void Korvath::closeEvent(QCloseEvent* e) {
         udp_port_id = 0;
     }
     closeAllVideo();
+    // An open settings dialog closes with the window, and stores its pages by that.
+    if (m_settings->isVisible()) {
+        m_settings->close();
+    }
     storeEditsToConfig();
     // No thread posts any more: what still waits is handled here, so that every payload is freed.
     for (int type = EVT_REPLAY_START; type <= EVT_NAV_BLOCK; ++type) {

@@ -12,7 +12,9 @@
 #include "input/qmycmdbtn.h"
 #include "link/command_catalogue.h"
 #include "link/control_form.h"
+#include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
+#include "ui_settings.h"
 #include "widgets/switch_control.h"
 
 using sorvane::ControlKind;
@@ -30,7 +32,8 @@ void Korvath::runControl(ControlKind kind, const QString& object, int value) {
     const QByteArray name = object.toUtf8();
     const sorvane::CatalogueRow* row = sorvane::findControl(kind, name.constData(), servo);
     if (row == nullptr) return;
-    const ControlForm controls(*ui->tabWidget, m_localClock);
+    const QWidget* page = kind == ControlKind::kSettingsButton ? m_settings->ui->page_osd : ui->tabWidget;
+    const ControlForm controls(*page, m_localClock);
     const sorvane::Command command = sorvane::commandOf(*row, controls, value);
     for (const auto& rewrite : command.rewrites) {
         if (rewrite.edit != nullptr) controls.setNumber(rewrite.edit, rewrite.value);
@@ -40,7 +43,11 @@ void Korvath::runControl(ControlKind kind, const QString& object, int value) {
 }
 
 void Korvath::dispatchCommand(QObject* sender) {
-    if (sender != nullptr) runControl(ControlKind::kButton, sender->objectName(), 0);
+    if (sender == nullptr) return;
+    // Names repeat between the forms, so those of the settings dialog are a kind of their own.
+    const auto* widget = qobject_cast<QWidget*>(sender);
+    const bool in_settings = widget != nullptr && m_settings->isAncestorOf(widget);
+    runControl(in_settings ? ControlKind::kSettingsButton : ControlKind::kButton, sender->objectName(), 0);
 }
 
 void Korvath::buildServoModeGroup() {

@@ -9,6 +9,7 @@
 
 namespace {
 
+// By the bit of list_decoders.
 constexpr std::array<const char*, 3> kDecoders = {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "软解码"),
                                                   QT_TRANSLATE_NOOP("PlayerSettingsDlg", "CUDA解码"),
                                                   QT_TRANSLATE_NOOP("PlayerSettingsDlg", "QSV解码")};
@@ -22,6 +23,8 @@ void PlayerSettingsDlg::loadCommonPage() {
             ui->cbb_decMethod->addItem(QString(), i);
         }
     }
+    ui->comboBox_48->clear();
+    ui->comboBox_48->addItems({QStringLiteral("H.264"), QStringLiteral("H.265")});
     const int row = m_config->decode_method;
     ui->cbb_decMethod->setCurrentIndex(row >= 0 && row < ui->cbb_decMethod->count() ? row : 0);
 
@@ -86,8 +89,13 @@ void PlayerSettingsDlg::connectCommonPage() {
 }
 
 void PlayerSettingsDlg::storeCommonPage() {
-    m_config->language = ui->cbb_selLang->currentIndex();
-    m_config->theme = ui->cbb_selTheme->currentIndex();
+    // A value of the file that no item stands for has no index; it stays until an item is chosen.
+    if (ui->cbb_selLang->currentIndex() >= 0) {
+        m_config->language = ui->cbb_selLang->currentIndex();
+    }
+    if (ui->cbb_selTheme->currentIndex() >= 0) {
+        m_config->theme = ui->cbb_selTheme->currentIndex();
+    }
     const std::array<QRadioButton*, 4> views = {ui->rbtn_videoWin1, ui->rbtn_videoWin2, ui->rbtn_videoWinLR,
                                                 ui->rbtn_videoWinTB};
     for (std::size_t i = 0; i < views.size(); ++i) {

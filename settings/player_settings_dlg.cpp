@@ -10,7 +10,7 @@
 #include "app/korvath.h"
 #include "app/my_app_config.h"
 #include "link/command_catalogue.h"
-#include "settings/osd_words.h"
+#include "link/osd_words.h"
 #include "ui_settings.h"
 
 namespace {
@@ -18,21 +18,19 @@ namespace {
 // Ends a command that a change of language has sent.
 constexpr int kOsdStopMs = 100;
 
-struct PageRow {
-    const char* text;
+// By row, which is also the index in the stack of pages.
+constexpr std::array<const char*, 10> kPages = {
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "设备管理"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "编码器设置"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "遥控器设置"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "摇杆设置"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "OSD设置"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "文件保存"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "通用设置"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "指令透传"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "固件升级"),
+    QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息"),
 };
-constexpr std::array<PageRow, 10> kPages = {{
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "设备管理")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "编码器设置")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "遥控器设置")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "摇杆设置")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "OSD设置")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "文件保存")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "通用设置")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "指令透传")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "固件升级")},
-    {QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息")},
-}};
 
 }  // namespace
 
@@ -67,6 +65,7 @@ PlayerSettingsDlg::~PlayerSettingsDlg() {
 void PlayerSettingsDlg::fillFromConfig() {
     loadCommonPage();
     loadFilePage();
+    loadOsdPage();
 }
 
 void PlayerSettingsDlg::connectWidgets() {
@@ -80,9 +79,10 @@ void PlayerSettingsDlg::connectWidgets() {
 void PlayerSettingsDlg::init() {
     ui->retranslateUi(this);
     for (std::size_t i = 0; i < kPages.size(); ++i) {
-        ui->widget_title->item(static_cast<int>(i))->setText(tr(kPages[i].text));
+        ui->widget_title->item(static_cast<int>(i))->setText(tr(kPages[i]));
     }
     retranslateCommonPage();
+    retranslateOsdPage();
 }
 
 void PlayerSettingsDlg::applyLanguage(int language) {
@@ -94,15 +94,7 @@ void PlayerSettingsDlg::applyLanguage(int language) {
     m_window->retranslate();
     ui->comboBox_13->setCurrentIndex(language);
     sendOsdStyle();
-    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, m_window,
-                       [window = m_window] { window->stopCommand(0); });
-}
-
-void PlayerSettingsDlg::sendOsdStyle() {
-    const std::uint32_t word =
-        sorvane::osdStyleWord(ui->comboBox_12->currentIndex(), ui->comboBox_13->currentIndex());
-    m_window->sendCommand4(sorvane::CMD_OSD, 4, static_cast<std::uint8_t>(word),
-                           static_cast<std::uint8_t>(word >> 8), static_cast<std::uint8_t>(word >> 16));
+    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, this, [this] { m_window->stopCommand(0); });
 }
 
 bool PlayerSettingsDlg::singleMode() const {

@@ -39,6 +39,10 @@ public:
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
     std::uint8_t decoderValue() const;
 
+    // A command button of this dialog was pressed: pushButton_13, _14 and _15 send the display's items and
+    // style, any other name does nothing.
+    void runCommandButton(const QString& name);
+
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.
     void on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size);
 
@@ -73,8 +77,12 @@ private:
     void storeFilePage();
     std::array<DirectoryRow, 3> directoryRows();
     void storePages();
-    // Sends the style word of the on-screen display, colour and language, to the pod.
+    void loadOsdPage();
+    void retranslateOsdPage();
+    // Words of the on-screen display: which items it shows; colour and language.
+    void sendOsdItems(bool save);
     void sendOsdStyle();
+    void sendOsdWord(std::uint8_t form, std::uint32_t word);
 
     Korvath* m_window;
     QTranslator m_translator;
