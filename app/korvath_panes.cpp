@@ -136,9 +136,8 @@ void Korvath::placePaneToggles() {
     m_stateTab->move(left, middle);
     m_btnStatPane->setText(shown ? QStringLiteral("<") : QStringLiteral(">"));
 
-    // The right edge of the picture area, in this window.
-    const int right = ui->widget_video->mapTo(this, QPoint(ui->widget_video->width(), 0)).x() -
-                      (ui->tabWidget->isVisible() ? ui->tabWidget->width() : 0);
+    // The control pages leave a strip free at this edge.
+    const int right = ui->widget_video->mapTo(this, QPoint(ui->widget_video->width(), 0)).x();
     m_ctrlPane->move(mapToGlobal(QPoint(right - m_ctrlPane->width(), mapFromGlobal(m_stateTab->pos()).y())));
     m_ctrlSelect->move(mapToGlobal(QPoint(right - m_btnCtrlPane->width(), 60)));
     m_ctrlSelect->setVisible(ui->tabWidget->isVisible());
