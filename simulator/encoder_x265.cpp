@@ -95,12 +95,3 @@ std::unique_ptr<Encoder> makeX265Encoder(const EncoderSettings& s) {
 }
 
 }  // namespace podsim
-
-#ifdef SORVANE_SANITIZED
-// The library loses its own copies of the parameters and a piece of its filter whenever an encoder closes;
-// the media framework keeps one block for threads that have ended.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libx265\nleak:libglib-2.0\n";
-}
-#endif

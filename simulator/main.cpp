@@ -112,7 +112,10 @@ public:
         loop_.closeLines();
         log_.event("stop", "");
         boundTheEnd();
+        const bool served = rtsp_ != nullptr;
         stopVideo();
+        // Threads of the media framework may still be inside a request that knows our objects.
+        if (served) _exit(0);
         return 0;
     }
 

@@ -204,7 +204,9 @@ void RtspServer::stop() {
     g_main_context_unref(d.context);
 }
 
-int RtspServer::port() const { return impl_->bound_port; }
+int RtspServer::port() const {
+    return impl_->bound_port;
+}
 
 bool RtspServer::watched(int index) const {
     Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
