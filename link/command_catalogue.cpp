@@ -5,6 +5,7 @@
 
 #include "link/bytes.h"
 #include "link/frame_sender.h"
+#include "link/osd_words.h"
 
 namespace sorvane {
 
@@ -210,6 +211,24 @@ Command temperatureAlarm(const ControlReader& r, int) {
     return four(CMD_IR_TEMP_ALARM, r.checked("widget_82") ? 0x80 : 0, lowByte(f), highByte(f));
 }
 
+// Sub-command 3: what is shown; 4: its style. Three bytes of the word follow.
+Command osd(int sub_command, std::uint32_t word) {
+    const auto w = static_cast<int>(word);
+    return four(CMD_OSD, sub_command, lowByte(w), highByte(w), lowByte(w >> 16));
+}
+Command osdItems(const ControlReader& r, bool save) {
+    return osd(3, osdWord([&r](const char* widget) { return r.checked(widget); }, save));
+}
+Command osdApply(const ControlReader& r, int) {
+    return osdItems(r, false);
+}
+Command osdSave(const ControlReader& r, int) {
+    return osdItems(r, true);
+}
+Command osdStyle(const ControlReader& r, int) {
+    return osd(4, osdStyleWord(r.index("comboBox_12"), r.index("comboBox_13")));
+}
+
 Command palette(const ControlReader&, int index) {
     return four(CMD_IR_PALETTE, 1, index);
 }
@@ -241,6 +260,9 @@ constexpr CatalogueRow button(const char* object, BuildCommand build, ServoMode 
 // The command ends by itself after 100 ms, or at the release if that comes first.
 constexpr CatalogueRow shortButton(const char* object, BuildCommand build) {
     return {object, ControlKind::kButton, ServoMode::kAny, 0, 0, 0, build, true};
+}
+constexpr CatalogueRow settingsButton(const char* object, BuildCommand build) {
+    return {object, ControlKind::kSettingsButton, ServoMode::kAny, 0, 0, 0, build, false};
 }
 constexpr CatalogueRow combo(const char* object, BuildCommand build) {
     return {object, ControlKind::kCombo, ServoMode::kAny, 0, 0, 0, build, true};
@@ -330,6 +352,10 @@ constexpr CatalogueRow kCatalogue[] = {
     shortButton("pushButton_157", focalLength),
     shortButton("pushButton_1571", illuminatorRate),
     button("pushButton_1572", temperatureAlarm),
+    // Settings dialog, display page.
+    settingsButton("pushButton_13", osdApply),
+    settingsButton("pushButton_14", osdStyle),
+    settingsButton("pushButton_15", osdSave),
     // Combo boxes.
     combo("comboBox_4", palette),
     combo("comboBox_5", enhancement),

@@ -44,7 +44,9 @@ struct Command {
     std::array<Rewrite, 2> rewrites{};
 };
 
-enum class ControlKind { kButton, kCombo, kSwitch };
+// kSettingsButton: the buttons of the settings dialog's display page, which pass through here too; their
+// controls are those of that page.
+enum class ControlKind { kButton, kCombo, kSwitch, kSettingsButton };
 enum class ServoMode { kAny, kFrame, kGyro };
 
 // `value` is the new index of a combo box or 1 and 0 for a switch; buttons ignore it.

@@ -1,6 +1,7 @@
 // What the controls of the command pages hold, and the helpers that gestures, keys and the stick call.
 #include "input/qmycmdbtn.h"
 #include "link_peer.h"
+#include "ui_settings.h"
 #include "widgets/switch_control.h"
 
 namespace {
@@ -335,6 +336,27 @@ TEST_F(ControlsTest, ZoomBySource) {
     window->zoomOutBySource();
     EXPECT_EQ(sent(), (Commands{hex("500F000000"), hex("5010000000"), hex("500F000000"), hex("4501000000"),
                                 hex("4502000000")}));
+}
+
+TEST_F(ControlsTest, DisplayPageOfTheSettingsReachesTheChain) {
+    startLinked();
+    auto& page = *in().m_settings()->ui;
+    window->OnFileSettings();
+    page.stackedWidget->setCurrentWidget(page.page_osd);
+    for (auto* toggle : page.page_osd->findChildren<SwitchControl*>())
+        toggle->setToggle(false);
+    click(page.pushButton_13);
+    click(page.pushButton_15);
+    EXPECT_EQ(sent(), (Commands{hex("3703F77668"), hex("3703F77768")}));
+    page.radioButton_2->setChecked(true);
+    page.radioButton_3->setChecked(true);
+    page.widget_4->setToggle(true);
+    click(page.pushButton_13);
+    EXPECT_EQ(sent(), (Commands{hex("3703FFFE68")}));
+    page.comboBox_12->setCurrentIndex(2);
+    page.comboBox_13->setCurrentIndex(0);
+    click(page.pushButton_14);
+    EXPECT_EQ(sent(), (Commands{hex("3704020000")}));
 }
 
 // The counter is the process's, so the first press of this test may find it anywhere.

@@ -236,6 +236,28 @@ TEST_F(Catalogue, FocalLengthIlluminatorAndAlarm) {
     EXPECT_EQ(press("pushButton_1572"), (Bytes{92, 0x80, 0x58, 0x02, 0}));
 }
 
+TEST_F(Catalogue, DisplayItemsAllOff) {
+    // Bits 0, 1, 2, 4, 5, 6, 7, 9, 10, 12, 13, 14, 19, 21 and 22: 0x6876F7.
+    const ControlKind k = ControlKind::kSettingsButton;
+    EXPECT_EQ(wire(k, "pushButton_13"), (Bytes{55, 3, 0xF7, 0x76, 0x68}));
+    EXPECT_EQ(wire(k, "pushButton_15"), (Bytes{55, 3, 0xF7, 0x77, 0x68}));
+}
+
+TEST_F(Catalogue, DisplayItemsAllOn) {
+    for (int i = 1; i < 30; ++i)
+        controls.values["widget_" + std::to_string(i)] = 1;
+    controls.values["widget"] = 1;
+    controls.values["radioButton_2"] = 1;
+    controls.values["radioButton_3"] = 1;
+    // Bits 3, 11, 15, 16, 17 and 18: 0x078808.
+    EXPECT_EQ(wire(ControlKind::kSettingsButton, "pushButton_13"), (Bytes{55, 3, 0x08, 0x88, 0x07}));
+}
+
+TEST_F(Catalogue, DisplayStyle) {
+    controls.values = {{"comboBox_12", 2}, {"comboBox_13", 1}};
+    EXPECT_EQ(wire(ControlKind::kSettingsButton, "pushButton_14"), (Bytes{55, 4, 0x0A, 0, 0}));
+}
+
 TEST_F(Catalogue, OnlyTwoButtonsStartTheStopTimer) {
     std::set<std::string> names;
     for (const CatalogueRow& row : commandCatalogue()) {

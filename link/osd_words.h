@@ -1,0 +1,44 @@
+// Words of the pod's on-screen display.
+#pragma once
+
+#include <cstdint>
+
+namespace sorvane {
+
+// Style word: colour (0 white, 1 green, 2 yellow) in bits 0 to 2, language (0 Chinese, 1 English) in bit 3.
+// An index of -1 (nothing selected) counts as 0.
+constexpr std::uint32_t osdStyleWord(int colour, int language) {
+    const auto index = [](int value) { return static_cast<std::uint32_t>(value < 0 ? 0 : value); };
+    return (index(colour) & 0x7U) | ((index(language) & 0x1U) << 3U);
+}
+
+// One item of the display: the switch or radio button on its settings page, and what its bit means. The
+// senses are mixed in the pod's protocol.
+struct OsdBit {
+    int bit;
+    const char* widget;
+    bool set_when_on;
+};
+
+// In bit order. Bit 8 asks the pod to store the word; bit 20 is not used.
+constexpr OsdBit kOsdBits[] = {
+    {0, "widget", false},     {1, "widget_2", false},   {2, "widget_3", false},      {3, "widget_4", true},
+    {4, "widget_5", false},   {5, "widget_6", false},   {6, "widget_7", false},      {7, "widget_8", false},
+    {9, "widget_10", false},  {10, "widget_11", false}, {11, "radioButton_2", true}, {12, "widget_13", false},
+    {13, "widget_14", false}, {14, "widget_28", false}, {15, "radioButton_3", true}, {16, "widget_16", true},
+    {17, "widget_17", true},  {18, "widget_18", true},  {19, "widget_29", false},    {21, "widget_19", false},
+    {22, "widget_20", false},
+};
+constexpr int kOsdSaveBit = 8;
+
+// checked(name): state of a switch or radio button.
+template <typename Checked>
+std::uint32_t osdWord(Checked checked, bool save) {
+    std::uint32_t word = save ? 1U << kOsdSaveBit : 0U;
+    for (const OsdBit& item : kOsdBits) {
+        if (checked(item.widget) == item.set_when_on) word |= 1U << item.bit;
+    }
+    return word;
+}
+
+}  // namespace sorvane
