@@ -1,12 +1,9 @@
 // The stream library's end of the road of a picture.
 #pragma once
 
-#include <functional>
+#include <QWidget>
 
 #include "tavrik/tavrik.h"
-
-class QObject;
-class QWidget;
 
 // Clones each picture into a parcel for that widget and posts it to `window`, which outlives the stream. The
 // clone shares the picture's buffers, so the decoder never waits for the screen.

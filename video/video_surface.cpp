@@ -1,5 +1,7 @@
 #include "video/video_surface.h"
 
+#include <QTimer>
+
 #include "video/video_output.h"
 
 extern "C" {

@@ -55,6 +55,7 @@ int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder)
 
 void feedClose(int handle) {
     note("close", handle);
+    if (state().at_close) state().at_close();
 }
 void feedHold(int handle) {
     note("hold", handle);

@@ -33,6 +33,8 @@ struct State {
     int next_handle = 1;  // what the next feedOpen returns; counts on while above 0
     std::vector<Open> opens;
     std::vector<Pull> pulls;
+    // Runs inside feedClose, where the library waits for its threads.
+    std::function<void()> at_close;
     // In the order of the calls: "open 1", "close 1", "captureEnd 1", "StillEnd 1", "pull".
     std::vector<std::string> calls;
 };
