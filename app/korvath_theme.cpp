@@ -50,8 +50,16 @@ bool readSheet(const char* name, QString* text) {
     return true;
 }
 
+// The toolkit's own disabled look hardly differs from the normal one on a dark ground, so there is a picture
+// for it.
 QIcon themeIcon(const char* name, const char* suffix) {
-    return QIcon(QStringLiteral("res/%1%2.png").arg(QLatin1String(name), QLatin1String(suffix)));
+    const QString file = QStringLiteral("res/%1%2").arg(QLatin1String(name), QLatin1String(suffix));
+    QIcon icon(file + QStringLiteral(".png"));
+    const QString disabled = file + QStringLiteral("_off.png");
+    if (!icon.isNull() && QFile::exists(disabled)) {
+        icon.addFile(disabled, QSize(), QIcon::Disabled);
+    }
+    return icon;
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 
   make_icons.py RSVG_CONVERT TOKENS SVG_DIR OUT_DIR
 
-An icon of the tool bar NAME gives NAME.png by day and NAME_night.png by night, each also as @2x for fine screens. The
-pictures that style sheets load have no @2x: there the toolkit takes its pixels for the size.
+An icon of the tool bar NAME gives NAME.png by day and NAME_night.png by night, each also as @2x for fine screens;
+its disabled look ends in "_off". The pictures that style sheets load have no @2x: there the toolkit takes the pixels
+for the size.
 """
 import json
 import subprocess
@@ -12,6 +13,10 @@ import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
+
+sys.dont_write_bytecode = True  # nothing is written into the sources
+sys.path.insert(0, str(Path(__file__).parent / "theme"))
+import make_theme  # noqa: E402
 
 TOOL_BAR_PX = 22
 TOOL_BAR = ("icon_settings_connect", "icon_settings", "icon_singleSnap", "icon_record", "map", "icon_openAvi2",
@@ -29,14 +34,16 @@ APP_PX = 256
 def jobs(tokens):
     """(svg, file name, pixels, colour, danger colour)"""
     for theme, sheet in tokens["sheets"].items():
-        colours, suffix = tokens["themes"][theme], sheet["suffix"]
-        text, on, off, danger = (colours[k] for k in ("text", "accent_text", "muted", "danger"))
+        colours, suffix = make_theme.colours(tokens, theme), sheet["suffix"]
+        text, on, danger, faded = (colours[k] for k in ("text", "accent_text", "danger", "faded"))
         for name in TOOL_BAR + WINDOW:
             yield name, name + suffix, TOOL_BAR_PX, text, danger
+        for name in TOOL_BAR:
+            yield name, f"{name}{suffix}_off", TOOL_BAR_PX, faded, faded
         for name in GLYPHS:
             yield name, name + suffix, GLYPH_PX, text, danger
             yield name, f"{name}_on{suffix}", GLYPH_PX, on, danger
-            yield name, f"{name}_off{suffix}", GLYPH_PX, off, danger
+            yield name, f"{name}_off{suffix}", GLYPH_PX, faded, danger
         yield "down", "down_small" + suffix, 14, colours["muted"], danger
         yield "down", "down_small_off" + suffix, 14, colours["line"], danger
         yield "check", "check" + suffix, 16, text, danger

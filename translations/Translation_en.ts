@@ -1384,6 +1384,18 @@ mode</translation>
             <source>版本信息</source>
             <translation>Version</translation>
         </message>
+        <message>
+            <source>白色</source>
+            <translation>White</translation>
+        </message>
+        <message>
+            <source>绿色</source>
+            <translation>Green</translation>
+        </message>
+        <message>
+            <source>黄色</source>
+            <translation>Yellow</translation>
+        </message>
     </context>
     <context>
         <name>connection</name>
