@@ -124,7 +124,7 @@ bool Channel::nextPicture(Renderer& renderer, I420Image& image) {
 }
 
 void Channel::handOut(AccessUnit& unit) {
-    if (rtsp_) rtsp_->push(index_, unit.bytes);
+    if (rtsp_) rtsp_->push(index_, unit);
     for (auto& output : outputs_) {
         output->send(unit, monotonicNs());
     }

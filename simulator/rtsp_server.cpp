@@ -11,12 +11,16 @@
 namespace podsim {
 namespace {
 
+// Pictures that may wait between encoder and network.
+constexpr std::uint64_t kQueuedPictures = 8;
+
 std::string pipelineOf(Codec codec) {
     const std::string name = codec == Codec::kH264 ? "h264" : "h265";
-    // A live source that stamps what comes, a queue that lets the oldest go, parameter sets with every key
-    // frame; units are not gathered, since gathering waits for the next one.
-    return "( appsrc name=src is-live=true do-timestamp=true format=time block=false max-buffers=8 "
-           "leaky-type=downstream caps=video/x-" +
+    // A live source that stamps what comes and has no bound of its own (push() has one), parameter sets with
+    // every key frame; units are not gathered, since gathering waits for the next one.
+    return "( appsrc name=src is-live=true do-timestamp=true format=time block=false max-buffers=0 "
+           "max-bytes=0 "
+           "caps=video/x-" +
            name + ",stream-format=byte-stream,alignment=au ! " + name + "parse ! rtp" + name +
            "pay name=pay0 pt=96 config-interval=-1 aggregate-mode=none )";
 }
@@ -30,6 +34,7 @@ struct Stream {
     GstElement* source = nullptr;   // owned; null while nobody watches
     GstRTSPMedia* media = nullptr;  // the pipeline it belongs to, not owned
     std::atomic<bool> key_wanted{false};
+    bool gap = false;  // pictures were dropped since the last key frame; the pushing thread's own
 
     void setSource(GstElement* source_now, GstRTSPMedia* media_now) {
         GstElement* old = nullptr;
@@ -218,7 +223,7 @@ bool RtspServer::takeKeyRequest(int index) {
     return impl_->streams[static_cast<std::size_t>(index)]->key_wanted.exchange(false);
 }
 
-void RtspServer::push(int index, const std::vector<std::uint8_t>& access_unit) {
+void RtspServer::push(int index, const AccessUnit& unit) {
     Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
     GstElement* source = nullptr;
     {
@@ -226,8 +231,15 @@ void RtspServer::push(int index, const std::vector<std::uint8_t>& access_unit) {
         if (!stream.source) return;
         source = GST_ELEMENT(gst_object_ref(stream.source));
     }
-    GstBuffer* buffer = gst_buffer_new_memdup(access_unit.data(), access_unit.size());
-    gst_app_src_push_buffer(GST_APP_SRC(source), buffer);  // takes the buffer over
+    GstAppSrc* app = GST_APP_SRC(source);
+    if (gst_app_src_get_current_level_buffers(app) >= kQueuedPictures) stream.gap = true;
+    if (stream.gap && gst_app_src_get_current_level_buffers(app) == 0 && unit.key_frame) stream.gap = false;
+    if (stream.gap) {
+        stream.key_wanted = true;
+    } else {
+        // The buffer is taken over.
+        gst_app_src_push_buffer(app, gst_buffer_new_memdup(unit.bytes.data(), unit.bytes.size()));
+    }
     gst_object_unref(source);
 }
 

@@ -33,8 +33,9 @@ public:
     bool watched(int index) const;
     // Whether a key frame was wanted since the last call.
     bool takeKeyRequest(int index);
-    // Drops the picture when nobody watches.
-    void push(int index, const std::vector<std::uint8_t>& access_unit);
+    // Drops the picture when nobody watches. When the way out is full, pictures are dropped up to the next
+    // key frame, which is asked for: viewers see a pause, never a damaged picture.
+    void push(int index, const AccessUnit& unit);
 
 private:
     struct Impl;
