@@ -120,9 +120,8 @@ TEST_F(Resources, AnEndedPortHasNoThread) {
     listener.accept();
     listener.socket().close();
     ::close(terminal_peer);
+    EXPECT_TRUE(wait_until([&] { return push("x", stream) == -1 && push("x", serial) == -1; }));
     EXPECT_TRUE(wait_until([] { return threads_named("oskel-") == 0; }));
-    EXPECT_EQ(push("x", stream), -1);
-    EXPECT_EQ(push("x", serial), -1);
     EXPECT_EQ(oskel::hang_up(stream), 0);
     EXPECT_EQ(oskel::hang_up(serial), 0);
     terminal_peer = -1;
@@ -147,6 +146,13 @@ TEST_F(Resources, ProgramsStartedMeanwhileGetNoPort) {
         EXPECT_EQ(oskel::hang_up(handle), 0);
 }
 
+#ifdef SORVANE_SANITIZED
+// The check of an exception's type opens a pipe, and calls the exception invalid when it gets none.
+constexpr rlim_t fewest_to_spare = 2;
+#else
+constexpr rlim_t fewest_to_spare = 0;
+#endif
+
 TEST_F(Resources, ASystemWithoutDescriptorsFailsTheOpen) {
     rlimit usual{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
@@ -155,7 +161,7 @@ TEST_F(Resources, ASystemWithoutDescriptorsFailsTheOpen) {
     ::close(static_cast<int>(first_free));
     rlimit tight = usual;
     int opened = 0;
-    for (rlim_t spare = 0; spare < 8 && opened == 0; ++spare) {
+    for (rlim_t spare = fewest_to_spare; spare < 8 && opened == 0; ++spare) {
         tight.rlim_cur = first_free + spare;
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
         const int datagram = oskel::dialDatagram("", 0, "127.0.0.1", 0, {});
