@@ -23,6 +23,7 @@
 #include "video/replay_panel.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_trans_dlg.h"
+#include "widgets/touch_lists.h"
 
 namespace {
 
@@ -42,6 +43,7 @@ Korvath::Korvath(QWidget* parent)
     // too.
     QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
     ui->setupUi(this);
+    enlargeLists(this);
     setAttribute(Qt::WA_Hover);
     setWindowIcon(QIcon(QStringLiteral("./res/icon_app.png")));
     ui->mainToolBar->layout()->setSpacing(5);
@@ -94,7 +96,9 @@ void Korvath::buildTitleBar() {
     layout->addWidget(ui->toolBar_2);
     buildViewMenu();
     // The window is handed over so that the theme's sheet can give the icons.
-    const auto icon = [this](QStyle::StandardPixmap which) { return style()->standardIcon(which, nullptr, this); };
+    const auto icon = [this](QStyle::StandardPixmap which) {
+        return style()->standardIcon(which, nullptr, this);
+    };
     ui->toolButton_3->setIcon(icon(QStyle::SP_TitleBarMinButton));
     ui->toolButton_2->setIcon(icon(QStyle::SP_TitleBarMaxButton));
     ui->toolButton->setIcon(icon(QStyle::SP_TitleBarCloseButton));
@@ -156,6 +160,7 @@ void Korvath::setupDialogs() {
     const auto base = [this](auto& form) {
         auto* dialog = new common_dlg(this);
         form->setupUi(dialog);
+        enlargeLists(dialog);
         dialog->setTitleWidget(form->title);
         form->toolButton->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
         connect(form->toolButton, &QToolButton::clicked, dialog, &QWidget::close);
@@ -329,7 +334,9 @@ void Korvath::closeEvent(QCloseEvent* e) {
         m_settings->close();
     }
     storeEditsToConfig();
-    // No thread posts any more: what still waits is handled here, so that every payload is freed.
+    // No thread posts any more: what still waits is handled here, so that every payload is freed. Replies
+    // first, since they post records.
+    QCoreApplication::sendPostedEvents(this, EVT_LINK_FRAME);
     for (int type = EVT_REPLAY_START; type <= EVT_NAV_BLOCK; ++type) {
         QCoreApplication::sendPostedEvents(this, type);
     }

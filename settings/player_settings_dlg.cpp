@@ -12,6 +12,7 @@
 #include "link/command_catalogue.h"
 #include "link/osd_words.h"
 #include "ui_settings.h"
+#include "widgets/touch_lists.h"
 
 namespace {
 
@@ -38,6 +39,7 @@ PlayerSettingsDlg::PlayerSettingsDlg(Korvath* window)
     : common_dlg(window), m_config(new MyAppConfig), ui(new Ui::dialogSettings), m_window(window) {
     m_config->load();
     ui->setupUi(this);
+    enlargeLists(this);
     setTitleWidget(ui->title);
     ui->toolButton->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     for (std::size_t i = 0; i < kPages.size(); ++i) {

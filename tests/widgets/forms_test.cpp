@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QButtonGroup>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QGroupBox>
@@ -25,6 +27,7 @@
 #include "ui_settings.h"
 #include "ui_telemetry_info.h"
 #include "widgets/common_dlg.h"
+#include "widgets/touch_lists.h"
 #include "widgets/ui_fonts.h"
 
 namespace {
@@ -298,6 +301,21 @@ TEST(Forms, EnterInAFieldPressesNoButton) {
     for (const QPushButton* button : settings_buttons) {
         EXPECT_FALSE(button->autoDefault()) << qPrintable(button->objectName());
     }
+}
+
+TEST(Forms, RowsOfAListAreHighEnoughForAFinger) {
+    qApp->setStyleSheet(sheet("night.qss"));
+    QWidget window;
+    QComboBox box(&window);
+    box.addItems({QStringLiteral("1"), QStringLiteral("2")});
+    enlargeLists(&window);
+    box.resize(200, 36);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    box.showPopup();
+    EXPECT_GE(box.view()->visualRect(box.model()->index(0, 0)).height(), 36);
+    box.hidePopup();
+    qApp->setStyleSheet(QString());
 }
 
 TEST(Forms, OsdChoicesAreTwoPairs) {
