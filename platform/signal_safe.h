@@ -30,8 +30,9 @@ struct SafeTime {
 // Calendar time of a count of seconds since 1970-01-01, proleptic Gregorian (days-to-civil by 400-year eras).
 SafeTime civilTime(std::int64_t seconds, int millisecond);
 
-// Name of the dump of a crash at that instant: local time (utc_offset_s seconds east of UTC), milliseconds, and two
-// digits from the nanoseconds, so that crashes of one millisecond mostly differ; rand() is not safe in a handler.
+// Name of the dump of a crash at that instant: local time (utc_offset_s seconds east of UTC), milliseconds,
+// and two digits from the nanoseconds, so that crashes of one millisecond mostly differ; rand() is not safe
+// in a handler.
 void composeDumpName(std::int64_t seconds, long nanoseconds, long utc_offset_s, SafeText& name);
 
 // Creates the file, over an older one of that name; -1 with errno on failure.

@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "simulator/encoder.h"
-#include "simulator/renderer.h"
 #include "simulator/event_log.h"
 #include "simulator/fault_injector.h"
 #include "simulator/pod.h"
+#include "simulator/renderer.h"
 #include "simulator/rtsp_server.h"
 #include "simulator/video_output.h"
 

@@ -156,7 +156,9 @@ const ChannelRow kChannelOptions[] = {
      [](ChannelOptions& c, Value v) { return readInt(v, 1, 1000, c.encoder.key_interval); }},
     {"--number", "PLACE", "blocks with the picture's number in its top edge: left, right or off (left)",
      [](ChannelOptions& c, Value v) {
-         c.number_place = v == "right" ? NumberPlace::Right : v == "off" ? NumberPlace::Off : NumberPlace::Left;
+         c.number_place = v == "right" ? NumberPlace::Right
+                          : v == "off" ? NumberPlace::Off
+                                       : NumberPlace::Left;
          return v == "left" || v == "right" || v == "off";
      }},
     {"--ts", "ADDRESS:PORT", "send the channel as MPEG-TS over UDP, whether watched or not",

@@ -20,7 +20,7 @@ struct Material {
     float row_m;           // distance of the crop rows
 };
 constexpr Material kFields[] = {
-    {106, 108, 123, 92, 34, 0, 4},       // meadow
+    {106, 108, 123, 92, 34, 0, 4},      // meadow
     {84, 108, 122, 84, 22, 7, 3.1f},    // beet
     {118, 104, 130, 100, 18, 6, 2.6f},  // young corn
     {152, 98, 140, 132, 16, 8, 3.4f},   // wheat

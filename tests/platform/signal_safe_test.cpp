@@ -46,7 +46,8 @@ TEST(SafeText, CalendarEqualsTheSystems) {
 }
 
 TEST(DumpName, HasTheFormatOfTheDumps) {
-    // 2026-06-01 08:00:09.007 UTC, two hours east; the milliseconds are padded to two digits and may take three.
+    // 2026-06-01 08:00:09.007 UTC, two hours east; the milliseconds are padded to two digits and may take
+    // three.
     EXPECT_EQ(nameAt(1780300809, 7000000, 7200).substr(0, 22), "2026-06-01-10-00-09-07");
     EXPECT_EQ(nameAt(1780300809, 123456789).substr(0, 24), "2026-06-01-08-00-09-123-");
     EXPECT_EQ(nameAt(1780300809, 123456789).size(), std::string("2026-06-01-08-00-09-123-00.dmp").size());
@@ -56,7 +57,8 @@ TEST(DumpName, CrashesOfOneMillisecondMostlyYieldTwoFiles) {
     int clashes = 0;
     const int pairs = 1000;
     for (int i = 0; i < pairs; ++i) {
-        clashes += nameAt(1780300809, 5000000 + i * 997L) == nameAt(1780300809, 5000000 + (i + 1) * 997L) ? 1 : 0;
+        clashes +=
+            nameAt(1780300809, 5000000 + i * 997L) == nameAt(1780300809, 5000000 + (i + 1) * 997L) ? 1 : 0;
     }
     EXPECT_LT(clashes, pairs / 10);
     std::set<std::string> names;
