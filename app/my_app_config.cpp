@@ -130,7 +130,7 @@ MyAppConfig::MyAppConfig(QObject* parent)
     : MyAppConfig(QCoreApplication::applicationDirPath() + QStringLiteral("/appCfg.ini"), parent) {}
 
 MyAppConfig::MyAppConfig(const QString& file, QObject* parent)
-    : QObject(parent), m_path(file), m_file(new QSettings(file, QSettings::IniFormat)) {}
+    : QObject(parent), m_file(new QSettings(file, QSettings::IniFormat)) {}
 
 MyAppConfig::~MyAppConfig() = default;
 

@@ -91,6 +91,5 @@ public:
     int recv_port = 0;
 
 private:
-    QString m_path;
     std::unique_ptr<QSettings> m_file;
 };

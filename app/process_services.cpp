@@ -3,7 +3,9 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QSettings>
 #include <new>
 
@@ -22,6 +24,22 @@ void postPlainEvent(const char* name, int type) {
         }
     }
 }
+
+#ifndef Q_OS_WIN
+// Quotes and the characters that stay special inside them are escaped, for the command line first and then as
+// a value of the file; a lone percent sign would begin a field of its own.
+QByteArray autostartEntry(const QString& name, const QString& path) {
+    QString quoted = path;
+    for (const char special : {'\\', '"', '`', '$'}) {
+        quoted.replace(QLatin1Char(special), QString(QLatin1Char('\\')) + QLatin1Char(special));
+    }
+    quoted.replace(QLatin1Char('%'), QStringLiteral("%%"));
+    quoted.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
+    return QStringLiteral("[Desktop Entry]\nType=Application\nName=%1\nExec=\"%2\"\n")
+        .arg(name, quoted)
+        .toUtf8();
+}
+#endif
 
 }  // namespace
 
@@ -60,22 +78,17 @@ void setAutoStart(const QString& program_path) {
         qEnvironmentVariable("XDG_CONFIG_HOME", QDir::homePath() + QStringLiteral("/.config"));
     const QString folder = config + QStringLiteral("/autostart");
     const QString name = QFileInfo(program_path).baseName();
-    const QString path = QDir::toNativeSeparators(program_path);
+    const QByteArray entry = autostartEntry(name, QDir::toNativeSeparators(program_path));
     QDir().mkpath(folder);
-    QSettings entry(folder + QLatin1Char('/') + name + QStringLiteral(".desktop"), QSettings::IniFormat);
-    entry.setIniCodec("utf-8");
-    entry.beginGroup(QStringLiteral("Desktop Entry"));
-    // Quotes and the characters that stay special inside them are escaped; a blank in a path must not cut it.
-    QString quoted = path;
-    for (const char special : {'\\', '"', '`', '$'}) {
-        quoted.replace(QLatin1Char(special), QString(QLatin1Char('\\')) + QLatin1Char(special));
+    const QString path = folder + QLatin1Char('/') + name + QStringLiteral(".desktop");
+    QFile present(path);
+    if (present.open(QIODevice::ReadOnly) && present.readAll() == entry) {
+        return;
     }
-    const QString exec = QLatin1Char('"') + quoted + QLatin1Char('"');
-    if (entry.value(QStringLiteral("X-Path"), QString()).toString() != path) {
-        entry.setValue(QStringLiteral("Type"), QStringLiteral("Application"));
-        entry.setValue(QStringLiteral("Name"), name);
-        entry.setValue(QStringLiteral("Exec"), exec);
-        entry.setValue(QStringLiteral("X-Path"), path);
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(entry);
+        file.commit();
     }
 #endif
 }
