@@ -13,6 +13,7 @@
 #include "tests/fakes/fake_tavrik.h"
 #include "video/qmyvideowidget.h"
 #include "video/video_surface.h"
+#include "widgets/my_trans_dlg.h"
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -68,6 +69,11 @@ protected:
     }
     void deliver(int width, int height, Yuv colour) const { deliver(width, height, colour, colour); }
 
+    // Without a compositor the server has the floating pane's pixels in the picture's place.
+    void foldStatusPane() const {
+        if (ui().widget_stat->isVisible()) window->OnButtonStatPaneClicked();
+        ASSERT_TRUE(waitFor([this] { return !in().m_statPane()->isVisible(); }));
+    }
     // The widget's pixels as the X server has them.
     QImage onScreen(QWidget* widget) const {
         return window->screen()->grabWindow(widget->winId()).toImage().convertToFormat(QImage::Format_RGB32);

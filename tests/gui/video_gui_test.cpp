@@ -5,7 +5,6 @@
 
 #include "oskel/oskel.h"
 #include "video_fixture.h"
-#include "widgets/my_trans_dlg.h"
 
 namespace {
 

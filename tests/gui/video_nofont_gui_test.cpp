@@ -8,6 +8,7 @@ TEST_F(WithoutFont, PictureShowsAndTheStatisticsLineIsSkipped) {
     // The window's own attempt comes second and does not count.
     ASSERT_FALSE(video_output::init(QCoreApplication::applicationDirPath() + "/no-such-font.ttc"));
     start({{"common/video_display_mode", 0}, {"decode/show_fps", true}});
+    foldStatusPane();
     EXPECT_EQ(in().findSurface(win1()), nullptr);
     window->OnOpenVideo1();
     ASSERT_NE(in().findSurface(win1()), nullptr);

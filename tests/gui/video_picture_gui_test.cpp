@@ -13,6 +13,7 @@ protected:
         for (auto it = more.begin(); it != more.end(); ++it)
             values[it.key()] = it.value();
         start(values);
+        foldStatusPane();
         window->OnOpenVideo1();
         ASSERT_TRUE(in().playing1());
     }
@@ -53,6 +54,7 @@ const auto kIsGreen = [](QRgb p) { return qGreen(p) > 140 && qRed(p) < 110 && qB
 
 TEST_F(Picture, NoSignalStandsWhereNothingPlays) {
     start({{"common/video_display_mode", 2}});
+    foldStatusPane();
     EXPECT_TRUE(waitFor([this] { return noSignalShown(win1()) && noSignalShown(win2()); }));
     EXPECT_FALSE(window->noSignalTest(1));
     EXPECT_FALSE(window->noSignalTest(2));
@@ -154,6 +156,7 @@ TEST_F(Picture, NoSignalComesBackAfterTheClose) {
 
 TEST_F(Picture, ReplayHidesTheTextWhilePicturesComeAndShowsItAfter) {
     start({{"common/video_display_mode", 2}});
+    foldStatusPane();
     ASSERT_TRUE(waitFor([this] { return noSignalShown(win1()); }));
     // A replay leaves the no-signal state set.
     const auto replay = [this] {
