@@ -100,19 +100,23 @@ void Korvath::buildTitleBar() {
         return style()->standardIcon(which, nullptr, this);
     };
     ui->toolButton_3->setIcon(icon(QStyle::SP_TitleBarMinButton));
-    ui->toolButton_2->setIcon(icon(QStyle::SP_TitleBarMaxButton));
+    showMaximiseIcon();
     ui->toolButton->setIcon(icon(QStyle::SP_TitleBarCloseButton));
     connect(ui->toolButton, &QToolButton::clicked, this, &QWidget::close);
-    connect(ui->toolButton_2, &QToolButton::clicked, this, [this, icon] {
+    connect(ui->toolButton_2, &QToolButton::clicked, this, [this] {
         if (isMaximized()) {
             showNormal();
-            ui->toolButton_2->setIcon(icon(QStyle::SP_TitleBarMaxButton));
         } else {
             showMaximized();
-            ui->toolButton_2->setIcon(icon(QStyle::SP_TitleBarNormalButton));
         }
     });
     connect(ui->toolButton_3, &QToolButton::clicked, this, &QWidget::showMinimized);
+}
+
+// Follows the state itself: full screen, the keyboard and the window manager change it too.
+void Korvath::showMaximiseIcon() {
+    const auto which = isMaximized() ? QStyle::SP_TitleBarNormalButton : QStyle::SP_TitleBarMaxButton;
+    ui->toolButton_2->setIcon(style()->standardIcon(which, nullptr, this));
 }
 
 void Korvath::buildViewMenu() {
@@ -182,7 +186,6 @@ void Korvath::initSecondStage() {
     fillCommandFields();
     ui->tabWidget->hide();
     showMaximized();
-    ui->toolButton_2->setIcon(style()->standardIcon(QStyle::SP_TitleBarNormalButton, nullptr, this));
     ui->splitter_2->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
     ui->radioButton_15->setChecked(true);
     ui->radioButton_17->setChecked(true);

@@ -184,6 +184,8 @@ private:
 
     // --- app/korvath.cpp ---
     void buildTitleBar();
+    // The maximise button shows what a click does.
+    void showMaximiseIcon();
     void buildViewMenu();
     void setupDialogs();
     void connectSignals();

@@ -42,6 +42,8 @@ Qt::CursorShape edgeCursor(int edges) {
 bool Korvath::event(QEvent* e) {
     if (e->type() == QEvent::HoverMove) {
         followHover(e);
+    } else if (e->type() == QEvent::WindowStateChange) {
+        showMaximiseIcon();
     } else if (e->type() >= QEvent::User) {
         dispatchCustomEvent(e);
     }

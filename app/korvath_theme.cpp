@@ -2,7 +2,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QFile>
-#include <QStyle>
 #include <QToolButton>
 
 #include "app/korvath.h"
@@ -77,8 +76,7 @@ void Korvath::applyTheme(int theme) {
         (ui.get()->*icon.action)->setIcon(themeIcon(icon.name, files.icon_suffix));
     }
     m_viewButton->setIcon(themeIcon("show_video", files.icon_suffix));
-    ui->toolButton_2->setIcon(style()->standardIcon(
-        isMaximized() ? QStyle::SP_TitleBarNormalButton : QStyle::SP_TitleBarMaxButton, nullptr, this));
+    showMaximiseIcon();
 }
 
 // What the program has set since the form was built (title, texts that follow a state) is set again

@@ -1,0 +1,333 @@
+// Every page and dialog in both themes, both languages and at two window sizes: a picture of each goes into
+// the folder of screens, and each is measured for contrast, room and language.
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QMainWindow>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "looks.h"
+#include "telemetry_fixture.h"
+#include "widgets/common_dlg.h"
+#include "widgets/my_message_box.h"
+
+namespace {
+
+// Style strings that are fixed as they are: the page selectors' grey lets the picture through.
+const QStringList kFixedStyle = {"m_ctrlSelect"};
+// Fixed geometry whose text is not ours to size: nothing so far but floating selectors, which are no part of
+// the window below.
+const QStringList kFixedGeometry = {};
+// Values of the operator or the pod, in whatever language they come.
+const QStringList kValues = {"le_recSaveDir", "le_recOpenDir", "le_telemSaveDir", "label_102"};
+
+struct Look {
+    QSize size;
+    int theme;
+    int language;
+};
+
+class Looks : public Telemetry {
+protected:
+    void SetUp() override {
+        start({{"interface/recv_telemetry", true}, {"system_function/serial_port", "COM5"}});
+        ASSERT_TRUE(QDir().mkpath(folder()));
+    }
+    static QString folder() { return QStringLiteral(SORVANE_SCREENS); }
+
+    void choose(const Look& look) {
+        m_look = look;
+        in().m_settings()->ui->cbb_selTheme->setCurrentIndex(look.theme);
+        in().m_settings()->ui->cbb_selLang->setCurrentIndex(look.language);
+        window->showNormal();
+        const QRect target(QPoint(0, 0), look.size);
+        ASSERT_TRUE(waitFor([&] {
+            if (window->geometry() != target) window->setGeometry(target);
+            return !window->isMaximized() && window->geometry() == target;
+        }));
+        if (!ui().tabWidget->isVisible()) in().m_btnCtrlPane()->click();
+        in().m_statPane()->show();
+        ui().widget_stat->show();
+        window->placePanes();
+        ASSERT_TRUE(waitFor([&] { return ui().widget_stat->isVisible() && ui().tabWidget->isVisible(); }));
+        // Words of the status pages come with the report.
+        report(recordByHand());
+        const sorvane::NavBlock block = navByHand();
+        send(EVT_NAV_BLOCK, &block, sizeof block);
+    }
+
+    QString file(const QString& page) const {
+        return QStringLiteral("%1/%2x%3_%4_%5_%6.png")
+            .arg(folder())
+            .arg(m_look.size.width())
+            .arg(m_look.size.height())
+            .arg(m_look.theme == 0 ? "day" : "night", m_look.language == 0 ? "zh" : "en", page);
+    }
+    void save(const QImage& image, const QString& page) const {
+        ASSERT_TRUE(image.save(file(page), "PNG", 80)) << qPrintable(file(page));
+    }
+
+    // The screen as the operator sees it, once nothing moves any more.
+    void saveScreen(const QString& page) {
+        const auto grab = [this] {
+            return QGuiApplication::primaryScreen()
+                ->grabWindow(0, 0, 0, m_look.size.width(), m_look.size.height())
+                .toImage();
+        };
+        QImage before;
+        QImage now = grab();
+        waitFor(
+            [&] {
+                before = now;
+                QTest::qWait(20);
+                now = grab();
+                return now == before;
+            },
+            2000);
+        save(now, page);
+    }
+
+    static void expectNone(const QStringList& found, const std::string& where) {
+        EXPECT_TRUE(found.isEmpty()) << where << ":\n  " << found.join("\n  ").toStdString();
+    }
+
+    // All that can be measured of one top-level window as it stands; `grounds` are what may shine through it.
+    void measure(QWidget* top, const QString& page, QSet<const QWidget*>* seen,
+                 const QList<QRgb>& grounds = {qRgb(0, 0, 0)}) {
+        QCoreApplication::processEvents();
+        const std::string where = file(page).section('/', -1).toStdString();
+        for (const QRgb ground : grounds) {
+            QSet<const QWidget*> once = *seen;
+            expectNone(looks::weakTexts(top, looks::pictureOn(top, ground), kFixedStyle, &once), where);
+            if (ground == grounds.last()) *seen = once;
+        }
+        expectNone(looks::cutTexts(top, kFixedGeometry), where);
+        expectNone(looks::misplaced(top), where);
+        if (m_look.language == 1) {
+            expectNone(looks::chineseTexts(top, kValues), where);
+        }
+    }
+
+    // Each view of a page that scrolls, from the top down; `picture` writes one.
+    void measureScrolling(QWidget* top, QScrollArea* area, const QString& page, QSet<const QWidget*>* seen,
+                          const std::function<void(const QString&)>& picture,
+                          const QList<QRgb>& grounds = {qRgb(0, 0, 0)}) {
+        QScrollBar* bar = area != nullptr ? area->verticalScrollBar() : nullptr;
+        if (bar != nullptr) bar->setValue(0);
+        for (int view = 1;; ++view) {
+            const QString name = view == 1 ? page : page + QStringLiteral("_view%1").arg(view);
+            measure(top, name, seen, grounds);
+            picture(name);
+            if (bar == nullptr || bar->value() >= bar->maximum()) break;
+            bar->setValue(bar->value() + bar->pageStep() * 3 / 4);
+        }
+        if (bar != nullptr) bar->setValue(0);
+    }
+
+    void mainWindow() {
+        QSet<const QWidget*> seen;
+        const QList<QRgb> over_picture = {qRgb(0, 0, 0), qRgb(255, 255, 255)};
+        const auto onScreen = [this](const QString& name) { saveScreen(name); };
+        for (int page = 0; page < ui().stackedWidget->count(); ++page) {
+            ui().stackedWidget->setCurrentIndex(page);
+            QWidget* shown = ui().stackedWidget->currentWidget();
+            measureScrolling(in().m_statPane(), shown->findChild<QScrollArea*>(),
+                             "status_" + shown->objectName(), &seen, onScreen, over_picture);
+        }
+        ui().stackedWidget->setCurrentIndex(1);
+        for (const auto& [page, area] :
+             {std::pair(ui().tab_test, ui().scroll_test), std::pair(ui().tab_ctl_ex, ui().scroll_ctl_ex)}) {
+            ui().tabWidget->setCurrentWidget(page);
+            ASSERT_TRUE(waitFor([&, shown = page] { return shown->isVisible(); }));
+            measureScrolling(window.get(), area, "control_" + page->objectName(), &seen, onScreen);
+        }
+        ui().tabWidget->setCurrentIndex(0);
+        measure(in().m_stateTab(), "pane_toggle", &seen, over_picture);
+        measure(in().m_ctrlPane(), "pane_toggle", &seen, over_picture);
+        // Gyro mode shows what frame mode hides; two axes swap the scan set-ups.
+        ui().radioButton_14->setChecked(true);
+        window->setServoFrame(1);
+        measure(window.get(), "gyro_two_axes", &seen);
+        ui().tabWidget->setCurrentIndex(1);
+        measure(window.get(), "gyro_two_axes_ex", &seen);
+        ui().tabWidget->setCurrentIndex(0);
+        ui().radioButton_13->setChecked(true);
+        window->setServoFrame(0);
+    }
+
+    void dialog(QWidget* top, const QString& page) {
+        QSet<const QWidget*> seen;
+        top->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(top, 10000));
+        EXPECT_LE(top->width(), 1366);
+        EXPECT_LE(top->height(), 768);
+        measure(top, page, &seen);
+        save(top->grab().toImage(), page);
+        top->close();
+    }
+
+    void settings() {
+        auto& form = *in().m_settings()->ui;
+        QSet<const QWidget*> seen;
+        in().ui()->action_fileSettings->trigger();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_settings(), 10000));
+        EXPECT_LE(in().m_settings()->height(), 768);
+        for (int row = 0; row < form.widget_title->count(); ++row) {
+            form.widget_title->setCurrentRow(row);
+            QWidget* page = form.stackedWidget->currentWidget();
+            const auto picture = [this](const QString& name) {
+                save(in().m_settings()->grab().toImage(), name);
+            };
+            measureScrolling(in().m_settings(), page->findChild<QScrollArea*>(),
+                             QStringLiteral("settings_%1_%2").arg(row).arg(page->objectName()), &seen,
+                             picture);
+        }
+        form.widget_title->setCurrentRow(0);
+        in().m_settings()->close();
+    }
+
+    // A real box: the serial port of the configuration does not exist.
+    void messageBox() {
+        bool seen_box = false;
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, window.get(), [&] {
+            QWidget* box = QApplication::activeModalWidget();
+            if (box == nullptr || !box->isVisible()) return;
+            poll.stop();
+            seen_box = true;
+            QSet<const QWidget*> seen;
+            measure(box, "message_box", &seen);
+            save(box->grab().toImage(), "message_box");
+            box->close();
+        });
+        poll.start(10);
+        in().ui_connection()->cbb_ctrlSerialNo->setEditText("COM5");
+        in().ui_connection()->pushButton_25->click();
+        EXPECT_TRUE(seen_box);
+    }
+
+    void everything(const Look& look) {
+        choose(look);
+        if (HasFatalFailure()) return;
+        mainWindow();
+        dialog(in().m_connectionDlg(), "connection");
+        dialog(in().m_telemetryDlg(), "telemetry_info");
+        dialog(in().m_seiDlg(), "sei");
+        settings();
+        messageBox();
+    }
+
+    Look m_look = {};
+};
+
+TEST_F(Looks, OfTheSmallestScreen) {
+    for (const int theme : {0, 1}) {
+        for (const int language : {0, 1})
+            everything({QSize(1366, 768), theme, language});
+    }
+}
+
+TEST_F(Looks, OfTheLargeScreen) {
+    for (const int theme : {0, 1}) {
+        for (const int language : {0, 1})
+            everything({QSize(1920, 1080), theme, language});
+    }
+}
+
+// What the measures would miss, a looks test would never find.
+class LooksMeasures : public KorvathTest {
+protected:
+    void SetUp() override {
+        probe.setStyleSheet("QWidget { background: #888888; color: #777777; } QPushButton { border: none; }");
+        probe.resize(400, 300);
+    }
+    void TearDown() override {}
+    void show() {
+        probe.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&probe, 10000));
+    }
+    QWidget probe;
+};
+
+TEST_F(LooksMeasures, WeakTextIsFoundAndStrongIsNot) {
+    auto* weak = new QLabel("weak words", &probe);
+    weak->setObjectName("weak");
+    weak->setGeometry(10, 10, 200, 30);
+    auto* strong = new QLabel("strong words", &probe);
+    strong->setStyleSheet("color: #000000; background: #ffffff;");
+    strong->setGeometry(10, 60, 200, 30);
+    auto* button = new QPushButton("weak button", &probe);
+    button->setObjectName("button");
+    button->setGeometry(10, 110, 200, 30);
+    auto* disabled = new QPushButton("off", &probe);
+    disabled->setEnabled(false);
+    disabled->setGeometry(10, 160, 200, 30);
+    show();
+    QSet<const QWidget*> seen;
+    const QStringList found = looks::weakTexts(&probe, looks::pictureOn(&probe, 0), {}, &seen);
+    ASSERT_EQ(found.size(), 2) << qPrintable(found.join('\n'));
+    EXPECT_TRUE(found[0].startsWith("weak \"weak words\"")) << qPrintable(found[0]);
+    EXPECT_TRUE(found[1].startsWith("button \"weak button\"")) << qPrintable(found[1]);
+}
+
+TEST_F(LooksMeasures, ContrastIsTheKnownRatio) {
+    EXPECT_NEAR(looks::contrast(qRgb(0, 0, 0), qRgb(255, 255, 255)), 21.0, 0.01);
+    EXPECT_NEAR(looks::contrast(qRgb(0x77, 0x77, 0x77), qRgb(255, 255, 255)), 4.48, 0.01);
+}
+
+TEST_F(LooksMeasures, CutTextIsFound) {
+    auto* label = new QLabel("much too long a text", &probe);
+    label->setObjectName("label");
+    label->setGeometry(10, 10, 30, 30);
+    auto* wrapped = new QLabel("some words on three or four lines", &probe);
+    wrapped->setObjectName("wrapped");
+    wrapped->setWordWrap(true);
+    wrapped->setGeometry(10, 50, 100, 20);
+    auto* combo = new QComboBox(&probe);
+    combo->setObjectName("combo");
+    combo->addItems({"a", "an item that is not chosen"});
+    combo->setGeometry(10, 90, 60, 30);
+    auto* fits = new QLabel("fits", &probe);
+    fits->setGeometry(10, 140, 200, 30);
+    show();
+    const QStringList found = looks::cutTexts(&probe, {});
+    ASSERT_EQ(found.size(), 3) << qPrintable(found.join('\n'));
+    EXPECT_TRUE(found[0].startsWith("label"));
+    EXPECT_TRUE(found[1].startsWith("wrapped"));
+    EXPECT_TRUE(found[2].startsWith("combo"));
+}
+
+TEST_F(LooksMeasures, WidgetsOnEachOtherAndOutsideAreFound) {
+    auto* first = new QLabel("first", &probe);
+    first->setGeometry(10, 10, 100, 30);
+    auto* second = new QLabel("second", &probe);
+    second->setGeometry(80, 20, 100, 30);
+    auto* third = new QLabel("third", &probe);
+    third->setObjectName("third");
+    third->setGeometry(350, 100, 100, 30);
+    show();
+    const QStringList found = looks::misplaced(&probe);
+    ASSERT_EQ(found.size(), 2) << qPrintable(found.join('\n'));
+    EXPECT_TRUE(found.filter("lies on").size() == 1);
+    EXPECT_TRUE(found.contains("third reaches out"));
+}
+
+TEST_F(LooksMeasures, ChineseIsFoundWhereverItIsTold) {
+    auto* label = new QLabel("abc", &probe);
+    label->setToolTip(QStringLiteral("提示"));
+    auto* combo = new QComboBox(&probe);
+    combo->addItems({"a", QStringLiteral("乙")});
+    auto* edit = new QLineEdit(&probe);
+    edit->setPlaceholderText(QStringLiteral("内容"));
+    auto* path = new QLineEdit(QStringLiteral("/家"), &probe);
+    path->setObjectName("path");
+    show();
+    EXPECT_EQ(looks::chineseTexts(&probe, {"path"}).size(),
+              4);  // the placeholder counts as shown and as told
+}
+
+}  // namespace
