@@ -21,14 +21,31 @@ struct OsdBit {
 };
 
 // In bit order. Bit 8 asks the pod to store the word; bit 20 is not used.
+// clang-format off
 constexpr OsdBit kOsdBits[] = {
-    {0, "widget", false},     {1, "widget_2", false},   {2, "widget_3", false},      {3, "widget_4", true},
-    {4, "widget_5", false},   {5, "widget_6", false},   {6, "widget_7", false},      {7, "widget_8", false},
-    {9, "widget_10", false},  {10, "widget_11", false}, {11, "radioButton_2", true}, {12, "widget_13", false},
-    {13, "widget_14", false}, {14, "widget_28", false}, {15, "radioButton_3", true}, {16, "widget_16", true},
-    {17, "widget_17", true},  {18, "widget_18", true},  {19, "widget_29", false},    {21, "widget_19", false},
-    {22, "widget_20", false},
+    {0, "widget", false},        // whole display
+    {1, "widget_2", false},      // centre cross
+    {2, "widget_3", false},      // attitude
+    {3, "widget_4", true},       // miss distance
+    {4, "widget_5", false},
+    {5, "widget_6", false},      // time
+    {6, "widget_7", false},      // field of view
+    {7, "widget_8", false},      // visible light
+    {9, "widget_10", false},     // infrared
+    {10, "widget_11", false},    // laser range
+    {11, "radioButton_2", true}, // MGRS instead of geographic coordinates
+    {12, "widget_13", false},    // memory card
+    {13, "widget_14", false},    // target position
+    {14, "widget_28", false},    // north arrow
+    {15, "radioButton_3", true}, // degrees, minutes, seconds instead of decimals
+    {16, "widget_16", true},     // hot spot tracking
+    {17, "widget_17", true},     // laser illumination
+    {18, "widget_18", true},     // infrared temperatures
+    {19, "widget_29", false},    // scale
+    {21, "widget_19", false},    // roll angle
+    {22, "widget_20", false},    // payload
 };
+// clang-format on
 constexpr int kOsdSaveBit = 8;
 
 // checked(name): state of a switch or radio button.

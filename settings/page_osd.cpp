@@ -1,13 +1,11 @@
 // The page of the pod's on-screen display.
-#include <QAbstractButton>
 #include <QComboBox>
 
 #include "app/korvath.h"
-#include "link/command_catalogue.h"
-#include "settings/osd_words.h"
+#include "link/command_codes.h"
+#include "link/osd_words.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_settings.h"
-#include "widgets/switch_control.h"
 
 namespace {
 
@@ -43,34 +41,11 @@ void PlayerSettingsDlg::retranslateOsdPage() {
     }
 }
 
-void PlayerSettingsDlg::runCommandButton(const QString& name) {
-    if (name == QLatin1String("pushButton_13")) {
-        sendOsdItems(false);
-    } else if (name == QLatin1String("pushButton_14")) {
-        sendOsdStyle();
-    } else if (name == QLatin1String("pushButton_15")) {
-        sendOsdItems(true);
-    }
-}
-
-void PlayerSettingsDlg::sendOsdItems(bool save) {
-    const auto isOn = [this](const char* name) {
-        const auto* widget = ui->page_osd->findChild<QWidget*>(QLatin1String(name));
-        if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
-            return button->isChecked();
-        }
-        const auto* toggle = qobject_cast<const SwitchControl*>(widget);
-        return toggle != nullptr && toggle->isToggled();
-    };
-    sendOsdWord(sorvane::kOsdItemsForm, sorvane::osdWord(isOn, save));
-}
-
+// The page's own buttons go through the window's catalogue; this is for a change of language.
 void PlayerSettingsDlg::sendOsdStyle() {
-    sendOsdWord(sorvane::kOsdStyleForm,
-                sorvane::osdStyleWord(ui->comboBox_12->currentIndex(), ui->comboBox_13->currentIndex()));
-}
-
-void PlayerSettingsDlg::sendOsdWord(std::uint8_t form, std::uint32_t word) {
-    m_window->sendCommand4(sorvane::CMD_OSD, form, static_cast<std::uint8_t>(word),
+    constexpr std::uint8_t kStyleForm = 4;
+    const std::uint32_t word =
+        sorvane::osdStyleWord(ui->comboBox_12->currentIndex(), ui->comboBox_13->currentIndex());
+    m_window->sendCommand4(sorvane::CMD_OSD, kStyleForm, static_cast<std::uint8_t>(word),
                            static_cast<std::uint8_t>(word >> 8), static_cast<std::uint8_t>(word >> 16));
 }

@@ -39,10 +39,6 @@ public:
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
     std::uint8_t decoderValue() const;
 
-    // A command button of this dialog was pressed: pushButton_13, _14 and _15 send the display's items and
-    // style, any other name does nothing.
-    void runCommandButton(const QString& name);
-
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.
     void on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size);
 
@@ -79,10 +75,8 @@ private:
     void storePages();
     void loadOsdPage();
     void retranslateOsdPage();
-    // Words of the on-screen display: which items it shows; colour and language.
-    void sendOsdItems(bool save);
+    // Colour and language of the on-screen display.
     void sendOsdStyle();
-    void sendOsdWord(std::uint8_t form, std::uint32_t word);
 
     Korvath* m_window;
     QTranslator m_translator;

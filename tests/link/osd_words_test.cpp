@@ -1,11 +1,11 @@
-#include "settings/osd_words.h"
+#include "link/osd_words.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-using sorvane::kOsdItems;
+using sorvane::kOsdBits;
 using sorvane::osdStyleWord;
 using sorvane::osdWord;
 
@@ -39,7 +39,7 @@ TEST(OsdWords, SavingIsBitEightAlone) {
 
 TEST(OsdWords, EachItemFlipsItsOwnBit) {
     const std::uint32_t off = osdWord(allOff, false);
-    for (const auto& item : kOsdItems) {
+    for (const auto& item : kOsdBits) {
         const auto only = [&](const char* name) { return std::string(name) == item.widget; };
         EXPECT_EQ(osdWord(only, false), off ^ (1U << item.bit)) << item.widget;
     }
@@ -48,7 +48,7 @@ TEST(OsdWords, EachItemFlipsItsOwnBit) {
 TEST(OsdWords, TheTableNamesEachBitAndEachWidgetOnce) {
     std::set<int> bits;
     std::set<std::string> widgets;
-    for (const auto& item : kOsdItems) {
+    for (const auto& item : kOsdBits) {
         EXPECT_TRUE(bits.insert(item.bit).second) << item.bit;
         EXPECT_TRUE(widgets.insert(item.widget).second) << item.widget;
     }
