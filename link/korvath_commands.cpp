@@ -230,7 +230,6 @@ void Korvath::osdNext() {
 // A command that still stands must end on the wire before the timers die: in periodic mode the release takes
 // the tick that ends the command and one that shows what remains.
 void Korvath::releaseHeldButtons() {
-    const bool standing = !m_frameRelease;
     for (QMyCmdBtn* button : findChildren<QMyCmdBtn*>())
         button->endHold();
     ui->videoWin1->endHold();
@@ -242,6 +241,7 @@ void Korvath::releaseHeldButtons() {
         killIfRunning(id);
     m_zoomTimers.clear();
     if (stop_pending) stopCommand(0);
+    const bool standing = m_frame.code != 0 || m_frame.rate_x != 0 || m_frame.rate_y != 0;
     if (standing && m_frameRelease && !singleMode() && m_linkState != LINK_NONE) {
         onPeriodTick();
         onPeriodTick();

@@ -394,6 +394,28 @@ TEST_F(HoldFaultsTest, ClosingSendsTheReleaseFramesInPeriodicMode) {
     EXPECT_EQ(parts.back(), zero_rate);
 }
 
+// No tick has seen the release yet when the window goes.
+TEST_F(HoldFaultsTest, ClosingRightAfterTheReleaseStillEndsTheMovementInPeriodicMode) {
+    window->config().send_period_ms = 1000;
+    openUdp();
+    choosePeriodic();
+    bringUp(ui().pushButton_118);
+    letTheStartEnd();
+    peer.take();
+    QTest::mousePress(ui().pushButton_118, Qt::LeftButton);
+    QTest::mouseRelease(ui().pushButton_118, Qt::LeftButton);
+    window->close();
+    std::vector<QByteArray> codes;
+    ASSERT_TRUE(waitFor([&] {
+        for (const QByteArray& f : peer.take())
+            codes.push_back(f.mid(2, 3));
+        return codes.size() >= 3;
+    }));
+    ASSERT_GE(codes.size(), 3U);
+    EXPECT_EQ(std::vector<QByteArray>(codes.end() - 3, codes.end()),
+              (std::vector<QByteArray>{hex("450104"), hex("450000"), hex("000000")}));
+}
+
 TEST_F(HoldFaultsTest, ButtonWithoutTargetReportsToTheMainWindow) {
     QMyCmdBtn loose;
     loose.setObjectName("pushButton_107");
