@@ -122,10 +122,16 @@ TEST_F(ControlsTest, ConfigurationChoosesTheStartItems) {
 }
 
 TEST_F(ControlsTest, StartSendsNoneOfTheChosenItems) {
-    writeConfig({{"load_control/ir_pseudo_color_band", 5}});
-    open();
-    // The only command of the start is that of the display's language.
+    startLinked({{"load_control/ir_pseudo_color_band", 5}});
+    EXPECT_EQ(ui().comboBox_4->currentIndex(), 5);
+    // The only command of the start is that of the display's language; an item's would have started this
+    // timer.
     EXPECT_EQ(in().m_lastCode(), 55);
+    EXPECT_EQ(in().m_stopTimer(), 0);
+    ui().comboBox_4->setCurrentIndex(7);
+    EXPECT_EQ(sent(), Commands()) << "set by the program, not chosen by the operator";
+    QTest::keyClick(ui().comboBox_4, Qt::Key_Down);
+    EXPECT_EQ(sent(), (Commands{hex("5301080000")}));
 }
 
 TEST_F(ControlsTest, ValuesOutOfRangeInTheConfigurationAreHarmless) {
