@@ -17,6 +17,16 @@ class Spine : public KorvathTest {
 protected:
     void SetUp() override { start(); }
     void xdotool(const QStringList& arguments) { ASSERT_EQ(QProcess::execute("xdotool", arguments), 0); }
+    // Left edge of the window as the X server has it; -1 when it does not say.
+    int xOnServer() const {
+        QProcess query;
+        query.start("xdotool", {"getwindowgeometry", "--shell", QString::number(window->winId())});
+        query.waitForFinished();
+        for (const QByteArray& line : query.readAllStandardOutput().split('\n')) {
+            if (line.startsWith("X=")) return line.mid(2).toInt();
+        }
+        return -1;
+    }
 };
 
 // Remembers the numbers of the custom events that reach an object.
@@ -112,9 +122,14 @@ TEST_F(Spine, APressOnTheTitleMovesTheWindowThroughTheSystem) {
     window->installEventFilter(&counter);
     const QPoint grip = ui().label_102->mapToGlobal(ui().label_102->rect().center());
     xdotool({"mousemove", QString::number(grip.x()), QString::number(grip.y())});
-    QTest::qWait(100);
+    ASSERT_TRUE(waitFor([&] { return QCursor::pos() == grip; }));
     xdotool({"mousedown", "1"});
-    QTest::qWait(100);
+    ASSERT_TRUE(waitFor([] { return QGuiApplication::mouseButtons() == Qt::LeftButton; }));
+    // The window manager takes the pointer some time after the request, and tells the window at the end only.
+    ASSERT_TRUE(waitFor([&] {
+        xdotool({"mousemove_relative", "2", "1"});
+        return xOnServer() > 200;
+    }));
     counter.moves = 0;
     for (int step = 1; step <= 10; ++step) {
         xdotool({"mousemove_relative", "8", "6"});
