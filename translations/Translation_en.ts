@@ -608,7 +608,7 @@
         </message>
         <message>
             <source>检测跟踪</source>
-            <translation>Detect and track</translation>
+            <translation>Detection, tracking</translation>
         </message>
         <message>
             <source>检测框：</source>
@@ -882,7 +882,7 @@ mode</translation>
         </message>
         <message>
             <source>地理联动</source>
-            <translation>Geo link</translation>
+            <translation>Geo guidance</translation>
         </message>
         <message>
             <source>经度：</source>
@@ -1973,7 +1973,7 @@ mode</translation>
         </message>
         <message>
             <source>编码器</source>
-            <translation>Encoder</translation>
+            <translation>Encoding</translation>
         </message>
         <message>
             <source>编码：</source>
