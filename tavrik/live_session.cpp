@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace tavrik {
 namespace {
@@ -147,15 +148,15 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
-    arrived_ = chunk.arrived;
+    const auto before = std::exchange(arrived_, chunk.arrived);
     if (chunk.format != nullptr) {
-        takePacket(chunk);
+        takePacket(chunk, before);
     } else {
         bytes_.push(chunk.data.data(), chunk.data.size());
     }
 }
 
-void LiveSession::takePacket(const Chunk& chunk) {
+void LiveSession::takePacket(const Chunk& chunk, Clock::time_point before) {
     if (chunk.format != format_) {
         if (packets_) packets_->idle();
         format_ = chunk.format;
@@ -165,7 +166,8 @@ void LiveSession::takePacket(const Chunk& chunk) {
     } else if (chunk.pts != last_pts_) {
         packets_->endOfPicture();
     } else if (chunk.pts != AV_NOPTS_VALUE) {
-        packets_->samePicture();
+        packets_->samePicture(
+            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(chunk.arrived - before).count()));
     }
     last_pts_ = chunk.pts;
     packets_->push(chunk.data.data(), chunk.data.size());

@@ -48,7 +48,8 @@ private:
     // The decoding thread.
     void decodeLoop();
     void take(const Chunk& chunk);
-    void takePacket(const Chunk& chunk);
+    // `before`: when the chunk before it came.
+    void takePacket(const Chunk& chunk, Clock::time_point before);
     int silenceMs() const;
     void onSilence();
     void onPicture(Codec codec, const AccessUnit& unit);

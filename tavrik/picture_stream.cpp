@@ -33,10 +33,17 @@ void PictureStream::idle() {
     cut(Cut::Idle);
 }
 
-void PictureStream::samePicture() {
-    if (last_cut_ != Cut::Idle || !cut_a_picture_) return;
-    last_cut_ = Cut::None;
-    morePatience();
+void PictureStream::samePicture(int gap_ms) {
+    gap_ms_ = std::max(gap_ms_, gap_ms);
+    followGaps();
+    if (last_cut_ == Cut::Idle) last_cut_ = Cut::None;
+}
+
+// Half as long again as the longest pause seen: it needs no trial at the price of a damaged picture to come
+// down.
+void PictureStream::followGaps() {
+    const int longest = std::max(gap_ms_, last_gap_ms_);
+    idle_ms_ = std::clamp(longest + (longest + 1) / 2, kIdleMs, kMaxIdleMs);
 }
 
 bool PictureStream::pending() const {
@@ -66,7 +73,7 @@ void PictureStream::learnFromCut() {
     const bool again = idle_suspect_ && clean_units_ < kSuspectUnits;
     if (last_cut_ == Cut::Idle) {
         idle_suspect_ = !again;
-        if (again) morePatience();
+        if (again && gap_ms_ < 0) morePatience();
     }
     if (last_cut_ == Cut::Container) ++wrong_container_cuts_;
     last_cut_ = Cut::None;
@@ -100,9 +107,15 @@ void PictureStream::followCodec(const std::uint8_t* nal, std::size_t size) {
 }
 
 void PictureStream::onUnit(const AccessUnit& unit) {
+    if (gap_ms_ >= 0 && ++window_units_ >= kGapUnits) {
+        window_units_ = 0;
+        last_gap_ms_ = gap_ms_;
+        gap_ms_ = 0;
+        followGaps();
+    }
     if (++clean_units_ >= units_to_trust_) {
         clean_units_ = 0;
-        idle_ms_ = std::max(idle_ms_ / 2, kIdleMs);
+        if (gap_ms_ < 0) idle_ms_ = std::max(idle_ms_ / 2, kIdleMs);
         wrong_container_cuts_ = 0;
     }
     sink_(codec_, unit);

@@ -23,8 +23,9 @@ public:
     void push(const std::uint8_t* data, std::size_t size);
     // The container says that a picture has ended here.
     void endOfPicture();
-    // The container says that what is pushed next belongs to the picture of the last push.
-    void samePicture();
+    // The container says that what is pushed next belongs to the picture of the last push, gap_ms
+    // milliseconds after it. The longest gap of the last pictures then sets the silence that ends one.
+    void samePicture(int gap_ms);
     // No byte has come for idleMs() milliseconds.
     void idle();
 
@@ -44,6 +45,7 @@ private:
     void cut(Cut reason);
     void learnFromCut();
     void morePatience();
+    void followGaps();
 
     Sink sink_;
     Codec codec_;
@@ -59,9 +61,14 @@ private:
     int clean_units_ = 0;               // pictures since a cut was last found wrong
     int units_to_trust_ = kCleanUnits;  // clean pictures after which a shorter silence is tried again
     int wrong_container_cuts_ = 0;
+    int gap_ms_ = -1;      // longest pause inside the pictures of the present window; -1: none was ever told
+    int last_gap_ms_ = 0;  // that of the window before
+    int window_units_ = 0;
 
     static constexpr int kIdleMs = 3;
     static constexpr int kMaxIdleMs = 48;
+    static constexpr int kGapUnits =
+        100;  // pictures in a window of gaps: a pause is remembered 4 to 8 s at 25 a second
     static constexpr int kSuspectUnits = 50;
     static constexpr int kCleanUnits = 500;
     static constexpr int kMaxCleanUnits = 16000;

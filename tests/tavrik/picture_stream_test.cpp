@@ -142,18 +142,30 @@ TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
     EXPECT_EQ(stream.idleMs(), 3) << "and trusts it again after many good pictures";
 }
 
-TEST(PictureStream, BelievesAContainerThatGoesOnWithThePictureAtOnce) {
+TEST(PictureStream, FollowsThePausesInsidePicturesUpAndDown) {
     Collected collected;
     PictureStream stream(Codec::H264, collected.sink());
     push(stream, joined({kSps264, kPps264}));
-    stream.idle();
-    stream.samePicture();
-    EXPECT_EQ(stream.idleMs(), 3) << "parameter sets ahead of their picture";
+    stream.samePicture(1);
+    EXPECT_EQ(stream.idleMs(), 3) << "a short pause fits the shortest silence";
     push(stream, joined({slice264(true, true, 1)}));
     stream.idle();
-    stream.samePicture();
+    stream.samePicture(8);
     push(stream, {0x99, 0x88});
-    EXPECT_EQ(stream.idleMs(), 6);
+    EXPECT_EQ(stream.idleMs(), 12) << "half as long again as the pause";
+    stream.samePicture(200);
+    EXPECT_EQ(stream.idleMs(), 48) << "but a bound";
+    const auto pictures = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            push(stream, joined({slice264(true, true, 1)}));
+            stream.samePicture(1);
+            stream.idle();
+        }
+    };
+    pictures(90);
+    EXPECT_EQ(stream.idleMs(), 48) << "the pause is remembered";
+    pictures(120);
+    EXPECT_EQ(stream.idleMs(), 3) << "and forgotten when none like it came again";
 }
 
 TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
