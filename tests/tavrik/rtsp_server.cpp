@@ -63,12 +63,24 @@ void RtspServer::kill() {
     listener_ = -1;
 }
 
-bool RtspServer::waitForPlay(int timeout_ms) {
+namespace {
+
+bool waitUntilPositive(const std::atomic<int>& count, int timeout_ms) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    while (playing_ == 0 && std::chrono::steady_clock::now() < deadline) {
+    while (count == 0 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    return playing_ > 0;
+    return count > 0;
+}
+
+}  // namespace
+
+bool RtspServer::waitForPlay(int timeout_ms) {
+    return waitUntilPositive(playing_, timeout_ms);
+}
+
+bool RtspServer::waitForTeardown(int timeout_ms) {
+    return waitUntilPositive(teardowns_, timeout_ms);
 }
 
 void RtspServer::run() {

@@ -36,7 +36,7 @@ public:
     void sendSound(const Bytes& samples, std::uint32_t timestamp);
     // Cuts every connection and stops listening, with no farewell.
     void kill();
-    int teardowns() const { return teardowns_; }
+    bool waitForTeardown(int timeout_ms);
     bool describeSeen() const { return describe_seen_; }
     bool overUdp() const { return over_udp_; }
 
