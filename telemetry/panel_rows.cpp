@@ -199,7 +199,7 @@ const PanelRow kRows[] = {
                  QT_TRANSLATE_NOOP("Korvath", "保存成功"), QT_TRANSLATE_NOOP("Korvath", "未保存"))), kNewGroup},
     {kHealth, "label_servo_state_val", QT_TRANSLATE_NOOP("KorvathClass", "伺服状态："),
      SHOW(word(servoStateText(s.record.servo_state)))},
-    {kHealth, "label_tf_val", "TF：",
+    {kHealth, "label_tf_val", "TF:",
      SHOW(either(flagA(s, kCardInsertedBit),
                  QT_TRANSLATE_NOOP("Korvath", "已插卡"), QT_TRANSLATE_NOOP("Korvath", "未插卡"))), !kNewGroup, "label_140"},
     {kHealth, "label_temp_warning_val", QT_TRANSLATE_NOOP("KorvathClass", "超温报警："),
