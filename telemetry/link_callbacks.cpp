@@ -1,6 +1,8 @@
 #include "telemetry/link_callbacks.h"
 
 #include <QCoreApplication>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,6 +14,45 @@
 
 namespace {
 
+// What waits for the GUI thread. A line that brings more than the window can show must not keep that thread
+// in one long round of events, without timers and input: beyond the limit frames are dropped until the round
+// has ended, which takes a moment without new ones. At telemetry rates the limit is seconds away.
+class Backlog {
+public:
+    bool admit() {
+        if (m_full && (m_waiting > 0 || now() - m_last_left < kPause)) return false;
+        m_full = m_waiting >= kMostWaiting;
+        if (m_full) return false;
+        ++m_waiting;
+        return true;
+    }
+    void leave() {
+        m_last_left = now();
+        --m_waiting;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static Clock::rep now() { return Clock::now().time_since_epoch().count(); }
+    static constexpr int kMostWaiting = 1000;
+    static constexpr Clock::rep kPause = Clock::duration(std::chrono::milliseconds(2)).count();
+
+    std::atomic<int> m_waiting{0};
+    std::atomic<bool> m_full{false};
+    std::atomic<Clock::rep> m_last_left{0};
+};
+Backlog g_backlog;
+
+// Frees its block if nobody has taken it.
+class BlockEvent : public QMyEvent {
+public:
+    using QMyEvent::QMyEvent;
+    ~BlockEvent() override {
+        std::free(data);
+        g_backlog.leave();
+    }
+};
+
 // `bytes` is copied; `size` is the event's size field, 0 where the type implies it.
 void post(int type, const std::uint8_t* bytes, std::size_t count, std::int32_t size) {
     Korvath* window = instance();
@@ -19,8 +60,12 @@ void post(int type, const std::uint8_t* bytes, std::size_t count, std::int32_t s
     // A reply without a payload still has a block, as its handler frees one.
     void* payload = std::malloc(count > 0 ? count : 1);
     if (payload == nullptr) return;
+    if (!g_backlog.admit()) {
+        std::free(payload);
+        return;
+    }
     std::memcpy(payload, bytes, count);
-    QCoreApplication::postEvent(window, new QMyEvent(type, nullptr, payload, size));
+    QCoreApplication::postEvent(window, new BlockEvent(type, nullptr, payload, size));
 }
 
 struct ControlLinkSink {
