@@ -157,8 +157,11 @@ inline Shown shownBy(const QWidget* widget) {
         option.initFrom(group);
         option.text = group->title();
         option.subControls = QStyle::SC_GroupBoxFrame | QStyle::SC_GroupBoxLabel;
-        return {group->style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, group),
-                group->title()};
+        // The style sizes the title to its text; what bounds it is the box.
+        QRect title =
+            group->style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, group);
+        title.setRight(group->rect().right() - title.left());
+        return {title, group->title()};
     }
     return {};
 }

@@ -23,7 +23,8 @@ const QStringList kFixedStyle = {"m_ctrlSelect"};
 // the window below.
 const QStringList kFixedGeometry = {};
 // Values of the operator or the pod, in whatever language they come.
-const QStringList kValues = {"le_recSaveDir", "le_recOpenDir", "le_telemSaveDir", "label_102"};
+// label_140 is a caption that stands as it is in every language.
+const QStringList kValues = {"le_recSaveDir", "le_recOpenDir", "le_telemSaveDir", "label_102", "label_140"};
 
 struct Look {
     QSize size;

@@ -1,0 +1,538 @@
+// The settings dialog: what it shows of the configuration, what it stores, and what takes effect at once.
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QListWidget>
+#include <QRadioButton>
+#include <QTemporaryDir>
+
+#include "link_peer.h"
+#include "tavrik/tavrik.h"
+#include "widgets/switch_control.h"
+#include "widgets/title_bar.h"
+
+namespace {
+
+class SettingsTest : public LinkTest {
+protected:
+    void SetUp() override { start(); }
+
+    PlayerSettingsDlg& settings() const { return *in().m_settings(); }
+    Ui::dialogSettings& form() const { return *settings().ui; }
+    MyAppConfig& config() const { return window->config(); }
+
+    void show() {
+        ui().action_fileSettings->trigger();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&settings(), 10000));
+    }
+    void close() {
+        form().toolButton->click();
+        ASSERT_FALSE(settings().isVisible());
+    }
+    void restart() {
+        stop();
+        open();
+    }
+    void restartWith(const QMap<QString, QVariant>& values) {
+        stop();
+        start(values);
+    }
+    QVariant stored(const char* key) const {
+        QSettings file(configPath(), QSettings::IniFormat);
+        file.setIniCodec("utf-8");
+        return file.value(key);
+    }
+    static QStringList items(const QComboBox* box) {
+        QStringList texts;
+        for (int i = 0; i < box->count(); ++i)
+            texts << box->itemText(i);
+        return texts;
+    }
+    template <typename T>
+    T* onPage(QWidget* page, const char* name) const {
+        return page->findChild<T*>(QLatin1String(name));
+    }
+};
+
+TEST_F(SettingsTest, TenPagesInOrderEachRowSelectsItsOwn) {
+    const QStringList texts = {"设备管理", "编码器设置", "遥控器设置", "摇杆设置", "OSD设置",
+                               "文件保存", "通用设置",   "指令透传",   "固件升级", "版本信息"};
+    const QStringList english = {"Device", "Encoder", "Remote", "Joystick", "OSD",
+                                 "Files",  "General", "Relay",  "Firmware", "Version"};
+    const QList<QWidget*> pages = {
+        form().page_device_manage, form().page_encoder, form().page_control, form().page_joy_stick,
+        form().page_osd,           form().page_file,    form().page_common,  form().page_cmd,
+        form().page_update,        form().page_ver};
+    ASSERT_EQ(form().widget_title->count(), 10);
+    EXPECT_EQ(form().widget_title->currentRow(), 0);
+    show();
+    for (int row = 0; row < 10; ++row) {
+        form().widget_title->setCurrentRow(row);
+        EXPECT_EQ(form().stackedWidget->currentWidget(), pages[row]) << row;
+        const QListWidgetItem* item = form().widget_title->item(row);
+        EXPECT_EQ(item->text(), texts[row]);
+        EXPECT_EQ(item->font().pointSize(), 15);
+        EXPECT_TRUE(item->font().bold());
+    }
+    form().cbb_selLang->setCurrentIndex(1);
+    for (int row = 0; row < 10; ++row)
+        EXPECT_EQ(form().widget_title->item(row)->text(), english[row]);
+}
+
+TEST_F(SettingsTest, OneModelessDialogMovedByItsTitleAndClosedByItsButton) {
+    show();
+    EXPECT_FALSE(settings().isModal());
+    EXPECT_TRUE(settings().windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_NE(settings().findChild<title_bar*>("title"), nullptr);
+    ui().action_fileSettings->trigger();
+    EXPECT_EQ(window->findChildren<PlayerSettingsDlg*>().size(), 1);
+    close();
+}
+
+TEST_F(SettingsTest, AStoredDecoderBeyondTheAvailableOnesFallsBackToTheFirstItem) {
+    restartWith({{"decode/decode_method", 7}});
+    EXPECT_EQ(form().cbb_decMethod->currentIndex(), 0);
+    restartWith({{"decode/decode_method", -3}});
+    EXPECT_EQ(form().cbb_decMethod->currentIndex(), 0);
+    restartWith({{"decode/decode_method", form().cbb_decMethod->count() - 1}});
+    EXPECT_EQ(form().cbb_decMethod->currentIndex(), form().cbb_decMethod->count() - 1);
+}
+
+TEST_F(SettingsTest, TheDecodersAreThoseThatTheLibraryReports) {
+    const int mask = tavrik::list_decoders();
+    const QStringList names = {"软解码", "CUDA解码", "QSV解码"};
+    QStringList expected;
+    QList<int> data;
+    for (int i = 0; i < 3; ++i) {
+        if ((mask >> i & 1) != 0) {
+            expected << names[i];
+            data << i;
+        }
+    }
+    EXPECT_EQ(items(form().cbb_decMethod), expected);
+    for (int row = 0; row < data.size(); ++row) {
+        EXPECT_EQ(form().cbb_decMethod->itemData(row).toInt(), data[row]);
+        form().cbb_decMethod->setCurrentIndex(row);
+        EXPECT_EQ(settings().decoderValue(), 1 << data[row]);
+    }
+}
+
+TEST_F(SettingsTest, WithNoHardwareDecodersTheListHasTheSoftwareDecoderOnly) {
+    if (tavrik::list_decoders() == 1) {
+        EXPECT_EQ(items(form().cbb_decMethod), QStringList{"软解码"});
+    }
+    // Whatever else the machine has, software comes first.
+    ASSERT_GE(form().cbb_decMethod->count(), 1);
+    EXPECT_EQ(form().cbb_decMethod->itemData(0).toInt(), 0);
+}
+
+TEST_F(SettingsTest, AStoredIntervalOfFifteenShowsThirtyAndClosingTheDialogStoresThirty) {
+    restartWith({{"dataSave/record_interval", 15}, {"dataSave/telemetry_saving_interval", 15}});
+    EXPECT_EQ(form().cbb_recSaveIntvl->currentText(), "30");
+    EXPECT_EQ(form().cbb_telemSaveIntvl->currentText(), "30");
+    EXPECT_EQ(config().record_interval, 15);
+    show();
+    close();
+    EXPECT_EQ(config().record_interval, 30);
+    EXPECT_EQ(config().telemetry_saving_interval, 30);
+    stop();
+    EXPECT_EQ(stored("dataSave/record_interval").toInt(), 30);
+    EXPECT_EQ(stored("dataSave/telemetry_saving_interval").toInt(), 30);
+}
+
+TEST_F(SettingsTest, AnIntervalThatWasNeverClosedOverStaysAsItWas) {
+    restartWith({{"dataSave/record_interval", 15}});
+    stop();
+    EXPECT_EQ(stored("dataSave/record_interval").toInt(), 15);
+}
+
+TEST_F(SettingsTest, TheIntervalsOfferFiveValuesAndKeepEachOfThem) {
+    const QStringList offered = {"1", "2", "5", "10", "30"};
+    EXPECT_EQ(items(form().cbb_recSaveIntvl), offered);
+    EXPECT_EQ(items(form().cbb_telemSaveIntvl), offered);
+    for (const QString& minutes : offered) {
+        restartWith({{"dataSave/record_interval", minutes}, {"dataSave/telemetry_saving_interval", minutes}});
+        EXPECT_EQ(form().cbb_recSaveIntvl->currentText(), minutes);
+        EXPECT_EQ(form().cbb_telemSaveIntvl->currentText(), minutes);
+    }
+}
+
+TEST_F(SettingsTest, WithPeriodicSelectedTheTelemetryBoxIsDisabledAndOff) {
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    EXPECT_TRUE(form().checkBox_16->isEnabled());
+    form().checkBox_16->setChecked(true);
+    EXPECT_TRUE(settings().sendsTelemetryPeriodically());
+    form().rbtn_scaleQualLow_3->setChecked(true);
+    EXPECT_FALSE(form().checkBox_16->isEnabled());
+    EXPECT_FALSE(form().checkBox_16->isChecked());
+    EXPECT_FALSE(settings().singleMode());
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    EXPECT_TRUE(form().checkBox_16->isEnabled());
+    EXPECT_FALSE(form().checkBox_16->isChecked());
+    restartWith({{"common/send_single", false}});
+    EXPECT_TRUE(form().rbtn_scaleQualLow_3->isChecked());
+    EXPECT_FALSE(form().checkBox_16->isEnabled());
+    EXPECT_FALSE(form().checkBox_16->isChecked());
+}
+
+TEST_F(SettingsTest, TheProtocolTakesEffectAtOnce) {
+    openUdp();
+    form().rbtn_scaleQualLow_3->setChecked(true);
+    EXPECT_TRUE(runs(in().m_periodTimer()));
+    EXPECT_EQ(in().m_navTimer(), -1);
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    EXPECT_EQ(in().m_periodTimer(), -1);
+    EXPECT_EQ(in().m_navTimer(), -1);
+    form().checkBox_16->setChecked(true);
+    EXPECT_TRUE(runs(in().m_navTimer()));
+}
+
+TEST_F(SettingsTest, EverySettingOfTheGeneralPageSurvivesARestart) {
+    show();
+    form().cbb_selLang->setCurrentIndex(1);
+    form().cbb_selTheme->setCurrentIndex(1);
+    form().rbtn_videoWinTB->setChecked(true);
+    form().cb_playOnStart->setChecked(false);
+    form().cb_dispFrmFreq->setChecked(true);
+    form().rbtn_scaleQualLow_3->setChecked(true);
+    form().rbtn_scaleQualHigh_4->setChecked(true);
+    // Nothing but language, theme and directories reaches further than the widgets before the dialog closes.
+    EXPECT_EQ(config().video_display_mode, 0);
+    EXPECT_FALSE(config().show_fps);
+    close();
+    EXPECT_EQ(config().language, 1);
+    EXPECT_EQ(config().theme, 1);
+    EXPECT_EQ(config().video_display_mode, 3);
+    EXPECT_TRUE(config().show_fps);
+    EXPECT_FALSE(config().send_single);
+    EXPECT_EQ(config().platform_type, 1);
+    restart();
+    EXPECT_EQ(form().cbb_selLang->currentIndex(), 1);
+    EXPECT_EQ(form().cbb_selTheme->currentIndex(), 1);
+    EXPECT_TRUE(form().rbtn_videoWinTB->isChecked());
+    EXPECT_FALSE(form().cb_playOnStart->isChecked());
+    EXPECT_TRUE(form().cb_dispFrmFreq->isChecked());
+    EXPECT_TRUE(form().rbtn_scaleQualLow_3->isChecked());
+    EXPECT_TRUE(form().rbtn_scaleQualHigh_4->isChecked());
+    EXPECT_TRUE(ui().action_videoWinTB->isChecked());
+    show();
+    form().cbb_selLang->setCurrentIndex(0);
+    form().cbb_selTheme->setCurrentIndex(0);
+    form().rbtn_videoWinLR->setChecked(true);
+    form().cb_dispFrmFreq->setChecked(false);
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    form().rbtn_scaleQualLow_4->setChecked(true);
+    close();
+    stop();
+    EXPECT_EQ(stored("common/language").toInt(), 0);
+    EXPECT_EQ(stored("common/theme").toInt(), 0);
+    EXPECT_EQ(stored("common/video_display_mode").toInt(), 2);
+    EXPECT_FALSE(stored("decode/show_fps").toBool());
+    EXPECT_TRUE(stored("common/send_single").toBool());
+    EXPECT_EQ(stored("common/platform_type").toInt(), 0);
+}
+
+TEST_F(SettingsTest, PlayAtStartIsStored) {
+    EXPECT_FALSE(form().cb_playOnStart->isChecked());
+    show();
+    form().cb_playOnStart->setChecked(true);
+    close();
+    EXPECT_TRUE(config().play_video_on_start);
+    stop();
+    EXPECT_TRUE(stored("common/play_video_on_start").toBool());
+}
+
+TEST_F(SettingsTest, EverySettingOfTheFilePageSurvivesARestart) {
+    show();
+    form().cbb_recSaveIntvl->setCurrentIndex(1);
+    form().cbb_telemSaveIntvl->setCurrentIndex(4);
+    form().checkBox->setChecked(false);
+    form().checkBox_2->setChecked(true);
+    form().checkBox_3->setChecked(false);
+    form().checkBox_4->setChecked(true);
+    close();
+    EXPECT_EQ(config().telemetry_saving_option, 10);
+    restart();
+    EXPECT_EQ(form().cbb_recSaveIntvl->currentText(), "2");
+    EXPECT_EQ(form().cbb_telemSaveIntvl->currentText(), "30");
+    EXPECT_FALSE(form().checkBox->isChecked());
+    EXPECT_TRUE(form().checkBox_2->isChecked());
+    EXPECT_FALSE(form().checkBox_3->isChecked());
+    EXPECT_TRUE(form().checkBox_4->isChecked());
+}
+
+TEST_F(SettingsTest, EachSavingOptionIsItsOwnBitAndTheOthersAreDropped) {
+    for (int bit = 0; bit < 4; ++bit) {
+        restartWith({{"dataSave/telemetry_saving_option", 0xF0 | 1 << bit}});
+        const QList<QCheckBox*> boxes = {form().checkBox, form().checkBox_2, form().checkBox_3,
+                                         form().checkBox_4};
+        for (int i = 0; i < 4; ++i)
+            EXPECT_EQ(boxes[i]->isChecked(), i == bit);
+        show();
+        close();
+        EXPECT_EQ(config().telemetry_saving_option, 1 << bit);
+    }
+}
+
+TEST_F(SettingsTest, EscapeAndTheProgramsEndCloseTheDialogToo) {
+    show();
+    form().cb_dispFrmFreq->setChecked(true);
+    QTest::keyClick(&settings(), Qt::Key_Escape);
+    EXPECT_FALSE(settings().isVisible());
+    EXPECT_TRUE(config().show_fps);
+    show();
+    form().cbb_recSaveIntvl->setCurrentIndex(2);
+    stop();
+    EXPECT_EQ(stored("dataSave/record_interval").toInt(), 5);
+}
+
+TEST_F(SettingsTest, ValuesThatNoItemStandsForStay) {
+    restartWith({{"common/language", 5},
+                 {"common/theme", 9},
+                 {"common/video_display_mode", 8},
+                 {"common/platform_type", 6}});
+    for (const QRadioButton* button :
+         {form().rbtn_videoWin1, form().rbtn_videoWin2, form().rbtn_videoWinLR, form().rbtn_videoWinTB,
+          form().rbtn_scaleQualLow_4, form().rbtn_scaleQualHigh_4}) {
+        EXPECT_FALSE(button->isChecked()) << qPrintable(button->objectName());
+    }
+    show();
+    close();
+    EXPECT_EQ(config().language, 5);
+    EXPECT_EQ(config().theme, 9);
+    EXPECT_EQ(config().video_display_mode, 8);
+    EXPECT_EQ(config().platform_type, 6);
+}
+
+TEST_F(SettingsTest, TheRadioPairsDoNotDisturbEachOther) {
+    form().rbtn_videoWinLR->setChecked(true);
+    form().rbtn_scaleQualLow_3->setChecked(true);
+    form().rbtn_scaleQualHigh_4->setChecked(true);
+    form().rbtn_scaleQualHigh_5->setChecked(true);
+    EXPECT_TRUE(form().rbtn_videoWinLR->isChecked());
+    EXPECT_TRUE(form().rbtn_scaleQualLow_3->isChecked());
+    EXPECT_TRUE(form().rbtn_scaleQualHigh_4->isChecked());
+    EXPECT_TRUE(form().rbtn_scaleQualHigh_5->isChecked());
+    EXPECT_FALSE(form().rbtn_scaleQualHigh_3->isChecked());
+    EXPECT_FALSE(form().rbtn_scaleQualLow_4->isChecked());
+    EXPECT_FALSE(form().rbtn_scaleQualLow_5->isChecked());
+}
+
+TEST_F(SettingsTest, TheServoFrameShowsItsWidgetsAtOnceAndAtTheStart) {
+    in().m_btnCtrlPane()->click();
+    ui().tabWidget->setCurrentIndex(1);
+    const auto twoAxes = [this] {
+        return ui().groupBox_30->isVisible() && ui().lineEdit_22->isVisible() &&
+               ui().lineEdit_23->isVisible() && ui().pushButton_162->isVisible() &&
+               !ui().pushButton_155->isVisible() && !ui().pushButton_152->isVisible();
+    };
+    const auto threeAxes = [this] {
+        return !ui().groupBox_30->isVisible() && ui().pushButton_155->isVisible() &&
+               ui().pushButton_152->isVisible() && ui().lineEdit_12->isVisible() &&
+               ui().lineEdit_11->isVisible();
+    };
+    EXPECT_TRUE(threeAxes());
+    form().rbtn_scaleQualHigh_4->setChecked(true);
+    EXPECT_TRUE(twoAxes());
+    form().rbtn_scaleQualLow_4->setChecked(true);
+    EXPECT_TRUE(threeAxes());
+    restartWith({{"common/platform_type", 1}});
+    in().m_btnCtrlPane()->click();
+    ui().tabWidget->setCurrentIndex(1);
+    EXPECT_TRUE(twoAxes());
+}
+
+struct DirectoryCase {
+    const char* edit;
+    const char* change;
+    const char* open;
+    const char* title;
+    QString MyAppConfig::*key;
+    const char* stored_key;
+};
+const DirectoryCase kDirectories[] = {
+    {"le_recSaveDir", "btn_recSaveDirChange", "btn_recSaveDirOpen", "请选择录像默认保存路径",
+     &MyAppConfig::default_video_saving_directory, "dataSave/default_video_saving_directory"},
+    {"le_recOpenDir", "btn_recOpenDirChange", "btn_recOpenDirOpen", "请选择拍照默认保存路径",
+     &MyAppConfig::default_record_open_directory, "dataSave/default_record_open_directory"},
+    {"le_telemSaveDir", "btn_telemSaveDirChange", "btn_telemSaveDirOpen", "请选择遥测信息默认保存路径",
+     &MyAppConfig::default_telemetry_saving_directory, "dataSave/default_telemetry_saving_directory"},
+};
+
+// Answers the directory chooser when it opens: a path, or an empty one to dismiss it.
+class ChooserAnswer : public QObject {
+public:
+    explicit ChooserAnswer(const QString& path) {
+        connect(&m_poll, &QTimer::timeout, this, [this, path] {
+            auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (chooser == nullptr || !chooser->isVisible()) return;
+            m_poll.stop();
+            title = chooser->windowTitle();
+            directory = chooser->directory().absolutePath();
+            directories_only = chooser->testOption(QFileDialog::ShowDirsOnly);
+            if (path.isEmpty()) {
+                chooser->reject();
+                return;
+            }
+            chooser->setDirectory(path);
+            // The file name's edit may hold nothing: the shown directory itself is then the answer.
+            chooser->findChild<QLineEdit*>("fileNameEdit")->setText(path);
+            QMetaObject::invokeMethod(chooser, "accept");
+        });
+        m_poll.start(10);
+    }
+    QString title;
+    QString directory;
+    bool directories_only = false;
+
+private:
+    QTimer m_poll;
+};
+
+TEST_F(SettingsTest, ADirectoryChosenReachesTheEditAndTheConfigurationAtOnce) {
+    QTemporaryDir folder;
+    const QString path = folder.path() + QStringLiteral("/录像");
+    ASSERT_TRUE(QDir().mkpath(path));
+    show();
+    form().widget_title->setCurrentRow(5);
+    for (const DirectoryCase& row : kDirectories) {
+        auto* edit = onPage<QLineEdit>(form().page_file, row.edit);
+        ASSERT_NE(edit, nullptr);
+        EXPECT_EQ(edit->text(), config().*row.key);
+        const QString before = edit->text();
+        ChooserAnswer none{QString()};
+        onPage<QPushButton>(form().page_file, row.change)->click();
+        EXPECT_EQ(none.title, QString::fromUtf8(row.title));
+        EXPECT_EQ(none.directory, QDir("./").absolutePath());
+        EXPECT_TRUE(none.directories_only);
+        EXPECT_EQ(edit->text(), before);
+        EXPECT_EQ(config().*row.key, before);
+        ChooserAnswer chosen{path};
+        onPage<QPushButton>(form().page_file, row.change)->click();
+        EXPECT_EQ(edit->text(), path) << row.edit;
+        EXPECT_EQ(config().*row.key, path) << row.edit;
+    }
+    stop();
+    for (const DirectoryCase& row : kDirectories)
+        EXPECT_EQ(stored(row.stored_key).toString(), path);
+}
+
+TEST_F(SettingsTest, TheFolderButtonShowsTheStoredDirectory) {
+    QTemporaryDir folder;
+    const QString seen = folder.filePath("seen");
+    {
+        QFile script(folder.filePath("xdg-open"));
+        ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\nprintf '%s' \"$1\" > \"" + seen.toUtf8() + ".part\" && mv \"" +
+                     seen.toUtf8() + ".part\" \"" + seen.toUtf8() + "\"\n");
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", folder.path().toUtf8() + ":" + path);
+    for (const DirectoryCase& row : kDirectories) {
+        QFile::remove(seen);
+        config().*row.key = folder.path() + "/" + row.edit;
+        onPage<QPushButton>(form().page_file, row.open)->click();
+        EXPECT_TRUE(waitFor([&] { return QFile::exists(seen); })) << row.open;
+        QFile file(seen);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(QString::fromUtf8(file.readAll()),
+                  QDir::toNativeSeparators(folder.path() + "/" + row.edit));
+    }
+    qputenv("PATH", path);
+}
+
+TEST_F(SettingsTest, TheTextsThatAreNotInTheFormFollowTheLanguage) {
+    EXPECT_EQ(items(form().cbb_selLang), (QStringList{"中文", "英文"}));
+    EXPECT_EQ(items(form().cbb_selTheme), (QStringList{"白天", "黑夜"}));
+    EXPECT_EQ(items(form().comboBox_12), (QStringList{"白色", "绿色", "黄色"}));
+    EXPECT_EQ(items(form().comboBox_13), (QStringList{"中文", "英文"}));
+    EXPECT_EQ(items(form().comboBox_48), (QStringList{"H.264", "H.265"}));
+    EXPECT_EQ(form().comboBox_12->currentIndex(), 1);
+    form().comboBox_12->setCurrentIndex(2);
+    form().cbb_selLang->setCurrentIndex(1);
+    EXPECT_EQ(items(form().cbb_selLang), (QStringList{"Chinese", "English"}));
+    EXPECT_EQ(items(form().cbb_selTheme), (QStringList{"Day", "Night"}));
+    EXPECT_EQ(items(form().comboBox_12), (QStringList{"White", "Green", "Yellow"}));
+    EXPECT_EQ(items(form().comboBox_13), (QStringList{"Chinese", "English"}));
+    EXPECT_EQ(form().comboBox_12->currentIndex(), 2);
+    EXPECT_EQ(form().cbb_decMethod->itemText(0), "Software");
+}
+
+TEST_F(SettingsTest, TheDisplayButtonsSendTheWordsOfTheirPage) {
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    openUdp();
+    letTheStartEnd();
+    peer.take();
+    const auto press = [this](QWidget* button) {
+        QTest::mouseClick(button, Qt::LeftButton);
+        EXPECT_TRUE(waitFor([this] { return peer.count() > 0; }));
+        const auto frames = peer.take();
+        EXPECT_EQ(frames.size(), 1U);
+        return frames.empty() ? QByteArray() : frames.front();
+    };
+    show();
+    form().widget_title->setCurrentRow(4);
+    // Everything off, then two items on, then MGRS.
+    EXPECT_TRUE(press(form().pushButton_13).contains(hex("03f77668"))) << "items";
+    onPage<SwitchControl>(form().page_osd, "widget")->setToggle(true);
+    onPage<SwitchControl>(form().page_osd, "widget_4")->setToggle(true);
+    EXPECT_TRUE(press(form().pushButton_13).contains(hex("03fe7668"))) << "two items on";
+    form().radioButton_2->setChecked(true);
+    EXPECT_TRUE(press(form().pushButton_15).contains(hex("03fe7f68"))) << "stored, with MGRS";
+    EXPECT_TRUE(press(form().pushButton_14).contains(hex("0401"))) << "style";
+    form().comboBox_12->setCurrentIndex(2);
+    form().comboBox_13->setCurrentIndex(1);
+    EXPECT_TRUE(press(form().pushButton_14).contains(hex("040a"))) << "yellow, English";
+}
+
+// Names repeat between the forms: the others of this dialog never act as the window's own.
+TEST_F(SettingsTest, NoOtherButtonOfTheDialogReachesTheCommands) {
+    form().rbtn_scaleQualHigh_3->setChecked(true);
+    openUdp();
+    letTheStartEnd();
+    peer.take();
+    int pressed = 0;
+    for (QPushButton* button : settings().findChildren<QPushButton*>()) {
+        const QString name = button->objectName();
+        if (name == "pushButton_13" || name == "pushButton_14" || name == "pushButton_15") continue;
+        QMyEvent event(EVT_CMD_BTN_DOWN, button, nullptr, 0);
+        QCoreApplication::sendEvent(window.get(), &event);
+        ++pressed;
+    }
+    EXPECT_GT(pressed, 15);
+    // A command of our own closes the list: nothing came before it.
+    window->sendCommand4(113, 0, 0, 0, 0);
+    ASSERT_TRUE(waitFor([this] { return peer.count() > 0; }));
+    EXPECT_EQ(peer.count(), 1U);
+}
+
+TEST_F(SettingsTest, EveryPageStandsWithItsWidgets) {
+    const QList<std::pair<QWidget*, QStringList>> pages = {
+        {form().page_common,
+         {"cbb_selLang", "cbb_selTheme", "rbtn_videoWin1", "cb_playOnStart", "cbb_decMethod", "checkBox_16",
+          "comboBox_48", "lineEdit_15", "label_95", "pushButton_53", "rbtn_scaleQualLow_5", "lineEdit_11",
+          "pushButton_23", "lineEdit_12", "lineEdit_13", "lineEdit_14", "checkBox_17", "pushButton_24"}},
+        {form().page_file, {"le_recSaveDir", "cbb_recSaveIntvl", "checkBox", "checkBox_4"}},
+        {form().page_osd,
+         {"widget",      "widget_2",      "widget_3",      "widget_4",      "widget_5",
+          "label_16",    "widget_6",      "widget_7",      "widget_8",      "widget_10",
+          "widget_11",   "radioButton",   "radioButton_2", "widget_13",     "widget_14",
+          "widget_28",   "radioButton_3", "radioButton_4", "widget_16",     "widget_17",
+          "widget_18",   "widget_29",     "widget_19",     "widget_20",     "comboBox_12",
+          "comboBox_13", "pushButton_13", "pushButton_14", "pushButton_15", "pushButton_22"}},
+        {form().page_ver, {"label_name", "label_ver", "label_logo"}},
+    };
+    for (const auto& [page, names] : pages) {
+        for (const QString& name : names) {
+            EXPECT_NE(page->findChild<QWidget*>(name), nullptr)
+                << qPrintable(page->objectName() + "/" + name);
+        }
+    }
+    EXPECT_FALSE(form().label_16->text().isEmpty());
+    EXPECT_FALSE(form().label_name->text().isEmpty());
+    EXPECT_FALSE(form().label_ver->text().isEmpty());
+}
+
+}  // namespace
