@@ -72,6 +72,7 @@ void Korvath::rebuildPageSelectors() {
         const std::array<QString, 2> texts = {QStringLiteral("控\n制"), QStringLiteral("扩\n展\n控\n制")};
         for (int i = 0; i < 2; ++i) {
             auto* button = new QPushButton(texts[static_cast<std::size_t>(i)], m_ctrlSelect);
+            button->setObjectName(QStringLiteral("page_selector"));
             button->setGeometry(0, i * 100, m_ctrlSelect->width(), 100);
             button->setStyleSheet(
                 QStringLiteral("QPushButton { background-color: rgba(160, 160, 160, 150); border: none; "

@@ -206,6 +206,17 @@ inline QStringList weakTexts(QWidget* window, const QImage& image, const QString
             }
             continue;
         }
+        if (const auto* tabs = qobject_cast<const QTabBar*>(widget)) {
+            for (int i = 0; i < tabs->count(); ++i) {
+                const QRect rect = tabs->tabRect(i).adjusted(2, 2, -2, -2);
+                const double strength =
+                    measuredContrast(image, rect.translated(tabs->mapTo(window, QPoint())));
+                if (strength < kLeastContrast) {
+                    weak << QStringLiteral("%1 tab %2: %3").arg(nameOf(tabs)).arg(i).arg(strength);
+                }
+            }
+            continue;
+        }
         const Shown shown = shownBy(widget);
         if (plain(shown.text).trimmed().isEmpty()) {
             continue;
@@ -247,6 +258,16 @@ inline QStringList cutTexts(QWidget* window, const QStringList& excepted) {
                 const QSize room = list->visualItemRect(item).adjusted(15, 0, -8, 0).size();
                 judge(list, item->text(), QSize(own.horizontalAdvance(item->text()), own.height()),
                       QSize(qMin(room.width(), list->viewport()->width() - 23), room.height()));
+            }
+            continue;
+        }
+        if (const auto* tabs = qobject_cast<const QTabBar*>(widget)) {
+            for (int i = 0; i < tabs->count(); ++i) {
+                const QSize need(metrics.horizontalAdvance(tabs->tabText(i)), metrics.height());
+                const bool upright =
+                    tabs->shape() == QTabBar::RoundedEast || tabs->shape() == QTabBar::RoundedWest;
+                const QRect room = tabs->tabRect(i) & tabs->rect();
+                judge(tabs, tabs->tabText(i), upright ? need.transposed() : need, room.size());
             }
             continue;
         }

@@ -17,10 +17,9 @@
 
 namespace {
 
-// Style strings that are fixed as they are: the page selectors' grey lets the picture through.
-const QStringList kFixedStyle = {"m_ctrlSelect"};
-// Fixed geometry whose text is not ours to size: nothing so far but floating selectors, which are no part of
-// the window below.
+// Style strings that are fixed as they are: the Chinese page selectors' grey lets the picture through.
+const QStringList kFixedStyle = {"page_selector"};
+// Texts in a geometry that is fixed; none of them is cut so far.
 const QStringList kFixedGeometry = {};
 // Values of the operator or the pod, in whatever language they come.
 // label_140 is a caption that stands as it is in every language.
@@ -149,6 +148,7 @@ protected:
         ui().tabWidget->setCurrentIndex(0);
         measure(in().m_stateTab(), "pane_toggle", &seen, over_picture);
         measure(in().m_ctrlPane(), "pane_toggle", &seen, over_picture);
+        measure(in().m_ctrlSelect(), "page_selectors", &seen, over_picture);
         // Gyro mode shows what frame mode hides; two axes swap the scan set-ups.
         ui().radioButton_14->setChecked(true);
         window->setServoFrame(1);
