@@ -25,7 +25,7 @@ using fake_tavrik::note;
 using fake_tavrik::state;
 
 int list_decoders() {
-    return 1;
+    return state().decoders;
 }
 
 int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on_audio, std::string local_ip,

@@ -30,6 +30,7 @@ struct Pull {
 };
 
 struct State {
+    int decoders = 1;     // what list_decoders returns
     int next_handle = 1;  // what the next feedOpen returns; counts on while above 0
     std::vector<Open> opens;
     std::vector<Pull> pulls;
