@@ -92,6 +92,8 @@ void Korvath::rebuildPageSelectors() {
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->setCurrentIndex(qBound(0, ui->tabWidget->currentIndex(), 1));
     connect(tabs, &QTabWidget::currentChanged, ui->tabWidget, &QStackedWidget::setCurrentIndex);
+    // Other actions turn the pages too; the map's page has no tab and leaves the choice as it is.
+    connect(ui->tabWidget, &QStackedWidget::currentChanged, tabs, &QTabWidget::setCurrentIndex);
     tabs->show();
 }
 

@@ -270,6 +270,11 @@ TEST_F(Panes, InEnglishThePageSelectorsAreTabsAtTheEastSide) {
     EXPECT_EQ(ui().tabWidget->currentIndex(), 0);
     tabs->setCurrentIndex(1);
     EXPECT_EQ(ui().tabWidget->currentIndex(), 1);
+    ui().tabWidget->setCurrentIndex(2);
+    EXPECT_EQ(ui().tabWidget->currentIndex(), 2);
+    EXPECT_EQ(tabs->currentIndex(), 1);
+    ui().tabWidget->setCurrentIndex(0);
+    EXPECT_EQ(tabs->currentIndex(), 0);
     settle();
     language(0);
     EXPECT_EQ(selectors().size(), 2);

@@ -308,6 +308,17 @@ TEST_F(ThemeTest, ALanguageChangeKeepsWhatTheProgramHasSet) {
     }
 }
 
+TEST_F(ThemeTest, ALanguageChangeKeepsTheStateOfTheLink) {
+    openUdp();
+    language(1);
+    EXPECT_EQ(dialog().pushButton_26->text(), "Disconnect");
+    EXPECT_EQ(dialog().pushButton_25->text(), "Connect");
+    EXPECT_EQ(in().m_statusLink()->text(), "UDP link open");
+    language(0);
+    EXPECT_EQ(dialog().pushButton_26->text(), QStringLiteral("断开"));
+    EXPECT_EQ(in().m_statusLink()->text(), QStringLiteral("UDP已连接"));
+}
+
 TEST_F(ThemeTest, AMissingTranslationLeavesTheTextsInChinese) {
     stop();
     const QString empty = QCoreApplication::applicationDirPath() + "/empty";
