@@ -291,6 +291,8 @@ private:
     void closeVideo2();
     void onVideoCheckTimer();
     void onVideoFrame(QMyEvent* e);
+    void drawInTurn(std::unique_ptr<FrameParcel> parcel);
+    void onTurnTimer();
     void onFrameTimer();
     void closeAllVideo();
 
@@ -393,6 +395,10 @@ private:
     QAudioOutput* audio_output = nullptr;
     QIODevice* audio_device = nullptr;
     std::list<FrameParcel*> frame_cache;
+    // Pictures that came in the same round of events as one that was drawn, oldest first; the timer runs from
+    // a picture drawn until none is left.
+    std::list<std::unique_ptr<FrameParcel>> m_laterPictures;
+    int m_turnTimer = 0;
     int udp_port_id = 0;
     std::mutex recv_mutex;  // guards m_recv_buf_udp, recv_capacity, recv_size
     unsigned char* m_recv_buf_udp = nullptr;

@@ -175,6 +175,8 @@ void Korvath::timerEvent(QTimerEvent* e) {
     const int id = e->timerId();
     if (id == m_frameTimer) {
         onFrameTimer();
+    } else if (id == m_turnTimer) {
+        onTurnTimer();
     } else if (id == m_tickTimer) {
         tick();
     } else if (id == m_periodTimer && !m_linkTimersStale) {

@@ -228,13 +228,37 @@ void Korvath::onVideoFrame(QMyEvent* e) {
     if (parcel == nullptr) return;
     e->data = nullptr;
     if (ui_connection->cbb_stream_type->currentIndex() != sorvane::STREAM_UDP_422) {
-        renderAndDispose(parcel);
+        drawInTurn(std::unique_ptr<FrameParcel>(parcel));
         return;
     }
     frame_cache.push_back(parcel);
     if (m_frameTimer == 0 && static_cast<int>(frame_cache.size()) == config().cache_frame_count_start) {
         m_frameTimer = startTimer(sorvane::framePeriodMs(m_showFps), Qt::PreciseTimer);
     }
+}
+
+// The toolkit delivers all posted events, and those posted meanwhile, before it looks at input and timers
+// again. Pictures that come faster than they can be drawn would never let it: a second one waits for the next
+// turn.
+void Korvath::drawInTurn(std::unique_ptr<FrameParcel> parcel) {
+    constexpr int kNextTurnMs = 1;
+    if (m_turnTimer != 0) {
+        m_laterPictures.push_back(std::move(parcel));
+        return;
+    }
+    renderAndDispose(parcel.release());
+    m_turnTimer = startTimer(kNextTurnMs, Qt::PreciseTimer);
+}
+
+void Korvath::onTurnTimer() {
+    if (m_laterPictures.empty()) {
+        killTimer(m_turnTimer);
+        m_turnTimer = 0;
+        return;
+    }
+    FrameParcel* parcel = m_laterPictures.front().release();
+    m_laterPictures.pop_front();
+    renderAndDispose(parcel);
 }
 
 void Korvath::onFrameTimer() {
@@ -254,7 +278,8 @@ void Korvath::onFrameTimer() {
 void Korvath::closeAllVideo() {
     if (m_videoCheckTimer != 0) killTimer(m_videoCheckTimer);
     if (m_frameTimer != 0) killTimer(m_frameTimer);
-    m_videoCheckTimer = m_frameTimer = 0;
+    if (m_turnTimer != 0) killTimer(m_turnTimer);
+    m_videoCheckTimer = m_frameTimer = m_turnTimer = 0;
     audio_gate::close();
     for (const VideoSurface& surface : m_surfaces)
         tavrik::feedClose(surface.player_handle);
@@ -263,6 +288,7 @@ void Korvath::closeAllVideo() {
     for (FrameParcel* parcel : frame_cache)
         delete parcel;
     frame_cache.clear();
+    m_laterPictures.clear();
 }
 
 bool Korvath::noSignalTest(int window_id) const {
