@@ -12,6 +12,7 @@
 #include "input/qmycmdbtn.h"
 #include "link/command_catalogue.h"
 #include "link_peer.h"
+#include "video/my_tip_dialog.h"
 #include "widgets/my_trans_dlg.h"
 #include "x11_focus.h"
 
@@ -298,6 +299,10 @@ TEST_F(HoldFaultsTest, OwnWindowsDoNotEndTheHold) {
     window->showDragDot(QPoint(320, 300));
     in().m_stateTab()->hide();
     in().m_stateTab()->show();
+    in().m_tip1()->show();
+    in().m_tip2()->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_tip2()));
+    EXPECT_TRUE(window->isActiveWindow());
     window->OnFileSettings();
     ASSERT_TRUE(waitFor([this] { return in().m_settings()->isActiveWindow(); }));
     window->hideDragMarks();
