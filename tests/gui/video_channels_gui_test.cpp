@@ -39,41 +39,6 @@ protected:
     }
 };
 
-TEST_F(Channels, DecodersOfferedAreThoseOfTheLibraryAndTheChosenOneReachesIt) {
-    struct Case {
-        int mask;
-        int stored;
-        QStringList offered;
-        int chosen;  // row
-        int value;   // for the library
-    };
-    const std::vector<Case> cases = {
-        {1, 0, {"软解码"}, 0, 1},
-        {1, 2, {"软解码"}, 0, 1},
-        {5, 1, {"软解码", "QSV解码"}, 1, 4},
-        {5, 2, {"软解码", "QSV解码"}, 0, 1},
-        {7, 1, {"软解码", "CUDA解码", "QSV解码"}, 1, 2},
-        {6, 0, {"CUDA解码", "QSV解码"}, 0, 2},
-        {0, 0, {}, -1, 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.mask * 10 + c.stored);
-        fake_tavrik::reset();
-        library().decoders = c.mask;
-        startWith(0, {{"decode/decode_method", c.stored}});
-        const QComboBox* box = in().m_settings()->ui->cbb_decMethod;
-        QStringList offered;
-        for (int i = 0; i < box->count(); ++i)
-            offered << box->itemText(i);
-        EXPECT_EQ(offered, c.offered);
-        EXPECT_EQ(box->currentIndex(), c.chosen);
-        window->OnOpenVideo1();
-        ASSERT_EQ(library().opens.size(), 1U);
-        EXPECT_EQ(library().opens[0].decoder, c.value);
-        stop();
-    }
-}
-
 }  // namespace
 
 TEST_F(Channels, OpenAsksForTheStreamAsConfigured) {
