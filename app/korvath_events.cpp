@@ -148,6 +148,9 @@ bool Korvath::paintDragMark(QObject* obj) {
 void Korvath::filterResize(QObject* obj) {
     if (obj == ui->widget_6) {
         placeDragOverlay();
+    } else if (obj == ui->centralWidget && isVisible()) {
+        // Bars that come or go change the space for the panes without a resize of the window.
+        placePanes();
     } else if (obj == ui->videoWin1 || obj == ui->videoWin2) {
         resizeSurface(static_cast<QWidget*>(obj));
     }
