@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QStyle>
 #include <QTimer>
@@ -33,6 +34,21 @@ constexpr std::array<const char*, 10> kPages = {
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息"),
 };
 
+// A style sheet's colour covers the palette's for placeholders: an empty field tells the sheet that it is
+// empty.
+void muteWhileEmpty(QLineEdit* edit) {
+    const auto tell = [edit] {
+        const bool empty = edit->text().isEmpty();
+        if (edit->property("empty").toBool() != empty) {
+            edit->setProperty("empty", empty);
+            edit->style()->unpolish(edit);
+            edit->style()->polish(edit);
+        }
+    };
+    tell();
+    QObject::connect(edit, &QLineEdit::textChanged, edit, tell);
+}
+
 }  // namespace
 
 PlayerSettingsDlg::PlayerSettingsDlg(Korvath* window)
@@ -53,6 +69,9 @@ PlayerSettingsDlg::PlayerSettingsDlg(Korvath* window)
     m_translatorLoaded = m_translator.load(QStringLiteral("./translations/Translation_en.qm"));
     if (!m_translatorLoaded) {
         qDebug("Load translate file failed!");
+    }
+    for (QLineEdit* edit : {ui->lineEdit_12, ui->lineEdit_13, ui->lineEdit_14}) {
+        muteWhileEmpty(edit);
     }
     connectWidgets();
     init();

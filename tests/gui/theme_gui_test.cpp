@@ -148,6 +148,23 @@ TEST_F(ThemeTest, ThemeSwitchRepaintsTheWindow) {
     EXPECT_TRUE(waitFor([&] { return ground() == day; }));
 }
 
+TEST_F(ThemeTest, AFieldsPlaceholderIsPalerThanItsValue) {
+    QLineEdit* edit = in().m_settings()->ui->lineEdit_14;
+    const auto strength = [edit] {
+        const looks::Shown shown = looks::shownBy(edit);
+        return looks::measuredContrast(edit->grab().toImage().convertToFormat(QImage::Format_RGB32),
+                                       shown.room);
+    };
+    for (const int index : {1, 0}) {
+        theme(index);
+        edit->clear();
+        const double placeholder = strength();
+        edit->setText(edit->placeholderText());
+        EXPECT_GT(strength(), placeholder + 2.0);
+        EXPECT_GE(placeholder, looks::kLeastContrast);
+    }
+}
+
 TEST_F(ThemeTest, AMissingSheetLeavesTheOldOneAndEmptiesTheDialogs) {
     theme(1);
     const QString before = qApp->styleSheet();
