@@ -60,29 +60,30 @@ void Korvath::followHover(QEvent* e) {
 
 // Numbers without a row here (1002, 1003 and 1006 among them) go on to QMainWindow unchanged.
 void Korvath::dispatchCustomEvent(QEvent* e) {
-    auto* mine = static_cast<QMyEvent*>(e);
+    // Only numbers with a row are events of that class.
+    const auto mine = [e] { return static_cast<QMyEvent*>(e); };
     switch (static_cast<int>(e->type())) {
         case EVT_CMD_BTN_DOWN:
-            dispatchCommand(mine->sender);
+            dispatchCommand(mine()->sender);
             break;
         case EVT_CMD_BTN_UP:
             stopCommand(0);
             break;
         case EVT_TELEMETRY:
         case EVT_TELEMETRY_ALT:
-            onTelemetryRecord(mine);
+            onTelemetryRecord(mine());
             break;
         case EVT_LINK_FRAME:
-            onLinkFrame(mine);
+            onLinkFrame(mine());
             break;
         case EVT_INS_FRAME:
-            onInsFrame(mine);
+            onInsFrame(mine());
             break;
         case EVT_VIDEO_FRAME:
-            onVideoFrame(mine);
+            onVideoFrame(mine());
             break;
         case EVT_NAV_BLOCK:
-            onNavBlock(mine);
+            onNavBlock(mine());
             break;
         default:
             break;

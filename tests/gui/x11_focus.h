@@ -6,7 +6,8 @@
 
 // False without an X display.
 inline bool giveFocusAway() {
-    Display* display = XOpenDisplay(nullptr);
+    // The connection stays open for the rest of the test, and the window with it.
+    static Display* const display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
     const Window root = DefaultRootWindow(display);
     XSetWindowAttributes attributes{};
@@ -17,7 +18,6 @@ inline bool giveFocusAway() {
     XSync(display, 0);
     XSetInputFocus(display, other, 2 /* RevertToParent */, 0L);
     XSync(display, 0);
-    // The connection stays open for the rest of the test, and the window with it.
     return true;
 }
 
