@@ -32,7 +32,7 @@ std::vector<QByteArray> framesOf(const QString& text) {
 
 Golden readGolden() {
     Golden golden;
-    QFile file(QFileInfo(QString::fromUtf8(__FILE__)).path() + "/../golden/commands.txt");
+    QFile file(QStringLiteral(SORVANE_GOLDEN "/commands.txt"));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << file.fileName().toStdString();
     while (!file.atEnd()) {
         const QString line = QString::fromUtf8(file.readLine()).trimmed();
