@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <QToolButton>
 
-#include "app/my_app_config.h"
+#include "app/config/my_app_config.h"
 #include "link/frame_sender.h"
 #include "oskel/oskel.h"
 #include "settings/player_settings_dlg.h"
@@ -80,6 +80,7 @@ Korvath::~Korvath() {
     delete m_tip2;
     delete m_dragOverlay;
     m_dragOverlay = nullptr;
+    drainEvents();
     const std::lock_guard<std::mutex> lock(recv_mutex);
     delete[] m_recv_buf_udp;
     m_recv_buf_udp = nullptr;

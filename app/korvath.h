@@ -13,7 +13,7 @@
 #include <memory>
 #include <mutex>
 
-#include "app/my_event.h"
+#include "app/events/my_event.h"
 #include "link/command_catalogue.h"
 #include "link/frame_sender.h"
 #include "link/frames.h"
@@ -193,7 +193,21 @@ private:
     void storeEditsToConfig();
 
     // --- app/korvath_events.cpp ---
+    // One row of the event table: what a number carries and who takes it.
+    struct EventRow {
+        int number;
+        bool plain;                           // an event without fields
+        void (Korvath::*handler)(QMyEvent*);  // null for a plain event
+        void (*free)(void* data);             // of an undelivered payload
+    };
+    static const EventRow* eventRow(int number);
     void dispatchCustomEvent(QEvent* e);
+    // Frees the payload of every event still posted, without handling one.
+    void drainEvents();
+    void onCommandButtonDown(QMyEvent* e);
+    void onCommandButtonUp(QMyEvent* e);
+    void onTelemetry(QMyEvent* e);
+    void passOn(QMyEvent* e);
     // Cursor over the window's edges.
     void followHover(QEvent* e);
     bool paintDragMark(QObject* obj);
@@ -265,7 +279,6 @@ private:
     void releaseHeldButtons();
 
     // --- telemetry/korvath_telemetry.cpp ---
-    void onTelemetryRecord(QMyEvent* e);
     void onLinkFrame(QMyEvent* e);
     void onInsFrame(QMyEvent* e);
     void onNavBlock(QMyEvent* e);
@@ -378,6 +391,7 @@ private:
     common_dlg* m_seiDlg = nullptr;
     common_dlg* m_telemetryDlg = nullptr;
     bool m_panesShown = false;
+    bool m_draining = false;  // no handler runs any more
     QToolButton* m_viewButton = nullptr;
     QMenu* m_viewMenu = nullptr;
     std::unique_ptr<sorvane::FrameSender> m_sender;

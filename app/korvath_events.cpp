@@ -7,9 +7,11 @@
 #include <QTimerEvent>
 #include <QWheelEvent>
 #include <QWindow>
+#include <cstdlib>
+#include <type_traits>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "link/command_catalogue.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
@@ -17,6 +19,20 @@
 #include "widgets/window_drag.h"
 
 namespace {
+
+// Payload kinds of the event table.
+struct Sent;
+struct Plain;
+struct Block;
+
+template <typename Payload>
+void freePayload(void* data) {
+    if constexpr (std::is_same_v<Payload, Block>) {
+        std::free(data);
+    } else if constexpr (std::is_same_v<Payload, FrameParcel>) {
+        delete static_cast<FrameParcel*>(data);
+    }
+}
 
 Qt::CursorShape edgeCursor(int edges) {
     switch (edges) {
@@ -58,36 +74,49 @@ void Korvath::followHover(QEvent* e) {
     }
 }
 
-// Numbers without a row here (1002, 1003 and 1006 among them) go on to QMainWindow unchanged.
-void Korvath::dispatchCustomEvent(QEvent* e) {
-    // Only numbers with a row are events of that class.
-    const auto mine = [e] { return static_cast<QMyEvent*>(e); };
-    switch (static_cast<int>(e->type())) {
-        case EVT_CMD_BTN_DOWN:
-            dispatchCommand(mine()->sender);
-            break;
-        case EVT_CMD_BTN_UP:
-            stopCommand(0);
-            break;
-        case EVT_TELEMETRY:
-        case EVT_TELEMETRY_ALT:
-            onTelemetryRecord(mine());
-            break;
-        case EVT_LINK_FRAME:
-            onLinkFrame(mine());
-            break;
-        case EVT_INS_FRAME:
-            onInsFrame(mine());
-            break;
-        case EVT_VIDEO_FRAME:
-            onVideoFrame(mine());
-            break;
-        case EVT_NAV_BLOCK:
-            onNavBlock(mine());
-            break;
-        default:
-            break;
+const Korvath::EventRow* Korvath::eventRow(int number) {
+#define SORVANE_EVENT_ROW(name, number, payload, handler) \
+    {number, std::is_same_v<payload, Plain>, &Korvath::handler, &freePayload<payload>},
+    static constexpr EventRow kRows[] = {SORVANE_EVENTS(SORVANE_EVENT_ROW)};
+#undef SORVANE_EVENT_ROW
+    for (const EventRow& row : kRows) {
+        if (row.number == number) {
+            return &row;
+        }
     }
+    return nullptr;
+}
+
+// Only numbers with a row are events of ours; all others go on to QMainWindow unchanged.
+void Korvath::dispatchCustomEvent(QEvent* e) {
+    const EventRow* row = eventRow(e->type());
+    if (row == nullptr) {
+        return;
+    }
+    auto* mine = row->plain ? nullptr : static_cast<QMyEvent*>(e);
+    if (!m_draining) {
+        (this->*row->handler)(mine);
+    } else if (mine != nullptr && mine->data != nullptr) {
+        row->free(mine->data);
+        mine->data = nullptr;
+    }
+}
+
+void Korvath::drainEvents() {
+    m_draining = true;
+#define SORVANE_EVENT_DRAIN(name, number, payload, handler) QCoreApplication::sendPostedEvents(this, number);
+    SORVANE_EVENTS(SORVANE_EVENT_DRAIN)
+#undef SORVANE_EVENT_DRAIN
+}
+
+void Korvath::passOn(QMyEvent* /*e*/) {}
+
+void Korvath::onCommandButtonDown(QMyEvent* e) {
+    dispatchCommand(e->sender);
+}
+
+void Korvath::onCommandButtonUp(QMyEvent* /*e*/) {
+    stopCommand(0);
 }
 
 // Sees every event of the process: each branch compares the type or the pointer first and does nothing for a

@@ -6,8 +6,8 @@
 #include <QPushButton>
 #include <QTabWidget>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
 #include "video/replay_panel.h"

@@ -4,8 +4,8 @@
 #include <QFile>
 #include <QToolButton>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_connection.h"
 #include "ui_korvath.h"

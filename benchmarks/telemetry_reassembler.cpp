@@ -13,9 +13,9 @@
 #include <random>
 #include <vector>
 
-#include "app/my_event.h"
-#include "link/bytes.h"
-#include "link/checksum.h"
+#include "app/events/my_event.h"
+#include "base/bytes.h"
+#include "base/checksum.h"
 #include "telemetry/control_link_reassembler.h"
 
 namespace {

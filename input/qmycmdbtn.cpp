@@ -4,8 +4,8 @@
 #include <QDebug>
 #include <QMouseEvent>
 
-#include "app/korvath.h"
-#include "app/my_event.h"
+#include "app/events/event_receiver.h"
+#include "app/events/my_event.h"
 
 namespace {
 
@@ -50,7 +50,7 @@ void QMyCmdBtn::report(int type) {
 void QMyCmdBtn::press() {
     release();
     m_held = true;
-    m_receiver = target.isNull() ? static_cast<QObject*>(instance()) : target.data();
+    m_receiver = target.isNull() ? eventReceiver() : target.data();
     qApp->installEventFilter(this);
     report(EVT_CMD_BTN_DOWN);
 }

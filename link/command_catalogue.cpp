@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "link/bytes.h"
+#include "base/bytes.h"
+#include "base/numbers.h"
 #include "link/frame_sender.h"
 #include "link/osd_words.h"
 

@@ -5,7 +5,7 @@
 #include <QLineEdit>
 #include <QSlider>
 
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 namespace {
 

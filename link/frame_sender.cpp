@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "link/bytes.h"
+#include "base/bytes.h"
 #include "link/command_codes.h"
 
 namespace sorvane {

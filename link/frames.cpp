@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "link/bytes.h"
-#include "link/checksum.h"
+#include "base/bytes.h"
+#include "base/checksum.h"
 
 namespace sorvane {
 

@@ -3,8 +3,8 @@
 #include <QLineEdit>
 #include <vector>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "telemetry/telemetry_record.h"
 #include "ui_korvath.h"
 

@@ -7,15 +7,15 @@
 #include <QSlider>
 #include <algorithm>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "input/qmycmdbtn.h"
 #include "link/command_catalogue.h"
 #include "link/control_form.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
 #include "ui_settings.h"
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 using sorvane::ControlKind;
 using sorvane::ServoMode;

@@ -8,8 +8,8 @@
 #include <QRadioButton>
 #include <QSerialPortInfo>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "oskel/oskel.h"
 #include "telemetry/link_callbacks.h"
 #include "ui_connection.h"

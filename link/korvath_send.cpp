@@ -2,8 +2,8 @@
 #include <QAbstractEventDispatcher>
 #include <QDateTime>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "link/frame_sender.h"
 #include "oskel/oskel.h"
 #include "settings/player_settings_dlg.h"

@@ -2,7 +2,7 @@
 #include <QComboBox>
 
 #include "app/korvath.h"
-#include "app/my_app_config.h"
+#include "app/config/my_app_config.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
 #include "ui_settings.h"

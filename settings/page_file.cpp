@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFileDialog>
 
-#include "app/my_app_config.h"
+#include "app/config/my_app_config.h"
 #include "platform/show_directory.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_settings.h"

@@ -9,7 +9,7 @@
 #include <QToolButton>
 
 #include "app/korvath.h"
-#include "app/my_app_config.h"
+#include "app/config/my_app_config.h"
 #include "link/command_catalogue.h"
 #include "link/osd_words.h"
 #include "ui_settings.h"

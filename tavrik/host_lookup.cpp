@@ -1,10 +1,4 @@
-#ifdef _WIN32
-#include <winsock2.h>
-#include <ws2tcpip.h>
-#else
-#include <netdb.h>
-#include <sys/socket.h>
-#endif
+#include "tavrik/host_lookup.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -13,7 +7,7 @@
 #include <system_error>
 #include <thread>
 
-#include "tavrik/host_lookup.h"
+#include "tavrik/resolver.h"
 
 namespace tavrik {
 namespace {
@@ -25,21 +19,6 @@ struct Lookup {
     std::optional<std::string> answer;
 };
 
-std::optional<std::string> lookUpNow(const std::string& host) {
-    addrinfo hints{};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_ADDRCONFIG;
-    addrinfo* list = nullptr;
-    if (getaddrinfo(host.c_str(), nullptr, &hints, &list) != 0 || list == nullptr) return std::nullopt;
-    char text[NI_MAXHOST] = {};
-    const int result = getnameinfo(list->ai_addr, static_cast<socklen_t>(list->ai_addrlen), text,
-                                   sizeof(text), nullptr, 0, NI_NUMERICHOST);
-    freeaddrinfo(list);
-    if (result != 0) return std::nullopt;
-    return std::string(text);
-}
-
 }  // namespace
 
 std::optional<std::string> lookUpHost(const std::string& host, int timeout_ms,
@@ -48,7 +27,7 @@ std::optional<std::string> lookUpHost(const std::string& host, int timeout_ms,
     const auto lookup = std::make_shared<Lookup>();
     try {
         std::thread([lookup, host] {
-            std::optional<std::string> answer = lookUpNow(host);
+            std::optional<std::string> answer = resolve(host);
             const std::lock_guard<std::mutex> lock(lookup->mutex);
             lookup->answer = std::move(answer);
             lookup->done = true;

@@ -1,47 +1,12 @@
-// Word-wise searching and checksums for the reassemblers: eight bytes a step, portable, no alignment needed.
+// Word-wise searching for the reassemblers: eight bytes a step, portable, no alignment needed.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+
+#include "base/bytes.h"
 
 namespace sorvane {
-
-inline std::uint64_t loadWord(const std::uint8_t* bytes) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// XOR of the eight bytes of a word; their order does not matter.
-constexpr std::uint8_t foldXor(std::uint64_t word) {
-    word ^= word >> 32;
-    word ^= word >> 16;
-    word ^= word >> 8;
-    return static_cast<std::uint8_t>(word);
-}
-
-// XOR of n bytes.
-inline std::uint8_t xorOf(const std::uint8_t* bytes, std::size_t n) {
-    std::uint64_t words = 0;
-    std::size_t i = 0;
-    for (; i + 8 <= n; i += 8)
-        words ^= loadWord(bytes + i);
-    std::uint8_t result = foldXor(words);
-    for (; i < n; ++i)
-        result = static_cast<std::uint8_t>(result ^ bytes[i]);
-    return result;
-}
-
-// XOR of exactly 60 bytes: the length known, no loop remains.
-inline std::uint8_t xorOf60(const std::uint8_t* bytes) {
-    std::uint64_t words = 0;
-    for (std::size_t i = 0; i < 56; i += 8)
-        words ^= loadWord(bytes + i);
-    std::uint32_t last;
-    std::memcpy(&last, bytes + 56, sizeof last);
-    return foldXor(words ^ last);
-}
 
 // First position q in [from, limit) with bytes[q] == first and bytes[q + 1] == second, else `limit`.
 // bytes[limit] must be readable. Searches for the pair rather than the first byte, so that a stream full of

@@ -10,8 +10,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "link/bytes.h"
-#include "link/numbers.h"
+#include "base/bytes.h"
+#include "base/checksum.h"
+#include "base/numbers.h"
 #include "telemetry/byte_scan.h"
 #include "telemetry/telemetry_record.h"
 
@@ -59,7 +60,7 @@ std::int32_t ControlLinkReassembler::takeVariable(const std::uint8_t* frame, std
     if (rest < 4) return 0;
     const std::int32_t length = frame[3];
     if (rest < length + 5) return 0;
-    if (frame[4 + length] == xorOf(frame + 3, static_cast<std::size_t>(length) + 1)) {
+    if (frame[4 + length] == frameXor(frame + 3, length + 1)) {
         sink.linkFrame(frame + 4, length);
     }
     return length + 5;
@@ -68,7 +69,7 @@ std::int32_t ControlLinkReassembler::takeVariable(const std::uint8_t* frame, std
 template <typename Sink>
 std::int32_t ControlLinkReassembler::takeFixed(std::uint8_t* frame, std::int32_t rest, Sink& sink) {
     if (rest < kFixedFrameSize) return 0;
-    if (frame[62] == xorOf60(frame + 2) && frame[63] == 0xF0) {
+    if (frame[62] == frameXor(frame + 2, 60) && frame[63] == 0xF0) {
         // In place: the bytes of a frame are never looked at again once it is taken.
         positionsToInteger(frame + 2);
         sink.telemetry(static_cast<const std::uint8_t*>(frame + 2));

@@ -1,7 +1,7 @@
 #include "telemetry/ins_decode.h"
 
-#include "link/bytes.h"
-#include "link/numbers.h"
+#include "base/bytes.h"
+#include "base/numbers.h"
 
 namespace sorvane {
 

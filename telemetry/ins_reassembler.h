@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/checksum.h"
+
 namespace sorvane {
 
 enum class InsFeed {
@@ -57,10 +59,7 @@ InsFeed InsReassembler::feed(const std::uint8_t* data, std::int32_t n, Sink&& si
         // Nothing is taken out of the buffer, frames before this one included: they come again when a
         // reopened port goes on with these bytes. That is meant.
         if (frame[3] != kFrameSize) return InsFeed::kStuck;
-        std::uint32_t sum = 0;
-        for (std::int32_t i = 0; i < kFrameSize - 1; ++i)
-            sum += frame[i];
-        if ((sum & 0xFFU) != 0) sink(frame + 4);
+        if ((frameSum(frame, kFrameSize - 1) & 0xFFU) != 0) sink(frame + 4);
         p += kFrameSize;
     }
     held_ -= p;

@@ -1,6 +1,6 @@
 // The aircraft's data as the operator types it.
 #include "app/korvath.h"
-#include "link/numbers.h"
+#include "base/numbers.h"
 #include "ui_telemetry_info.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <memory>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
-#include "link/bytes.h"
+#include "base/bytes.h"
 #include "oskel/oskel.h"
 #include "settings/player_settings_dlg.h"
 #include "telemetry/ins_decode.h"
@@ -33,7 +33,7 @@ Payload takePayload(QMyEvent& e) {
 
 }  // namespace
 
-void Korvath::onTelemetryRecord(QMyEvent* e) {
+void Korvath::onTelemetry(QMyEvent* e) {
     if (e == nullptr || e->data == nullptr) return;
     std::memcpy(&m_telemetry, takePayload(*e).get(), sizeof m_telemetry);
     m_tracking = m_telemetry.servo_state == sorvane::kServoTracking;

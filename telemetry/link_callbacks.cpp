@@ -6,7 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/korvath.h"
+#include "app/events/event_receiver.h"
+#include "app/events/my_event.h"
 #include "link/nav_block.h"
 #include "telemetry/control_link_reassembler.h"
 #include "telemetry/ins_reassembler.h"
@@ -43,20 +44,17 @@ private:
 };
 Backlog g_backlog;
 
-// Frees its block if nobody has taken it.
-class BlockEvent : public QMyEvent {
+// Leaves the count when it has been handled or dropped.
+class CountedEvent : public QMyEvent {
 public:
     using QMyEvent::QMyEvent;
-    ~BlockEvent() override {
-        std::free(data);
-        g_backlog.leave();
-    }
+    ~CountedEvent() override { g_backlog.leave(); }
 };
 
 // `bytes` is copied; `size` is the event's size field, 0 where the type implies it.
 void post(int type, const std::uint8_t* bytes, std::size_t count, std::int32_t size) {
-    Korvath* window = instance();
-    if (window == nullptr) return;
+    QObject* receiver = eventReceiver();
+    if (receiver == nullptr) return;
     // A reply without a payload still has a block, as its handler frees one.
     void* payload = std::malloc(count > 0 ? count : 1);
     if (payload == nullptr) return;
@@ -65,7 +63,7 @@ void post(int type, const std::uint8_t* bytes, std::size_t count, std::int32_t s
         return;
     }
     std::memcpy(payload, bytes, count);
-    QCoreApplication::postEvent(window, new BlockEvent(type, nullptr, payload, size));
+    QCoreApplication::postEvent(receiver, new CountedEvent(type, nullptr, payload, size));
 }
 
 struct ControlLinkSink {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "link/numbers.h"
+#include "base/numbers.h"
 
 namespace sorvane {
 

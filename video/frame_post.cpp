@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <memory>
 
+#include "app/events/my_event.h"
 #include "video/video_surface.h"
 
 extern "C" {
@@ -18,7 +19,7 @@ void postFrame(AVFrame* frame, float fps, int bitrate, QWidget* widget, QObject*
     parcel->fps = fps;
     parcel->bitrate = bitrate;
     parcel->widget = widget;
-    QCoreApplication::postEvent(window, new FrameEvent(parcel.release()));
+    QCoreApplication::postEvent(window, new QMyEvent(EVT_VIDEO_FRAME, nullptr, parcel.release(), 0));
 }
 
 }  // namespace

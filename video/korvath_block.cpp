@@ -3,8 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "oskel/oskel.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"

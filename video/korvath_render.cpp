@@ -5,8 +5,8 @@
 #include <QCoreApplication>
 #include <cstdio>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
 #include "video/picture_geometry.h"

@@ -3,8 +3,8 @@
 #include <QCoreApplication>
 #include <QTimerEvent>
 
+#include "app/config/my_app_config.h"
 #include "app/korvath.h"
-#include "app/my_app_config.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
 #include "ui_connection.h"

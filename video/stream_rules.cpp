@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "link/numbers.h"
+#include "base/numbers.h"
 
 namespace sorvane {
 

@@ -1,13 +1,12 @@
 #include "video/video_output.h"
 
 #include <SDL.h>
-#include <SDL_syswm.h>
 #include <SDL_ttf.h>
 
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+
+#include "platform/graphics.h"
 
 namespace video_output {
 
@@ -16,29 +15,13 @@ namespace {
 constexpr int kFontSize = 30;
 TTF_Font* g_font = nullptr;
 
-// Without a device node of a graphics driver OpenGL can only be software.
-bool graphicsDeviceSeen() {
-#ifdef __linux__
-    namespace fs = std::filesystem;
-    std::error_code ignored;
-    if (fs::exists("/dev/nvidiactl", ignored)) return true;
-    for (fs::directory_iterator node("/dev/dri", ignored), end; !ignored && node != end;
-         node.increment(ignored)) {
-        if (node->path().filename().string().rfind("renderD", 0) == 0) return true;
-    }
-    return false;
-#else
-    return true;
-#endif
-}
-
 void setHints() {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     // With a foreign window SDL drops the stick's input entirely without it.
     SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
     // Else the software renderer goes through OpenGL behind our back.
     SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
-    if (graphicsDeviceSeen()) {
+    if (platform::graphicsDeviceSeen()) {
         SDL_SetHint(SDL_HINT_VIDEO_FOREIGN_WINDOW_OPENGL, "1");
     } else {
         SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
@@ -59,20 +42,6 @@ bool rendersInSoftwareGl(SDL_Renderer* renderer) {
     }
     return false;
 }
-
-#ifdef SDL_VIDEO_DRIVER_X11
-// SDL selects no events on a window that it has not made; without this it keeps the first size for ever.
-void followStructure(SDL_Window* window) {
-    SDL_SysWMinfo info;
-    SDL_VERSION(&info.version);
-    if (SDL_GetWindowWMInfo(window, &info) == SDL_TRUE && info.subsystem == SDL_SYSWM_X11) {
-        XSelectInput(info.info.x11.display, info.info.x11.window, StructureNotifyMask);
-        XFlush(info.info.x11.display);
-    }
-}
-#else
-void followStructure(SDL_Window* /*window*/) {}
-#endif
 
 }  // namespace
 
@@ -99,7 +68,7 @@ TTF_Font* font() {
 SDL_Window* wrapWindow(quintptr native_id) {
     SDL_Window* window = SDL_CreateWindowFrom(reinterpret_cast<const void*>(native_id));
     if (window == nullptr) return nullptr;
-    followStructure(window);
+    platform::followWindowSize(window);
     SDL_ShowWindow(window);
     return window;
 }

@@ -5,8 +5,6 @@
 #include <QTimer>
 #include <memory>
 
-#include "app/my_event.h"
-
 class QMyVideoWidget;
 class QWidget;
 struct AVFrame;
@@ -26,14 +24,6 @@ struct FrameParcel {
     float fps = 0.0F;          // pictures per second, as delivered
     int bitrate = 0;           // kb/s, as delivered
     QWidget* widget = nullptr;
-};
-
-// The event that carries a parcel. The receiver takes `data` and nulls it; an event that is never delivered
-// frees it.
-class FrameEvent : public QMyEvent {
-public:
-    explicit FrameEvent(FrameParcel* parcel) : QMyEvent(EVT_VIDEO_FRAME, nullptr, parcel, 0) {}
-    ~FrameEvent() override { delete static_cast<FrameParcel*>(data); }
 };
 
 // The SDL window and renderer on a widget's native window, and the stream that plays there. GUI thread only;

@@ -4,18 +4,13 @@
 #include <cstdint>
 
 #include "platform/window_move.h"
-
-#ifdef Q_OS_LINUX
-#include <QX11Info>
-#endif
+#include "widgets/input_connection.h"
 
 bool startWindowDrag(QWidget* widget) {
-#ifdef Q_OS_LINUX
-    // Null on another display system, where no X11 window could be moved anyway.
-    if (!QX11Info::isPlatformX11()) {
+    const auto connection = inputConnection();
+    if (!connection) {
         return false;
     }
-    platform::setInputConnection(QX11Info::display());
-#endif
+    platform::setInputConnection(*connection);
     return platform::startSystemMove(static_cast<std::uintptr_t>(widget->window()->winId()));
 }

@@ -1,5 +1,5 @@
 // The control-link reassembler under any bytes in any pieces.
-#include "link/checksum.h"
+#include "base/checksum.h"
 #include "telemetry/control_link_reassembler.h"
 #include "tests/fuzz/accepted.h"
 #include "tests/fuzz/telemetry_fuzz.h"

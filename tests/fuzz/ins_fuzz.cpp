@@ -1,5 +1,5 @@
 // The inertial unit's reassembler and the decoding of its body under any bytes in any pieces.
-#include "link/checksum.h"
+#include "base/checksum.h"
 #include "telemetry/ins_decode.h"
 #include "telemetry/ins_reassembler.h"
 #include "tests/fuzz/accepted.h"

@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "app/my_event.h"
+#include "app/events/my_event.h"
 #include "input/qmycmdbtn.h"
 #include "link/command_catalogue.h"
 #include "link_peer.h"

@@ -7,7 +7,7 @@
 
 #include "input/qmycmdbtn.h"
 #include "link_peer.h"
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 namespace {
 

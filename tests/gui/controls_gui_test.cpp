@@ -2,7 +2,7 @@
 #include "input/qmycmdbtn.h"
 #include "link_peer.h"
 #include "ui_settings.h"
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <memory>
 
 #include "app/korvath.h"
-#include "app/my_app_config.h"
+#include "app/config/my_app_config.h"
 #include "link/frame_sender.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_connection.h"

@@ -3,7 +3,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-#include "link/checksum.h"
+#include "base/checksum.h"
 #include "link_peer.h"
 
 namespace {

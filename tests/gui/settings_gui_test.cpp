@@ -5,7 +5,7 @@
 
 #include "settings_fixture.h"
 #include "tests/fakes/fake_tavrik.h"
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 #include "widgets/title_bar.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Periodic mode: a command is an edit of the frame that each tick sends.
 #include "link/frame_sender.h"
 
-#include "link/bytes.h"
+#include "base/bytes.h"
 #include "sender_fixture.h"
 
 namespace sorvane {

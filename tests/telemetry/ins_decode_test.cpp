@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "link/bytes.h"
+#include "base/bytes.h"
 #include "tests/telemetry/frames_by_hand.h"
 
 namespace sorvane {

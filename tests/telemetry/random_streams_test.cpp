@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "link/bytes.h"
-#include "link/numbers.h"
+#include "base/bytes.h"
+#include "base/numbers.h"
 #include "telemetry/control_link_reassembler.h"
 #include "telemetry/ins_reassembler.h"
 #include "telemetry/interface_reassembler.h"

@@ -1,4 +1,4 @@
-#include "widgets/switch_control.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 #include <gtest/gtest.h>
 

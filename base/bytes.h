@@ -5,9 +5,19 @@
 #include <cstdint>
 #include <cstring>
 
-#include "link/numbers.h"
-
 namespace sorvane {
+
+// Eight or four bytes at any place, in the machine's own order: for scans to which order does not matter.
+inline std::uint64_t loadWord(const std::uint8_t* bytes) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+inline std::uint32_t loadHalfWord(const std::uint8_t* bytes) {
+    std::uint32_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
 
 inline std::uint16_t loadU16(const void* at) {
     const auto* p = static_cast<const std::uint8_t*>(at);

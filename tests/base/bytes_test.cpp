@@ -1,11 +1,12 @@
-#include "link/bytes.h"
+#include "base/bytes.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <vector>
 
-#include "link/checksum.h"
-#include "link/nav_block.h"
+#include "base/checksum.h"
+#include "base/numbers.h"
 
 namespace sorvane {
 namespace {
@@ -88,23 +89,19 @@ TEST(Checksum, NothingGivesZero) {
     EXPECT_EQ(frameSum(nullptr, -5), 0U);
 }
 
-TEST(NavBlock, LocalTimeWritesSevenBytesOnly) {
-    NavBlock block;
-    std::memset(static_cast<void*>(&block), 0xEE, sizeof block);
-    setLocalTime(block, {2026, 11, 21, 7, 9, 45, 678});
-    std::uint8_t b[sizeof block];
-    std::memcpy(b, &block, sizeof b);
-    // Year modulo 1000 is 26.
-    const std::uint8_t expected[] = {26, 11, 21, 7, 9, 45, 67};
-    for (int i = 0; i < 30; ++i)
-        EXPECT_EQ(b[i], i >= 6 && i < 13 ? expected[i - 6] : 0xEE) << i;
-}
-
-TEST(NavBlock, YearIsModuloAThousandThenItsLowByte) {
-    NavBlock block;
-    setLocalTime(block, {2999, 1, 1, 0, 0, 0, 999});
-    EXPECT_EQ(block.year, 999 & 0xFF);
-    EXPECT_EQ(block.hundredths, 99);
+// The words in which it is reckoned must not show: every length, every start.
+TEST(Checksum, XorOfEveryLengthIsThatOfItsBytes) {
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < 300; ++i) {
+        bytes.push_back(static_cast<std::uint8_t>(i * 37 + (i >> 3)));
+    }
+    for (int start = 0; start < 9; ++start) {
+        std::uint8_t expected = 0;
+        for (int n = 0; start + n < static_cast<int>(bytes.size()); ++n) {
+            EXPECT_EQ(frameXor(&bytes[static_cast<std::size_t>(start)], n), expected) << start << " " << n;
+            expected = static_cast<std::uint8_t>(expected ^ bytes[static_cast<std::size_t>(start + n)]);
+        }
+    }
 }
 
 }  // namespace

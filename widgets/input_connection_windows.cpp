@@ -1,0 +1,5 @@
+#include "widgets/input_connection.h"
+
+std::optional<void*> inputConnection() {
+    return nullptr;
+}
