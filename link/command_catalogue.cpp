@@ -227,7 +227,7 @@ Command osdSave(const ControlReader& r, int) {
     return osdItems(r, true);
 }
 Command osdStyle(const ControlReader& r, int) {
-    return osd(4, osdStyleWord(r.index("comboBox_12"), r.index("comboBox_13")));
+    return osdStyleCommand(r.index("comboBox_12"), r.index("comboBox_13"));
 }
 
 Command palette(const ControlReader&, int index) {
@@ -419,6 +419,10 @@ void send(FrameSender& sender, const Command& command) {
             sender.sendCommandPayload(command.code, b.data(), command.size);
             break;
     }
+}
+
+Command osdStyleCommand(int colour, int language) {
+    return osd(4, osdStyleWord(colour, language));
 }
 
 Command zoomCommand(int window, int cmd, int display_mode) {

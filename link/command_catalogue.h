@@ -82,6 +82,9 @@ void send(FrameSender& sender, const Command& command);
 // Checked in frame mode, unchecked in gyro mode.
 constexpr const char* kFrameModeButton = "radioButton_13";
 
+// Style of the pod's on-screen display: colour 0 white, 1 green, 2 yellow; language 0 Chinese, 1 English. -1
+// (nothing selected) counts as 0.
+Command osdStyleCommand(int colour, int language);
 // Zoom by the wheel on video window 1 or 2; cmd 1 zooms in, 2 out. Window 1 steers the camera whose picture
 // is shown (display_mode of the telemetry). kNone for any other window.
 Command zoomCommand(int window, int cmd, int display_mode);

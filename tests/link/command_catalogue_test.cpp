@@ -258,6 +258,18 @@ TEST_F(Catalogue, DisplayStyle) {
     EXPECT_EQ(wire(ControlKind::kSettingsButton, "pushButton_14"), (Bytes{55, 4, 0x0A, 0, 0}));
 }
 
+TEST_F(Catalogue, DisplayStyleWithoutItsControls) {
+    const auto bytes = [](int colour, int language) {
+        const Command c = osdStyleCommand(colour, language);
+        EXPECT_EQ(c.kind, Command::Kind::kFour);
+        return Bytes{c.code, c.bytes[0], c.bytes[1], c.bytes[2], c.bytes[3]};
+    };
+    EXPECT_EQ(bytes(0, 0), (Bytes{55, 4, 0x00, 0, 0}));
+    EXPECT_EQ(bytes(1, 0), (Bytes{55, 4, 0x01, 0, 0}));
+    EXPECT_EQ(bytes(2, 1), (Bytes{55, 4, 0x0A, 0, 0}));
+    EXPECT_EQ(bytes(-1, -1), (Bytes{55, 4, 0x00, 0, 0}));
+}
+
 TEST_F(Catalogue, OnlyTwoButtonsStartTheStopTimer) {
     std::set<std::string> names;
     for (const CatalogueRow& row : commandCatalogue()) {
