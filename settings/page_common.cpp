@@ -1,8 +1,9 @@
 // The page of general settings.
 #include <QComboBox>
 
-#include "app/korvath.h"
 #include "app/config/my_app_config.h"
+#include "app/korvath.h"
+#include "settings/decoder_choice.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
 #include "ui_settings.h"
@@ -17,16 +18,13 @@ constexpr std::array<const char*, 3> kDecoders = {QT_TRANSLATE_NOOP("PlayerSetti
 }  // namespace
 
 void PlayerSettingsDlg::loadCommonPage() {
-    const int decoders = tavrik::list_decoders();
-    for (int i = 0; i < static_cast<int>(kDecoders.size()); ++i) {
-        if ((decoders & (1 << i)) != 0) {
-            ui->cbb_decMethod->addItem(QString(), i);
-        }
+    for (const int decoder : sorvane::decoderItems(tavrik::list_decoders())) {
+        ui->cbb_decMethod->addItem(QString(), decoder);
     }
     ui->comboBox_48->clear();
     ui->comboBox_48->addItems({QStringLiteral("H.264"), QStringLiteral("H.265")});
-    const int row = m_config->decode_method;
-    ui->cbb_decMethod->setCurrentIndex(row >= 0 && row < ui->cbb_decMethod->count() ? row : 0);
+    ui->cbb_decMethod->setCurrentIndex(
+        sorvane::decoderRow(m_config->decode_method, ui->cbb_decMethod->count()));
 
     while (ui->cbb_selLang->count() < 2) {
         ui->cbb_selLang->addItem(QString());

@@ -8,10 +8,11 @@
 #include <QTimer>
 #include <QToolButton>
 
-#include "app/korvath.h"
 #include "app/config/my_app_config.h"
+#include "app/korvath.h"
 #include "link/command_catalogue.h"
 #include "link/osd_words.h"
+#include "settings/decoder_choice.h"
 #include "ui_settings.h"
 #include "widgets/touch_lists.h"
 
@@ -131,7 +132,7 @@ int PlayerSettingsDlg::languageIndex() const {
 }
 
 std::uint8_t PlayerSettingsDlg::decoderValue() const {
-    return static_cast<std::uint8_t>(1U << ui->cbb_decMethod->currentData().toUInt());
+    return sorvane::decoderMask(ui->cbb_decMethod->currentData().toInt());
 }
 
 // Replies of the pod by code. The pages that understand them come with their functions; until then a reply is

@@ -1,6 +1,7 @@
 #include "video/stream_rules.h"
 
 #include <algorithm>
+#include <cstdint>
 
 #include "base/numbers.h"
 
@@ -30,22 +31,6 @@ std::string hostPart(const std::string& url) {
 
 std::string secondAddress(int stream_type, const std::string& stored) {
     return stream_type == STREAM_RTSP ? stored : hostPart(stored);
-}
-
-std::vector<int> decoderItems(int mask) {
-    std::vector<int> items;
-    for (int bit = 0; bit < 3; ++bit) {
-        if ((mask >> bit) & 1) items.push_back(bit);
-    }
-    return items;
-}
-
-int decoderRow(int stored, int rows) {
-    return stored >= 0 && stored < rows ? stored : 0;
-}
-
-std::uint8_t decoderMask(int item) {
-    return static_cast<std::uint8_t>(1U << (item >= 0 && item < 3 ? item : 0));
 }
 
 float nextShowFps(float show_fps, bool was_empty, std::size_t left, const PacingRule& rule) {

@@ -1,8 +1,8 @@
-// Rules of opening a stream: the history of addresses, what of it is offered, which decoder is asked for, and
-// the pacing of a cached stream. Texts are UTF-8.
+// Rules of opening a stream: the history of addresses, what of it is offered, and the pacing of a cached
+// stream. Texts are UTF-8.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -22,13 +22,6 @@ bool offeredWith(int stream_type, const std::string& address);
 std::string hostPart(const std::string& url);
 // The address field of the second channel for a stream type.
 std::string secondAddress(int stream_type, const std::string& stored);
-
-// Decoders that the stream library has, from its mask: item i stands for bit i, of bits 0 to 2.
-std::vector<int> decoderItems(int mask);
-// The row that a stored index selects among that many rows; 0 for one outside.
-int decoderRow(int stored, int rows);
-// What is passed to the stream library for an item: 1, 2 or 4.
-std::uint8_t decoderMask(int item);
 
 // Presentation rate of a cached stream, pictures per second.
 struct PacingRule {
