@@ -134,7 +134,14 @@ void Korvath::buildViewMenu() {
 
 void Korvath::initFirstStage() {
     createStatPane();
-    m_settings = new PlayerSettingsDlg(this);
+    m_settings = new PlayerSettingsDlg(tavrik::list_decoders(), this);
+    connect(m_settings, &PlayerSettingsDlg::themeChosen, this, &Korvath::applyTheme);
+    connect(m_settings, &PlayerSettingsDlg::languageChanged, this, &Korvath::retranslate);
+    connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, &Korvath::applySendMode);
+    connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
+    connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
+            [this](const sorvane::Command& command) { sorvane::send(*m_sender, command); });
+    connect(m_settings, &PlayerSettingsDlg::stopRequested, this, &Korvath::stopCommand);
     // The strip beside the logo shows what a window frame would.
     ui->label_102->setText(config().app_title);
     const int mode = config().video_display_mode;

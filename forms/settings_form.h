@@ -7,6 +7,7 @@
 struct SettingsForm {
     Ui::dialogSettings& ui;
 
+    QWidget* title = ui.title;
     QToolButton* close_button = ui.toolButton;
     QListWidget* page_list = ui.widget_title;
     QStackedWidget* pages = ui.stackedWidget;

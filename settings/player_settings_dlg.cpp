@@ -2,18 +2,19 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLineEdit>
 #include <QListWidget>
+#include <QStackedWidget>
 #include <QStyle>
 #include <QTimer>
 #include <QToolButton>
+#include <array>
 
 #include "app/config/my_app_config.h"
-#include "app/korvath.h"
-#include "link/command_catalogue.h"
-#include "link/osd_words.h"
-#include "settings/decoder_choice.h"
-#include "ui_settings.h"
+#include "forms/settings_form.h"
+#include "settings/common_page.h"
+#include "settings/encoder_page.h"
+#include "settings/file_page.h"
+#include "settings/osd_page.h"
 #include "widgets/touch_lists.h"
 
 namespace {
@@ -22,7 +23,7 @@ namespace {
 constexpr int kOsdStopMs = 100;
 
 // By row, which is also the index in the stack of pages.
-constexpr std::array<const char*, 10> kPages = {
+constexpr std::array<const char*, 10> kRows = {
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "设备管理"),
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "编码器设置"),
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "遥控器设置"),
@@ -35,48 +36,25 @@ constexpr std::array<const char*, 10> kPages = {
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息"),
 };
 
-// A style sheet's colour covers the palette's for placeholders: an empty field tells the sheet that it is
-// empty.
-void muteWhileEmpty(QLineEdit* edit) {
-    const auto tell = [edit] {
-        const bool empty = edit->text().isEmpty();
-        if (edit->property("empty").toBool() != empty) {
-            edit->setProperty("empty", empty);
-            edit->style()->unpolish(edit);
-            edit->style()->polish(edit);
-        }
-    };
-    tell();
-    QObject::connect(edit, &QLineEdit::textChanged, edit, tell);
-}
-
 }  // namespace
 
-PlayerSettingsDlg::PlayerSettingsDlg(Korvath* window)
-    : common_dlg(window), m_config(new MyAppConfig), ui(new Ui::dialogSettings), m_window(window) {
+PlayerSettingsDlg::PlayerSettingsDlg(int decoder_mask, QWidget* parent)
+    : common_dlg(parent), m_config(new MyAppConfig), ui(new Ui::dialogSettings) {
     m_config->load();
     ui->setupUi(this);
+    m_form.reset(new SettingsForm{*ui});
     enlargeLists(this);
-    setTitleWidget(ui->title);
-    ui->toolButton->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
-    for (std::size_t i = 0; i < kPages.size(); ++i) {
-        auto* row = new QListWidgetItem(ui->widget_title);
-        QFont font = row->font();
-        font.setPointSize(15);
-        font.setBold(true);
-        row->setFont(font);
-    }
-    fillFromConfig();
+    setTitleWidget(m_form->title);
+    m_form->close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     m_translatorLoaded = m_translator.load(QStringLiteral("./translations/Translation_en.qm"));
     if (!m_translatorLoaded) {
         qDebug("Load translate file failed!");
     }
-    for (QLineEdit* edit : {ui->lineEdit_12, ui->lineEdit_13, ui->lineEdit_14}) {
-        muteWhileEmpty(edit);
-    }
+    addRows();
+    addPages(decoder_mask);
     connectWidgets();
     init();
-    ui->widget_title->setCurrentRow(0);
+    m_form->page_list->setCurrentRow(0);
 }
 
 PlayerSettingsDlg::~PlayerSettingsDlg() {
@@ -84,27 +62,48 @@ PlayerSettingsDlg::~PlayerSettingsDlg() {
     delete m_config;
 }
 
-void PlayerSettingsDlg::fillFromConfig() {
-    loadCommonPage();
-    loadFilePage();
-    loadOsdPage();
+void PlayerSettingsDlg::addRows() {
+    for (std::size_t i = 0; i < kRows.size(); ++i) {
+        auto* row = new QListWidgetItem(m_form->page_list);
+        QFont font = row->font();
+        font.setPointSize(15);
+        font.setBold(true);
+        row->setFont(font);
+    }
+}
+
+void PlayerSettingsDlg::addPages(int decoder_mask) {
+    auto common = std::make_unique<CommonPage>(*m_form, *m_config, decoder_mask);
+    auto osd = std::make_unique<OsdPage>(*m_form);
+    m_common = common.get();
+    m_osd = osd.get();
+    m_pages.push_back(std::move(common));
+    m_pages.push_back(std::make_unique<FilePage>(*m_form, *m_config));
+    m_pages.push_back(std::move(osd));
+    m_pages.push_back(std::make_unique<EncoderPage>(*m_form));
+    for (const auto& page : m_pages) {
+        page->load();
+    }
 }
 
 void PlayerSettingsDlg::connectWidgets() {
-    connect(ui->toolButton, &QToolButton::clicked, this, &QWidget::close);
-    connect(ui->widget_title, &QListWidget::currentRowChanged, ui->stackedWidget,
+    connect(m_form->close_button, &QToolButton::clicked, this, &QWidget::close);
+    connect(m_form->page_list, &QListWidget::currentRowChanged, m_form->pages,
             &QStackedWidget::setCurrentIndex);
-    connectCommonPage();
-    connectFilePage();
+    connect(m_common, &CommonPage::languageChosen, this, &PlayerSettingsDlg::applyLanguage);
+    connect(m_common, &CommonPage::themeChosen, this, &PlayerSettingsDlg::themeChosen);
+    connect(m_common, &CommonPage::sendModeChanged, this, &PlayerSettingsDlg::sendModeChanged);
+    connect(m_common, &CommonPage::servoFrameChosen, this, &PlayerSettingsDlg::servoFrameChosen);
 }
 
 void PlayerSettingsDlg::init() {
     ui->retranslateUi(this);
-    for (std::size_t i = 0; i < kPages.size(); ++i) {
-        ui->widget_title->item(static_cast<int>(i))->setText(tr(kPages[i]));
+    for (std::size_t i = 0; i < kRows.size(); ++i) {
+        m_form->page_list->item(static_cast<int>(i))->setText(tr(kRows[i]));
     }
-    retranslateCommonPage();
-    retranslateOsdPage();
+    for (const auto& page : m_pages) {
+        page->retranslate();
+    }
 }
 
 void PlayerSettingsDlg::applyLanguage(int language) {
@@ -113,26 +112,26 @@ void PlayerSettingsDlg::applyLanguage(int language) {
     } else if (language == 1 && m_translatorLoaded) {
         QCoreApplication::installTranslator(&m_translator);
     }
-    m_window->retranslate();
-    ui->comboBox_13->setCurrentIndex(language);
-    sendOsdStyle();
-    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, this, [this] { m_window->stopCommand(0); });
+    emit languageChanged();
+    m_osd->setLanguage(language);
+    emit commandRequested(m_osd->styleCommand());
+    QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, this, [this] { emit stopRequested(0); });
 }
 
 bool PlayerSettingsDlg::singleMode() const {
-    return ui->rbtn_scaleQualHigh_3->isChecked();
+    return m_common->singleMode();
 }
 
 bool PlayerSettingsDlg::sendsTelemetryPeriodically() const {
-    return ui->checkBox_16->isChecked();
+    return m_common->sendsTelemetryPeriodically();
 }
 
 int PlayerSettingsDlg::languageIndex() const {
-    return ui->cbb_selLang->currentIndex();
+    return m_common->languageIndex();
 }
 
 std::uint8_t PlayerSettingsDlg::decoderValue() const {
-    return sorvane::decoderMask(ui->cbb_decMethod->currentData().toInt());
+    return m_common->decoderValue();
 }
 
 // Replies of the pod by code. The pages that understand them come with their functions; until then a reply is
@@ -143,8 +142,9 @@ void PlayerSettingsDlg::on_recv_single_frame(std::uint16_t code, const unsigned 
 }
 
 void PlayerSettingsDlg::storePages() {
-    storeCommonPage();
-    storeFilePage();
+    for (const auto& page : m_pages) {
+        page->store();
+    }
 }
 
 void PlayerSettingsDlg::closeEvent(QCloseEvent* e) {

@@ -1,28 +1,32 @@
 // The one modeless settings dialog; owns the configuration of the whole program.
 #pragma once
 
-#include <QString>
 #include <QTranslator>
-#include <array>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
+#include "link/command_catalogue.h"
+#include "settings/settings_page.h"
 #include "widgets/common_dlg.h"
 
-class Korvath;
+class CommonPage;
 class MyAppConfig;
-class QLineEdit;
-class QPushButton;
+class OsdPage;
+struct SettingsForm;
 namespace Ui {
 class dialogSettings;
 }
 
+// Complete from the constructor on. What a choice asks of the window goes out as a signal, to be connected
+// directly. GUI thread.
 class PlayerSettingsDlg : public common_dlg {
     Q_OBJECT
 
 public:
-    // Creates and loads the configuration, fills the pages from it. `window` outlives the dialog.
-    explicit PlayerSettingsDlg(Korvath* window);
+    // Creates and loads the configuration, fills the pages from it. decoder_mask: decoders that the stream
+    // library has, bit 0 software, 1 CUDA, 2 Quick Sync.
+    explicit PlayerSettingsDlg(int decoder_mask, QWidget* parent = nullptr);
     // Saves and deletes the configuration.
     ~PlayerSettingsDlg() override;
 
@@ -31,9 +35,9 @@ public:
     // 0 Chinese, 1 English; other values change no translator.
     void applyLanguage(int language);
 
-    // rbtn_scaleQualHigh_3 is checked: each command goes out once as a variable frame.
+    // Single mode is chosen: each command goes out once as a variable frame.
     bool singleMode() const;
-    // checkBox_16 is checked: command 1026 goes out every 40 ms in single mode.
+    // The stream of positions is chosen: command 1026 goes out every 40 ms in single mode.
     bool sendsTelemetryPeriodically() const;
     int languageIndex() const;
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
@@ -45,40 +49,35 @@ public:
     MyAppConfig* m_config = nullptr;
     std::unique_ptr<Ui::dialogSettings> ui;
 
+signals:
+    // 0 day, 1 night.
+    void themeChosen(int theme);
+    // The translator is in place: every form is to be retranslated before the signal returns, this one by
+    // init.
+    void languageChanged();
+    // singleMode or sendsTelemetryPeriodically has changed.
+    void sendModeChanged();
+    // 0 three axes, 1 two axes.
+    void servoFrameChosen(int platform_type);
+    void commandRequested(const sorvane::Command& command);
+    // The command with that code ends; 0 is every command of the fixed frame.
+    void stopRequested(int code);
+
 protected:
     void closeEvent(QCloseEvent* e) override;
     // Escape and reject() close the dialog without closeEvent; the page states are stored there too.
     void reject() override;
 
 private:
-    friend struct KorvathAccess;
-    // One row of the file page: where it stands, what it stores, the chooser's title.
-    struct DirectoryRow {
-        QLineEdit* edit;
-        QPushButton* change;
-        QPushButton* open;
-        QString MyAppConfig::*key;
-        QString title;
-    };
-
-    void fillFromConfig();
+    void addRows();
+    void addPages(int decoder_mask);
     void connectWidgets();
-    // A page is a pair: widgets from configuration, configuration from widgets.
-    void loadCommonPage();
-    void connectCommonPage();
-    void retranslateCommonPage();
-    void storeCommonPage();
-    void loadFilePage();
-    void connectFilePage();
-    void storeFilePage();
-    std::array<DirectoryRow, 3> directoryRows();
     void storePages();
-    void loadOsdPage();
-    void retranslateOsdPage();
-    // Colour and language of the on-screen display.
-    void sendOsdStyle();
 
-    Korvath* m_window;
+    std::unique_ptr<const SettingsForm> m_form;
+    std::vector<std::unique_ptr<SettingsPage>> m_pages;
+    CommonPage* m_common = nullptr;
+    OsdPage* m_osd = nullptr;
     QTranslator m_translator;
     bool m_translatorLoaded = false;
 };

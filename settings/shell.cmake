@@ -1,5 +1,6 @@
 set(settings_shell_sources
     settings/player_settings_dlg.cpp
-    settings/page_common.cpp
-    settings/page_file.cpp
-    settings/page_osd.cpp)
+    settings/common_page.cpp
+    settings/encoder_page.cpp
+    settings/file_page.cpp
+    settings/osd_page.cpp)

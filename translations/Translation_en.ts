@@ -2,6 +2,52 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US" sourcelanguage="zh_CN">
     <context>
+        <name>CommonPage</name>
+        <message>
+            <source>软解码</source>
+            <translation>Software</translation>
+        </message>
+        <message>
+            <source>CUDA解码</source>
+            <translation>CUDA</translation>
+        </message>
+        <message>
+            <source>QSV解码</source>
+            <translation>QSV</translation>
+        </message>
+        <message>
+            <source>中文</source>
+            <translation>Chinese</translation>
+        </message>
+        <message>
+            <source>英文</source>
+            <translation>English</translation>
+        </message>
+        <message>
+            <source>白天</source>
+            <translation>Day</translation>
+        </message>
+        <message>
+            <source>黑夜</source>
+            <translation>Night</translation>
+        </message>
+    </context>
+    <context>
+        <name>FilePage</name>
+        <message>
+            <source>请选择录像默认保存路径</source>
+            <translation>Directory for recordings</translation>
+        </message>
+        <message>
+            <source>请选择拍照默认保存路径</source>
+            <translation>Directory for snapshots</translation>
+        </message>
+        <message>
+            <source>请选择遥测信息默认保存路径</source>
+            <translation>Directory for telemetry</translation>
+        </message>
+    </context>
+    <context>
         <name>Korvath</name>
         <message>
             <source>视频1已连接  </source>
@@ -1303,18 +1349,18 @@ mode</translation>
         </message>
     </context>
     <context>
-        <name>PlayerSettingsDlg</name>
+        <name>OsdPage</name>
         <message>
-            <source>软解码</source>
-            <translation>Software</translation>
+            <source>白色</source>
+            <translation>White</translation>
         </message>
         <message>
-            <source>CUDA解码</source>
-            <translation>CUDA</translation>
+            <source>绿色</source>
+            <translation>Green</translation>
         </message>
         <message>
-            <source>QSV解码</source>
-            <translation>QSV</translation>
+            <source>黄色</source>
+            <translation>Yellow</translation>
         </message>
         <message>
             <source>中文</source>
@@ -1324,26 +1370,9 @@ mode</translation>
             <source>英文</source>
             <translation>English</translation>
         </message>
-        <message>
-            <source>白天</source>
-            <translation>Day</translation>
-        </message>
-        <message>
-            <source>黑夜</source>
-            <translation>Night</translation>
-        </message>
-        <message>
-            <source>请选择录像默认保存路径</source>
-            <translation>Directory for recordings</translation>
-        </message>
-        <message>
-            <source>请选择拍照默认保存路径</source>
-            <translation>Directory for snapshots</translation>
-        </message>
-        <message>
-            <source>请选择遥测信息默认保存路径</source>
-            <translation>Directory for telemetry</translation>
-        </message>
+    </context>
+    <context>
+        <name>PlayerSettingsDlg</name>
         <message>
             <source>设备管理</source>
             <translation>Device</translation>
@@ -1383,18 +1412,6 @@ mode</translation>
         <message>
             <source>版本信息</source>
             <translation>Version</translation>
-        </message>
-        <message>
-            <source>白色</source>
-            <translation>White</translation>
-        </message>
-        <message>
-            <source>绿色</source>
-            <translation>Green</translation>
-        </message>
-        <message>
-            <source>黄色</source>
-            <translation>Yellow</translation>
         </message>
     </context>
     <context>

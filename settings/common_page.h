@@ -1,0 +1,50 @@
+// The page of general settings.
+#pragma once
+
+#include <QObject>
+#include <array>
+#include <cstdint>
+
+#include "settings/settings_page.h"
+
+class MyAppConfig;
+class QRadioButton;
+struct SettingsForm;
+
+class CommonPage : public QObject, public SettingsPage {
+    Q_OBJECT
+
+public:
+    // Form and configuration outlive the page. decoder_mask: bit 0 software, 1 CUDA, 2 Quick Sync are there.
+    CommonPage(const SettingsForm& form, MyAppConfig& config, int decoder_mask);
+
+    void load() override;
+    void store() override;
+    void retranslate() override;
+
+    // Each command goes out once as a variable frame.
+    bool singleMode() const;
+    // Command 1026 goes out every 40 ms in single mode.
+    bool sendsTelemetryPeriodically() const;
+    int languageIndex() const;
+    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
+    std::uint8_t decoderValue() const;
+
+signals:
+    void languageChosen(int language);
+    void themeChosen(int theme);
+    // One of the widgets behind singleMode and sendsTelemetryPeriodically has another state.
+    void sendModeChanged();
+    // 0 three axes, 1 two axes.
+    void servoFrameChosen(int platform_type);
+
+private:
+    void connectWidgets();
+    // In the order of the stored values.
+    std::array<QRadioButton*, 4> views() const;
+    // The stream of positions exists in single mode alone. Makes no sendModeChanged of its own.
+    void allowTelemetryStream(bool single);
+
+    const SettingsForm& m_form;
+    MyAppConfig& m_config;
+};

@@ -1,0 +1,29 @@
+// The page of the pod's on-screen display. Its buttons go through the window's command catalogue.
+#pragma once
+
+#include <QCoreApplication>
+
+#include "link/command_catalogue.h"
+#include "settings/settings_page.h"
+
+struct SettingsForm;
+
+// Nothing of it is stored: the display's state is the pod's.
+class OsdPage : public SettingsPage {
+    Q_DECLARE_TR_FUNCTIONS(OsdPage)
+
+public:
+    // The form outlives the page.
+    explicit OsdPage(const SettingsForm& form);
+
+    void load() override;
+    void retranslate() override;
+
+    // 0 Chinese, 1 English; nothing is selected by another value.
+    void setLanguage(int language);
+    // Gives the pod colour and language as they are selected.
+    sorvane::Command styleCommand() const;
+
+private:
+    const SettingsForm& m_form;
+};
