@@ -36,10 +36,18 @@ constexpr std::array<const char*, 10> kRows = {
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息"),
 };
 
+// Which page takes which code; a row comes with the page that understands the reply (device, remote control,
+// relay, upgrade).
+constexpr std::array<ReplyRow, 0> kReplies{};
+
 }  // namespace
 
 PlayerSettingsDlg::PlayerSettingsDlg(int decoder_mask, QWidget* parent)
-    : common_dlg(parent), m_config(new MyAppConfig), ui(new Ui::dialogSettings) {
+    : common_dlg(parent),
+      m_config(new MyAppConfig),
+      ui(new Ui::dialogSettings),
+      m_pages(kPageCount),
+      m_router(kReplies, m_pages) {
     m_config->load();
     ui->setupUi(this);
     m_form.reset(new SettingsForm{*ui});
@@ -77,13 +85,17 @@ void PlayerSettingsDlg::addPages(int decoder_mask) {
     auto osd = std::make_unique<OsdPage>(*m_form);
     m_common = common.get();
     m_osd = osd.get();
-    m_pages.push_back(std::move(common));
-    m_pages.push_back(std::make_unique<FilePage>(*m_form, *m_config));
-    m_pages.push_back(std::move(osd));
-    m_pages.push_back(std::make_unique<EncoderPage>(*m_form));
+    place(PageId::kCommon, std::move(common));
+    place(PageId::kFile, std::make_unique<FilePage>(*m_form, *m_config));
+    place(PageId::kOsd, std::move(osd));
+    place(PageId::kEncoder, std::make_unique<EncoderPage>(*m_form));
     for (const auto& page : m_pages) {
         page->load();
     }
+}
+
+void PlayerSettingsDlg::place(PageId id, std::unique_ptr<SettingsPage> page) {
+    m_pages[static_cast<std::size_t>(id)] = std::move(page);
 }
 
 void PlayerSettingsDlg::connectWidgets() {
@@ -134,11 +146,10 @@ std::uint8_t PlayerSettingsDlg::decoderValue() const {
     return m_common->decoderValue();
 }
 
-// Replies of the pod by code. The pages that understand them come with their functions; until then a reply is
-// dropped.
 void PlayerSettingsDlg::on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size) {
-    Q_UNUSED(data)
-    qDebug("reply of the pod, code %d, %d bytes", code, size);
+    if (!m_router.route(code, data, size)) {
+        qDebug("reply of the pod, code %d, %d bytes", code, size);
+    }
 }
 
 void PlayerSettingsDlg::storePages() {

@@ -4,10 +4,9 @@
 #include <QTranslator>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "link/command_catalogue.h"
-#include "settings/settings_page.h"
+#include "settings/reply_router.h"
 #include "widgets/common_dlg.h"
 
 class CommonPage;
@@ -71,11 +70,13 @@ protected:
 private:
     void addRows();
     void addPages(int decoder_mask);
+    void place(PageId id, std::unique_ptr<SettingsPage> page);
     void connectWidgets();
     void storePages();
 
     std::unique_ptr<const SettingsForm> m_form;
-    std::vector<std::unique_ptr<SettingsPage>> m_pages;
+    PageList m_pages;
+    ReplyRouter m_router;
     CommonPage* m_common = nullptr;
     OsdPage* m_osd = nullptr;
     QTranslator m_translator;
