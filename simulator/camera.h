@@ -1,9 +1,6 @@
-// How the cameras of the pod map the landscape to pixels.
+// How a camera maps the landscape to pixels.
 #pragma once
 
-#include <vector>
-
-#include "simulator/snapshot.h"
 #include "simulator/world.h"
 
 namespace podsim {
@@ -20,20 +17,6 @@ struct Camera {
     // Direction of the ray through a pixel, not normalised.
     Vec3 ray(double x, double y) const;
 };
-
-// A rectangle of the picture that shows one of the cameras.
-struct View {
-    bool infrared;
-    int x, y, width, height;  // even
-    double fov_deg;           // horizontal
-};
-
-// The views of a channel's picture, the main one first.
-std::vector<View> viewsOf(const Snapshot& snapshot, int width, int height, int channel);
-// Index of the view in which the tracker works.
-std::size_t trackerView(const std::vector<View>& views, const Snapshot& snapshot);
-// The camera in pixels of the whole picture.
-Camera cameraOf(const Snapshot& snapshot, const View& view);
 
 // The point where the ray from the camera meets the ground; false above the horizon or beyond 20 km.
 bool groundPoint(const Vec3& position, const Vec3& direction, Vec3& point);

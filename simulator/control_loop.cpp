@@ -10,8 +10,8 @@
 #include <csignal>
 #include <ctime>
 
-#include "simulator/renderer.h"
 #include "simulator/report.h"
+#include "simulator/views.h"
 
 namespace podsim {
 namespace {

@@ -2,9 +2,18 @@
 // flight, or the position and attitude that the station tells.
 #pragma once
 
-#include "simulator/snapshot.h"
-
 namespace podsim {
+
+// Position, attitude and time of the carrier as told by the station.
+struct NavInput {
+    double pitch_deg = 0, roll_deg = 0, heading_deg = 0;
+    double latitude_deg = 0, longitude_deg = 0;  // both 0: no position, the simulated flight goes on
+    double altitude_m = 0;                       // above sea level
+    double north_speed_mps = 0, east_speed_mps = 0, ground_speed_mps = 0;
+    int satellites = 0;
+    int year = 0, month = 0, day = 0;  // full year; month 0: no time
+    int hour = 0, minute = 0, second = 0, hundredths = 0;
+};
 
 struct FlightState {
     double east_m = 0, north_m = 0, height_m = 0;  // in the landscape

@@ -111,7 +111,7 @@ bool groundRow(const Scene& scene, double row, double scale, GroundRow& out) {
 
 Walk shadowWalk(const Scene& scene, const GroundRow& g) {
     Vec3 start = g.start;
-    start.x += kWindMps * scene.snapshot.time_s;
+    start.x += kWindMps * scene.time_s;
     return {start, g.step, kShadowPeriod};
 }
 
@@ -165,7 +165,7 @@ SkyRow skyRow(const Scene& scene, double row, double scale) {
     const double elevation = std::atan2(middle.z, std::sqrt(middle.x * middle.x + middle.y * middle.y));
     const double k = kCloudHeight / std::max(left.z, 0.01);
     Vec3 start = c.position + left * k;
-    start.x += kWindMps * scene.snapshot.time_s;
+    start.x += kWindMps * scene.time_s;
     const int cover = static_cast<int>(256 * std::clamp((elevation - 0.03) / 0.15, 0.0, 1.0));
     return {Walk(start, c.right * (k / c.focal_px * scale), kCloudPeriod), cover, elevation};
 }
@@ -257,10 +257,6 @@ Colour Scene::hazed(Colour colour, double distance_m) const {
 
 Colour hazeColour(bool infrared) {
     return infrared ? Colour{96, 128, 128} : Colour{196, 133, 124};
-}
-
-double visibilityOf(const Snapshot& s, bool infrared) {
-    return infrared ? 9000 : 2600 + 2400 * s.fog_level;
 }
 
 void drawGroundAndSky(const Scene& scene) {

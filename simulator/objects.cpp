@@ -127,7 +127,7 @@ void collect(const Scene& scene, const Bounds& bounds, std::vector<Item>& items)
     }
     for (std::size_t i = 0; i < world.traffic().size(); ++i) {
         const Traffic& t = world.traffic()[i];
-        const TrafficState state = world.state(t, scene.snapshot.time_s);
+        const TrafficState state = world.state(t, scene.time_s);
         forImages(bounds, state.position.x, state.position.y, [&](double x, double y) {
             if (inView(scene, {x, y, state.position.z}, t.length_m * 0.6, 0.8, depth))
                 items.push_back({Item::kVehicle, depth, i, x, y});
@@ -144,7 +144,7 @@ void drawObjects(const Scene& scene) {
     std::vector<Item> items;
     collect(scene, bounds, items);
     auto moved = [&](const Item& item) {
-        TrafficState state = world.state(world.traffic()[item.index], scene.snapshot.time_s);
+        TrafficState state = world.state(world.traffic()[item.index], scene.time_s);
         state.position.x = item.x;
         state.position.y = item.y;
         return state;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "simulator/calendar.h"
 #include "simulator/font.h"
 #include "simulator/palette.h"
 #include "simulator/renderer.h"
@@ -143,8 +144,9 @@ private:
         const std::vector<View> main_views = viewsOf(s_, s_.frame_width, s_.frame_height, kMainChannel);
         const View& source = main_views[trackerView(main_views, s_)];
         const Camera from = cameraOf(s_, source);
-        const double dx = s_.frame_width / 2.0 + s_.track_x_px - from.centre_x;
-        const double dy = s_.frame_height / 2.0 - s_.track_y_px - from.centre_y;
+        const BoxCentre box = boxCentreOf(s_);
+        const double dx = box.x - from.centre_x;
+        const double dy = box.y - from.centre_y;
         Colour colour = {210, 80, 100};
         if (s_.track_state == TrackState::Coasting)
             colour = kAmber;

@@ -1,8 +1,10 @@
 // The texts and marks that the pod lays over its picture.
 #pragma once
 
-#include "simulator/camera.h"
+#include <vector>
+
 #include "simulator/raster.h"
+#include "simulator/views.h"
 
 namespace podsim {
 

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "simulator/pod_state.h"
+#include "simulator/views.h"
 
 namespace podsim {
 namespace {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+#include "simulator/flight.h"
 #include "simulator/snapshot.h"
 
 namespace podsim {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "simulator/calendar.h"
 #include "simulator/pod_state.h"
 
 namespace podsim {

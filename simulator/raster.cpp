@@ -90,6 +90,15 @@ void drawGlyph(const Canvas& c, int x, int y, unsigned char sign, int scale, Col
 
 }  // namespace
 
+void I420Image::resize(int w, int h) {
+    width = w;
+    height = h;
+    const auto luma = static_cast<std::size_t>(w) * static_cast<std::size_t>(h);
+    y.resize(luma);
+    u.resize(luma / 4);
+    v.resize(luma / 4);
+}
+
 void fillConvex(const Canvas& c, const Point* p, int n, Colour colour, int opacity) {
     double top = p[0].y, bottom = p[0].y, left = p[0].x, right = p[0].x;
     for (int i = 1; i < n; ++i) {

@@ -3,11 +3,21 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace podsim {
 
 struct Colour {
     std::uint8_t y, u, v;
+};
+
+// Planar 8-bit 4:2:0 picture, limited range (black 16, white 235), BT.601. width and height are even; the
+// planes have no padding: y is width x height, u and v are width/2 x height/2.
+struct I420Image {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> y, u, v;
+    void resize(int w, int h);
 };
 
 // A rectangle of a picture to draw in; coordinates are those of the rectangle, outside is clipped. u and v

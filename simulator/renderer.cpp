@@ -4,11 +4,13 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "simulator/osd.h"
 #include "simulator/palette.h"
 #include "simulator/scene.h"
 #include "simulator/terrain.h"
+#include "simulator/views.h"
 
 namespace podsim {
 namespace {
@@ -78,6 +80,10 @@ Canvas canvasOf(I420Image& image, const View& v) {
             v.height};
 }
 
+double visibilityOf(const Snapshot& s, bool infrared) {
+    return infrared ? 9000 : 2600 + 2400 * s.fog_level;
+}
+
 }  // namespace
 
 struct Renderer::Impl {
@@ -97,7 +103,7 @@ void Renderer::Impl::visibleView(const Snapshot& s, const View& view, I420Image&
     const Canvas canvas = canvasOf(out, view);
     View local = view;
     local.x = local.y = 0;
-    const Scene scene = {s, canvas, cameraOf(s, local), false, visibilityOf(s, false)};
+    const Scene scene = {s.time_s, canvas, cameraOf(s, local), false, visibilityOf(s, false)};
     drawGroundAndSky(scene);
     drawObjects(scene);
     const int radius = blurRadius(s.vl_focus, view.width);
@@ -129,7 +135,8 @@ void Renderer::Impl::visibleView(const Snapshot& s, const View& view, I420Image&
 void Renderer::Impl::drawHeat(const Snapshot& s, int w, int h, double fov_deg) {
     heat.resize(static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
     const Canvas canvas = {heat.data(), nullptr, nullptr, w, 0, w, h};
-    const Scene scene = {s, canvas, cameraOf(s, {true, 0, 0, w, h, fov_deg}), true, visibilityOf(s, true)};
+    const Scene scene = {s.time_s, canvas, cameraOf(s, {true, 0, 0, w, h, fov_deg}), true,
+                         visibilityOf(s, true)};
     if (s.nuc_s > 0 && s.nuc_shutter) {
         std::fill(heat.begin(), heat.end(), std::uint8_t{118});  // the shutter is closed
         return;
@@ -245,38 +252,6 @@ void Renderer::render(const Snapshot& s, std::uint32_t frame_number, I420Image& 
 
 void Renderer::setNumberPlace(NumberPlace place) {
     impl_->number_place = place;
-}
-
-std::vector<VisibleObject> visibleObjects(const Snapshot& s, int width, int height, int channel) {
-    const std::vector<View> views = viewsOf(s, width, height, channel);
-    const View& view = views[trackerView(views, s)];
-    const Camera camera = cameraOf(s, view);
-    const World& world = World::instance();
-    // Of the many images of the repeating landscape the one nearest to the line of sight is meant.
-    Vec3 reference = camera.position;
-    if (!groundPoint(camera.position, camera.forward, reference) ||
-        length(reference - camera.position) > 1500)
-        reference = camera.position + Vec3{camera.forward.x, camera.forward.y, 0} * 400;
-    struct Found {
-        VisibleObject object;
-        double depth;
-    };
-    std::vector<Found> found;
-    for (const Traffic& t : world.traffic()) {
-        const TrafficState state = nearestImage(world, t, s.time_s, reference);
-        PixelBox box{};
-        if (!boxOf(camera, t, state, box) || box.x < view.x || box.y < view.y ||
-            box.x >= view.x + view.width || box.y >= view.y + view.height)
-            continue;
-        const bool hidden = world.occluded(camera.position, state.position, t.type == kBoat);
-        found.push_back({{t.id, t.type, box.x, box.y, box.width, box.height, hidden},
-                         length(state.position - camera.position)});
-    }
-    std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) { return a.depth < b.depth; });
-    std::vector<VisibleObject> out;
-    for (const Found& f : found)
-        out.push_back(f.object);
-    return out;
 }
 
 int readFrameNumber(const std::uint8_t* y, int stride, int width, int height) {

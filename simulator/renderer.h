@@ -3,31 +3,16 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
+#include "simulator/raster.h"
 #include "simulator/snapshot.h"
 
 namespace podsim {
-
-constexpr int kMainChannel = 0;      // the picture chosen by display_mode
-constexpr int kInfraredChannel = 1;  // always the infrared picture
 
 // The frame number stands in the picture's top edge as kNumberBlocks squares of kNumberBlockPx pixels from
 // x = 0, y = 0, most significant bit first, white = 1, black = 0; pictures are at least 512 pixels wide.
 constexpr int kNumberBlocks = 16;
 constexpr int kNumberBlockPx = 32;
-
-struct VisibleObject {
-    int id;                      // 1..255, as for tracking by number
-    int type;                    // as Snapshot::target_type
-    double x_px, y_px;           // centre in the picture, origin top left, y downward
-    double width_px, height_px;  // of the upright box around it
-    bool occluded;               // hidden behind something
-};
-
-// The moving objects whose centre lies in the picture, nearest first. With more than one view in the picture
-// an object is told once, in the view that shows the tracker's source.
-std::vector<VisibleObject> visibleObjects(const Snapshot& snapshot, int width, int height, int channel);
 
 // Where the frame number's blocks stand in the top edge.
 enum class NumberPlace { Off, Left, Right };

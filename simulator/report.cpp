@@ -2,6 +2,9 @@
 
 #include <cmath>
 
+#include "simulator/calendar.h"
+#include "simulator/views.h"
+
 namespace podsim {
 namespace {
 
@@ -84,10 +87,6 @@ wire::Report reportOf(const Snapshot& s) {
     r.track_state = static_cast<std::uint8_t>(s.track_state);
     r.max_temperature = toI16(s.max_temperature_c * 10);
     return r;
-}
-
-BoxCentre boxCentreOf(const Snapshot& s) {
-    return {s.frame_width / 2.0 + s.track_x_px, s.frame_height / 2.0 - s.track_y_px};
 }
 
 SeiFields seiFieldsOf(const Snapshot& s) {

@@ -1,6 +1,7 @@
 // From the pod's state to what it tells the station: the report and the block inside the video.
 #pragma once
 
+#include "simulator/flight.h"
 #include "simulator/sei.h"
 #include "simulator/snapshot.h"
 #include "simulator/wire.h"
@@ -13,11 +14,5 @@ SeiFields seiFieldsOf(const Snapshot& snapshot);
 wire::InsState insStateOf(const Snapshot& snapshot, std::int64_t utc_us);
 wire::NavBlock navBlockOf(const Snapshot& snapshot);
 NavInput navInputOf(const wire::NavBlock& block);
-
-// Centre of the tracker's box from the picture's upper left corner, pixels.
-struct BoxCentre {
-    double x, y;
-};
-BoxCentre boxCentreOf(const Snapshot& snapshot);
 
 }  // namespace podsim

@@ -8,7 +8,7 @@ namespace podsim {
 
 // A view being drawn. Infrared is drawn as radiance into y alone, u and v are null.
 struct Scene {
-    const Snapshot& snapshot;
+    double time_s;  // of the traffic and the clouds, seconds
     Canvas canvas;
     Camera camera;  // in pixels of the canvas
     bool infrared;
@@ -20,7 +20,6 @@ struct Scene {
 };
 
 Colour hazeColour(bool infrared);
-double visibilityOf(const Snapshot& snapshot, bool infrared);
 
 void drawGroundAndSky(const Scene& scene);
 void drawObjects(const Scene& scene);

@@ -8,36 +8,8 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace podsim {
-
-// Position, attitude and time of the carrier as told by the station.
-struct NavInput {
-    double pitch_deg = 0, roll_deg = 0, heading_deg = 0;
-    double latitude_deg = 0, longitude_deg = 0;  // both 0: no position, the simulated flight goes on
-    double altitude_m = 0;                       // above sea level
-    double north_speed_mps = 0, east_speed_mps = 0, ground_speed_mps = 0;
-    int satellites = 0;
-    int year = 0, month = 0, day = 0;  // full year; month 0: no time
-    int hour = 0, minute = 0, second = 0, hundredths = 0;
-};
-
-struct CalendarTime {
-    int year, month, day, hour, minute, second, millisecond;
-};
-// utc_ms: milliseconds since 1970-01-01 00:00, without leap seconds.
-CalendarTime toCalendar(std::int64_t utc_ms);
-std::int64_t fromCalendar(const CalendarTime& time);
-
-// Planar 8-bit 4:2:0 picture, limited range (black 16, white 235), BT.601. width and height are even; the
-// planes have no padding: y is width x height, u and v are width/2 x height/2.
-struct I420Image {
-    int width = 0;
-    int height = 0;
-    std::vector<std::uint8_t> y, u, v;
-    void resize(int w, int h);
-};
 
 enum class ServoState : std::uint8_t {
     Standby = 0,

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/renderer.h"
+#include "simulator/views.h"
 
 namespace podsim {
 namespace {

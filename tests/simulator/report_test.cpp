@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "simulator/calendar.h"
+
 namespace podsim {
 namespace {
 

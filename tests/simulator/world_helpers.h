@@ -8,6 +8,7 @@
 
 #include "simulator/pod.h"
 #include "simulator/renderer.h"
+#include "simulator/views.h"
 
 namespace podsim {
 

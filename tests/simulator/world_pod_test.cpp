@@ -5,6 +5,7 @@
 #include <string>
 #include <thread>
 
+#include "simulator/calendar.h"
 #include "simulator/servo.h"
 #include "tests/simulator/world_helpers.h"
 

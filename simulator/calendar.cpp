@@ -1,4 +1,4 @@
-#include "simulator/snapshot.h"
+#include "simulator/calendar.h"
 
 namespace podsim {
 namespace {
@@ -41,15 +41,6 @@ CalendarTime toCalendar(std::int64_t utc_ms) {
 std::int64_t fromCalendar(const CalendarTime& t) {
     return daysFromDate(t.year, t.month, t.day) * kDayMs +
            ((t.hour * 60LL + t.minute) * 60 + t.second) * 1000 + t.millisecond;
-}
-
-void I420Image::resize(int w, int h) {
-    width = w;
-    height = h;
-    const auto luma = static_cast<std::size_t>(w) * static_cast<std::size_t>(h);
-    y.resize(luma);
-    u.resize(luma / 4);
-    v.resize(luma / 4);
 }
 
 }  // namespace podsim
