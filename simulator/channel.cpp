@@ -5,6 +5,7 @@
 
 #include "simulator/renderer.h"
 #include "simulator/report.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {

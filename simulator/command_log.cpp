@@ -3,6 +3,7 @@
 #include <cinttypes>
 
 #include "simulator/commands.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {

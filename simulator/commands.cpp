@@ -1,11 +1,10 @@
 #include "simulator/commands.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <iterator>
 
 #include "simulator/bytes.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {
@@ -46,21 +45,12 @@ constexpr CommandInfo kCommands[] = {
     {12288, "MNT_FIRMWARE", PayloadForm::kBytes},
 };
 
-__attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ...) {
-    char text[256];
-    va_list args;
-    va_start(args, pattern);
-    std::vsnprintf(text, sizeof text, pattern, args);
-    va_end(args);
-    return text;
-}
-
 std::string describeBytes(const std::uint8_t* p, std::size_t n) {
     std::string text;
     for (std::size_t i = 0; i < std::min<std::size_t>(n, 12); ++i) {
-        text += format("%sp%u=%u", i ? " " : "", static_cast<unsigned>(i + 1), p[i]);
+        text += formatText("%sp%u=%u", i ? " " : "", static_cast<unsigned>(i + 1), p[i]);
     }
-    if (n > 12) text += format(" more=%u", static_cast<unsigned>(n - 12));
+    if (n > 12) text += formatText(" more=%u", static_cast<unsigned>(n - 12));
     return text;
 }
 
@@ -92,23 +82,23 @@ std::string describePayload(std::uint16_t code, const std::uint8_t* p, std::size
             return {};
         case PayloadForm::kWords:
             if (n < 4) break;
-            return format("a=%d b=%d", getI16(p), getI16(p + 2));
+            return formatText("a=%d b=%d", getI16(p), getI16(p + 2));
         case PayloadForm::kCentiDegrees:
             if (n < 4) break;
-            return format("azimuth_deg=%.2f pitch_deg=%.2f", getI16(p) * 0.01, getI16(p + 2) * 0.01);
+            return formatText("azimuth_deg=%.2f pitch_deg=%.2f", getI16(p) * 0.01, getI16(p + 2) * 0.01);
         case PayloadForm::kGeo:
             if (n < 12) break;
-            return format("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.1f", getI32(p) * 1e-7,
-                          getI32(p + 4) * 1e-7, getI32(p + 8) * 0.1);
+            return formatText("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.1f", getI32(p) * 1e-7,
+                              getI32(p + 4) * 1e-7, getI32(p + 8) * 0.1);
         case PayloadForm::kClock:
             if (n < 9) break;
-            return format("time=%04u-%02u-%02uT%02u:%02u:%02u.%02u", getU16(p), p[2], p[3], p[4], p[5], p[6],
-                          getU16(p + 7));
+            return formatText("time=%04u-%02u-%02uT%02u:%02u:%02u.%02u", getU16(p), p[2], p[3], p[4], p[5],
+                              p[6], getU16(p + 7));
         case PayloadForm::kNav: {
             if (n < wire::kNavBlockSize) break;
             const auto nav = wire::decodeNavBlock(p, wire::PositionForm::kInteger);
-            return format("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.0f heading_deg=%.2f",
-                          nav.longitude_deg, nav.latitude_deg, nav.altitude_m, nav.heading_deg);
+            return formatText("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.0f heading_deg=%.2f",
+                              nav.longitude_deg, nav.latitude_deg, nav.altitude_m, nav.heading_deg);
         }
         case PayloadForm::kBytes:
         case PayloadForm::kText:

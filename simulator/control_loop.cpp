@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "simulator/report.h"
+#include "simulator/text.h"
 #include "simulator/views.h"
 
 namespace podsim {

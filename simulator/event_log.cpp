@@ -1,9 +1,7 @@
 #include "simulator/event_log.h"
 
 #include <cinttypes>
-#include <cstdarg>
 #include <ctime>
-#include <vector>
 
 namespace podsim {
 
@@ -31,19 +29,6 @@ void EventLog::eventAt(std::int64_t time_ns, const char* kind, const std::string
     if (!file_) return;
     const std::lock_guard<std::mutex> lock(mutex_);
     std::fprintf(file_, "%" PRId64 " %s%s%s\n", time_ns, kind, fields.empty() ? "" : " ", fields.c_str());
-}
-
-std::string formatText(const char* pattern, ...) {
-    va_list args;
-    va_start(args, pattern);
-    va_list again;
-    va_copy(again, args);
-    const int n = std::vsnprintf(nullptr, 0, pattern, args);
-    va_end(args);
-    std::vector<char> text(static_cast<std::size_t>(n < 0 ? 0 : n) + 1);
-    std::vsnprintf(text.data(), text.size(), pattern, again);
-    va_end(again);
-    return text.data();
 }
 
 }  // namespace podsim

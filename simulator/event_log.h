@@ -32,7 +32,4 @@ private:
     std::FILE* file_ = nullptr;
 };
 
-// printf into a string.
-std::string formatText(const char* pattern, ...) __attribute__((format(printf, 1, 2)));
-
 }  // namespace podsim

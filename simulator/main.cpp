@@ -18,6 +18,7 @@
 #include "simulator/options.h"
 #include "simulator/pod.h"
 #include "simulator/rtsp_server.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <string>
 
 #include "simulator/calendar.h"
 #include "simulator/font.h"
 #include "simulator/palette.h"
 #include "simulator/renderer.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {
@@ -38,21 +37,12 @@ enum ItemBit {
 constexpr Colour kAmber = {176, 52, 158};
 constexpr Colour kRed = {106, 92, 222};
 
-__attribute__((format(printf, 1, 2))) std::string text(const char* pattern, ...) {
-    char buffer[160];
-    va_list args;
-    va_start(args, pattern);
-    std::vsnprintf(buffer, sizeof buffer, pattern, args);
-    va_end(args);
-    return buffer;
-}
-
 std::string coordinate(double degrees, char positive, char negative, bool minutes) {
     const char sign = degrees < 0 ? negative : positive;
     const double a = std::fabs(degrees);
-    if (!minutes) return text("%c%.6f\x7f", sign, a);
+    if (!minutes) return formatText("%c%.6f\x7f", sign, a);
     const int d = static_cast<int>(a), m = static_cast<int>((a - d) * 60);
-    return text("%c%d\x7f%02d'%04.1f\"", sign, d, m, (a - d - m / 60.0) * 3600);
+    return formatText("%c%d\x7f%02d'%04.1f\"", sign, d, m, (a - d - m / 60.0) * 3600);
 }
 
 const char* servoName(ServoState state) {
@@ -129,7 +119,7 @@ private:
             if (s_.ai_method == 1 && !inRegion(o)) continue;
             const Colour c = infrared ? kAmber : Colour{170, 166, 60};
             corners(x & ~1, y & ~1, (w + 1) & ~1, (h + 1) & ~1, std::max(4, std::min(w, h) / 5 & ~1), c);
-            drawText(c_, x, y - (kGlyphHeight + 2), text("%d", o.id).c_str(), 1, c);
+            drawText(c_, x, y - (kGlyphHeight + 2), formatText("%d", o.id).c_str(), 1, c);
         }
     }
 
@@ -204,9 +194,9 @@ private:
         constexpr const char* kTypes[] = {"POINT", "CAR", "TRUCK", "BUS", "BOAT"};
         if (s_.track_state != TrackState::Idle) {
             std::string line = kStates[static_cast<int>(s_.track_state) % 5];
-            line += text("  %s", kTypes[std::clamp(s_.target_type, 0, 4)]);
-            if (s_.locked_object_id != 0) line += text(" #%d", s_.locked_object_id);
-            if (bit(kMiss)) line += text("  DX%+.0f DY%+.0f", s_.track_x_px, s_.track_y_px);
+            line += formatText("  %s", kTypes[std::clamp(s_.target_type, 0, 4)]);
+            if (s_.locked_object_id != 0) line += formatText(" #%d", s_.locked_object_id);
+            if (bit(kMiss)) line += formatText("  DX%+.0f DY%+.0f", s_.track_x_px, s_.track_y_px);
             const bool bad = s_.track_state == TrackState::Coasting || s_.track_state == TrackState::Lost;
             centred(below, line, bad ? kAmber : colour_);
         }
@@ -215,7 +205,7 @@ private:
         if (!s_.notice.empty()) centred(bottomRow(3), s_.notice, Colour{222, 128, 128});
         if (s_.recording) {
             const int seconds = static_cast<int>(s_.record_s);
-            const std::string clock = text("REC %02d:%02d", seconds / 60, seconds % 60);
+            const std::string clock = formatText("REC %02d:%02d", seconds / 60, seconds % 60);
             const int w = textWidth(clock.c_str(), scale_);
             const int x = c_.width - margin_ - w;
             drawText(c_, x, top_, clock.c_str(), scale_, kRed);
@@ -227,8 +217,8 @@ private:
     }
 
     void drawAngles() {
-        bottomLeft(1, text("AZ %+07.2f\x7f  EL %+06.2f\x7f", s_.frame_yaw_deg, s_.frame_pitch_deg));
-        bottomLeft(0, text("%s", servoName(s_.servo_state)));
+        bottomLeft(1, formatText("AZ %+07.2f\x7f  EL %+06.2f\x7f", s_.frame_yaw_deg, s_.frame_pitch_deg));
+        bottomLeft(0, formatText("%s", servoName(s_.servo_state)));
     }
 
     void drawClockAndAircraft() {
@@ -236,30 +226,32 @@ private:
         const bool minutes = bit(kDegreesMinutes);
         if (shown(kTime)) {
             const CalendarTime t = toCalendar(s_.utc_ms);
-            left(row++,
-                 text("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute, t.second));
+            left(row++, formatText("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute,
+                                   t.second));
         }
         left(row++, coordinate(s_.latitude_deg, 'N', 'S', minutes) + "  " +
                         coordinate(s_.longitude_deg, 'E', 'W', minutes));
-        left(row++, text("ALT %.0fM  AGL %.0fM  %.1fM/S", s_.altitude_m, s_.height_m, s_.ground_speed_mps));
         left(row++,
-             text("HDG %05.1f\x7f  P %+.1f\x7f R %+.1f\x7f", s_.heading_deg, s_.pitch_deg, s_.roll_deg));
+             formatText("ALT %.0fM  AGL %.0fM  %.1fM/S", s_.altitude_m, s_.height_m, s_.ground_speed_mps));
+        left(row++, formatText("HDG %05.1f\x7f  P %+.1f\x7f R %+.1f\x7f", s_.heading_deg, s_.pitch_deg,
+                               s_.roll_deg));
         if (bit(kTemperature) || s_.temperature_alarm_on) {
             const bool hot = s_.temperature_alarm_on && s_.max_temperature_c >= s_.temperature_alarm_c;
-            left(row++, text("MAX %.1fC  CENTRE %.1fC", s_.max_temperature_c, s_.centre_temperature_c),
+            left(row++, formatText("MAX %.1fC  CENTRE %.1fC", s_.max_temperature_c, s_.centre_temperature_c),
                  hot ? kRed : colour_);
         }
         if (s_.illuminator)
-            left(row++, s_.illuminator_hz > 0 ? text("LASER ILLUM %.2fHZ", s_.illuminator_hz) : "LASER ILLUM",
+            left(row++,
+                 s_.illuminator_hz > 0 ? formatText("LASER ILLUM %.2fHZ", s_.illuminator_hz) : "LASER ILLUM",
                  kRed);
         if (shown(kLoads) && s_.module_bits != 0xFF)
-            left(row++, text("MODULES %02X", s_.module_bits), kAmber);
+            left(row++, formatText("MODULES %02X", s_.module_bits), kAmber);
         std::string flags;
         auto flag = [&](bool on, const char* name) {
             flags += on ? (flags.empty() ? "" : " ") + std::string(name) : "";
         };
         flag(s_.night_mode, "NIGHT");
-        flag(s_.fog_level > 0, text("FOG%d", s_.fog_level).c_str());
+        flag(s_.fog_level > 0, formatText("FOG%d", s_.fog_level).c_str());
         flag(s_.window_defog, "DEFOG");
         flag(!s_.stabilisation, "STAB OFF");
         flag(s_.auto_track, "AUTO");
@@ -277,25 +269,26 @@ private:
             std::any_of(views_.begin(), views_.end(), [](const View& v) { return !v.infrared; });
         const bool infrared =
             std::any_of(views_.begin(), views_.end(), [](const View& v) { return v.infrared; });
-        const std::string vl_fov = shown(kFov) ? text("  %.1f\x7f", s_.vl_fov_deg) : "";
-        const std::string ir_fov = shown(kFov) ? text("  %.1f\x7f", s_.ir_fov_deg) : "";
+        const std::string vl_fov = shown(kFov) ? formatText("  %.1f\x7f", s_.vl_fov_deg) : "";
+        const std::string ir_fov = shown(kFov) ? formatText("  %.1f\x7f", s_.ir_fov_deg) : "";
         if (visible && shown(kVisible)) {
             const int ezoom = 1 << std::clamp(s_.vl_ezoom_index, 0, 2);
-            right(row++, text("VIS %.1fX%s", s_.vl_zoom * ezoom, vl_fov.c_str()));
+            right(row++, formatText("VIS %.1fX%s", s_.vl_zoom * ezoom, vl_fov.c_str()));
             if (s_.vl_brightness != 0 || s_.vl_contrast != 0 || !s_.vl_auto_gain)
-                right(row++, text("B%+d C%+d G%s", s_.vl_brightness, s_.vl_contrast,
-                                  s_.vl_auto_gain ? "A" : text("%+d", s_.vl_gain).c_str()));
-            if (s_.vl_focus < 0.95) right(row++, text("FOCUS %.0f%%", s_.vl_focus * 100), kAmber);
+                right(row++, formatText("B%+d C%+d G%s", s_.vl_brightness, s_.vl_contrast,
+                                        s_.vl_auto_gain ? "A" : formatText("%+d", s_.vl_gain).c_str()));
+            if (s_.vl_focus < 0.95) right(row++, formatText("FOCUS %.0f%%", s_.vl_focus * 100), kAmber);
         }
         if (infrared && shown(kInfrared)) {
-            right(row++, text("IR %.1fX%s%s", s_.ir_zoom * s_.ir_ezoom, s_.ir_ezoom > 1 ? " E" : "",
-                              ir_fov.c_str()));
+            right(row++, formatText("IR %.1fX%s%s", s_.ir_zoom * s_.ir_ezoom, s_.ir_ezoom > 1 ? " E" : "",
+                                    ir_fov.c_str()));
             right(row++, paletteName(s_.ir_palette));
             if (s_.ir_enhancement != 0 || s_.ir_brightness != 0 || s_.ir_contrast != 0)
-                right(row++, text("DDE%d B%+d C%+d", s_.ir_enhancement, s_.ir_brightness, s_.ir_contrast));
-            if (s_.ir_focus < 0.95) right(row++, text("FOCUS %.0f%%", s_.ir_focus * 100), kAmber);
+                right(row++,
+                      formatText("DDE%d B%+d C%+d", s_.ir_enhancement, s_.ir_brightness, s_.ir_contrast));
+            if (s_.ir_focus < 0.95) right(row++, formatText("FOCUS %.0f%%", s_.ir_focus * 100), kAmber);
         }
-        if (shown(kCard)) right(row++, s_.tf_inserted ? text("TF %d%%", s_.tf_free_percent) : "NO TF");
+        if (shown(kCard)) right(row++, s_.tf_inserted ? formatText("TF %d%%", s_.tf_free_percent) : "NO TF");
     }
 
     void drawTarget() {
@@ -309,7 +302,7 @@ private:
         if (shown(kLaser))
             bottomRight(s_.target_valid ? 1 : 0,
                         s_.laser_range_m > 0
-                            ? text("%sLRF %.1fM", s_.laser_firing ? "*" : "", s_.laser_range_m)
+                            ? formatText("%sLRF %.1fM", s_.laser_firing ? "*" : "", s_.laser_range_m)
                             : "LRF ---");
         inset_ = 0;
     }
@@ -322,7 +315,7 @@ private:
             const int y = y0 + static_cast<int>((30 - e) * per_degree);
             const bool named = e % 30 == 0;
             fillRect(c_, x, y, (named ? 8 : 5) * scale_, 1, colour_);
-            if (named) drawText(c_, x + 10 * scale_, y - 3, text("%d", e).c_str(), 1, colour_);
+            if (named) drawText(c_, x + 10 * scale_, y - 3, formatText("%d", e).c_str(), 1, colour_);
         }
         const double y = y0 + (30 - std::clamp(s_.frame_pitch_deg, -95.0, 30.0)) * per_degree;
         const double tip = x + 20.0 * scale_;
@@ -335,7 +328,8 @@ private:
             const int ax = middle + static_cast<int>((a - turn) * half / 30);
             const bool named = a % 15 == 0;
             fillRect(c_, ax, top, 1, (named ? 5 : 3) * scale_, colour_);
-            if (named) drawText(c_, ax - 8, top - 10, text("%03d", (a + 360) % 360).c_str(), 1, colour_);
+            if (named)
+                drawText(c_, ax - 8, top - 10, formatText("%03d", (a + 360) % 360).c_str(), 1, colour_);
         }
         const double m = middle + 0.5, t = top + 6.0 * scale_;
         const Point pointer[3] = {

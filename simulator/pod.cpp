@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 
 #include "simulator/pod_state.h"
+#include "simulator/text.h"
 #include "simulator/views.h"
 
 namespace podsim {
@@ -48,15 +47,6 @@ const char* trackWord(TrackState state) {
 }
 
 }  // namespace
-
-std::string words(const char* pattern, ...) {
-    char text[200];
-    va_list args;
-    va_start(args, pattern);
-    std::vsnprintf(text, sizeof text, pattern, args);
-    va_end(args);
-    return text;
-}
 
 void Lens::step(double dt_s) {
     zoom = std::clamp(zoom * std::exp(zoom_direction * speed * dt_s), widest, longest);
@@ -137,7 +127,7 @@ void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, i
     if (command)
         (this->*command->handler)(p);
     else
-        note("unknown-command", words("code=%d", code));
+        note("unknown-command", formatText("code=%d", code));
     refresh();
 }
 
@@ -166,7 +156,8 @@ void Pod::State::step(double dt_s) {
     stepHealth(dt_s);
     if (servo.state() != servo_before) notes.emplace_back("servo-state", servoWord(servo.state()));
     if (tracker.state() != track_before)
-        notes.emplace_back("track-state", words("%s id=%d", trackWord(tracker.state()), tracker.objectId()));
+        notes.emplace_back("track-state",
+                           formatText("%s id=%d", trackWord(tracker.state()), tracker.objectId()));
 }
 
 void Pod::State::stepTracker(double dt_s) {

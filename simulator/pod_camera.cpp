@@ -4,6 +4,7 @@
 
 #include "simulator/palette.h"
 #include "simulator/pod_state.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {
@@ -36,7 +37,7 @@ void Pod::State::visibleLens(const Parameters& p) {
                                         "focus-far", "focus-near", "auto-focus"};
     if (action == 5) visible.auto_focus = true;
     if (action <= 5 && (action != 0 || was_moving))
-        note("visible-lens", words("%s speed=%d zoom=%.1f", kActions[action], speed, visible.zoom));
+        note("visible-lens", formatText("%s speed=%d zoom=%.1f", kActions[action], speed, visible.zoom));
 }
 
 void Pod::State::infraredLens(const Parameters& p) {
@@ -60,7 +61,7 @@ void Pod::State::infraredLens(const Parameters& p) {
                        : action == 2  ? "focus-near"
                        : action == 3  ? "auto-focus"
                                       : "stop";
-    if (action != 0 || was_moving) note("infrared-lens", words("%s zoom=%.1f", name, infrared.zoom));
+    if (action != 0 || was_moving) note("infrared-lens", formatText("%s zoom=%.1f", name, infrared.zoom));
 }
 
 void Pod::State::visibleImage(const Parameters& p) {
@@ -87,14 +88,14 @@ void Pod::State::visibleImage(const Parameters& p) {
             break;
     }
     note("visible-image",
-         words("contrast=%d brightness=%d gain=%s%d stabilisation=%s", s.vl_contrast, s.vl_brightness,
-               s.vl_auto_gain ? "auto," : "", s.vl_gain, onOff(s.stabilisation)));
+         formatText("contrast=%d brightness=%d gain=%s%d stabilisation=%s", s.vl_contrast, s.vl_brightness,
+                    s.vl_auto_gain ? "auto," : "", s.vl_gain, onOff(s.stabilisation)));
 }
 
 void Pod::State::focalLength(const Parameters& p) {
     const double wide_mm = s.vl_focal_mm / visible.zoom;
     visible.zoom = std::clamp(p.word(0) / 10.0 / wide_mm, visible.widest, visible.longest);
-    note("focal-length", words("%.1fmm", visible.zoom * wide_mm));
+    note("focal-length", formatText("%.1fmm", visible.zoom * wide_mm));
 }
 
 void Pod::State::sameFov(const Parameters&) {
@@ -102,12 +103,12 @@ void Pod::State::sameFov(const Parameters&) {
     const double ratio = std::tan(s.vl_fov_deg * kDeg / 2) / std::tan(s.ir_fov_deg * kDeg / 2);
     visible.zoom = std::clamp(visible.zoom * ratio, visible.widest, visible.longest);
     s.same_fov = true;
-    note("same-fov", words("%.1f", s.ir_fov_deg));
+    note("same-fov", formatText("%.1f", s.ir_fov_deg));
 }
 
 void Pod::State::fog(const Parameters& p) {
     s.fog_level = std::clamp(p.byte(0), 0, 3);
-    note("fog", words("level=%d", s.fog_level));
+    note("fog", formatText("level=%d", s.fog_level));
 }
 
 void Pod::State::nightMode(const Parameters& p) {
@@ -117,12 +118,12 @@ void Pod::State::nightMode(const Parameters& p) {
 
 void Pod::State::palette(const Parameters& p) {
     s.ir_palette = std::clamp(p.byte(1), 0, kPaletteCount - 1);
-    note("infrared-palette", words("%d %s", s.ir_palette, paletteName(s.ir_palette)));
+    note("infrared-palette", formatText("%d %s", s.ir_palette, paletteName(s.ir_palette)));
 }
 
 void Pod::State::electronicZoom(const Parameters&) {
     s.ir_ezoom = s.ir_ezoom >= 4 ? 1 : s.ir_ezoom * 2;
-    note("infrared-ezoom", words("%.0fx", s.ir_ezoom));
+    note("infrared-ezoom", formatText("%.0fx", s.ir_ezoom));
 }
 
 void Pod::State::backgroundNuc(const Parameters&) {
@@ -139,7 +140,7 @@ void Pod::State::shutterNuc(const Parameters&) {
 
 void Pod::State::enhancement(const Parameters& p) {
     s.ir_enhancement = std::clamp(p.byte(1), 0, 7);
-    note("infrared-enhancement", words("level=%d", s.ir_enhancement));
+    note("infrared-enhancement", formatText("level=%d", s.ir_enhancement));
 }
 
 void Pod::State::infraredDefaults(const Parameters&) {
@@ -150,27 +151,27 @@ void Pod::State::infraredDefaults(const Parameters&) {
 
 void Pod::State::infraredBrightness(const Parameters& p) {
     change(s.ir_brightness, p.byte(0) == 0);
-    note("infrared-brightness", words("%d", s.ir_brightness));
+    note("infrared-brightness", formatText("%d", s.ir_brightness));
 }
 
 void Pod::State::infraredContrast(const Parameters& p) {
     change(s.ir_contrast, p.byte(0) == 0);
-    note("infrared-contrast", words("%d", s.ir_contrast));
+    note("infrared-contrast", formatText("%d", s.ir_contrast));
 }
 
 void Pod::State::temperatureAlarm(const Parameters& p) {
     s.temperature_alarm_on = p.byte(0) == 0x80;
     s.temperature_alarm_c = p.word(1) / 10.0;
-    note("temperature-alarm", words("%s %.1fC", onOff(s.temperature_alarm_on), s.temperature_alarm_c));
+    note("temperature-alarm", formatText("%s %.1fC", onOff(s.temperature_alarm_on), s.temperature_alarm_c));
 }
 
 void Pod::State::videoMode(const Parameters& p) {
     if (p.byte(0) > 6) {
-        note("video-mode", words("%d refused", p.byte(0)));
+        note("video-mode", formatText("%d refused", p.byte(0)));
         return;
     }
     s.display_mode = static_cast<DisplayMode>(p.byte(0));
-    note("video-mode", words("%d", p.byte(0)));
+    note("video-mode", formatText("%d", p.byte(0)));
 }
 
 void Pod::State::videoSwitch(const Parameters&) {
@@ -179,7 +180,7 @@ void Pod::State::videoSwitch(const Parameters&) {
         DisplayMode::VisibleWide, DisplayMode::Infrared,  DisplayMode::LeftRight, DisplayMode::PipVisible,
         DisplayMode::PipInfrared, DisplayMode::TopBottom, DisplayMode::Infrared};
     s.display_mode = kOther[static_cast<std::size_t>(s.display_mode)];
-    note("video-switch", words("mode=%d", static_cast<int>(s.display_mode)));
+    note("video-switch", formatText("mode=%d", static_cast<int>(s.display_mode)));
 }
 
 void Pod::State::osd(const Parameters& p) {
@@ -187,15 +188,15 @@ void Pod::State::osd(const Parameters& p) {
     constexpr std::uint32_t kSave = 1U << 8;
     if (p.byte(0) <= 2) {
         s.osd_level = p.byte(0);
-        note("osd-level", words("%d", s.osd_level));
+        note("osd-level", formatText("%d", s.osd_level));
     } else if (p.byte(0) == 3) {
         s.osd_word = word & ~kSave;
         s.config_saved = s.config_saved || (word & kSave) != 0;
-        note("osd-items", words("0x%06X%s", s.osd_word, word & kSave ? " saved" : ""));
+        note("osd-items", formatText("0x%06X%s", s.osd_word, word & kSave ? " saved" : ""));
     } else if (p.byte(0) == 4) {
         s.osd_style = word;
-        note("osd-style",
-             words("colour=%d language=%s", static_cast<int>(word & 7), word & 8 ? "english" : "chinese"));
+        note("osd-style", formatText("colour=%d language=%s", static_cast<int>(word & 7),
+                                     word & 8 ? "english" : "chinese"));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "simulator/pod_state.h"
+#include "simulator/text.h"
 
 namespace podsim {
 namespace {
@@ -12,7 +13,7 @@ constexpr double kReferenceFov = 31.3;
 constexpr double kTimeout = 0.5;  // of a gyro rate that is not repeated, seconds
 
 std::string anglePair(double az, double el) {
-    return words("az=%.2f el=%.2f", az, el);
+    return formatText("az=%.2f el=%.2f", az, el);
 }
 
 // The word of one axis of a scan: speed in tenths, bit 14 set when negative, bit 15 holds the axis.
@@ -35,7 +36,7 @@ void Pod::State::setRate(int az, int el) {
     const bool zero = az == 0 && el == 0;
     // A zero rate ends a movement by rate and disturbs nothing else.
     if (zero && !servo.movingByRate()) return;
-    if (!zero && !servo.movingByRate()) note("servo-rate", words("az=%d el=%d", az, el));
+    if (!zero && !servo.movingByRate()) note("servo-rate", formatText("az=%d el=%d", az, el));
     if (zero) note("servo-stop", anglePair(servo.azimuth(), servo.framePitch(flight.state())));
     releaseTrack();
     const double fov = s.display_mode == DisplayMode::Infrared ? s.ir_fov_deg : s.vl_fov_deg;
@@ -87,19 +88,19 @@ void Pod::State::gyroRate(const Parameters& p) {
     }
     const int az = static_cast<std::int8_t>(p.byte(1)), el = static_cast<std::int8_t>(p.byte(2));
     servo.gyroRate(az * kDpsPerUnit, el * kDpsPerUnit, kTimeout);
-    note("gyro-rate", words("az=%d el=%d", az, el));
+    note("gyro-rate", formatText("az=%d el=%d", az, el));
 }
 
 void Pod::State::scanAzimuth(const Parameters& p) {
     scan_az.centre_deg = std::clamp<double>(p.word(0), -kAzimuthStop, kAzimuthStop);
     scan_az.range_deg = std::clamp<double>(std::abs(p.word(2)), 0, 2 * kAzimuthStop);
-    note("scan-azimuth", words("centre=%.0f range=%.0f", scan_az.centre_deg, scan_az.range_deg));
+    note("scan-azimuth", formatText("centre=%.0f range=%.0f", scan_az.centre_deg, scan_az.range_deg));
 }
 
 void Pod::State::scanElevation(const Parameters& p) {
     scan_el.centre_deg = std::clamp<double>(p.word(0), kElevationLow, kElevationHigh);
     scan_el.range_deg = std::clamp<double>(std::abs(p.word(2)), 0, kElevationHigh - kElevationLow);
-    note("scan-elevation", words("centre=%.0f range=%.0f", scan_el.centre_deg, scan_el.range_deg));
+    note("scan-elevation", formatText("centre=%.0f range=%.0f", scan_el.centre_deg, scan_el.range_deg));
 }
 
 void Pod::State::scanRun(const Parameters& p) {
@@ -108,20 +109,20 @@ void Pod::State::scanRun(const Parameters& p) {
     scan_az = scanAxis(scan_az, p.word(0) & 0xFFFF, 6);
     scan_el = scanAxis(scan_el, bare ? 0x8000 : p.word(2) & 0xFFFF, 3);
     servo.scan(scan_az, scan_el);
-    note("scan-run", words("az=%.1f%s el=%.1f%s", scan_az.speed_dps, scan_az.locked ? " locked" : "",
-                           scan_el.speed_dps, scan_el.locked ? " locked" : ""));
+    note("scan-run", formatText("az=%.1f%s el=%.1f%s", scan_az.speed_dps, scan_az.locked ? " locked" : "",
+                                scan_el.speed_dps, scan_el.locked ? " locked" : ""));
 }
 
 void Pod::State::headingLock(const Parameters&) {
     releaseTrack();
     servo.headingLock(flight.state());
-    note("heading-lock", words("yaw=%.1f", servo.earthYaw(flight.state())));
+    note("heading-lock", formatText("yaw=%.1f", servo.earthYaw(flight.state())));
 }
 
 void Pod::State::headingFollow(const Parameters&) {
     releaseTrack();
     servo.headingFollow();
-    note("heading-follow", words("az=%.1f", servo.azimuth()));
+    note("heading-follow", formatText("az=%.1f", servo.azimuth()));
 }
 
 void Pod::State::attitudeGuide(const Parameters& p) {
@@ -141,7 +142,7 @@ void Pod::State::pointAt(const Parameters& p, bool keep) {
     geo_keep = keep;
     if (!keep) servo.goToAttitude(yaw, el, ServoState::DigitalGuide);
     note(keep ? "geo-track" : "geo-guide",
-         words("lat=%.6f lon=%.6f alt=%.1f", latitude, longitude, altitude));
+         formatText("lat=%.6f lon=%.6f alt=%.1f", latitude, longitude, altitude));
 }
 
 void Pod::State::geoGuide(const Parameters& p) {
@@ -162,10 +163,10 @@ void Pod::State::trackPoint(const Parameters& p) {
     const double reach = std::max(44.0 * s.frame_width / 1280, s.template_width_px * 0.75);
     if (!tracker.lockAt(s, x, y, reach)) {
         servo.hold();
-        note("track-point", words("x=%d y=%d sky", x, y));
+        note("track-point", formatText("x=%d y=%d sky", x, y));
         return;
     }
-    note("track-point", words("x=%d y=%d id=%d", x, y, tracker.objectId()));
+    note("track-point", formatText("x=%d y=%d id=%d", x, y, tracker.objectId()));
     stepTracker(0);
 }
 
@@ -183,15 +184,15 @@ void Pod::State::trackTemplate(const Parameters& p) {
         s.template_width_px = std::max(1, p.byte(2));
         s.template_height_px = std::max(1, p.byte(3));
     }
-    note("track-template", words("%dx%d", s.template_width_px, s.template_height_px));
+    note("track-template", formatText("%dx%d", s.template_width_px, s.template_height_px));
 }
 
 void Pod::State::trackStep(const Parameters& p) {
     const int direction = p.byte(0) == 0 ? -1 : 1;
     s.template_step += direction;
     const bool moved = tracker.stepAside(s, direction, s.template_width_px / 2.0);
-    note("track-step", words("%s%s id=%d", direction < 0 ? "left" : "right", moved ? "" : " no-target",
-                             tracker.objectId()));
+    note("track-step", formatText("%s%s id=%d", direction < 0 ? "left" : "right", moved ? "" : " no-target",
+                                  tracker.objectId()));
 }
 
 void Pod::State::trackById(const Parameters& p) {
@@ -201,7 +202,7 @@ void Pod::State::trackById(const Parameters& p) {
     }
     const bool found = s.tracker_on && tracker.lockId(s, p.byte(1));
     geo_keep = geo_keep && !found;
-    note("track-by-id", words("id=%d%s", p.byte(1), found ? "" : " not-in-picture"));
+    note("track-by-id", formatText("id=%d%s", p.byte(1), found ? "" : " not-in-picture"));
     if (found) stepTracker(0);
 }
 
@@ -221,13 +222,13 @@ void Pod::State::aiMode(const Parameters& p) {
     if (p.byte(0) <= 1) s.ai_source = p.byte(0);
     if (p.byte(1) <= 2) s.ai_method = p.byte(1);
     note("detection-mode",
-         words("source=%s method=%d", s.ai_source == 0 ? "infrared" : "visible", s.ai_method));
+         formatText("source=%s method=%d", s.ai_source == 0 ? "infrared" : "visible", s.ai_method));
 }
 
 void Pod::State::aiRoi(const Parameters& p) {
     s.ai_roi_x_px = p.word(0);
     s.ai_roi_y_px = p.word(2);
-    note("detection-region", words("x=%d y=%d", s.ai_roi_x_px, s.ai_roi_y_px));
+    note("detection-region", formatText("x=%d y=%d", s.ai_roi_x_px, s.ai_roi_y_px));
 }
 
 void Pod::State::locateMode(const Parameters& p) {

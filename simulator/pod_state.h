@@ -181,7 +181,4 @@ struct Pod::State {
     std::vector<std::pair<std::string, std::string>> notes;
 };
 
-// printf into a string of at most 200 characters.
-__attribute__((format(printf, 1, 2))) std::string words(const char* pattern, ...);
-
 }  // namespace podsim

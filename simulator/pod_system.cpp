@@ -4,6 +4,7 @@
 
 #include "simulator/calendar.h"
 #include "simulator/pod_state.h"
+#include "simulator/text.h"
 
 namespace podsim {
 
@@ -55,7 +56,7 @@ void Pod::State::snapshotPicture(const Parameters&) {
     snapshot_s = 0.6;
     ++s.snapshot_count;
     storage_used_percent += 0.05;
-    note("snapshot", words("count=%d", s.snapshot_count));
+    note("snapshot", formatText("count=%d", s.snapshot_count));
 }
 
 void Pod::State::record(const Parameters&) {
@@ -70,19 +71,19 @@ void Pod::State::illuminator(const Parameters& p) {
     else
         s.illuminator = p.byte(0) != 0;
     s.red_dot = s.illuminator;
-    note("laser-illuminator", words("%s %.2fHz", s.illuminator ? "on" : "off", s.illuminator_hz));
+    note("laser-illuminator", formatText("%s %.2fHz", s.illuminator ? "on" : "off", s.illuminator_hz));
 }
 
 void Pod::State::rangeSingle(const Parameters&) {
     if (s.laser_on) firePulse();
-    note("range-single", s.laser_on ? words("%.1fm", s.laser_range_m) : "laser=off");
+    note("range-single", s.laser_on ? formatText("%.1fm", s.laser_range_m) : "laser=off");
 }
 
 void Pod::State::rangeContinuous(const Parameters& p) {
     s.laser_continuous = true;
     s.laser_period_s = std::clamp(p.byte(0), 1, 60);
     laser_wait_s = 0;
-    note("range-continuous", words("every %ds", s.laser_period_s));
+    note("range-continuous", formatText("every %ds", s.laser_period_s));
 }
 
 void Pod::State::rangeStop(const Parameters&) {
@@ -105,7 +106,7 @@ void Pod::State::timeSync(const Parameters& p) {
                             (p.byte(7) | p.byte(8) << 8) * 10};
     clock_offset_ms = static_cast<double>(fromCalendar(t) - config.start_utc_ms) - s.time_s * 1000;
     note("time-sync",
-         words("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute, t.second));
+         formatText("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute, t.second));
 }
 
 void Pod::State::setLoad(int index, bool on) {
@@ -113,7 +114,7 @@ void Pod::State::setLoad(int index, bool on) {
     constexpr std::uint8_t kBits[] = {0x7F, 0x1C, 0x02, 0x01, 0x00, 0x00, 0x00};
     constexpr const char* kNames[] = {"all", "servo", "visible", "infrared", "laser", "tracker", "cooler"};
     if (index >= static_cast<int>(std::size(kBits))) {
-        note("load", words("%d refused", index));
+        note("load", formatText("%d refused", index));
         return;
     }
     const std::uint8_t bits = kBits[index];
@@ -143,7 +144,7 @@ void Pod::State::loadSleep(const Parameters& p) {
 void Pod::State::setIp(const Parameters& p) {
     for (std::size_t i = 0; i < 4; ++i)
         s.ip[i] = static_cast<std::uint8_t>(p.byte(i));
-    note("set-ip", words("%d.%d.%d.%d", p.byte(0), p.byte(1), p.byte(2), p.byte(3)));
+    note("set-ip", formatText("%d.%d.%d.%d", p.byte(0), p.byte(1), p.byte(2), p.byte(3)));
 }
 
 void Pod::State::navBlock(const Parameters&) {
@@ -154,7 +155,7 @@ void Pod::State::navBlock(const Parameters&) {
 
 void Pod::State::folderNaming(const Parameters& p) {
     s.file_naming_ok = true;
-    note("folder-naming", p.byte(0) == 1 ? "time" : words("text %.60s", p.text(1).c_str()));
+    note("folder-naming", p.byte(0) == 1 ? "time" : formatText("text %.60s", p.text(1).c_str()));
 }
 
 void Pod::State::customText(const Parameters& p) {
@@ -163,7 +164,7 @@ void Pod::State::customText(const Parameters& p) {
     s.custom_text_on = p.byte(4) == 0;
     s.custom_text = p.text(5);
     note("custom-text",
-         words("x=%d y=%d %s", s.custom_text_x, s.custom_text_y, s.custom_text_on ? "shown" : "hidden"));
+         formatText("x=%d y=%d %s", s.custom_text_x, s.custom_text_y, s.custom_text_on ? "shown" : "hidden"));
 }
 
 void Pod::State::configuration(const Parameters& p) {
@@ -183,13 +184,13 @@ void Pod::State::configuration(const Parameters& p) {
 }
 
 void Pod::State::requestInfo(const Parameters& p) {
-    note("request-info", words("%d", p.byte(0)));
+    note("request-info", formatText("%d", p.byte(0)));
 }
 
 void Pod::State::maintenanceMode(const Parameters& p) {
     constexpr int kReboot = 9;
     if (p.byte(0) != kReboot) {
-        note("maintenance-mode", words("%d", p.byte(0)));
+        note("maintenance-mode", formatText("%d", p.byte(0)));
         return;
     }
     ++s.reboot_count;
@@ -197,7 +198,7 @@ void Pod::State::maintenanceMode(const Parameters& p) {
     releaseTrack();
     servo.hold();
     s.recording = false;
-    note("reboot", words("count=%d", s.reboot_count));
+    note("reboot", formatText("count=%d", s.reboot_count));
 }
 
 void Pod::State::encoder(const Parameters& p) {
@@ -205,20 +206,20 @@ void Pod::State::encoder(const Parameters& p) {
         s.encoder_codec = p.byte(1);
     else
         s.encoder_bitrate_kbps = p.byte(1) | p.byte(2) << 8;
-    note("encoder",
-         p.byte(0) == 0 ? words("codec=%d", s.encoder_codec) : words("bitrate=%d", s.encoder_bitrate_kbps));
+    note("encoder", p.byte(0) == 0 ? formatText("codec=%d", s.encoder_codec)
+                                   : formatText("bitrate=%d", s.encoder_bitrate_kbps));
 }
 
 void Pod::State::sbusChannels(const Parameters& p) {
-    note("sbus-channels", words("%d bytes", static_cast<int>(p.size)));
+    note("sbus-channels", formatText("%d bytes", static_cast<int>(p.size)));
 }
 
 void Pod::State::passThrough(const Parameters& p) {
-    note("pass-through", words("module=%d %d bytes", p.byte(0), static_cast<int>(p.size)));
+    note("pass-through", formatText("module=%d %d bytes", p.byte(0), static_cast<int>(p.size)));
 }
 
 void Pod::State::firmware(const Parameters& p) {
-    note("firmware", words("module=%d step=%d", p.byte(0), p.byte(1)));
+    note("firmware", formatText("module=%d step=%d", p.byte(0), p.byte(1)));
 }
 
 }  // namespace podsim
