@@ -5,10 +5,10 @@
 #include <string>
 
 #include "simulator/calendar.h"
-#include "simulator/font.h"
 #include "simulator/palette.h"
 #include "simulator/renderer.h"
 #include "simulator/text.h"
+#include "simulator/world/font.h"
 
 namespace podsim {
 namespace {

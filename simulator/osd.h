@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "simulator/raster.h"
 #include "simulator/views.h"
+#include "simulator/world/raster.h"
 
 namespace podsim {
 

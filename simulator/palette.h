@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "simulator/raster.h"
+#include "simulator/world/raster.h"
 
 namespace podsim {
 

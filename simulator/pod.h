@@ -10,8 +10,8 @@
 #include <memory>
 #include <string>
 
-#include "simulator/flight.h"
 #include "simulator/snapshot.h"
+#include "simulator/world/flight.h"
 
 namespace podsim {
 

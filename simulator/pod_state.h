@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/flight.h"
 #include "simulator/pod.h"
 #include "simulator/servo.h"
 #include "simulator/tracker.h"
+#include "simulator/world/flight.h"
 
 namespace podsim {
 

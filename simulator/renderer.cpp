@@ -8,9 +8,9 @@
 
 #include "simulator/osd.h"
 #include "simulator/palette.h"
-#include "simulator/scene.h"
-#include "simulator/terrain.h"
 #include "simulator/views.h"
+#include "simulator/world/scene.h"
+#include "simulator/world/terrain.h"
 
 namespace podsim {
 namespace {

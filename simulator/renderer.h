@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "simulator/raster.h"
 #include "simulator/snapshot.h"
+#include "simulator/world/raster.h"
 
 namespace podsim {
 

@@ -1,10 +1,10 @@
 // From the pod's state to what it tells the station: the report and the block inside the video.
 #pragma once
 
-#include "simulator/flight.h"
 #include "simulator/sei.h"
 #include "simulator/snapshot.h"
 #include "simulator/wire.h"
+#include "simulator/world/flight.h"
 
 namespace podsim {
 

@@ -2,8 +2,8 @@
 // elevation is held against the horizon, its stops are those of the frame.
 #pragma once
 
-#include "simulator/flight.h"
 #include "simulator/snapshot.h"
+#include "simulator/world/flight.h"
 
 namespace podsim {
 

@@ -1,8 +1,8 @@
 // The video tracker: locks on what lies at a point of the main picture and keeps its place in the landscape.
 #pragma once
 
-#include "simulator/camera.h"
 #include "simulator/snapshot.h"
+#include "simulator/world/camera.h"
 
 namespace podsim {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/world.h"
+#include "simulator/world/world.h"
 
 namespace podsim {
 

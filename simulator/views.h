@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "simulator/camera.h"
 #include "simulator/snapshot.h"
+#include "simulator/world/camera.h"
 
 namespace podsim {
 

@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <set>
 
-#include "simulator/font.h"
 #include "simulator/palette.h"
-#include "simulator/raster.h"
-#include "simulator/world.h"
+#include "simulator/world/font.h"
+#include "simulator/world/raster.h"
+#include "simulator/world/world.h"
 #include "tests/simulator/world_helpers.h"
 
 namespace podsim {

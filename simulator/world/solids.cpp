@@ -1,4 +1,4 @@
-#include "simulator/solids.h"
+#include "simulator/world/solids.h"
 
 #include <algorithm>
 #include <array>

@@ -2,9 +2,9 @@
 #include <cmath>
 #include <vector>
 
-#include "simulator/scene.h"
-#include "simulator/solids.h"
-#include "simulator/terrain.h"
+#include "simulator/world/scene.h"
+#include "simulator/world/solids.h"
+#include "simulator/world/terrain.h"
 
 namespace podsim {
 namespace {

@@ -1,9 +1,9 @@
-#include "simulator/flight.h"
+#include "simulator/world/flight.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/world.h"
+#include "simulator/world/world.h"
 
 namespace podsim {
 namespace {

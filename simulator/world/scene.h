@@ -1,8 +1,8 @@
 // The layers of one view: ground and sky, then what stands and moves on the ground.
 #pragma once
 
-#include "simulator/camera.h"
-#include "simulator/raster.h"
+#include "simulator/world/camera.h"
+#include "simulator/world/raster.h"
 
 namespace podsim {
 

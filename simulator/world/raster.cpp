@@ -1,10 +1,10 @@
-#include "simulator/raster.h"
+#include "simulator/world/raster.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "simulator/font.h"
+#include "simulator/world/font.h"
 
 namespace podsim {
 namespace {

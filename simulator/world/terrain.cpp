@@ -1,9 +1,9 @@
-#include "simulator/terrain.h"
+#include "simulator/world/terrain.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/world.h"
+#include "simulator/world/world.h"
 
 namespace podsim {
 namespace {

@@ -1,7 +1,7 @@
 // Houses, vehicles, boats and the bridge, as shaded solids.
 #pragma once
 
-#include "simulator/scene.h"
+#include "simulator/world/scene.h"
 
 namespace podsim {
 

@@ -1,4 +1,4 @@
-#include "simulator/font.h"
+#include "simulator/world/font.h"
 
 namespace podsim {
 namespace {

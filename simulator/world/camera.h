@@ -1,7 +1,7 @@
 // How a camera maps the landscape to pixels.
 #pragma once
 
-#include "simulator/world.h"
+#include "simulator/world/world.h"
 
 namespace podsim {
 

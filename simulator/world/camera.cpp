@@ -1,4 +1,4 @@
-#include "simulator/camera.h"
+#include "simulator/world/camera.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <vector>
 
-#include "simulator/scene.h"
-#include "simulator/terrain.h"
+#include "simulator/world/scene.h"
+#include "simulator/world/terrain.h"
 
 namespace podsim {
 namespace {

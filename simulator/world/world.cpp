@@ -1,4 +1,4 @@
-#include "simulator/world.h"
+#include "simulator/world/world.h"
 
 #include <algorithm>
 
