@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <chrono>
 
-#include "simulator/renderer.h"
+#include "simulator/pod/renderer.h"
+#include "simulator/pod/text.h"
 #include "simulator/report.h"
-#include "simulator/text.h"
 
 namespace podsim {
 namespace {

@@ -3,7 +3,7 @@
 #include <cinttypes>
 
 #include "simulator/commands.h"
-#include "simulator/text.h"
+#include "simulator/pod/text.h"
 
 namespace podsim {
 namespace {

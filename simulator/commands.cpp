@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "simulator/bytes.h"
-#include "simulator/text.h"
+#include "simulator/pod/text.h"
 
 namespace podsim {
 namespace {

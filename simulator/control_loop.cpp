@@ -10,9 +10,9 @@
 #include <csignal>
 #include <ctime>
 
+#include "simulator/pod/text.h"
+#include "simulator/pod/views.h"
 #include "simulator/report.h"
-#include "simulator/text.h"
-#include "simulator/views.h"
 
 namespace podsim {
 namespace {

@@ -12,7 +12,7 @@
 #include "simulator/event_log.h"
 #include "simulator/fault_injector.h"
 #include "simulator/options.h"
-#include "simulator/pod.h"
+#include "simulator/pod/pod.h"
 #include "simulator/transport.h"
 #include "simulator/wire.h"
 

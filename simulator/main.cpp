@@ -16,9 +16,9 @@
 #include "simulator/control_loop.h"
 #include "simulator/event_log.h"
 #include "simulator/options.h"
-#include "simulator/pod.h"
+#include "simulator/pod/pod.h"
+#include "simulator/pod/text.h"
 #include "simulator/rtsp_server.h"
-#include "simulator/text.h"
 
 namespace podsim {
 namespace {

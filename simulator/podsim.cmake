@@ -3,7 +3,7 @@
 # What needs nothing but the standard library.
 sorvane_library(podsim_wire
   SOURCES wire.cpp commands.cpp fault_injector.cpp sei.cpp ts_mux.cpp report.cpp
-  LIBS podsim_world)
+  LIBS sim_pod sim_world)
 
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
@@ -14,7 +14,7 @@ if(NOT WIN32)
   sorvane_library(podsim_stream
     SOURCES event_log.cpp transport.cpp transport_pty.cpp encoder.cpp encoder_x264.cpp encoder_x265.cpp
             rtsp_server.cpp video_output.cpp channel.cpp command_log.cpp control_loop.cpp options.cpp
-    LIBS podsim_wire podsim_world Threads::Threads
+    LIBS podsim_wire sim_pod Threads::Threads
     PRIVATE_LIBS PkgConfig::PODSIM_GST PkgConfig::PODSIM_X264 PkgConfig::PODSIM_X265 util)
 
   add_executable(podsim main.cpp)

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "simulator/calendar.h"
-#include "simulator/views.h"
+#include "simulator/pod/calendar.h"
+#include "simulator/pod/views.h"
 
 namespace podsim {
 namespace {

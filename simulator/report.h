@@ -1,8 +1,8 @@
 // From the pod's state to what it tells the station: the report and the block inside the video.
 #pragma once
 
+#include "simulator/pod/snapshot.h"
 #include "simulator/sei.h"
-#include "simulator/snapshot.h"
 #include "simulator/wire.h"
 #include "simulator/world/flight.h"
 

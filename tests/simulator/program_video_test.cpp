@@ -1,7 +1,7 @@
 // The built program's video on loopback, seen from a viewer.
 #include <csignal>
 
-#include "simulator/renderer.h"
+#include "simulator/pod/renderer.h"
 #include "tests/simulator/av_reader.h"
 #include "tests/simulator/program_helpers.h"
 

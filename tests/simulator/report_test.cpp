@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "simulator/calendar.h"
+#include "simulator/pod/calendar.h"
 
 namespace podsim {
 namespace {

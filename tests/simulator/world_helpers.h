@@ -6,9 +6,9 @@
 #include <initializer_list>
 #include <vector>
 
-#include "simulator/pod.h"
-#include "simulator/renderer.h"
-#include "simulator/views.h"
+#include "simulator/pod/pod.h"
+#include "simulator/pod/renderer.h"
+#include "simulator/pod/views.h"
 
 namespace podsim {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <set>
 
-#include "simulator/palette.h"
+#include "simulator/pod/palette.h"
 #include "simulator/world/font.h"
 #include "simulator/world/raster.h"
 #include "simulator/world/world.h"

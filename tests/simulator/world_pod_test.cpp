@@ -5,8 +5,8 @@
 #include <string>
 #include <thread>
 
-#include "simulator/calendar.h"
-#include "simulator/servo.h"
+#include "simulator/pod/calendar.h"
+#include "simulator/pod/servo.h"
 #include "tests/simulator/world_helpers.h"
 
 namespace podsim {

@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-#include "simulator/servo.h"
+#include "simulator/pod/servo.h"
 #include "tests/simulator/world_helpers.h"
 
 namespace podsim {

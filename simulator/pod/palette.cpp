@@ -1,4 +1,4 @@
-#include "simulator/palette.h"
+#include "simulator/pod/palette.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The video tracker: locks on what lies at a point of the main picture and keeps its place in the landscape.
 #pragma once
 
-#include "simulator/snapshot.h"
+#include "simulator/pod/snapshot.h"
 #include "simulator/world/camera.h"
 
 namespace podsim {

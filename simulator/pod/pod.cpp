@@ -1,12 +1,12 @@
-#include "simulator/pod.h"
+#include "simulator/pod/pod.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "simulator/pod_state.h"
-#include "simulator/text.h"
-#include "simulator/views.h"
+#include "simulator/pod/pod_state.h"
+#include "simulator/pod/text.h"
+#include "simulator/pod/views.h"
 
 namespace podsim {
 namespace {

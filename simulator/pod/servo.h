@@ -2,7 +2,7 @@
 // elevation is held against the horizon, its stops are those of the frame.
 #pragma once
 
-#include "simulator/snapshot.h"
+#include "simulator/pod/snapshot.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {

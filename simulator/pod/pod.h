@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "simulator/snapshot.h"
+#include "simulator/pod/snapshot.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {

@@ -1,4 +1,4 @@
-#include "simulator/calendar.h"
+#include "simulator/pod/calendar.h"
 
 namespace podsim {
 namespace {

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/pod_state.h"
-#include "simulator/text.h"
+#include "simulator/pod/pod_state.h"
+#include "simulator/pod/text.h"
 
 namespace podsim {
 namespace {

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/palette.h"
-#include "simulator/pod_state.h"
-#include "simulator/text.h"
+#include "simulator/pod/palette.h"
+#include "simulator/pod/pod_state.h"
+#include "simulator/pod/text.h"
 
 namespace podsim {
 namespace {

@@ -1,4 +1,4 @@
-#include "simulator/text.h"
+#include "simulator/pod/text.h"
 
 #include <cstdarg>
 #include <cstdio>

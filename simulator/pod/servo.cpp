@@ -1,4 +1,4 @@
-#include "simulator/servo.h"
+#include "simulator/pod/servo.h"
 
 #include <algorithm>
 #include <cmath>

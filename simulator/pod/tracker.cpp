@@ -1,9 +1,9 @@
-#include "simulator/tracker.h"
+#include "simulator/pod/tracker.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "simulator/views.h"
+#include "simulator/pod/views.h"
 
 namespace podsim {
 namespace {

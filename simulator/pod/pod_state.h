@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "simulator/pod.h"
-#include "simulator/servo.h"
-#include "simulator/tracker.h"
+#include "simulator/pod/pod.h"
+#include "simulator/pod/servo.h"
+#include "simulator/pod/tracker.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "simulator/views.h"
+#include "simulator/pod/views.h"
 #include "simulator/world/raster.h"
 
 namespace podsim {

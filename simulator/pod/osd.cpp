@@ -1,13 +1,13 @@
-#include "simulator/osd.h"
+#include "simulator/pod/osd.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 
-#include "simulator/calendar.h"
-#include "simulator/palette.h"
-#include "simulator/renderer.h"
-#include "simulator/text.h"
+#include "simulator/pod/calendar.h"
+#include "simulator/pod/palette.h"
+#include "simulator/pod/renderer.h"
+#include "simulator/pod/text.h"
 #include "simulator/world/font.h"
 
 namespace podsim {

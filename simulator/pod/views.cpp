@@ -1,4 +1,4 @@
-#include "simulator/views.h"
+#include "simulator/pod/views.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "simulator/snapshot.h"
+#include "simulator/pod/snapshot.h"
 #include "simulator/world/camera.h"
 
 namespace podsim {

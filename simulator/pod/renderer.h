@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "simulator/snapshot.h"
+#include "simulator/pod/snapshot.h"
 #include "simulator/world/raster.h"
 
 namespace podsim {

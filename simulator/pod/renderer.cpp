@@ -1,4 +1,4 @@
-#include "simulator/renderer.h"
+#include "simulator/pod/renderer.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,9 @@
 #include <cstring>
 #include <vector>
 
-#include "simulator/osd.h"
-#include "simulator/palette.h"
-#include "simulator/views.h"
+#include "simulator/pod/osd.h"
+#include "simulator/pod/palette.h"
+#include "simulator/pod/views.h"
 #include "simulator/world/scene.h"
 #include "simulator/world/terrain.h"
 
