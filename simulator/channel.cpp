@@ -5,7 +5,7 @@
 
 #include "simulator/pod/renderer.h"
 #include "simulator/pod/text.h"
-#include "simulator/report.h"
+#include "simulator/wire/report.h"
 
 namespace podsim {
 namespace {

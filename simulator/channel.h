@@ -12,11 +12,11 @@
 
 #include "simulator/encoder.h"
 #include "simulator/event_log.h"
-#include "simulator/fault_injector.h"
 #include "simulator/pod/pod.h"
 #include "simulator/pod/renderer.h"
 #include "simulator/rtsp_server.h"
 #include "simulator/video_output.h"
+#include "simulator/wire/fault_injector.h"
 
 namespace podsim {
 

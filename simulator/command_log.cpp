@@ -2,8 +2,8 @@
 
 #include <cinttypes>
 
-#include "simulator/commands.h"
 #include "simulator/pod/text.h"
+#include "simulator/wire/commands.h"
 
 namespace podsim {
 namespace {

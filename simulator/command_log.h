@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "simulator/event_log.h"
-#include "simulator/wire.h"
+#include "simulator/wire/wire.h"
 
 namespace podsim {
 

@@ -12,7 +12,7 @@
 
 #include "simulator/pod/text.h"
 #include "simulator/pod/views.h"
-#include "simulator/report.h"
+#include "simulator/wire/report.h"
 
 namespace podsim {
 namespace {

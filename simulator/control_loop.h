@@ -10,11 +10,11 @@
 
 #include "simulator/command_log.h"
 #include "simulator/event_log.h"
-#include "simulator/fault_injector.h"
 #include "simulator/options.h"
 #include "simulator/pod/pod.h"
 #include "simulator/transport.h"
-#include "simulator/wire.h"
+#include "simulator/wire/fault_injector.h"
+#include "simulator/wire/wire.h"
 
 namespace podsim {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "simulator/channel.h"
-#include "simulator/fault_injector.h"
+#include "simulator/wire/fault_injector.h"
 
 namespace podsim {
 

@@ -1,9 +1,7 @@
-# The pod's wire and streaming side, and the program.
+# The pod's streaming side, and the program.
 
 # What needs nothing but the standard library.
-sorvane_library(podsim_wire
-  SOURCES wire.cpp commands.cpp fault_injector.cpp sei.cpp ts_mux.cpp report.cpp
-  LIBS sim_pod sim_world)
+sorvane_library(sim_mux SOURCES ts_mux.cpp LIBS sim_wire)
 
 if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
@@ -14,7 +12,7 @@ if(NOT WIN32)
   sorvane_library(podsim_stream
     SOURCES event_log.cpp transport.cpp transport_pty.cpp encoder.cpp encoder_x264.cpp encoder_x265.cpp
             rtsp_server.cpp video_output.cpp channel.cpp command_log.cpp control_loop.cpp options.cpp
-    LIBS podsim_wire sim_pod Threads::Threads
+    LIBS sim_mux sim_wire sim_pod Threads::Threads
     PRIVATE_LIBS PkgConfig::PODSIM_GST PkgConfig::PODSIM_X264 PkgConfig::PODSIM_X265 util)
 
   add_executable(podsim main.cpp)

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/sei.h"
+#include "simulator/wire/sei.h"
 
 namespace podsim {
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "simulator/encoder.h"
-#include "simulator/fault_injector.h"
 #include "simulator/ts_mux.h"
+#include "simulator/wire/fault_injector.h"
 
 namespace podsim {
 

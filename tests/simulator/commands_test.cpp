@@ -1,4 +1,4 @@
-#include "simulator/commands.h"
+#include "simulator/wire/commands.h"
 
 #include <gtest/gtest.h>
 

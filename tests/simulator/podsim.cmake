@@ -1,7 +1,7 @@
 # The pod's wire, streaming and program.
 sorvane_test(podsim_wire_test
   SOURCES wire_test.cpp commands_test.cpp fault_injector_test.cpp sei_test.cpp report_test.cpp
-  LIBS podsim_wire)
+  LIBS sim_wire)
 
 if(NOT WIN32)
   pkg_check_modules(PODSIM_TEST_AV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
@@ -11,7 +11,7 @@ if(NOT WIN32)
     LABELS net)
   sorvane_test(podsim_program_test
     SOURCES program_test.cpp program_video_test.cpp podsim_process.cpp
-    LIBS podsim_wire PkgConfig::PODSIM_TEST_AV
+    LIBS sim_wire PkgConfig::PODSIM_TEST_AV
     LABELS system
     TIMEOUT 240)
   if(SORVANE_TESTS)

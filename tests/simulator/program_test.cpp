@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-#include "simulator/bytes.h"
+#include "simulator/wire/bytes.h"
 #include "tests/simulator/program_helpers.h"
 
 namespace podsim {

@@ -1,4 +1,4 @@
-#include "simulator/sei.h"
+#include "simulator/wire/sei.h"
 
 #include <gtest/gtest.h>
 

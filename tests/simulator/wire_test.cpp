@@ -1,4 +1,4 @@
-#include "simulator/wire.h"
+#include "simulator/wire/wire.h"
 
 #include <gtest/gtest.h>
 

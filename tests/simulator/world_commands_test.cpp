@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "simulator/commands.h"
+#include "simulator/wire/commands.h"
 #include "tests/simulator/world_helpers.h"
 
 namespace podsim {

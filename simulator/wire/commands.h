@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "simulator/wire.h"
+#include "simulator/wire/wire.h"
 
 namespace podsim {
 

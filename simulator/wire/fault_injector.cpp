@@ -1,4 +1,4 @@
-#include "simulator/fault_injector.h"
+#include "simulator/wire/fault_injector.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,11 +1,11 @@
-#include "simulator/sei.h"
+#include "simulator/wire/sei.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
-#include "simulator/bytes.h"
-#include "simulator/wire.h"
+#include "simulator/wire/bytes.h"
+#include "simulator/wire/wire.h"
 
 namespace podsim {
 namespace {

@@ -1,4 +1,4 @@
-#include "simulator/report.h"
+#include "simulator/wire/report.h"
 
 #include <cmath>
 

@@ -1,10 +1,10 @@
-#include "simulator/commands.h"
+#include "simulator/wire/commands.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "simulator/bytes.h"
 #include "simulator/pod/text.h"
+#include "simulator/wire/bytes.h"
 
 namespace podsim {
 namespace {

@@ -1,10 +1,10 @@
-#include "simulator/wire.h"
+#include "simulator/wire/wire.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "simulator/bytes.h"
+#include "simulator/wire/bytes.h"
 
 namespace podsim::wire {
 namespace {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "simulator/pod/snapshot.h"
-#include "simulator/sei.h"
-#include "simulator/wire.h"
+#include "simulator/wire/sei.h"
+#include "simulator/wire/wire.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {
