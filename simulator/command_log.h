@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "simulator/event_log.h"
+#include "simulator/stream/event_log.h"
 #include "simulator/wire/wire.h"
 
 namespace podsim {

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "simulator/command_log.h"
-#include "simulator/event_log.h"
 #include "simulator/options.h"
 #include "simulator/pod/pod.h"
-#include "simulator/transport.h"
+#include "simulator/stream/event_log.h"
+#include "simulator/stream/transport.h"
 #include "simulator/wire/fault_injector.h"
 #include "simulator/wire/wire.h"
 

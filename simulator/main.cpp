@@ -12,13 +12,13 @@
 #include <thread>
 #include <vector>
 
-#include "simulator/channel.h"
 #include "simulator/control_loop.h"
-#include "simulator/event_log.h"
 #include "simulator/options.h"
 #include "simulator/pod/pod.h"
 #include "simulator/pod/text.h"
-#include "simulator/rtsp_server.h"
+#include "simulator/stream/channel.h"
+#include "simulator/stream/event_log.h"
+#include "simulator/stream/rtsp_server.h"
 
 namespace podsim {
 namespace {

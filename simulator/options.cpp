@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "simulator/transport.h"
+#include "simulator/stream/transport.h"
 
 namespace podsim {
 namespace {

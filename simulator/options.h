@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/channel.h"
+#include "simulator/stream/channel.h"
 #include "simulator/wire/fault_injector.h"
 
 namespace podsim {

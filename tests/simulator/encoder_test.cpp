@@ -1,10 +1,10 @@
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 
-#include "simulator/video_output.h"
+#include "simulator/stream/video_output.h"
 #include "tests/simulator/av_reader.h"
 #include "tests/simulator/test_picture.h"
 

@@ -1,4 +1,4 @@
-#include "simulator/event_log.h"
+#include "simulator/stream/event_log.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -7,7 +7,7 @@ if(NOT WIN32)
   pkg_check_modules(PODSIM_TEST_AV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
   sorvane_test(podsim_stream_test
     SOURCES ts_mux_test.cpp encoder_test.cpp transport_test.cpp options_test.cpp event_log_test.cpp
-    LIBS podsim_stream PkgConfig::PODSIM_TEST_AV
+    LIBS sim_control PkgConfig::PODSIM_TEST_AV
     LABELS net)
   sorvane_test(podsim_program_test
     SOURCES program_test.cpp program_video_test.cpp podsim_process.cpp

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 
 namespace podsim {
 

@@ -1,11 +1,11 @@
-#include "simulator/ts_mux.h"
+#include "simulator/stream/ts_mux.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <map>
 
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 #include "tests/simulator/av_reader.h"
 #include "tests/simulator/hex.h"
 #include "tests/simulator/test_picture.h"

@@ -1,4 +1,4 @@
-#include "simulator/rtsp_server.h"
+#include "simulator/stream/rtsp_server.h"
 
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>

@@ -1,4 +1,4 @@
-#include "simulator/ts_mux.h"
+#include "simulator/stream/ts_mux.h"
 
 #include <algorithm>
 #include <iterator>

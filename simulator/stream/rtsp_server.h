@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 
 namespace podsim {
 

@@ -1,4 +1,4 @@
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 
 namespace podsim {
 

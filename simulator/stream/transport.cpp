@@ -1,4 +1,4 @@
-#include "simulator/transport.h"
+#include "simulator/stream/transport.h"
 
 #include <arpa/inet.h>
 #include <netinet/tcp.h>

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "simulator/encoder.h"
-#include "simulator/ts_mux.h"
+#include "simulator/stream/encoder.h"
+#include "simulator/stream/ts_mux.h"
 #include "simulator/wire/fault_injector.h"
 
 namespace podsim {

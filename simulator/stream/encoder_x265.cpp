@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "simulator/encoder.h"
+#include "simulator/stream/encoder.h"
 
 namespace podsim {
 namespace {

@@ -10,12 +10,12 @@
 #include <thread>
 #include <vector>
 
-#include "simulator/encoder.h"
-#include "simulator/event_log.h"
 #include "simulator/pod/pod.h"
 #include "simulator/pod/renderer.h"
-#include "simulator/rtsp_server.h"
-#include "simulator/video_output.h"
+#include "simulator/stream/encoder.h"
+#include "simulator/stream/event_log.h"
+#include "simulator/stream/rtsp_server.h"
+#include "simulator/stream/video_output.h"
 #include "simulator/wire/fault_injector.h"
 
 namespace podsim {

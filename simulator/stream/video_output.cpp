@@ -1,4 +1,4 @@
-#include "simulator/video_output.h"
+#include "simulator/stream/video_output.h"
 
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "simulator/transport.h"
+#include "simulator/stream/transport.h"
 
 namespace podsim {
 

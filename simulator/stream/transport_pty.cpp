@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "simulator/transport.h"
+#include "simulator/stream/transport.h"
 
 namespace podsim {
 namespace {

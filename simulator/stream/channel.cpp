@@ -1,4 +1,4 @@
-#include "simulator/channel.h"
+#include "simulator/stream/channel.h"
 
 #include <algorithm>
 #include <chrono>
