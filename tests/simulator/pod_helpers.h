@@ -1,4 +1,4 @@
-// Shorthand for tests of the simulated pod's world.
+// Shorthand for tests of the simulated pod.
 #pragma once
 
 #include <cmath>

@@ -7,7 +7,7 @@
 
 #include "simulator/pod/calendar.h"
 #include "simulator/pod/servo.h"
-#include "tests/simulator/world_helpers.h"
+#include "tests/simulator/pod_helpers.h"
 
 namespace podsim {
 namespace {

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "simulator/pod/servo.h"
-#include "tests/simulator/world_helpers.h"
+#include "tests/simulator/pod_helpers.h"
 
 namespace podsim {
 namespace {

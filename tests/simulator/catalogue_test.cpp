@@ -7,7 +7,7 @@
 #include <string>
 
 #include "simulator/wire/commands.h"
-#include "tests/simulator/world_helpers.h"
+#include "tests/simulator/pod_helpers.h"
 
 namespace podsim {
 namespace {
