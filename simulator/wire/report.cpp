@@ -4,11 +4,10 @@
 
 #include "simulator/pod/calendar.h"
 #include "simulator/pod/views.h"
+#include "simulator/world/world.h"
 
 namespace podsim {
 namespace {
-
-constexpr double kRadians = 3.14159265358979323846 / 180;
 
 using wire::toI16;
 using wire::toU16;
@@ -40,10 +39,10 @@ std::uint16_t statusWordB(const Snapshot& s) {
 
 // North and east parts of the ground speed: the carrier flies where it points.
 double northSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::cos(s.heading_deg * kRadians);
+    return s.ground_speed_mps * std::cos(s.heading_deg * kDeg);
 }
 double eastSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::sin(s.heading_deg * kRadians);
+    return s.ground_speed_mps * std::sin(s.heading_deg * kDeg);
 }
 
 }  // namespace
