@@ -8,10 +8,10 @@
 #include <cinttypes>
 #include <cmath>
 #include <csignal>
-#include <ctime>
 
 #include "simulator/pod/text.h"
 #include "simulator/pod/views.h"
+#include "simulator/stream/clock.h"
 #include "simulator/wire/report.h"
 
 namespace podsim {
@@ -22,12 +22,6 @@ constexpr std::int64_t kStep_ns = 10 * kMs;
 constexpr std::int64_t kMotionLog_ns = 100 * kMs;
 constexpr std::int64_t kPartialPatience_ns = 100 * kMs;
 constexpr std::size_t kConsoleLineLimit = 4096;
-
-std::int64_t utcMicroseconds() {
-    timespec t{};
-    clock_gettime(CLOCK_REALTIME, &t);
-    return t.tv_sec * 1'000'000LL + t.tv_nsec / 1000;
-}
 
 // The next beat after `now`; beats that were missed are left out.
 std::int64_t nextBeat(std::int64_t last, std::int64_t period, std::int64_t now) {

@@ -17,6 +17,7 @@
 #include "simulator/pod/pod.h"
 #include "simulator/pod/text.h"
 #include "simulator/stream/channel.h"
+#include "simulator/stream/clock.h"
 #include "simulator/stream/event_log.h"
 #include "simulator/stream/rtsp_server.h"
 
@@ -59,9 +60,7 @@ PodConfig podConfigOf(const Options& o) {
         config.latitude_deg = o.latitude_deg;
         config.longitude_deg = o.longitude_deg;
     }
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    config.start_utc_ms = now.tv_sec * 1000LL + now.tv_nsec / 1000000;
+    config.start_utc_ms = utcMicroseconds() / 1000;
     return config;
 }
 

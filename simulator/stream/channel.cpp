@@ -5,6 +5,7 @@
 
 #include "simulator/pod/renderer.h"
 #include "simulator/pod/text.h"
+#include "simulator/stream/clock.h"
 #include "simulator/wire/report.h"
 
 namespace podsim {

@@ -1,15 +1,10 @@
 #include "simulator/stream/event_log.h"
 
 #include <cinttypes>
-#include <ctime>
+
+#include "simulator/stream/clock.h"
 
 namespace podsim {
-
-std::int64_t monotonicNs() {
-    timespec t{};
-    clock_gettime(CLOCK_MONOTONIC, &t);
-    return t.tv_sec * 1'000'000'000LL + t.tv_nsec;
-}
 
 EventLog::~EventLog() {
     if (file_) std::fclose(file_);

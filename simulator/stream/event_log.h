@@ -10,9 +10,6 @@
 
 namespace podsim {
 
-// CLOCK_MONOTONIC in nanoseconds.
-std::int64_t monotonicNs();
-
 class EventLog {
 public:
     EventLog() = default;

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "simulator/command_log.h"
+#include "simulator/stream/clock.h"
 #include "tests/simulator/hex.h"
 
 namespace podsim {
