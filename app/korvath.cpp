@@ -1,25 +1,23 @@
+// Life cycle of the main window: construction, start-up stages, closing; what it shows by itself.
 #include "app/korvath.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenu>
 #include <QStyle>
 #include <QTimer>
-#include <QToolButton>
 
 #include "app/config/my_app_config.h"
-#include "link/frame_sender.h"
-#include "oskel/oskel.h"
+#include "app/korvath_parts.h"
+#include "app/theme.h"
+#include "forms/sei_form.h"
+#include "input/qmycmdbtn.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
-#include "ui_connection.h"
-#include "ui_korvath.h"
-#include "ui_sei_info.h"
-#include "ui_telemetry_info.h"
 #include "video/my_tip_dialog.h"
+#include "video/picture_views.h"
 #include "video/replay_panel.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_trans_dlg.h"
@@ -30,6 +28,12 @@ namespace {
 constexpr int kTickMs = 100;
 constexpr int kAutoOpenMs = 2000;
 constexpr int kStatWidth = 530;
+
+MyTipDialog* makeTip(QWidget* parent, int width) {
+    auto* tip = new MyTipDialog(parent);
+    tip->setGeometry(0, 0, width, 51);
+    return tip;
+}
 
 }  // namespace
 
@@ -50,7 +54,8 @@ Korvath::Korvath(QWidget* parent)
     ui->toolBar_2->layout()->setSpacing(5);
     ui->videoWin1->setOwner(this);
     ui->videoWin2->setOwner(this);
-    setupStatusPages();
+    setupDialogs();
+    buildParts();
     ui->stackedWidget->setCurrentIndex(0);
     ui->widget_stat->hide();
 
@@ -59,14 +64,14 @@ Korvath::Korvath(QWidget* parent)
     m_tickTimer = startTimer(kTickMs, Qt::CoarseTimer);
     // The splitter's handles exist once it is laid out; index 1 is the one between the two pictures.
     ui->splitter->handle(1)->setEnabled(false);
-    setupSender();
-    buildServoModeGroup();
+    connect(m_parts->form.frame_mode, &QRadioButton::toggled, this, &Korvath::on_frame_sel_changed);
 
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
     buildTitleBar();
-    ui->widget_5->hide();
-    ui->groupBox_30->hide();
-    initVideoOutput();
+    m_parts->form.map_strip->hide();
+    m_parts->form.two_axis_scan->hide();
+    m_parts->presenter->start(QCoreApplication::applicationDirPath() + QStringLiteral("/fonts/msyh.ttc"),
+                              *ui->videoWin1);
 }
 
 Korvath::~Korvath() {
@@ -91,80 +96,65 @@ MyAppConfig& Korvath::config() const {
 }
 
 void Korvath::buildTitleBar() {
-    auto* layout = new QHBoxLayout(ui->test_4);
+    const MainForm& form = m_parts->form;
+    auto* layout = new QHBoxLayout(form.tool_bar_host);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(ui->mainToolBar);
     layout->addWidget(ui->toolBar_2);
     buildViewMenu();
     // The window is handed over so that the theme's sheet can give the icons.
-    const auto icon = [this](QStyle::StandardPixmap which) {
-        return style()->standardIcon(which, nullptr, this);
-    };
-    ui->toolButton_3->setIcon(icon(QStyle::SP_TitleBarMinButton));
+    form.minimise_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarMinButton, nullptr, this));
     showMaximiseIcon();
-    ui->toolButton->setIcon(icon(QStyle::SP_TitleBarCloseButton));
-    connect(ui->toolButton, &QToolButton::clicked, this, &QWidget::close);
-    connect(ui->toolButton_2, &QToolButton::clicked, this, [this] {
-        if (isMaximized()) {
-            showNormal();
-        } else {
-            showMaximized();
-        }
-    });
-    connect(ui->toolButton_3, &QToolButton::clicked, this, &QWidget::showMinimized);
+    form.close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton, nullptr, this));
+    connect(form.close_button, &QToolButton::clicked, this, &QWidget::close);
+    connect(form.maximise_button, &QToolButton::clicked, this,
+            [this] { isMaximized() ? showNormal() : showMaximized(); });
+    connect(form.minimise_button, &QToolButton::clicked, this, &QWidget::showMinimized);
 }
 
-// Follows the state itself: full screen, the keyboard and the window manager change it too.
+// The maximise button shows what a click does. It follows the state itself: full screen, the keyboard and the
+// window manager change it too.
 void Korvath::showMaximiseIcon() {
     const auto which = isMaximized() ? QStyle::SP_TitleBarNormalButton : QStyle::SP_TitleBarMaxButton;
-    ui->toolButton_2->setIcon(style()->standardIcon(which, nullptr, this));
+    m_parts->form.maximise_button->setIcon(style()->standardIcon(which, nullptr, this));
 }
 
 void Korvath::buildViewMenu() {
-    m_viewMenu = new QMenu(this);
-    m_viewMenu->addActions(
+    auto* menu = new QMenu(this);
+    menu->addActions(
         {ui->action_videoWin1, ui->action_videoWin2, ui->action_videoWinLR, ui->action_videoWinTB});
     m_viewButton = new QToolButton(ui->toolBar_2);
     m_viewButton->setPopupMode(QToolButton::InstantPopup);
     m_viewButton->setToolButtonStyle(Qt::ToolButtonIconOnly);
     m_viewButton->setIcon(QIcon(QStringLiteral("./res/show_video.png")));
-    m_viewButton->setMenu(m_viewMenu);
+    m_viewButton->setMenu(menu);
     ui->toolBar_2->addWidget(m_viewButton);
 }
 
 void Korvath::initFirstStage() {
-    createStatPane();
+    m_parts->panes->createStatPane();
     m_settings = new PlayerSettingsDlg(tavrik::list_decoders(), this);
-    connect(m_settings, &PlayerSettingsDlg::themeChosen, this, &Korvath::applyTheme);
-    connect(m_settings, &PlayerSettingsDlg::languageChanged, this, &Korvath::retranslate);
-    connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, &Korvath::applySendMode);
-    connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
-    connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
-            [this](const sorvane::Command& command) { sorvane::send(*m_sender, command); });
-    connect(m_settings, &PlayerSettingsDlg::stopRequested, this, &Korvath::stopCommand);
+    connectSettings();
     // The strip beside the logo shows what a window frame would.
-    ui->label_102->setText(config().app_title);
+    m_parts->form.title_text->setText(config().app_title);
     const int mode = config().video_display_mode;
     applyViewMode(mode >= 0 && mode <= 3 ? mode : 0);
     applyTheme(config().theme);
     setServoFrame(config().platform_type);
     m_showFps = config().show_fps_init;
-    createCtrlSelect();
-    setupDialogs();
+    m_parts->panes->createPageSelectors();
 
     m_statusVideo = new QLabel(this);
     m_statusLink = new QLabel(this);
     ui->statusBar->addWidget(m_statusVideo);
     ui->statusBar->addPermanentWidget(m_statusLink);
     m_panePlayCtrl = new ReplayPanel(this);
-    m_tip1 = new MyTipDialog(this);
-    m_tip1->setGeometry(0, 0, 300, 51);
-    m_tip2 = new MyTipDialog(this);
-    m_tip2->setGeometry(0, 0, 120, 51);
+    m_tip1 = makeTip(this, 300);
+    m_tip2 = makeTip(this, 120);
 
-    setupLink();
-    setupVideo();
-    fillCommandCombos();
+    buildConfiguredParts();
+    connectConnectionDialog();
+    m_parts->fields->fillCombos(config());
 }
 
 // The three inline dialogs stand on frameless bases with a title strip that moves them and a close button.
@@ -181,172 +171,152 @@ void Korvath::setupDialogs() {
     m_telemetryDlg = base(ui_telemetry_info);
     m_seiDlg = base(ui_sei_info);
     m_connectionDlg = base(ui_connection);
-    connect(ui_telemetry_info->pushButton, &QPushButton::clicked, this,
+    m_parts.reset(new Parts{{*ui},
+                            {*ui_connection},
+                            {*ui_telemetry_info},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {},
+                            {}});
+    connect(m_parts->telemetry_form.apply, &QPushButton::clicked, this,
             &Korvath::on_btn_setting_telemetry_info);
 }
 
 void Korvath::initSecondStage() {
-    connectSignals();
-    setupCommands();
+    connectWindow();
+    connectCommands();
     m_settings->applyLanguage(config().language);
     setWindowTitle(config().app_title);
-    fillLinkLists();
-    fillCommandFields();
+    m_parts->link->fillLists();
+    m_parts->fields->fillEdits(config());
     ui->tabWidget->hide();
     showMaximized();
-    ui->splitter_2->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
-    ui->radioButton_15->setChecked(true);
-    ui->radioButton_17->setChecked(true);
-    ui->widget_3->setToggle(true);
-}
-
-void Korvath::connectSignals() {
-    connect(ui->action_connection, &QAction::triggered, this, &Korvath::on_action_connection);
-    connect(ui->action_fileSettings, &QAction::triggered, this, &Korvath::OnFileSettings);
-    connect(ui->action_videoWin1, &QAction::triggered, this, &Korvath::OnClickedVideoWin1);
-    connect(ui->action_videoWin2, &QAction::triggered, this, &Korvath::OnClickedVideoWin2);
-    connect(ui->action_videoWinLR, &QAction::triggered, this, &Korvath::OnClickedVideoWinLR);
-    connect(ui->action_videoWinTB, &QAction::triggered, this, &Korvath::OnClickedVideoWinTB);
-    connect(ui->action_telemetry_info, &QAction::triggered, this, &Korvath::on_action_telemetry_info);
-    connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
-    connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);
-    connect(ui->m_btnPageNext, &QPushButton::clicked, this, &Korvath::OnButtonPageNextClicked);
+    m_parts->form.status_and_video->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
+    m_parts->form.detect_infrared->setChecked(true);
+    m_parts->form.detect_usual->setChecked(true);
+    m_parts->form.detection_boxes->setToggle(true);
 }
 
 void Korvath::firstShow() {
-    createFirstShowPanes();
+    m_parts->marks->create(*m_parts->form.picture_area);
+    m_parts->panes->createToggles();
+    connect(m_btnStatPane, &QPushButton::clicked, this, &Korvath::OnButtonStatPaneClicked);
+    connect(m_btnCtrlPane, &QPushButton::clicked, this, &Korvath::OnButtonCtrlPaneClicked);
+    placePanes();
     if (config().play_video_on_start) {
-        QTimer::singleShot(kAutoOpenMs, this, [this] {
-            if (!playing1) {
-                OnOpenVideo1();
-            }
-            if (m_linkState == LINK_NONE) {
-                OnUdpConnect();
-            }
-        });
+        QTimer::singleShot(kAutoOpenMs, this, [this] { autoOpen(); });
     }
     if (config().recv_telemetry) {
-        openInterfacePort();
+        m_parts->intake->openInterfacePort(config().recv_port);
     } else {
-        ui->stackedWidget->removeWidget(ui->page_3);
+        ui->stackedWidget->removeWidget(m_parts->form.aircraft_page);
     }
+}
+
+void Korvath::autoOpen() {
+    if (!playing1) {
+        OnOpenVideo1();
+    }
+    if (m_linkState == kLinkNone) {
+        OnUdpConnect();
+    }
+}
+
+void Korvath::applyTheme(int theme) {
+    applyThemeFiles(theme, *this, *m_settings, m_parts->form, *m_viewButton);
+    showMaximiseIcon();
+}
+
+// What the program has set since the form was built (title, texts that follow a state) is set again
+// afterwards.
+void Korvath::retranslate() {
+    ui_sei_info->retranslateUi(m_seiDlg);
+    m_parts->panes->rebuildPageSelectors();
+    m_parts->panes->placeToggles();
+    ui->retranslateUi(this);
+    setWindowTitle(config().app_title);
+    m_parts->form.title_text->setText(config().app_title);
+    m_parts->status_pages->retranslate();
+    m_settings->init();
+    m_parts->fields->retranslate();
+    ui_connection->retranslateUi(m_connectionDlg);
+    showConnectionButtons();
+    ui_telemetry_info->retranslateUi(m_telemetryDlg);
+    refreshStatus();
 }
 
 void Korvath::applyViewMode(int mode) {
-    const std::array<QAction*, 4> actions = {ui->action_videoWin1, ui->action_videoWin2,
-                                             ui->action_videoWinLR, ui->action_videoWinTB};
+    QAction* const actions[] = {ui->action_videoWin1, ui->action_videoWin2, ui->action_videoWinLR,
+                                ui->action_videoWinTB};
     for (int i = 0; i < 4; ++i) {
-        actions[static_cast<std::size_t>(i)]->setChecked(i == mode);
+        actions[i]->setChecked(i == mode);
     }
-    if (mode <= 1) {
-        ui->splitter->setHandleWidth(0);
-        ui->splitter->setSizes(mode == 0 ? QList<int>{1, 0} : QList<int>{0, 1});
-    } else {
-        ui->splitter->setHandleWidth(5);
-        ui->splitter->setOrientation(mode == 2 ? Qt::Horizontal : Qt::Vertical);
-        ui->splitter->setSizes({1, 1});
-    }
-    placeReplayPanel();
+    layOutPictures(*m_parts->form.pictures, mode);
+    m_parts->panes->placeReplayPanel();
     placeTips();
 }
 
-void Korvath::OnClickedVideoWin1() {
-    applyViewMode(0);
-}
-void Korvath::OnClickedVideoWin2() {
-    applyViewMode(1);
-}
-void Korvath::OnClickedVideoWinLR() {
-    applyViewMode(2);
-}
-void Korvath::OnClickedVideoWinTB() {
-    applyViewMode(3);
-}
-
-void Korvath::OnFileSettings() {
-    m_settings->show();
-    m_settings->raise();
-    m_settings->activateWindow();
-}
-
-// An index out of range is ignored by the stack, so there is no wrap.
-void Korvath::OnButtonPageNextClicked() {
-    ui->stackedWidget->setCurrentIndex(ui->stackedWidget->currentIndex() + 1);
-}
-
-void Korvath::OnButtonPagePrevClicked() {
-    ui->stackedWidget->setCurrentIndex(ui->stackedWidget->currentIndex() - 1);
+void Korvath::placePanes() {
+    if (m_dragOverlay == nullptr) {
+        return;
+    }
+    m_parts->panes->placeStatPane();
+    m_parts->panes->startPaneTimer();
+    m_parts->panes->placeToggles();
+    m_parts->panes->placeReplayPanel();
+    refreshStatus();
+    placeTips();
+    m_parts->marks->place(*m_parts->form.picture_area);
 }
 
 void Korvath::refreshStatus() {
-    if (m_statusVideo == nullptr) {
+    if (m_parts->link == nullptr) {
         return;
     }
-    QString video;
-    if (playing1) {
-        video += tr("视频1已连接  ");
-    }
-    if (m_replayState == 1) {
-        video += tr("录像重放中  ");
-    } else if (m_replayState == 2) {
-        video += tr("录像重放暂停  ");
-    }
-    if (recording1) {
-        video += tr("视频1录制中  ");
-    }
-    if (playing2) {
-        video += tr("视频2已连接  ");
-    }
-    if (recording2) {
-        video += tr("视频2录制中");
-    }
-    m_statusVideo->setText(video.isEmpty() ? tr("视频未连接") : video);
-
-    switch (m_linkState) {
-        case LINK_NONE:
-            m_statusLink->setText(tr("控制连接关闭"));
-            break;
-        case LINK_SERIAL:
-            m_statusLink->setText(tr("串口已连接"));
-            break;
-        case LINK_UDP:
-            m_statusLink->setText(tr("UDP已连接"));
-            break;
-        default:
-            m_statusLink->setText(QString());
-            break;  // TCP shows nothing, on purpose
-    }
+    m_statusVideo->setText(pictureStateText({playing1, playing2, recording1, recording2, m_replayState}));
+    m_statusLink->setText(m_parts->link->stateText());
 }
 
-void Korvath::on_action_telemetry_info() {
-    ui_telemetry_info->retranslateUi(m_telemetryDlg);
-    m_telemetryDlg->show();
-    m_telemetryDlg->raise();
+void Korvath::releaseHeldButtons() {
+    for (QMyCmdBtn* button : findChildren<QMyCmdBtn*>()) {
+        button->endHold();
+    }
+    ui->videoWin1->endHold();
+    ui->videoWin2->endHold();
 }
 
 void Korvath::closeEvent(QCloseEvent* e) {
     QMainWindow::closeEvent(e);
-    releaseHeldButtons();
+    m_parts->commands->endAll([this] { releaseHeldButtons(); });
     silenceLink();
-    oskel::hang_up(m_linkHandle);
-    m_linkState = LINK_NONE;
-    if (m_insHandle >= 0) {
-        oskel::hang_up(m_insHandle);
-        m_insHandle = -1;
+    m_parts->link->closeAll();
+    m_parts->intake->closeInterfacePort();
+    // Sound may be waiting for its device, which closing its stream would wait for in turn.
+    m_parts->sound->closeGate();
+    if (m_videoCheckTimer != 0) {
+        killTimer(m_videoCheckTimer);
+        m_videoCheckTimer = 0;
     }
-    closeInterfacePort();
-    if (udp_port_id > 0) {
-        oskel::hang_up(udp_port_id);
-        udp_port_id = 0;
-    }
-    closeAllVideo();
+    m_parts->presenter->closeStreams();
+    m_parts->sound->stop();
+    m_parts->blocks->close();
+    m_parts->presenter->dropPictures();
     // An open settings dialog closes with the window, and stores its pages by that.
     if (m_settings->isVisible()) {
         m_settings->close();
     }
     storeEditsToConfig();
-    // No thread posts any more: what still waits is handled here, so that every payload is freed. Replies
-    // first, since they post records.
+    // No thread posts any more: what still waits is handled here. Replies first, since they post records.
     QCoreApplication::sendPostedEvents(this, EVT_LINK_FRAME);
     for (int type = EVT_REPLAY_START; type <= EVT_NAV_BLOCK; ++type) {
         QCoreApplication::sendPostedEvents(this, type);
@@ -354,20 +324,7 @@ void Korvath::closeEvent(QCloseEvent* e) {
 }
 
 void Korvath::storeEditsToConfig() {
-    MyAppConfig& c = config();
-    c.video1_port = ui_connection->le_ctrlVideoIpPort1->text().toInt();
-    c.video2_play_address = ui_connection->le_ctrlVideoIpAddr2->text();
-    c.video2_port = ui_connection->le_ctrlVideoIpPort2->text().toInt();
-    c.serial_port = ui_connection->cbb_ctrlSerialNo->currentText();
-    c.baudrate = ui_connection->cbb_ctrlSerialBaudRate->currentText();
-    c.net_type = ui_connection->radioButton_14->isChecked() ? 1 : 0;
-    c.video_type = ui_connection->cbb_stream_type->currentIndex();
-    c.destination_address = ui_connection->cbb_ctrlConnIpAddr->text();
-    c.destination_port = ui_connection->cbb_ctrlConnIpPort->text().toInt();
-    c.local_bind_port = ui_connection->cbb_ctrlConnLocalPort->text().toInt();
-    c.max_speed = ui->lineEdit_3->text().toInt();
-    c.ir_pseudo_color_band = ui->comboBox_4->currentIndex();
-    c.vl_zoom_level = ui->comboBox_2->currentIndex();
-    c.lrf_cycle = ui->comboBox_6->currentIndex();
-    c.template_type = ui->comboBox_3->currentIndex();
+    m_parts->streams->store();
+    m_parts->link->store();
+    m_parts->fields->store(config());
 }

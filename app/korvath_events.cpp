@@ -1,8 +1,6 @@
 // The event table, the application-wide filter and the timer table.
-#include <QAction>
 #include <QHoverEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QStyle>
 #include <QTimerEvent>
 #include <QWheelEvent>
@@ -10,12 +8,11 @@
 #include <cstdlib>
 #include <type_traits>
 
-#include "app/config/my_app_config.h"
-#include "app/korvath.h"
-#include "link/command_catalogue.h"
-#include "settings/player_settings_dlg.h"
-#include "ui_korvath.h"
-#include "widgets/my_trans_dlg.h"
+#include "app/events/my_event.h"
+#include "app/frameless_edges.h"
+#include "app/korvath_parts.h"
+#include "video/stream_rules.h"
+#include "video/video_surface.h"
 #include "widgets/window_drag.h"
 
 namespace {
@@ -34,25 +31,6 @@ void freePayload(void* data) {
     }
 }
 
-Qt::CursorShape edgeCursor(int edges) {
-    switch (edges) {
-        case 1:
-        case 8:
-            return Qt::SizeVerCursor;
-        case 2:
-        case 4:
-            return Qt::SizeHorCursor;
-        case 3:
-        case 12:
-            return Qt::SizeFDiagCursor;
-        case 5:
-        case 10:
-            return Qt::SizeBDiagCursor;
-        default:
-            return Qt::ArrowCursor;
-    }
-}
-
 }  // namespace
 
 bool Korvath::event(QEvent* e) {
@@ -68,11 +46,19 @@ bool Korvath::event(QEvent* e) {
 
 void Korvath::followHover(QEvent* e) {
     const QPoint global = mapToGlobal(static_cast<QHoverEvent*>(e)->pos());
-    const Qt::CursorShape shape = edgeCursor(hitEdge(global));
+    const Qt::CursorShape shape = FramelessEdges::cursor(hitEdge(global));
     if (cursor().shape() != shape) {
         setCursor(shape);
     }
 }
+
+// One row of the event table: what a number carries and who takes it.
+struct Korvath::EventRow {
+    int number;
+    bool plain;  // an event without fields: the handler gets null
+    void (Korvath::*handler)(QMyEvent*);
+    void (*free)(void* data);  // of an undelivered payload
+};
 
 const Korvath::EventRow* Korvath::eventRow(int number) {
 #define SORVANE_EVENT_ROW(name, number, payload, handler) \
@@ -112,11 +98,26 @@ void Korvath::drainEvents() {
 void Korvath::passOn(QMyEvent* /*e*/) {}
 
 void Korvath::onCommandButtonDown(QMyEvent* e) {
-    dispatchCommand(e->sender);
+    m_parts->commands->pressed(e->sender);
 }
-
 void Korvath::onCommandButtonUp(QMyEvent* /*e*/) {
     stopCommand(0);
+}
+void Korvath::onTelemetry(QMyEvent* e) {
+    m_parts->intake->takeRecord(*e);
+}
+void Korvath::onLinkFrame(QMyEvent* e) {
+    m_parts->intake->takeReply(*e);
+}
+void Korvath::onInsFrame(QMyEvent* e) {
+    m_parts->intake->takeInsFrame(*e);
+}
+void Korvath::onNavBlock(QMyEvent* e) {
+    m_parts->intake->takeNavBlock(*e);
+}
+// The type is read at each picture and holds for every channel.
+void Korvath::onVideoFrame(QMyEvent* e) {
+    m_parts->presenter->take(*e, m_parts->streams->streamType() == sorvane::kStreamUdp422);
 }
 
 // Sees every event of the process: each branch compares the type or the pointer first and does nothing for a
@@ -124,13 +125,13 @@ void Korvath::onCommandButtonUp(QMyEvent* /*e*/) {
 bool Korvath::eventFilter(QObject* obj, QEvent* e) {
     switch (e->type()) {
         case QEvent::Paint:
-            if (paintDragMark(obj)) {
+            if (m_parts->marks->paint(obj)) {
                 return true;
             }
             break;
         case QEvent::Expose:
-            if (!m_panesShown && obj == windowHandle() && windowHandle()->isExposed()) {
-                showPanes();
+            if (obj == windowHandle() && windowHandle()->isExposed() && m_parts->panes->showOnce()) {
+                placePanes();
             }
             break;
         case QEvent::Resize:
@@ -145,7 +146,7 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
             }
             break;
         case QEvent::Wheel:
-            if (obj == m_dragOverlay && m_dragOverlay != nullptr) {
+            if (m_parts->marks->isOverlay(obj)) {
                 setZoom(1, static_cast<QWheelEvent*>(e)->angleDelta().y() > 0 ? 1 : 2);
             }
             break;
@@ -155,42 +156,22 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
     return QObject::eventFilter(obj, e);
 }
 
-bool Korvath::paintDragMark(QObject* obj) {
-    if (m_dragRing != nullptr && obj == m_dragRing) {
-        QPainter painter(m_dragRing);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Qt::white, 4, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-        painter.setBrush(Qt::white);
-        painter.drawEllipse(4, 4, m_dragRing->width() - 8, m_dragRing->height() - 8);
-        return true;
-    }
-    if (m_dragDot != nullptr && obj == m_dragDot) {
-        QPainter painter(m_dragDot);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(Qt::white);
-        painter.drawEllipse(0, 0, 24, 24);
-        return true;
-    }
-    return false;
-}
-
 void Korvath::filterResize(QObject* obj) {
-    if (obj == ui->widget_6) {
-        placeDragOverlay();
+    if (obj == m_parts->form.picture_area) {
+        m_parts->marks->place(*m_parts->form.picture_area);
     } else if (obj == ui->centralWidget && isVisible()) {
         // Bars that come or go change the space for the panes without a resize of the window.
         placePanes();
     } else if (obj == ui->videoWin1 || obj == ui->videoWin2) {
-        resizeSurface(static_cast<QWidget*>(obj));
+        m_parts->presenter->resizeSurface(static_cast<QWidget*>(obj));
     }
 }
 
 void Korvath::filterMousePress(QObject* obj, QEvent* e) {
     auto* mouse = static_cast<QMouseEvent*>(e);
-    if (obj == ui->horizontalSlider) {
+    if (obj == m_parts->form.rate) {
         if (mouse->button() == Qt::LeftButton) {
-            QSlider* slider = ui->horizontalSlider;
+            QSlider* slider = m_parts->form.rate;
             slider->setValue(QStyle::sliderValueFromPosition(slider->minimum(), slider->maximum(), mouse->x(),
                                                              slider->width(), false));
         }
@@ -204,35 +185,131 @@ void Korvath::filterMousePress(QObject* obj, QEvent* e) {
     }
 }
 
+// One row of the timer table, in the order in which the ids are compared; a handler says whether the timer
+// was its own.
+struct Korvath::TimerRow {
+    int Korvath::*id;
+    bool (Korvath::*handler)();
+};
+
 void Korvath::timerEvent(QTimerEvent* e) {
+    static constexpr TimerRow kRows[] = {
+        {&Korvath::m_frameTimer, &Korvath::onFrameTimer},
+        {&Korvath::m_tickTimer, &Korvath::onTick},
+        {&Korvath::m_periodTimer, &Korvath::onPeriodTick},
+        {&Korvath::m_navTimer, &Korvath::onNavTick},
+        {&Korvath::m_stopTimer, &Korvath::onStopTimer},
+        {&Korvath::m_paneTimer, &Korvath::onPaneTimer},
+        {&Korvath::m_videoCheckTimer, &Korvath::onVideoCheckTimer},
+    };
     const int id = e->timerId();
-    if (id == m_frameTimer) {
-        onFrameTimer();
-    } else if (id == m_turnTimer) {
-        onTurnTimer();
-    } else if (id == m_tickTimer) {
-        tick();
-    } else if (id == m_periodTimer && !m_linkTimersStale) {
-        onPeriodTick();
-    } else if (id == m_navTimer && !m_linkTimersStale) {
-        onNavTick();
-    } else if (id == m_stopTimer) {
-        onStopTimer();
-    } else if (id == m_paneTimer) {
-        placePaneToggles();
-        if (m_stateTab->y() != 0) {
-            killTimer(m_paneTimer);
-            m_paneTimer = 0;
+    for (const TimerRow& row : kRows) {
+        if (this->*row.id == id && (this->*row.handler)()) {
+            return;
         }
-    } else if (id == m_videoCheckTimer) {
-        onVideoCheckTimer();
-    } else if (!onZoomTimer(id)) {
+    }
+    if (!m_parts->commands->onZoomTimer(id)) {
         QMainWindow::timerEvent(e);
     }
 }
 
-void Korvath::tick() {
-    if (m_ctrlPane != nullptr) {
-        placePaneToggles();
+bool Korvath::onFrameTimer() {
+    m_parts->presenter->onFrameTimer();
+    return true;
+}
+bool Korvath::onTick() {
+    m_parts->panes->placeToggles();
+    return true;
+}
+bool Korvath::onPeriodTick() {
+    return m_parts->sender->onPeriodTick();
+}
+bool Korvath::onNavTick() {
+    return m_parts->sender->onNavTick();
+}
+bool Korvath::onStopTimer() {
+    m_parts->commands->onStopTimer();
+    return true;
+}
+bool Korvath::onPaneTimer() {
+    m_parts->panes->onPaneTimer();
+    return true;
+}
+bool Korvath::onVideoCheckTimer() {
+    m_parts->channel1->onCheck();
+    return true;
+}
+
+// --- the frameless window ---
+
+int Korvath::hitEdge(const QPoint& global) const {
+    return FramelessEdges::hit(global, geometry());
+}
+
+void Korvath::mousePressEvent(QMouseEvent* e) {
+    QMainWindow::mousePressEvent(e);
+    if (e->button() == Qt::LeftButton) {
+        m_pressPos = e->globalPos();
+        m_hitEdge = hitEdge(m_pressPos);
+        m_pressGeometry = geometry();
+    }
+}
+
+void Korvath::mouseMoveEvent(QMouseEvent* e) {
+    QMainWindow::mouseMoveEvent(e);
+    if ((e->buttons() & Qt::LeftButton) == 0 || m_hitEdge == 0) {
+        return;
+    }
+    const QRect moved = FramelessEdges::moved(m_pressGeometry, m_hitEdge, e->globalPos() - m_pressPos);
+    // The height is not tested, by design.
+    if (moved.width() > minimumWidth()) {
+        setGeometry(moved);
+    }
+}
+
+void Korvath::mouseReleaseEvent(QMouseEvent* e) {
+    QMainWindow::mouseReleaseEvent(e);
+    m_hitEdge = 0;
+}
+
+// Full screen hides everything around the picture; leaving it brings it back.
+void Korvath::setFrameVisible(bool visible) {
+    for (QWidget* bar : {static_cast<QWidget*>(ui->mainToolBar), static_cast<QWidget*>(ui->toolBar_2),
+                         static_cast<QWidget*>(ui->statusBar), static_cast<QWidget*>(ui->title)}) {
+        bar->setVisible(visible);
+    }
+}
+
+void Korvath::keyPressEvent(QKeyEvent* e) {
+    QMainWindow::keyPressEvent(e);
+    if (e->key() == Qt::Key_F8 && !isFullScreen()) {
+        setFrameVisible(false);
+        showFullScreen();
+    } else if (e->key() == Qt::Key_Escape && isFullScreen()) {
+        showMaximized();
+        setFrameVisible(true);
+        m_parts->panes->placeReplayPanel();
+    }
+}
+
+void Korvath::resizeEvent(QResizeEvent* e) {
+    QMainWindow::resizeEvent(e);
+    qDebug("main frame resize.\n");
+    if (isVisible()) {
+        placePanes();
+    }
+}
+
+void Korvath::moveEvent(QMoveEvent* e) {
+    QMainWindow::moveEvent(e);
+    if (isVisible()) {
+        placePanes();
+    }
+}
+
+void Korvath::showEvent(QShowEvent* e) {
+    QMainWindow::showEvent(e);
+    if (m_dragOverlay == nullptr) {
+        firstShow();
     }
 }

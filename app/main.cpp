@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "app/korvath.h"
+#include "app/process_services.h"
 #include "platform/process.h"
 #include "widgets/ui_fonts.h"
 

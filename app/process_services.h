@@ -1,9 +1,14 @@
-// Services of the process that stand ready beside the window: `instance()` and the plain callbacks are
-// declared with the window itself.
+// The one window as everybody reaches it, and services that stand ready.
 #pragma once
 
 #include <QString>
 
+class Korvath;
+
+// The one main window, or null until it has been constructed. Any thread.
+Korvath* instance();
+// Set once by main, before any library thread can start.
+void setInstance(Korvath* window);
+
 // Registers the program to start with the operator's session; writes only if the registered path differs.
-// Windows: the machine's Run key (needs the rights for it). Elsewhere: the desktop's autostart folder.
 void setAutoStart(const QString& program_path);

@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "app/korvath.h"
+#include "app/process_services.h"
 #include "input/qmycmdbtn.h"
 #include "ui_connection.h"
 #include "ui_korvath.h"

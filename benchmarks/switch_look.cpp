@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "app/korvath.h"
+#include "app/process_services.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_korvath.h"
 #include "ui_settings.h"

@@ -1,2 +1,2 @@
 add_executable(telemetry_reassembler telemetry_reassembler.cpp)
-target_link_libraries(telemetry_reassembler PRIVATE sorvane_flags telemetry_core Qt5::Core)
+target_link_libraries(telemetry_reassembler PRIVATE sorvane_flags telemetry_core events Qt5::Core)

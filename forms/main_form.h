@@ -1,11 +1,11 @@
-// The main window's widgets under names of meaning: the designer's numbered names stand here and nowhere else in the
-// code.
+// The main window's widgets under names of meaning: the designer's numbered names stand here and nowhere else
+// in the code.
 #pragma once
 
 #include "ui_korvath.h"
 
-// Made once the form is built; the widgets belong to the window. Widgets whose designer name says what they are
-// (videoWin1, widget_stat, statusBar, the actions ...) are reached through `ui`. GUI thread.
+// Made once the form is built; the widgets belong to the window. Widgets whose designer name says what they
+// are (videoWin1, widget_stat, statusBar, the actions ...) are reached through `ui`. GUI thread.
 struct MainForm {
     Ui::KorvathClass& ui;
 

@@ -3,8 +3,8 @@
 
 #include "ui_telemetry_info.h"
 
-// Made once the form is built; the widgets belong to the dialog. Angles in degrees, speeds in km/h, altitude in
-// metres. GUI thread.
+// Made once the form is built; the widgets belong to the dialog. Angles in degrees, speeds in km/h, altitude
+// in metres. GUI thread.
 struct TelemetryForm {
     Ui::telemetry_info& ui;
 

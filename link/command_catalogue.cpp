@@ -5,6 +5,7 @@
 
 #include "base/bytes.h"
 #include "base/numbers.h"
+#include "link/control_names.h"
 #include "link/frame_sender.h"
 #include "link/osd_words.h"
 
@@ -36,7 +37,7 @@ Command rate(int x, int y) {
 }
 
 int rateSpeed(const ControlReader& r) {
-    return r.sliderValue("horizontalSlider");
+    return r.sliderValue(control::kRate);
 }
 Command rateUp(const ControlReader& r, int) {
     return rate(0, rateSpeed(r));
@@ -52,7 +53,7 @@ Command rateRight(const ControlReader& r, int) {
 }
 
 int gyroSpeed(const ControlReader& r) {
-    return r.number("comboBox");
+    return r.number(control::kGyroSpeed);
 }
 Command gyroUp(const ControlReader& r, int) {
     return four(CMD_GYRO_RATE, 3, 0, gyroSpeed(r));
@@ -73,7 +74,7 @@ int scaled(const ControlReader& r, const char* edit, float factor) {
 }
 
 Command guide(const ControlReader& r, int code) {
-    return words(code, scaled(r, "lineEdit", 100.0F), scaled(r, "lineEdit_2", 100.0F));
+    return words(code, scaled(r, control::kGuideAzimuth, 100.0F), scaled(r, control::kGuidePitch, 100.0F));
 }
 Command digitalGuide(const ControlReader& r, int) {
     return guide(r, CMD_DIGITAL_GUIDE);
@@ -83,7 +84,7 @@ Command attitudeGuide(const ControlReader& r, int) {
 }
 
 Command visibleLens(const ControlReader& r, int action) {
-    return four(CMD_VL_LENS, action, r.number("comboBox_2"));
+    return four(CMD_VL_LENS, action, r.number(control::kVisibleSpeed));
 }
 Command focusNear(const ControlReader& r, int) {
     return visibleLens(r, 3);
@@ -99,7 +100,7 @@ Command zoomOut(const ControlReader& r, int) {
 }
 
 Command rangeContinuous(const ControlReader& r, int) {
-    return four(CMD_RANGE_CONTINUOUS, r.number("comboBox_6"));
+    return four(CMD_RANGE_CONTINUOUS, r.number(control::kRangePeriod));
 }
 
 Command timeSync(const ControlReader& r, int) {
@@ -121,20 +122,21 @@ Command timeSync(const ControlReader& r, int) {
 }
 
 Command setAddress(const ControlReader& r, int) {
-    return four(CMD_SET_IP, r.number("lineEdit_4"), r.number("lineEdit_5"), r.number("lineEdit_16"),
-                r.number("lineEdit_19"));
+    return four(CMD_SET_IP, r.number(control::kAddress1), r.number(control::kAddress2),
+                r.number(control::kAddress3), r.number(control::kAddress4));
 }
 
 Command customTemplate(const ControlReader& r, int) {
-    const int width = std::clamp(r.number("lineEdit_6"), 0, 255);
-    const int height = std::clamp(r.number("lineEdit_7"), 0, 255);
+    const int width = std::clamp(r.number(control::kTemplateWidth), 0, 255);
+    const int height = std::clamp(r.number(control::kTemplateHeight), 0, 255);
     Command c = four(CMD_TRACK_TEMPLATE, 0, 0, width, height);
-    c.rewrites = {Command::Rewrite{"lineEdit_6", width}, Command::Rewrite{"lineEdit_7", height}};
+    c.rewrites = {Command::Rewrite{control::kTemplateWidth, width},
+                  Command::Rewrite{control::kTemplateHeight, height}};
     return c;
 }
 
 Command trackById(const ControlReader& r, int) {
-    return four(CMD_TRACK_BY_ID, 1, r.number("lineEdit_24"));
+    return four(CMD_TRACK_BY_ID, 1, r.number(control::kTrackId));
 }
 
 // Index of the checked one, 255 when none is.
@@ -147,26 +149,25 @@ int checkedIndex(const ControlReader& r, const char* const (&buttons)[N]) {
 }
 
 Command detectionMode(const ControlReader& r, int) {
-    static constexpr const char* kSources[] = {"radioButton_15", "radioButton_16"};
-    static constexpr const char* kMethods[] = {"radioButton_17", "radioButton_18", "radioButton_19"};
-    return four(CMD_AI_MODE, checkedIndex(r, kSources), checkedIndex(r, kMethods));
+    return four(CMD_AI_MODE, checkedIndex(r, control::kDetectionSources),
+                checkedIndex(r, control::kDetectionMethods));
 }
 
 Command twoNumbers(const ControlReader& r, int code, const char* a, const char* b) {
     return words(code, r.number(a), r.number(b));
 }
 Command regionOfInterest(const ControlReader& r, int) {
-    return twoNumbers(r, CMD_AI_ROI, "lineEdit_9", "lineEdit_8");
+    return twoNumbers(r, CMD_AI_ROI, control::kRegionX, control::kRegionY);
 }
 Command scanAzimuth(const ControlReader& r, int) {
-    return twoNumbers(r, CMD_SCAN_AZ, "lineEdit_12", "lineEdit_13");
+    return twoNumbers(r, CMD_SCAN_AZ, control::kAzimuthCentre, control::kAzimuthRange);
 }
 // The same code as the azimuth set-up: meant.
 Command scanTwoAxes(const ControlReader& r, int) {
-    return twoNumbers(r, CMD_SCAN_AZ, "lineEdit_22", "lineEdit_23");
+    return twoNumbers(r, CMD_SCAN_AZ, control::kTwoAxisAngle, control::kTwoAxisSpeed);
 }
 Command scanPitch(const ControlReader& r, int) {
-    return twoNumbers(r, CMD_SCAN_EL, "lineEdit_11", "lineEdit_10");
+    return twoNumbers(r, CMD_SCAN_EL, control::kPitchCentre, control::kPitchRange);
 }
 
 // 15 bits of the tenfold speed, and the mode (0 scan, 1 lock) on top.
@@ -178,8 +179,8 @@ int axisWord(const ControlReader& r, const char* speed_edit, const char* mode_co
 }
 
 Command scanRun(const ControlReader& r, int) {
-    return words(CMD_SCAN_RUN, axisWord(r, "lineEdit_14", "comboBox_14"),
-                 axisWord(r, "lineEdit_15", "comboBox_15"));
+    return words(CMD_SCAN_RUN, axisWord(r, control::kAzimuthSpeed, control::kAzimuthMode),
+                 axisWord(r, control::kPitchSpeed, control::kPitchMode));
 }
 
 Command geo(const ControlReader& r, std::uint8_t code) {
@@ -188,9 +189,9 @@ Command geo(const ControlReader& r, std::uint8_t code) {
     c.code = code;
     c.size = 12;
     // Single precision from the text, then scaled in double: the last digits are lost, which is meant.
-    storeI32(&c.bytes[0], truncateToI32(static_cast<double>(r.decimal("lineEdit_18")) * 1e7));
-    storeI32(&c.bytes[4], truncateToI32(static_cast<double>(r.decimal("lineEdit_20")) * 1e7));
-    storeI32(&c.bytes[8], truncateToI32(static_cast<double>(r.decimal("lineEdit_17")) * 10.0));
+    storeI32(&c.bytes[0], truncateToI32(static_cast<double>(r.decimal(control::kLongitude)) * 1e7));
+    storeI32(&c.bytes[4], truncateToI32(static_cast<double>(r.decimal(control::kLatitude)) * 1e7));
+    storeI32(&c.bytes[8], truncateToI32(static_cast<double>(r.decimal(control::kAltitude)) * 10.0));
     return c;
 }
 Command geoGuide(const ControlReader& r, int) {
@@ -201,15 +202,15 @@ Command geoTrack(const ControlReader& r, int) {
 }
 
 Command focalLength(const ControlReader& r, int) {
-    return words(CMD_VL_FOCAL_LENGTH, scaled(r, "lineEdit_21", 10.0F), 0);
+    return words(CMD_VL_FOCAL_LENGTH, scaled(r, control::kFocalLength, 10.0F), 0);
 }
 Command illuminatorRate(const ControlReader& r, int) {
-    const int f = scaled(r, "lineEdit_211", 100.0F);
+    const int f = scaled(r, control::kIlluminatorRate, 100.0F);
     return four(CMD_LASER_ILLUMINATOR, 2, lowByte(f), highByte(f));
 }
 Command temperatureAlarm(const ControlReader& r, int) {
-    const int f = scaled(r, "lineEdit_212", 10.0F);
-    return four(CMD_IR_TEMP_ALARM, r.checked("widget_82") ? 0x80 : 0, lowByte(f), highByte(f));
+    const int f = scaled(r, control::kAlarmThreshold, 10.0F);
+    return four(CMD_IR_TEMP_ALARM, r.checked(control::kAlarmOn) ? 0x80 : 0, lowByte(f), highByte(f));
 }
 
 // Sub-command 3: what is shown; 4: its style. Three bytes of the word follow.
@@ -227,7 +228,7 @@ Command osdSave(const ControlReader& r, int) {
     return osdItems(r, true);
 }
 Command osdStyle(const ControlReader& r, int) {
-    return osdStyleCommand(r.index("comboBox_12"), r.index("comboBox_13"));
+    return osdStyleCommand(r.index(control::kOsdColour), r.index(control::kOsdLanguage));
 }
 
 Command palette(const ControlReader&, int index) {
@@ -235,10 +236,10 @@ Command palette(const ControlReader&, int index) {
 }
 // The box itself, not the index handed over: what is shown is what is sent.
 Command enhancement(const ControlReader& r, int) {
-    return four(CMD_IR_DDE, 1, r.index("comboBox_5"));
+    return four(CMD_IR_DDE, 1, r.index(control::kEnhancement));
 }
 Command templateSize(const ControlReader& r, int) {
-    return four(CMD_TRACK_TEMPLATE, r.itemData("comboBox_3"));
+    return four(CMD_TRACK_TEMPLATE, r.itemData(control::kTemplateSize));
 }
 template <std::uint8_t kCode>
 Command byValue(const ControlReader&, int value) {
@@ -251,137 +252,150 @@ Command demist(const ControlReader&, int on) {
     return four(CMD_WINDOW_DEFOG, 1, on);
 }
 
-constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1 = 0, std::uint8_t p2 = 0,
-                              ServoMode servo = ServoMode::kAny) {
-    return {object, ControlKind::kButton, servo, code, p1, p2, nullptr, false};
+constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1, std::uint8_t p2,
+                              ServoMode servo, const char* caption) {
+    return {object, ControlKind::kButton, servo, code, p1, p2, nullptr, false, caption};
 }
-constexpr CatalogueRow button(const char* object, BuildCommand build, ServoMode servo = ServoMode::kAny) {
-    return {object, ControlKind::kButton, servo, 0, 0, 0, build, false};
+constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1, std::uint8_t p2,
+                              const char* caption) {
+    return button(object, code, p1, p2, ServoMode::kAny, caption);
+}
+constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1, const char* caption) {
+    return button(object, code, p1, 0, ServoMode::kAny, caption);
+}
+constexpr CatalogueRow button(const char* object, std::uint8_t code, const char* caption) {
+    return button(object, code, 0, 0, ServoMode::kAny, caption);
+}
+constexpr CatalogueRow button(const char* object, BuildCommand build, ServoMode servo, const char* caption) {
+    return {object, ControlKind::kButton, servo, 0, 0, 0, build, false, caption};
+}
+constexpr CatalogueRow button(const char* object, BuildCommand build, const char* caption) {
+    return button(object, build, ServoMode::kAny, caption);
 }
 // The command ends by itself after 100 ms, or at the release if that comes first.
-constexpr CatalogueRow shortButton(const char* object, BuildCommand build) {
-    return {object, ControlKind::kButton, ServoMode::kAny, 0, 0, 0, build, true};
+constexpr CatalogueRow shortButton(const char* object, BuildCommand build, const char* caption) {
+    return {object, ControlKind::kButton, ServoMode::kAny, 0, 0, 0, build, true, caption};
 }
-constexpr CatalogueRow settingsButton(const char* object, BuildCommand build) {
-    return {object, ControlKind::kSettingsButton, ServoMode::kAny, 0, 0, 0, build, false};
+constexpr CatalogueRow settingsButton(const char* object, BuildCommand build, const char* caption) {
+    return {object, ControlKind::kSettingsButton, ServoMode::kAny, 0, 0, 0, build, false, caption};
 }
-constexpr CatalogueRow combo(const char* object, BuildCommand build) {
-    return {object, ControlKind::kCombo, ServoMode::kAny, 0, 0, 0, build, true};
+constexpr CatalogueRow combo(const char* object, BuildCommand build, const char* caption) {
+    return {object, ControlKind::kCombo, ServoMode::kAny, 0, 0, 0, build, true, caption};
 }
-constexpr CatalogueRow toggle(const char* object, BuildCommand build) {
-    return {object, ControlKind::kSwitch, ServoMode::kAny, 0, 0, 0, build, true};
+constexpr CatalogueRow toggle(const char* object, BuildCommand build, const char* caption) {
+    return {object, ControlKind::kSwitch, ServoMode::kAny, 0, 0, 0, build, true, caption};
 }
-constexpr CatalogueRow sendsNothing(const char* object, ControlKind kind) {
-    return {object, kind, ServoMode::kAny, 0, 0, 0, nullptr, false};
+constexpr CatalogueRow sendsNothing(const char* object, ControlKind kind, const char* caption) {
+    return {object, kind, ServoMode::kAny, 0, 0, 0, nullptr, false, caption};
 }
 
 constexpr CatalogueRow kCatalogue[] = {
     // Servo, frame mode.
-    button("pushButton_115", rateUp, ServoMode::kFrame),
-    button("pushButton_114", rateDown, ServoMode::kFrame),
-    button("pushButton_113", rateLeft, ServoMode::kFrame),
-    button("pushButton_112", rateRight, ServoMode::kFrame),
-    button("pushButton_24", CMD_SERVO_CENTRE, 0, 0, ServoMode::kFrame),
+    button("pushButton_115", rateUp, ServoMode::kFrame, "上"),
+    button("pushButton_114", rateDown, ServoMode::kFrame, "下"),
+    button("pushButton_113", rateLeft, ServoMode::kFrame, "左"),
+    button("pushButton_112", rateRight, ServoMode::kFrame, "右"),
+    button("pushButton_24", CMD_SERVO_CENTRE, 0, 0, ServoMode::kFrame, "归中"),
     // Servo, gyro mode. Its release sends nothing in single mode: meant.
-    button("pushButton_115", gyroUp, ServoMode::kGyro),
-    button("pushButton_114", gyroDown, ServoMode::kGyro),
-    button("pushButton_113", gyroLeft, ServoMode::kGyro),
-    button("pushButton_112", gyroRight, ServoMode::kGyro),
-    button("pushButton_24", CMD_GYRO_RATE, 1, 0, ServoMode::kGyro),
+    button("pushButton_115", gyroUp, ServoMode::kGyro, "上"),
+    button("pushButton_114", gyroDown, ServoMode::kGyro, "下"),
+    button("pushButton_113", gyroLeft, ServoMode::kGyro, "左"),
+    button("pushButton_112", gyroRight, ServoMode::kGyro, "右"),
+    button("pushButton_24", CMD_GYRO_RATE, 1, 0, ServoMode::kGyro, "自动校准"),
     // Servo, either mode.
-    button("pushButton_105", CMD_HEADING_LOCK),
-    button("pushButton_104", CMD_HEADING_FOLLOW),
-    button("pushButton_107", CMD_LOOK_DOWN),
-    button("pushButton_106", CMD_STOW),
-    button("pushButton_108", CMD_SERVO_OFF),
-    button("pushButton_109", CMD_SCAN_RUN),
-    button("pushButton_26", digitalGuide),
-    button("pushButton_25", attitudeGuide),
+    button("pushButton_105", CMD_HEADING_LOCK, "航向锁定"),
+    button("pushButton_104", CMD_HEADING_FOLLOW, "航向随动"),
+    button("pushButton_107", CMD_LOOK_DOWN, "垂直下视"),
+    button("pushButton_106", CMD_STOW, "镜头收藏"),
+    button("pushButton_108", CMD_SERVO_OFF, "关伺服"),
+    button("pushButton_109", CMD_SCAN_RUN, "扫描"),
+    button("pushButton_26", digitalGuide, "数字引导"),
+    button("pushButton_25", attitudeGuide, "姿态指引"),
     // Video.
-    button("pushButton_131", CMD_VIDEO_SWITCH),
-    button("pushButton_132", CMD_RECORD),
-    button("pushButton_133", CMD_SNAPSHOT),
-    button("pushButton_134", CMD_DUAL_SAME_FOV),
+    button("pushButton_131", CMD_VIDEO_SWITCH, "视频切换"),
+    button("pushButton_132", CMD_RECORD, "开始录像"),
+    button("pushButton_133", CMD_SNAPSHOT, "单次抓图"),
+    button("pushButton_134", CMD_DUAL_SAME_FOV, "双光同视场"),
     // Visible light.
-    button("pushButton_119", focusNear),
-    button("pushButton_120", focusFar),
-    button("pushButton_140", CMD_VL_LENS, 5),
-    button("pushButton_118", zoomIn),
-    button("pushButton_121", zoomOut),
-    button("pushButton_139", CMD_VL_IMAGE, 6),
-    button("pushButton_136", CMD_VL_IMAGE, 1, 1),
-    button("pushButton_135", CMD_VL_IMAGE, 1, 2),
-    button("pushButton_138", CMD_VL_IMAGE, 2, 1),
-    button("pushButton_137", CMD_VL_IMAGE, 2, 2),
-    button("pushButton_141", CMD_VL_IMAGE, 5, 1),
-    button("pushButton_143", CMD_VL_IMAGE, 5, 2),
-    button("pushButton_142", CMD_VL_IMAGE, 5, 3),
+    button("pushButton_119", focusNear, "调焦+"),
+    button("pushButton_120", focusFar, "调焦-"),
+    button("pushButton_140", CMD_VL_LENS, 5, "自动对焦"),
+    button("pushButton_118", zoomIn, "变倍+"),
+    button("pushButton_121", zoomOut, "变倍-"),
+    button("pushButton_139", CMD_VL_IMAGE, 6, "恢复默认"),
+    button("pushButton_136", CMD_VL_IMAGE, 1, 1, "对比度+"),
+    button("pushButton_135", CMD_VL_IMAGE, 1, 2, "对比度-"),
+    button("pushButton_138", CMD_VL_IMAGE, 2, 1, "亮度+"),
+    button("pushButton_137", CMD_VL_IMAGE, 2, 2, "亮度-"),
+    button("pushButton_141", CMD_VL_IMAGE, 5, 1, "增益+"),
+    button("pushButton_143", CMD_VL_IMAGE, 5, 2, "增益-"),
+    button("pushButton_142", CMD_VL_IMAGE, 5, 3, "自动增益"),
     // Infrared.
-    button("pushButton_122", CMD_IR_LENS, 15),
-    button("pushButton_125", CMD_IR_LENS, 16),
-    button("pushButton_144", CMD_IR_LENS, 1),
-    button("pushButton_147", CMD_IR_LENS, 2),
-    button("pushButton_145", CMD_IR_CONTRAST, 0),
-    button("pushButton_146", CMD_IR_CONTRAST, 1),
-    button("pushButton_123", CMD_IR_BRIGHTNESS, 0),
-    button("pushButton_124", CMD_IR_BRIGHTNESS, 1),
-    button("pushButton_149", CMD_IR_LENS, 3),
-    button("pushButton_127", CMD_IR_EZOOM),
-    button("pushButton_151", CMD_IR_SHUTTER_NUC),
-    button("pushButton_126", CMD_IR_DEFAULTS, 2),
-    button("pushButton_148", CMD_IR_BACKGROUND_NUC),
+    button("pushButton_122", CMD_IR_LENS, 15, "变倍+"),
+    button("pushButton_125", CMD_IR_LENS, 16, "变倍-"),
+    button("pushButton_144", CMD_IR_LENS, 1, "调焦+"),
+    button("pushButton_147", CMD_IR_LENS, 2, "调焦-"),
+    button("pushButton_145", CMD_IR_CONTRAST, 0, "对比度+"),
+    button("pushButton_146", CMD_IR_CONTRAST, 1, "对比度-"),
+    button("pushButton_123", CMD_IR_BRIGHTNESS, 0, "亮度+"),
+    button("pushButton_124", CMD_IR_BRIGHTNESS, 1, "亮度-"),
+    button("pushButton_149", CMD_IR_LENS, 3, "自动对焦"),
+    button("pushButton_127", CMD_IR_EZOOM, "电子变倍"),
+    button("pushButton_151", CMD_IR_SHUTTER_NUC, "快门补偿"),
+    button("pushButton_126", CMD_IR_DEFAULTS, 2, "恢复默认"),
+    button("pushButton_148", CMD_IR_BACKGROUND_NUC, "背景补偿"),
     // Laser.
-    button("pushButton_128", CMD_RANGE_SINGLE),
-    button("pushButton_130", rangeContinuous),
-    button("pushButton_129", CMD_RANGE_STOP),
+    button("pushButton_128", CMD_RANGE_SINGLE, "单次测距"),
+    button("pushButton_130", rangeContinuous, "连续测距"),
+    button("pushButton_129", CMD_RANGE_STOP, "停止测距"),
     // Second page.
-    button("pushButton_22", timeSync),
-    button("pushButton_110", setAddress),
-    button("pushButton_153", customTemplate),
-    button("pushButton_160", CMD_TRACK_BY_ID),
-    button("pushButton_161", trackById),
-    button("pushButton_116", CMD_TRACK_STEP, 0),
-    button("pushButton_117", CMD_TRACK_STEP, 1),
-    button("pushButton_154", detectionMode),
-    button("pushButton_150", regionOfInterest),
-    button("pushButton_155", scanAzimuth),
-    button("pushButton_162", scanTwoAxes),
-    button("pushButton_152", scanPitch),
-    button("pushButton_156", scanRun),
-    button("pushButton_158", geoGuide),
-    button("pushButton_159", geoTrack),
-    shortButton("pushButton_157", focalLength),
-    shortButton("pushButton_1571", illuminatorRate),
-    button("pushButton_1572", temperatureAlarm),
+    button("pushButton_22", timeSync, "时间同步"),
+    button("pushButton_110", setAddress, "设置"),
+    button("pushButton_153", customTemplate, "自定义\n模板设置"),
+    button("pushButton_160", CMD_TRACK_BY_ID, "取消编号跟踪"),
+    button("pushButton_161", trackById, "按编号跟踪"),
+    button("pushButton_116", CMD_TRACK_STEP, 0, "上一个目标"),
+    button("pushButton_117", CMD_TRACK_STEP, 1, "下一个目标"),
+    button("pushButton_154", detectionMode, "检测\n方式\n设置"),
+    button("pushButton_150", regionOfInterest, "兴趣坐标设置"),
+    button("pushButton_155", scanAzimuth, "方位扫描设置"),
+    button("pushButton_162", scanTwoAxes, "设置"),
+    button("pushButton_152", scanPitch, "俯仰扫描设置"),
+    button("pushButton_156", scanRun, "执行扫描"),
+    button("pushButton_158", geoGuide, "地理指引"),
+    button("pushButton_159", geoTrack, "地理跟踪"),
+    shortButton("pushButton_157", focalLength, "设置"),
+    shortButton("pushButton_1571", illuminatorRate, "设置"),
+    button("pushButton_1572", temperatureAlarm, "设置"),
     // Settings dialog, display page.
-    settingsButton("pushButton_13", osdApply),
-    settingsButton("pushButton_14", osdStyle),
-    settingsButton("pushButton_15", osdSave),
+    settingsButton("pushButton_13", osdApply, "设置"),
+    settingsButton("pushButton_14", osdStyle, "设置"),
+    settingsButton("pushButton_15", osdSave, "保存"),
     // Combo boxes.
-    combo("comboBox_4", palette),
-    combo("comboBox_5", enhancement),
-    combo("comboBox_3", templateSize),
-    combo("comboBox_7", byValue<CMD_FOG>),
-    combo("comboBox_8", byValue<CMD_LOAD_ENABLE>),
-    combo("comboBox_9", byValue<CMD_LOAD_SLEEP>),
-    combo("comboBox_10", byValue<CMD_VIDEO_MODE>),
-    combo("comboBox_11", byValue<CMD_OSD>),
-    combo("comboBox_13", byValue<CMD_LOCATE_MODE>),
-    sendsNothing("comboBox_14", ControlKind::kCombo),
-    sendsNothing("comboBox_15", ControlKind::kCombo),
+    combo("comboBox_4", palette, "伪彩："),
+    combo("comboBox_5", enhancement, "图像增强："),
+    combo("comboBox_3", templateSize, "模板大小："),
+    combo("comboBox_7", byValue<CMD_FOG>, "透雾："),
+    combo("comboBox_8", byValue<CMD_LOAD_ENABLE>, "载荷使能："),
+    combo("comboBox_9", byValue<CMD_LOAD_SLEEP>, "载荷休眠："),
+    combo("comboBox_10", byValue<CMD_VIDEO_MODE>, "显示模式："),
+    combo("comboBox_11", byValue<CMD_OSD>, "OSD显示："),
+    combo("comboBox_13", byValue<CMD_LOCATE_MODE>, "位置："),
+    sendsNothing("comboBox_14", ControlKind::kCombo, "方位扫描"),
+    sendsNothing("comboBox_15", ControlKind::kCombo, "俯仰扫描"),
     // Read by buttons only.
-    sendsNothing("comboBox", ControlKind::kCombo),
-    sendsNothing("comboBox_2", ControlKind::kCombo),
-    sendsNothing("comboBox_6", ControlKind::kCombo),
+    sendsNothing("comboBox", ControlKind::kCombo, "陀螺速度"),
+    sendsNothing("comboBox_2", ControlKind::kCombo, "速度："),
+    sendsNothing("comboBox_6", ControlKind::kCombo, "秒/次"),
     // Switches.
-    toggle("widget_3", byValue<CMD_AI_BOX>),
-    toggle("widget_81", byValue<CMD_LASER_ILLUMINATOR>),
-    toggle("widget", byValue<CMD_NIGHT_MODE>),
-    toggle("widget_2", stabilise),
-    toggle("widget_4", byValue<CMD_AUTO_TRACK>),
-    toggle("widget_8", demist),
-    sendsNothing("widget_7", ControlKind::kSwitch),
-    sendsNothing("widget_82", ControlKind::kSwitch),
+    toggle("widget_3", byValue<CMD_AI_BOX>, "检测框："),
+    toggle("widget_81", byValue<CMD_LASER_ILLUMINATOR>, "照射："),
+    toggle("widget", byValue<CMD_NIGHT_MODE>, "夜间模式："),
+    toggle("widget_2", stabilise, "电子稳像："),
+    toggle("widget_4", byValue<CMD_AUTO_TRACK>, "自动跟踪："),
+    toggle("widget_8", demist, "窗口除雾"),
+    sendsNothing("widget_7", ControlKind::kSwitch, "跟踪联动："),
+    sendsNothing("widget_82", ControlKind::kSwitch, "报警："),
 };
 
 }  // namespace

@@ -61,6 +61,9 @@ struct CatalogueRow {
     std::uint8_t p2 = 0;
     BuildCommand build = nullptr;    // where the command depends on what the controls hold
     bool starts_stop_timer = false;  // stopCommand(0) runs 100 ms later
+    // What the operator reads on the control or beside it, in the language of the source; for a control with
+    // a picture its accessible name or tip.
+    const char* caption = "";
 };
 
 // The table as a run of rows.
@@ -79,12 +82,10 @@ const CatalogueRow* findControl(ControlKind kind, std::string_view object, Servo
 Command commandOf(const CatalogueRow& row, const ControlReader& controls, int value);
 void send(FrameSender& sender, const Command& command);
 
-// Checked in frame mode, unchecked in gyro mode.
-constexpr const char* kFrameModeButton = "radioButton_13";
-
 // Style of the pod's on-screen display: colour 0 white, 1 green, 2 yellow; language 0 Chinese, 1 English. -1
 // (nothing selected) counts as 0.
 Command osdStyleCommand(int colour, int language);
+
 // Zoom by the wheel on video window 1 or 2; cmd 1 zooms in, 2 out. Window 1 steers the camera whose picture
 // is shown (display_mode of the telemetry). kNone for any other window.
 Command zoomCommand(int window, int cmd, int display_mode);

@@ -5,6 +5,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "forms/main_form.h"
+
 namespace {
 
 constexpr int kRowHeight = 24;
@@ -111,29 +113,51 @@ void StatusPage::refresh(const sorvane::PanelSource& source) {
     }
 }
 
-void StatusPages::fill(sorvane::PanelPage page, QWidget* content) {
+StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& record,
+                         const sorvane::NavBlock& nav)
+    : m_form(form),
+      m_record(record),
+      m_nav(nav),
+      m_aircraft(addPage(sorvane::PanelPage::kAircraft, form.aircraft_content)),
+      m_pod(addPage(sorvane::PanelPage::kPod, form.pod_content)),
+      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {}
+
+StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     auto* widget = new StatusPage(page, content);
     layout->addWidget(widget);
     layout->addStretch(1);
-    m_pages[static_cast<std::size_t>(page)] = widget;
+    return widget;
 }
 
 void StatusPages::retranslate() {
-    for (StatusPage* page : m_pages) {
-        if (page != nullptr) page->retranslate();
+    for (StatusPage* page : {m_aircraft, m_pod, m_health}) {
+        page->retranslate();
+    }
+    showRecordButton();
+}
+
+void StatusPages::onRecord() {
+    showRecordButton();
+    if (m_form.ui.widget_stat->isVisible()) {
+        refresh();
     }
 }
 
-void StatusPages::refresh(sorvane::PanelPage page, const sorvane::PanelSource& source) {
-    StatusPage* widget = m_pages[static_cast<std::size_t>(page)];
-    if (widget != nullptr) widget->refresh(source);
+void StatusPages::refresh() {
+    const sorvane::PanelSource source{m_record, m_nav};
+    m_pod->refresh(source);
+    m_health->refresh(source);
 }
 
-QString recordButtonText(const sorvane::TelemetryRecord& record) {
-    const bool recording = sorvane::bitSet(record.status_word_a, sorvane::kRecordingBit);
-    return recording ? QCoreApplication::translate("Korvath", "停止录像")
-                     : QCoreApplication::translate("Korvath", "开始录像");
+void StatusPages::refreshAircraft() {
+    m_aircraft->refresh({m_record, m_nav});
+}
+
+void StatusPages::showRecordButton() {
+    const bool recording = sorvane::bitSet(m_record.status_word_a, sorvane::kRecordingBit);
+    m_form.pod_record->setText(recording ? QCoreApplication::translate("Korvath", "停止录像")
+                                         : QCoreApplication::translate("Korvath", "开始录像"));
 }

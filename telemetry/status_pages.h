@@ -4,10 +4,11 @@
 #include <QLabel>
 #include <QString>
 #include <QWidget>
-#include <array>
 #include <vector>
 
 #include "telemetry/panel_rows.h"
+
+struct MainForm;
 
 // One page: captions right-aligned to a common edge, values left-aligned behind it. It places its labels
 // itself instead of by a layout: every label has a fixed size, so that a new text is a repaint and nothing
@@ -41,19 +42,32 @@ private:
     std::vector<Row> m_rows;
 };
 
-// Owned by the window (as a child of it); GUI thread.
-class StatusPages : public QObject {
+// The three pages on the form, and the record button of the control page, whose text follows the report.
+// Form, record and block outlive it. GUI thread.
+class StatusPages {
 public:
-    explicit StatusPages(QObject* parent) : QObject(parent) {}
+    // Fills the form's empty page widgets.
+    StatusPages(const MainForm& form, const sorvane::TelemetryRecord& record, const sorvane::NavBlock& nav);
 
-    // Fills an empty widget of the form with a page.
-    void fill(sorvane::PanelPage page, QWidget* content);
+    // Captions change at once, the values' words with the next report; the form's retranslation has reset the
+    // record button.
     void retranslate();
-    void refresh(sorvane::PanelPage page, const sorvane::PanelSource& source);
+    // After each report: the record button always, the two pages of the pod only while their pane is visible:
+    // a hidden one costs nothing and catches up with the next report when shown.
+    void onRecord();
+    // Writes both pages of the pod, visible or not.
+    void refresh();
+    void refreshAircraft();
 
 private:
-    std::array<StatusPage*, 3> m_pages = {};
-};
+    StatusPage* addPage(sorvane::PanelPage page, QWidget* content);
+    void showRecordButton();
 
-// Text of the record button by the recording bit of the report.
-QString recordButtonText(const sorvane::TelemetryRecord& record);
+    const MainForm& m_form;
+    const sorvane::TelemetryRecord& m_record;
+    const sorvane::NavBlock& m_nav;
+    // Children of the form's widgets.
+    StatusPage* m_aircraft;
+    StatusPage* m_pod;
+    StatusPage* m_health;
+};

@@ -75,8 +75,8 @@ ImagePoint widgetToImage(int x, int y, int frame_width, int frame_height, int wi
 YuvMatrix yuvMatrix(int colorspace, int source_height) {
     constexpr int kStatedBt709 = 1;
     constexpr int kUnstated = 2;
-    if (colorspace == kStatedBt709) return YuvMatrix::BT709;
-    return colorspace == kUnstated && source_height > 576 ? YuvMatrix::BT709 : YuvMatrix::BT601;
+    if (colorspace == kStatedBt709) return YuvMatrix::kBt709;
+    return colorspace == kUnstated && source_height > 576 ? YuvMatrix::kBt709 : YuvMatrix::kBt601;
 }
 
 }  // namespace sorvane

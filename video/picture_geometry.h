@@ -34,7 +34,7 @@ ImagePoint widgetToImage(int x, int y, int frame_width, int frame_height, int wi
                          int widget_height);
 
 // How the planes of a picture become RGB.
-enum class YuvMatrix { BT601, BT709 };
+enum class YuvMatrix { kBt601, kBt709 };
 // `colorspace` is the stream's own statement in the numbers of ISO/IEC 23091-2 (1 BT.709, 5 and 6 BT.601);
 // without a statement pictures above 576 rows are taken as BT.709.
 YuvMatrix yuvMatrix(int colorspace, int source_height);

@@ -6,9 +6,8 @@
 #include <QPainter>
 #include <QWheelEvent>
 
-#include "app/korvath.h"
-#include "link/command_codes.h"
 #include "video/picture_geometry.h"
+#include "video/picture_owner.h"
 
 namespace {
 
@@ -35,8 +34,8 @@ QMyVideoWidget::QMyVideoWidget(QWidget* parent)
 
 QMyVideoWidget::~QMyVideoWidget() = default;
 
-void QMyVideoWidget::setOwner(Korvath* window) {
-    owner = window;
+void QMyVideoWidget::setOwner(PictureOwner* picture_owner) {
+    owner = picture_owner;
     window_id = objectName() == QLatin1String("videoWin2") ? 2 : 1;
 }
 
@@ -93,7 +92,7 @@ void QMyVideoWidget::dragTo(const QPoint& pos) {
         owner->showDragRing(mapToGlobal(QPoint(drag.start_pos.x, drag.start_pos.y)));
     } else if (step.kind == sorvane::DragStep::RATE) {
         owner->showDragDot(mapToGlobal(pos));
-        owner->sendCommandRate(0, sorvane::CMD_SERVO_RATE, step.rate_x, step.rate_y);
+        owner->slew(step.rate_x, step.rate_y);
     }
 }
 
@@ -134,7 +133,7 @@ void QMyVideoWidget::endHold() {
     hold_cut = true;
     window()->removeEventFilter(this);
     if (owner == nullptr) return;
-    owner->stopCommand(sorvane::CMD_SERVO_RATE);
+    owner->stopSlew();
     owner->hideDragMarks();
 }
 

@@ -6,7 +6,7 @@
 
 #include "video/drag_gesture.h"
 
-class Korvath;
+class PictureOwner;
 
 // While a stream is open the SDL window on this widget's native window owns the pixels and Qt paints nothing
 // here. GUI thread only.
@@ -18,8 +18,8 @@ public:
     ~QMyVideoWidget() override;
 
     // Called once for each widget during the main window's construction; derives window_id from the object
-    // name.
-    void setOwner(Korvath* owner);
+    // name. The owner outlives the widget.
+    void setOwner(PictureOwner* owner);
     int windowId() const { return window_id; }
     bool dragUnderWay() const { return drag.dragging; }
 
@@ -48,7 +48,7 @@ private:
     void clickAt(const QPoint& pos);
     bool streamOpen() const;
 
-    Korvath* owner = nullptr;
+    PictureOwner* owner = nullptr;
     int window_id = 1;
     sorvane::DragGesture drag;
     bool hold_cut = false;  // a drag was ended from outside while the button was still down

@@ -19,7 +19,7 @@ void noteOpenedAddress(std::vector<std::string>& history, const std::string& add
 bool offeredWith(int stream_type, const std::string& address) {
     const bool is_url =
         address.find("rtsp") != std::string::npos || address.find("http") != std::string::npos;
-    return is_url == (stream_type == STREAM_RTSP);
+    return is_url == (stream_type == kStreamRtsp);
 }
 
 std::string hostPart(const std::string& url) {
@@ -30,7 +30,7 @@ std::string hostPart(const std::string& url) {
 }
 
 std::string secondAddress(int stream_type, const std::string& stored) {
-    return stream_type == STREAM_RTSP ? stored : hostPart(stored);
+    return stream_type == kStreamRtsp ? stored : hostPart(stored);
 }
 
 float nextShowFps(float show_fps, bool was_empty, std::size_t left, const PacingRule& rule) {

@@ -9,7 +9,7 @@
 namespace sorvane {
 
 // The order of the stream types in the connection dialog.
-enum StreamType : int { STREAM_RTSP = 0, STREAM_UDP_RAW = 1, STREAM_UDP_422 = 2, STREAM_UDP_TS = 3 };
+enum StreamType : int { kStreamRtsp = 0, kStreamUdpRaw = 1, kStreamUdp422 = 2, kStreamUdpTs = 3 };
 
 // An address that was opened: a known one changes places with the first entry (an exchange, not a move to the
 // front), an unknown one is inserted before all.

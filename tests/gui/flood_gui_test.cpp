@@ -74,7 +74,7 @@ protected:
         in().ui_connection()->comboBox->addItem("127.0.0.1");
         in().ui_connection()->comboBox->setCurrentIndex(in().ui_connection()->comboBox->count() - 1);
         window->OnUdpConnect();
-        ASSERT_EQ(window->linkState(), LINK_UDP);
+        ASSERT_EQ(window->linkState(), kLinkUdp);
     }
     // Timers and input get their turn again and again, then the link closes in time.
     void expectTheWindowAnswers(const Flood& flood) {
@@ -87,7 +87,7 @@ protected:
         QElapsedTimer closing;
         closing.start();
         window->OnUdpConnect();
-        EXPECT_EQ(window->linkState(), LINK_NONE);
+        EXPECT_EQ(window->linkState(), kLinkNone);
         EXPECT_LT(closing.elapsed(), 5000);
     }
 

@@ -12,9 +12,10 @@
 #include <functional>
 #include <memory>
 
-#include "app/korvath.h"
 #include "app/config/my_app_config.h"
-#include "link/frame_sender.h"
+#include "app/events/my_event.h"
+#include "app/korvath_parts.h"
+#include "app/process_services.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_connection.h"
 #include "ui_korvath.h"
@@ -46,7 +47,6 @@ struct KorvathAccess {
     SORVANE_FIELD(m_zoomTimers)
     SORVANE_FIELD(m_linkHandle)
     SORVANE_FIELD(m_insHandle)
-    SORVANE_FIELD(m_interfaceHandle)
     SORVANE_FIELD(m_linkState)
     SORVANE_FIELD(m_frameRelease)
     SORVANE_FIELD(m_lastCode)
@@ -80,22 +80,19 @@ struct KorvathAccess {
     SORVANE_FIELD(m_videoCheckTimer)
     SORVANE_FIELD(m_frameTimer)
     SORVANE_FIELD(m_showFps)
-    SORVANE_FIELD(m_surfaces)
     SORVANE_FIELD(frame_width)
     SORVANE_FIELD(frame_height)
     SORVANE_FIELD(frame_cache)
-    SORVANE_FIELD(m_sender)
-    SORVANE_FIELD(m_localClock)
 #undef SORVANE_FIELD
 
-    void refreshPanels() const {
-        w.refreshPanels();
+    auto& m_localClock() const {
+        return w.m_parts->sender->local_clock;
     }
-    void render(FrameParcel& parcel) const {
-        w.render(parcel);
+    int m_interfaceHandle() const {
+        return w.m_parts->intake->interfaceHandle();
     }
     VideoSurface* findSurface(QWidget* widget) const {
-        return w.findSurface(widget);
+        return w.m_parts->presenter->findSurface(widget);
     }
 };
 

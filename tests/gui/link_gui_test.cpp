@@ -89,7 +89,7 @@ TEST_F(LinkTest, UdpOpensCarriesBytesAndCloses) {
 
     const int handle = in().m_linkHandle();
     dialog().pushButton_26->click();
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_EQ(in().m_linkHandle(), handle) << "the handle keeps its value";
     EXPECT_EQ(dialog().pushButton_26->text(), kConnect);
     EXPECT_EQ(in().m_statusLink()->text(), "控制连接关闭");
@@ -105,7 +105,7 @@ TEST_F(LinkTest, SerialOpensCarriesBytesAndCloses) {
     const QByteArray expected = hex("FB2CAA063A00FEFF2C0110");
     EXPECT_TRUE(waitFor([&] { return line.bytes() == expected; })) << line.bytes().toHex().toStdString();
     dialog().pushButton_25->click();
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_EQ(dialog().pushButton_25->text(), kConnect);
 }
 
@@ -116,7 +116,7 @@ TEST_F(LinkTest, TcpLeavesTheStatusEmptyWhileTheButtonSaysDisconnect) {
     aimAt(server.serverPort());
     dialog().radioButton_14->setChecked(true);
     dialog().pushButton_26->click();
-    EXPECT_EQ(in().m_linkState(), LINK_TCP);
+    EXPECT_EQ(in().m_linkState(), kLinkTcp);
     EXPECT_EQ(dialog().pushButton_26->text(), kDisconnect);
     EXPECT_EQ(in().m_statusLink()->text(), "");
     ASSERT_TRUE(waitFor([&] { return server.hasPendingConnections(); }));
@@ -128,7 +128,7 @@ TEST_F(LinkTest, TcpLeavesTheStatusEmptyWhileTheButtonSaysDisconnect) {
         return got == hex("FB2CAA0671000000000077");
     })) << got.toHex().toStdString();
     dialog().pushButton_26->click();
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_TRUE(waitFor([&] { return pod->state() == QAbstractSocket::UnconnectedState; }));
 }
 
@@ -140,7 +140,7 @@ TEST_F(LinkTest, FailedUdpAndTcpShowNothingAndChangeNothing) {
     for (QRadioButton* kind : {dialog().radioButton_13, dialog().radioButton_14}) {
         kind->setChecked(true);
         dialog().pushButton_26->click();
-        EXPECT_EQ(in().m_linkState(), LINK_NONE);
+        EXPECT_EQ(in().m_linkState(), kLinkNone);
         EXPECT_EQ(dialog().pushButton_26->text(), kConnect);
     }
     // A port where nobody listens.
@@ -149,7 +149,7 @@ TEST_F(LinkTest, FailedUdpAndTcpShowNothingAndChangeNothing) {
     aimAt(server.serverPort());
     server.close();
     dialog().pushButton_26->click();
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_EQ(boxes.seen, QStringList());
     EXPECT_EQ(in().m_periodTimer(), -1);
 }
@@ -160,7 +160,7 @@ TEST_F(LinkTest, SerialFailureWarnsWithThePortName) {
     dialog().cbb_ctrlSerialNo->setEditText("no-such-port");
     dialog().pushButton_25->click();
     EXPECT_EQ(boxes.seen, QStringList{"警告: 打开no-such-port失败!"});
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_EQ(dialog().pushButton_25->text(), kConnect);
 }
 
@@ -172,7 +172,7 @@ TEST_F(LinkTest, SerialWhileUdpIsOpenWarnsAndLeavesTheLink) {
     dialog().cbb_ctrlSerialNo->setEditText(line.name());
     dialog().pushButton_25->click();
     EXPECT_EQ(boxes.seen, QStringList{"警告: 请先关闭UDP连接"});
-    EXPECT_EQ(in().m_linkState(), LINK_UDP);
+    EXPECT_EQ(in().m_linkState(), kLinkUdp);
     window->sendCommand4(0x71, 0, 0, 0, 0);
     EXPECT_TRUE(waitFor([this] { return peer.count() == 1; })) << "still carries bytes";
 }
@@ -185,7 +185,7 @@ TEST_F(LinkTest, UdpWhileSerialIsOpenWarnsAndLeavesTheLink) {
     aimAt(peer.port());
     dialog().pushButton_26->click();
     EXPECT_EQ(boxes.seen, QStringList{"警告: 请先关闭串口"});
-    EXPECT_EQ(in().m_linkState(), LINK_SERIAL);
+    EXPECT_EQ(in().m_linkState(), kLinkSerial);
     window->sendCommand4(0x71, 0, 0, 0, 0);
     EXPECT_TRUE(waitFor([&] { return line.bytes().size() == 11; })) << "still carries bytes";
 }
@@ -204,7 +204,7 @@ TEST_F(LinkTest, InertialPortReopensAfterAFailure) {
     dialog().pushButton_28->click();
     EXPECT_GE(in().m_insHandle(), 0);
     EXPECT_EQ(dialog().pushButton_28->text(), kDisconnect);
-    EXPECT_EQ(in().m_linkState(), LINK_NONE) << "independent of the control link";
+    EXPECT_EQ(in().m_linkState(), kLinkNone) << "independent of the control link";
     dialog().pushButton_28->click();
     EXPECT_EQ(in().m_insHandle(), -1);
     EXPECT_EQ(dialog().pushButton_28->text(), kConnect);

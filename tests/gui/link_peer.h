@@ -135,12 +135,12 @@ protected:
         aimAt(peer.port());
         dialog().radioButton_13->setChecked(true);
         dialog().pushButton_26->click();
-        ASSERT_EQ(in().m_linkState(), LINK_UDP);
+        ASSERT_EQ(in().m_linkState(), kLinkUdp);
     }
     void openSerial(const SerialPeer& line) {
         dialog().cbb_ctrlSerialNo->setEditText(line.name());
         dialog().pushButton_25->click();
-        ASSERT_EQ(in().m_linkState(), LINK_SERIAL);
+        ASSERT_EQ(in().m_linkState(), kLinkSerial);
     }
     // The start sends a command of its own and stops it 100 ms later. Timers expire in their order, so a
     // longer one started now expires after it.

@@ -47,7 +47,7 @@ protected:
     void connectTo(int port) {
         in().ui_connection()->cbb_ctrlConnIpPort->setText(QString::number(port));
         in().ui_connection()->pushButton_26->click();
-        ASSERT_EQ(in().m_linkState(), LINK_UDP);
+        ASSERT_EQ(in().m_linkState(), kLinkUdp);
     }
     QString label(const char* name) const { return find<QLabel>(name)->text(); }
     void press(const char* name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
@@ -95,7 +95,7 @@ TEST_F(Pod, ClosedTheLastValuesStayAndReopenedTheyMoveOn) {
     connectTo(m_pod_port);
     ASSERT_TRUE(waitFor([&] { return label("m_fldGestOriAng") != "--"; }));
     in().ui_connection()->pushButton_26->click();
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     QCoreApplication::sendPostedEvents(window.get(), EVT_TELEMETRY);
     const QString last = label("m_fldGestOriAng");
     int events = 0;

@@ -7,6 +7,7 @@
 #include <QToolButton>
 #include <cstdlib>
 
+#include "app/events/stream_callbacks.h"
 #include "app/process_services.h"
 #include "korvath_fixture.h"
 #include "widgets/my_trans_dlg.h"

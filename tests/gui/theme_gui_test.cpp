@@ -230,7 +230,7 @@ TEST_F(ThemeTest, ALanguageChangeWithoutALinkGoesNowhereInSingleMode) {
     letTheStartEnd();
     in().m_lastCode() = 0;
     language(1);
-    EXPECT_EQ(in().m_linkState(), LINK_NONE);
+    EXPECT_EQ(in().m_linkState(), kLinkNone);
     EXPECT_EQ(in().m_lastCode(), 55);
     EXPECT_EQ(peer.count(), 0U);
 }

@@ -36,7 +36,7 @@ protected:
         connection().comboBox->addItem("127.0.0.1");
         connection().comboBox->setCurrentIndex(connection().comboBox->count() - 1);
         window->OnUdpConnect();
-        ASSERT_EQ(window->linkState(), LINK_UDP);
+        ASSERT_EQ(window->linkState(), kLinkUdp);
         ASSERT_GT(win1()->width(), 200);
         ASSERT_GT(win1()->height(), 200);
     }

@@ -163,7 +163,7 @@ TEST_F(Picture, ReplayHidesTheTextWhilePicturesComeAndShowsItAfter) {
         auto* parcel = new FrameParcel;
         parcel->frame = makeFrame(640, 512, kWhite, kWhite);
         parcel->widget = win1();
-        QCoreApplication::postEvent(window.get(), new FrameEvent(parcel));
+        QCoreApplication::postEvent(window.get(), new QMyEvent(EVT_VIDEO_FRAME, nullptr, parcel, 0));
         QCoreApplication::processEvents();
     };
     // Without the font at the start the surface would be missing; the first open makes it in any case.

@@ -125,12 +125,12 @@ TEST(WidgetToImage, EmptySizesAreOutside) {
 }
 
 TEST(YuvMatrix, StatementOfTheStreamWins) {
-    EXPECT_EQ(sorvane::yuvMatrix(1, 480), YuvMatrix::BT709);
-    EXPECT_EQ(sorvane::yuvMatrix(5, 1080), YuvMatrix::BT601);
-    EXPECT_EQ(sorvane::yuvMatrix(6, 1080), YuvMatrix::BT601);
+    EXPECT_EQ(sorvane::yuvMatrix(1, 480), YuvMatrix::kBt709);
+    EXPECT_EQ(sorvane::yuvMatrix(5, 1080), YuvMatrix::kBt601);
+    EXPECT_EQ(sorvane::yuvMatrix(6, 1080), YuvMatrix::kBt601);
 }
 
 TEST(YuvMatrix, WithoutAStatementTheHeightDecides) {
-    EXPECT_EQ(sorvane::yuvMatrix(2, 577), YuvMatrix::BT709);
-    EXPECT_EQ(sorvane::yuvMatrix(2, 576), YuvMatrix::BT601);
+    EXPECT_EQ(sorvane::yuvMatrix(2, 577), YuvMatrix::kBt709);
+    EXPECT_EQ(sorvane::yuvMatrix(2, 576), YuvMatrix::kBt601);
 }

@@ -31,22 +31,22 @@ TEST(AddressHistory, FirstEntryStays) {
 
 TEST(AddressFilter, AddressWithHttpIsOfferedForRtspOnly) {
     for (const char* url : {"http://10.0.0.1/x", "https://10.0.0.1/x", "rtsp://10.0.0.1/x", "proxy-rtsp"}) {
-        EXPECT_TRUE(offeredWith(sorvane::STREAM_RTSP, url)) << url;
-        EXPECT_FALSE(offeredWith(sorvane::STREAM_UDP_RAW, url)) << url;
-        EXPECT_FALSE(offeredWith(sorvane::STREAM_UDP_422, url)) << url;
-        EXPECT_FALSE(offeredWith(sorvane::STREAM_UDP_TS, url)) << url;
+        EXPECT_TRUE(offeredWith(sorvane::kStreamRtsp, url)) << url;
+        EXPECT_FALSE(offeredWith(sorvane::kStreamUdpRaw, url)) << url;
+        EXPECT_FALSE(offeredWith(sorvane::kStreamUdp422, url)) << url;
+        EXPECT_FALSE(offeredWith(sorvane::kStreamUdpTs, url)) << url;
     }
 }
 
 TEST(AddressFilter, BareAddressIsOfferedForTheOthers) {
-    EXPECT_FALSE(offeredWith(sorvane::STREAM_RTSP, "239.1.1.1"));
-    EXPECT_TRUE(offeredWith(sorvane::STREAM_UDP_RAW, "239.1.1.1"));
-    EXPECT_TRUE(offeredWith(sorvane::STREAM_UDP_TS, ""));
+    EXPECT_FALSE(offeredWith(sorvane::kStreamRtsp, "239.1.1.1"));
+    EXPECT_TRUE(offeredWith(sorvane::kStreamUdpRaw, "239.1.1.1"));
+    EXPECT_TRUE(offeredWith(sorvane::kStreamUdpTs, ""));
 }
 
 TEST(AddressFilter, CaseMatters) {
-    EXPECT_FALSE(offeredWith(sorvane::STREAM_RTSP, "RTSP://10.0.0.1/x"));
-    EXPECT_TRUE(offeredWith(sorvane::STREAM_UDP_TS, "HTTP://10.0.0.1/x"));
+    EXPECT_FALSE(offeredWith(sorvane::kStreamRtsp, "RTSP://10.0.0.1/x"));
+    EXPECT_TRUE(offeredWith(sorvane::kStreamUdpTs, "HTTP://10.0.0.1/x"));
 }
 
 TEST(HostPart, CutsFromThe192ToTheLastColon) {
@@ -64,8 +64,8 @@ TEST(HostPart, MissingMarkerOrColonGivesNothing) {
 
 TEST(SecondAddress, IsWholeForRtspAndCutForTheOthers) {
     const std::string url = "rtsp://192.168.1.160:554/live/track1";
-    EXPECT_EQ(sorvane::secondAddress(sorvane::STREAM_RTSP, url), url);
-    EXPECT_EQ(sorvane::secondAddress(sorvane::STREAM_UDP_TS, url), "192.168.1.160");
+    EXPECT_EQ(sorvane::secondAddress(sorvane::kStreamRtsp, url), url);
+    EXPECT_EQ(sorvane::secondAddress(sorvane::kStreamUdpTs, url), "192.168.1.160");
 }
 
 TEST(Pacing, RateFallsWhileEmptyDownToTheMinimum) {

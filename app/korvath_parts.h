@@ -1,0 +1,43 @@
+// The parts of the main window and its forms under names of meaning, in the order in which they are built.
+#pragma once
+
+#include <memory>
+
+#include "app/floating_panes.h"
+#include "app/korvath.h"
+#include "forms/connection_form.h"
+#include "forms/main_form.h"
+#include "forms/telemetry_form.h"
+#include "link/command_fields.h"
+#include "link/command_sender.h"
+#include "link/link_panel.h"
+#include "telemetry/intake.h"
+#include "telemetry/status_pages.h"
+#include "video/block_stream.h"
+#include "video/channel_sound.h"
+#include "video/drag_marks.h"
+#include "video/picture_presenter.h"
+#include "video/stream_panel.h"
+#include "video/video_channel.h"
+
+struct Korvath::Parts {
+    // From the constructor on.
+    MainForm form;
+    ConnectionForm connection_form;
+    TelemetryForm telemetry_form;
+    std::unique_ptr<StatusPages> status_pages;
+    std::unique_ptr<CommandSender> sender;
+    std::unique_ptr<CommandFields> fields;
+    std::unique_ptr<CommandPages> commands;
+    std::unique_ptr<Intake> intake;
+    std::unique_ptr<DragMarks> marks;
+    std::unique_ptr<FloatingPanes> panes;
+    std::unique_ptr<PicturePresenter> presenter;
+    std::unique_ptr<ChannelSound> sound;
+    std::unique_ptr<BlockStream> blocks;
+    // From the first start-up stage on: they need the configuration.
+    std::unique_ptr<LinkPanel> link;
+    std::unique_ptr<StreamPanel> streams;
+    std::unique_ptr<VideoChannel> channel1;
+    std::unique_ptr<VideoChannel> channel2;
+};

@@ -1,0 +1,139 @@
+// Which part gets what, and which signal reaches which slot.
+#include <QAction>
+
+#include "app/config/my_app_config.h"
+#include "app/korvath_parts.h"
+#include "settings/player_settings_dlg.h"
+#include "tavrik/tavrik.h"
+#include "telemetry/link_callbacks.h"
+#include "ui_settings.h"
+#include "widgets/common_dlg.h"
+
+// Parts that live from the constructor on; the settings do not exist yet.
+void Korvath::buildParts() {
+    Parts& p = *m_parts;
+    p.status_pages = std::make_unique<StatusPages>(p.form, m_telemetry, m_navBlock);
+    p.sender = std::make_unique<CommandSender>(
+        *this,
+        SenderFields{m_frame, m_frameRelease, m_lastCode, m_navBlock, m_sendClock, m_periodTimer, m_navTimer,
+                     m_linkHandle, m_insHandle},
+        SenderQuestions{[this] { return m_settings == nullptr || m_settings->singleMode(); },
+                        [this] { return m_settings != nullptr && m_settings->sendsTelemetryPeriodically(); },
+                        [this] { return config().send_period_ms; }, [this] { return dragUnderWay(); },
+                        [this] { return m_settings != nullptr && config().recv_telemetry; }});
+    p.fields = std::make_unique<CommandFields>(p.form, *this);
+    p.commands = std::make_unique<CommandPages>(
+        p.form, *this, *p.sender,
+        CommandPagesFields{m_zoomTimers, m_stopTimer, m_linkState, m_tracking, m_frameRelease},
+        CommandQuestions{[this] { return m_telemetry.display_mode; }, [this] { return m_settings; },
+                         [this] { return m_settings->ui->page_osd; }});
+    p.intake = std::make_unique<Intake>(IntakeFields{m_telemetry, m_navBlock, m_tracking}, *this);
+    connect(p.intake.get(), &Intake::recordTaken, this, [this] { m_parts->status_pages->onRecord(); });
+    connect(p.intake.get(), &Intake::navBlockTaken, this,
+            [this] { m_parts->status_pages->refreshAircraft(); });
+    p.marks = std::make_unique<DragMarks>(DragMarkFields{m_dragOverlay, m_dragRing, m_dragDot});
+    p.panes = std::make_unique<FloatingPanes>(
+        *this, p.form,
+        PaneFields{m_statPane, m_stateTab, m_ctrlPane, m_ctrlSelect, m_btnStatPane, m_btnCtrlPane,
+                   m_panePlayCtrl, m_paneTimer, m_replayState},
+        [this] { return m_settings->languageIndex(); });
+    p.presenter = std::make_unique<PicturePresenter>(
+        *this, PictureFields{m_videoAlive, frame_width, frame_height, frame_cache, m_frameTimer, m_showFps},
+        [this] { return devicePixelRatioF(); },
+        [this]() -> const MyAppConfig* { return m_settings != nullptr ? m_settings->m_config : nullptr; });
+    p.sound = std::make_unique<ChannelSound>(SoundFields{audio_output, audio_device});
+    p.blocks = std::make_unique<BlockStream>(
+        udp_port_id, sorvane::BlockBufferFields{m_recv_buf_udp, recv_capacity, recv_size, recv_mutex});
+}
+
+// Parts that need the configuration and the dialogs.
+void Korvath::buildConfiguredParts() {
+    Parts& p = *m_parts;
+    p.link = std::make_unique<LinkPanel>(
+        p.connection_form, *m_connectionDlg, config(), LinkFields{m_linkHandle, m_insHandle, m_linkState},
+        LinkActions{onControlLinkData, onInsLinkData, [this] { applySendMode(); },
+                    [this] { m_parts->sender->linkClosed(); }, [this] { refreshStatus(); }});
+    p.streams = std::make_unique<StreamPanel>(p.connection_form, config(),
+                                              [this] { return m_settings->decoderValue(); });
+    const ChannelActions actions = {[this] { m_parts->streams->showOpen(playing1, playing2); },
+                                    [this] {
+                                        if (!recording1 && !recording2) {
+                                            ui->action_ctrlRec->setChecked(false);
+                                        }
+                                    },
+                                    [this] { refreshStatus(); }};
+    const FirstChannel first = {*p.sound, *p.blocks, m_videoCheckTimer, m_videoAlive, *this};
+    p.channel1 = std::make_unique<VideoChannel>(
+        1, ChannelParts{*ui->videoWin1, *p.streams, *p.presenter, config(), *this},
+        ChannelFields{playing1, recording1, snapping1, no_signal1}, actions, &first);
+    p.channel2 = std::make_unique<VideoChannel>(
+        2, ChannelParts{*ui->videoWin2, *p.streams, *p.presenter, config(), *this},
+        ChannelFields{playing2, recording2, snapping2, no_signal2}, actions);
+}
+
+void Korvath::connectWindow() {
+    const auto onAction = [this](QAction* action, void (Korvath::*slot)()) {
+        connect(action, &QAction::triggered, this, slot);
+    };
+    onAction(ui->action_connection, &Korvath::on_action_connection);
+    onAction(ui->action_fileSettings, &Korvath::OnFileSettings);
+    onAction(ui->action_videoWin1, &Korvath::OnClickedVideoWin1);
+    onAction(ui->action_videoWin2, &Korvath::OnClickedVideoWin2);
+    onAction(ui->action_videoWinLR, &Korvath::OnClickedVideoWinLR);
+    onAction(ui->action_videoWinTB, &Korvath::OnClickedVideoWinTB);
+    onAction(ui->action_telemetry_info, &Korvath::on_action_telemetry_info);
+    connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
+    connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);
+    connect(ui->m_btnPageNext, &QPushButton::clicked, this, &Korvath::OnButtonPageNextClicked);
+}
+
+void Korvath::connectConnectionDialog() {
+    const ConnectionForm& form = m_parts->connection_form;
+    connect(form.udp, &QRadioButton::toggled, this, &Korvath::OnNetControlUdpChanged);
+    connect(form.serial_refresh, &QPushButton::clicked, this, &Korvath::RefreshSerialPortList);
+    connect(form.serial_open, &QPushButton::clicked, this, &Korvath::OpenSerialPort);
+    connect(form.net_open, &QPushButton::clicked, this, &Korvath::OnUdpConnect);
+    connect(form.ins_refresh, &QPushButton::clicked, this, [this] { m_parts->link->refreshInsPorts(); });
+    connect(form.ins_open, &QPushButton::clicked, this, [this] { m_parts->link->toggleIns(); });
+    connect(form.video1_open, &QPushButton::clicked, this, &Korvath::OnOpenVideo1_manual);
+    connect(form.video2_open, &QPushButton::clicked, this, &Korvath::OnOpenVideo2);
+}
+
+void Korvath::connectCommands() {
+    const MainForm& form = m_parts->form;
+    const auto onChoice = [this](QComboBox* box, void (Korvath::*slot)(int)) {
+        connect(box, QOverload<int>::of(&QComboBox::activated), this, slot);
+    };
+    onChoice(form.palette, &Korvath::on_clr_changed);
+    onChoice(form.enhancement, &Korvath::on_dde_changed);
+    onChoice(form.template_size, &Korvath::on_template_changed);
+    onChoice(form.fog_level, &Korvath::on_fog_changed);
+    onChoice(form.load_enable, &Korvath::on_zh_enable_changed);
+    onChoice(form.load_sleep, &Korvath::on_zh_sleep_changed);
+    onChoice(form.display_mode, &Korvath::on_video_mode_changed);
+    onChoice(form.osd_mode, &Korvath::on_osd_changed);
+    onChoice(form.locate_mode, &Korvath::on_locate_mode_changed);
+    onChoice(form.azimuth_mode, &Korvath::on_scan_mode_changed_x);
+    onChoice(form.pitch_mode, &Korvath::on_scan_mode_changed_y);
+    const auto onSwitch = [this](SwitchControl* control, void (Korvath::*slot)(bool)) {
+        connect(control, &SwitchControl::toggled, this, slot);
+    };
+    onSwitch(form.detection_boxes, &Korvath::on_toggled_ai);
+    onSwitch(form.illuminator, &Korvath::on_toggled_li);
+    onSwitch(form.night_mode, &Korvath::on_toggled_dzd);
+    onSwitch(form.stabilisation, &Korvath::on_toggled_dzwx);
+    onSwitch(form.auto_track, &Korvath::on_toggled_auto_track);
+    onSwitch(form.window_demist, &Korvath::on_toggled_cw);
+}
+
+void Korvath::connectSettings() {
+    connect(m_settings, &PlayerSettingsDlg::themeChosen, this, &Korvath::applyTheme);
+    connect(m_settings, &PlayerSettingsDlg::languageChanged, this, &Korvath::retranslate);
+    connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, &Korvath::applySendMode);
+    connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
+    connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
+            [this](const sorvane::Command& command) { sorvane::send(m_parts->sender->frames(), command); });
+    connect(m_settings, &PlayerSettingsDlg::stopRequested, this,
+            [this](int code) { stopCommand(static_cast<std::uint16_t>(code)); });
+    connect(m_parts->intake.get(), &Intake::replyTaken, m_settings, &PlayerSettingsDlg::on_recv_single_frame);
+}

@@ -1,0 +1,70 @@
+// The send operations of the station and the two timers by which it sends of itself.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <cstdint>
+#include <functional>
+
+#include "base/calendar_time.h"
+#include "link/frame_sender.h"
+#include "link/frames.h"
+#include "link/nav_block.h"
+
+// The window's fields that sending works on. Timer ids: -1 or 0 is none.
+struct SenderFields {
+    sorvane::FixedCommandFrame& frame;
+    bool& frame_release;
+    std::uint16_t& last_code;
+    sorvane::NavBlock& nav_block;
+    QElapsedTimer& send_clock;
+    int& period_timer;
+    int& nav_timer;
+    const int& link_handle;
+    const int& ins_handle;
+};
+
+// What sending asks of its surroundings, each time anew. All must be set.
+struct SenderQuestions {
+    std::function<bool()> single_mode;       // "单次" is chosen
+    std::function<bool()> telemetry_stream;  // the position goes out every 40 ms in single mode
+    std::function<int()> period_ms;          // of the periodic frame
+    std::function<bool()> drag_under_way;    // a mouse drag on the first picture
+    std::function<bool()> recv_telemetry;    // the interface feed is a source of position
+};
+
+// Fields and `timers` (the object whose timer ids the fields hold) outlive the sender. GUI thread.
+class CommandSender {
+public:
+    CommandSender(QObject& timers, const SenderFields& fields, SenderQuestions questions);
+
+    // The only ways to the pod.
+    sorvane::FrameSender& frames() { return m_frames; }
+    bool singleMode() const { return m_questions.single_mode(); }
+    // A command stands in the periodic frame, or a rate that is not zero.
+    bool commandStands() const;
+
+    // Starts what the protocol mode asks for; after an opening and after a change of the mode.
+    void applySendMode();
+    // Ends both timers, so that nothing leaves the station by itself.
+    void silence();
+    // The link closes: both timers end, their ids are kept until the next opening.
+    void linkClosed();
+
+    // Expiry of the two timers; false for an id that was only kept and may belong to another timer by now.
+    bool onPeriodTick();
+    bool onNavTick();
+
+    // The local time as all commands see it; a test sets its own.
+    std::function<sorvane::CalendarTime()> local_clock;
+
+private:
+    sorvane::SenderConditions conditions();
+    void killTimers();
+
+    QObject& m_timers;
+    SenderFields m_fields;
+    SenderQuestions m_questions;
+    sorvane::FrameSender m_frames;
+    bool m_idsStale = false;
+};

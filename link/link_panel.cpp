@@ -1,0 +1,229 @@
+#include "link/link_panel.h"
+
+#include <QDebug>
+#include <QHostAddress>
+#include <QHostInfo>
+#include <QSerialPortInfo>
+#include <utility>
+
+#include "app/config/my_app_config.h"
+#include "forms/connection_form.h"
+#include "widgets/my_message_box.h"
+
+namespace {
+
+constexpr int kBaudRates[] = {2400, 4800, 9600, 19200, 38400, 115200, 230400, 460800};
+constexpr int kDefaultBaudIndex = 5;
+
+void fillBaudRates(QComboBox* box) {
+    box->clear();
+    for (const int rate : kBaudRates) {
+        box->addItem(QString::number(rate), rate);
+    }
+}
+
+void fillPorts(QComboBox* box) {
+    box->clear();
+    const auto ports = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo& port : ports) {
+        box->addItem(port.portName());
+        qDebug() << port.serialNumber();
+    }
+}
+
+// The network part of an address, as far as the last dot.
+QString subnetOf(const QString& address) {
+    return address.left(address.lastIndexOf(QLatin1Char('.')));
+}
+
+}  // namespace
+
+LinkPanel::LinkPanel(const ConnectionForm& form, QWidget& dialog, MyAppConfig& config,
+                     const LinkFields& fields, LinkActions actions)
+    : m_form(form), m_dialog(dialog), m_config(config), m_fields(fields), m_actions(std::move(actions)) {
+    fillBaudRates(m_form.serial_rate);
+    fillBaudRates(m_form.ins_rate);
+    // Names that the system does not list, a pseudo terminal for instance, are typed in.
+    m_form.serial_port->setEditable(true);
+    m_form.ins_port->setEditable(true);
+    fillFromConfig();
+    refreshButtons();
+}
+
+void LinkPanel::fillFromConfig() {
+    const int baud = m_form.serial_rate->findText(m_config.baudrate);
+    m_form.serial_rate->setCurrentIndex(baud >= 0 ? baud : kDefaultBaudIndex);
+    m_form.ins_rate->setCurrentIndex(m_form.ins_rate->count() - 1);
+    m_form.pod_address->setText(m_config.destination_address);
+    m_form.pod_port->setText(QString::number(m_config.destination_port));
+    m_form.local_port->setText(QString::number(m_config.local_bind_port));
+    (m_config.net_type == 1 ? m_form.tcp : m_form.udp)->setChecked(true);
+    onNetKindChanged(m_form.udp->isChecked());
+}
+
+void LinkPanel::fillLists() {
+    refreshSerialPorts();
+    refreshInsPorts();
+    fillLocalAddresses();
+}
+
+void LinkPanel::fillLocalAddresses() {
+    QComboBox* box = m_form.local_address;
+    const auto addresses = QHostInfo::fromName(QHostInfo::localHostName()).addresses();
+    for (const QHostAddress& address : addresses) {
+        if (address.protocol() == QAbstractSocket::IPv4Protocol) {
+            box->addItem(address.toString());
+        }
+    }
+    const QString subnet = subnetOf(m_config.destination_address);
+    for (int i = 0; i < box->count(); ++i) {
+        if (subnetOf(box->itemText(i)) == subnet) {
+            box->setCurrentIndex(i);
+            break;
+        }
+    }
+}
+
+void LinkPanel::refreshSerialPorts() {
+    QComboBox* box = m_form.serial_port;
+    fillPorts(box);
+    const int configured = box->findText(m_config.serial_port, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    box->setCurrentIndex(configured >= 0 ? configured : box->count() - 1);
+    // Without any port the name stays to be seen and stored again.
+    if (box->count() == 0) {
+        box->setEditText(m_config.serial_port);
+    }
+}
+
+void LinkPanel::refreshInsPorts() {
+    fillPorts(m_form.ins_port);
+}
+
+bool LinkPanel::onNetwork() const {
+    return m_fields.link_state == kLinkUdp || m_fields.link_state == kLinkTcp;
+}
+
+void LinkPanel::refreshButtons() {
+    const auto text = [](bool open) { return open ? tr("断开") : tr("连接"); };
+    m_form.serial_open->setText(text(m_fields.link_state == kLinkSerial));
+    m_form.ins_open->setText(text(m_fields.ins_handle >= 0));
+    m_form.net_open->setText(text(onNetwork()));
+}
+
+void LinkPanel::closeLink() {
+    m_actions.closing();
+    oskel::hang_up(m_fields.link_handle);
+    m_fields.link_state = kLinkNone;
+}
+
+void LinkPanel::opened(int handle, LinkState state) {
+    m_fields.link_handle = handle;
+    m_fields.link_state = state;
+    m_actions.opened();
+}
+
+void LinkPanel::warnPortFailed(const QString& port) {
+    MyMessageBox::information(&m_dialog, tr("警告"), tr("打开") + port + tr("失败!"));
+}
+
+void LinkPanel::toggleSerial() {
+    if (onNetwork()) {
+        MyMessageBox::information(&m_dialog, tr("警告"), tr("请先关闭UDP连接"));
+        return;
+    }
+    if (m_fields.link_state == kLinkSerial) {
+        closeLink();
+        m_form.serial_open->setText(tr("连接"));
+    } else {
+        const QString port = m_form.serial_port->currentText();
+        const int handle = oskel::dialSerial(
+            port.toLatin1().constData(), m_form.serial_rate->currentData().toInt(), m_actions.control_data);
+        if (handle < 0) {
+            warnPortFailed(port);
+        } else {
+            m_form.serial_open->setText(tr("断开"));
+            opened(handle, kLinkSerial);
+        }
+    }
+    m_actions.state_changed();
+}
+
+void LinkPanel::toggleNetwork() {
+    if (m_fields.link_state == kLinkSerial) {
+        MyMessageBox::information(&m_dialog, tr("警告"), tr("请先关闭串口"));
+        return;
+    }
+    if (m_fields.link_state != kLinkNone) {
+        closeLink();
+    } else if (m_form.udp->isChecked()) {
+        openUdp();
+    } else {
+        openTcp();
+    }
+    m_form.net_open->setText(m_fields.link_state != kLinkNone ? tr("断开") : tr("连接"));
+    m_actions.state_changed();
+}
+
+void LinkPanel::openUdp() {
+    const int handle = oskel::dialDatagram(m_form.pod_address->text().toLatin1().constData(),
+                                           m_form.pod_port->text().toInt(),
+                                           m_form.local_address->currentText().toLatin1().constData(),
+                                           m_form.local_port->text().toInt(), m_actions.control_data);
+    if (handle >= 1) {
+        opened(handle, kLinkUdp);
+    }
+}
+
+void LinkPanel::openTcp() {
+    const int handle = oskel::dialStream(m_form.pod_address->text().toLatin1().constData(),
+                                         m_form.pod_port->text().toInt(), m_actions.control_data);
+    // Unlike the other two a negative handle counts as open here.
+    if (handle != 0) {
+        opened(handle, kLinkTcp);
+    }
+}
+
+void LinkPanel::onNetKindChanged(bool udp) {
+    m_form.local_port->setEnabled(udp);
+    m_form.local_address->setEnabled(udp);
+}
+
+void LinkPanel::toggleIns() {
+    if (m_fields.ins_handle >= 0) {
+        oskel::hang_up(m_fields.ins_handle);
+        m_fields.ins_handle = -1;
+        m_form.ins_open->setText(tr("连接"));
+        return;
+    }
+    const QString port = m_form.ins_port->currentText();
+    m_fields.ins_handle = oskel::dialSerial(port.toLatin1().constData(),
+                                            m_form.ins_rate->currentData().toInt(), m_actions.ins_data);
+    if (m_fields.ins_handle < 0) {
+        warnPortFailed(port);
+    } else {
+        m_form.ins_open->setText(tr("断开"));
+    }
+}
+
+QString LinkPanel::stateText() const {
+    const QString texts[] = {tr("控制连接关闭"), tr("串口已连接"), tr("UDP已连接"), QString()};
+    return texts[m_fields.link_state];
+}
+
+void LinkPanel::closeAll() {
+    oskel::hang_up(m_fields.link_handle);
+    m_fields.link_state = kLinkNone;
+    if (m_fields.ins_handle >= 0) {
+        oskel::hang_up(m_fields.ins_handle);
+        m_fields.ins_handle = -1;
+    }
+}
+
+void LinkPanel::store() {
+    m_config.serial_port = m_form.serial_port->currentText();
+    m_config.baudrate = m_form.serial_rate->currentText();
+    m_config.net_type = m_form.tcp->isChecked() ? 1 : 0;
+    m_config.destination_address = m_form.pod_address->text();
+    m_config.destination_port = m_form.pod_port->text().toInt();
+    m_config.local_bind_port = m_form.local_port->text().toInt();
+}

@@ -1,0 +1,76 @@
+// The control link and the inertial unit's port: the link groups of the connection dialog.
+#pragma once
+
+#include <QCoreApplication>
+#include <cstdint>
+#include <functional>
+
+#include "link/link_state.h"
+#include "oskel/oskel.h"
+
+class MyAppConfig;
+class QComboBox;
+class QWidget;
+struct ConnectionForm;
+
+// The window's fields that the panel writes.
+struct LinkFields {
+    int& link_handle;
+    int& ins_handle;
+    std::int32_t& link_state;  // a LinkState
+};
+
+// What the panel asks of its surroundings. All must be set.
+struct LinkActions {
+    oskel::ReceiveCallback control_data;  // given to every opening of the control link
+    oskel::ReceiveCallback ins_data;      // given to every opening of the inertial unit's port
+    std::function<void()> opened;         // the link stands: what the protocol mode asks for starts
+    std::function<void()> closing;        // the link is about to close: the timers end
+    std::function<void()> state_changed;  // after each attempt
+};
+
+// Form, dialog, configuration and fields outlive the panel. GUI thread.
+class LinkPanel {
+    Q_DECLARE_TR_FUNCTIONS(Korvath)
+
+public:
+    LinkPanel(const ConnectionForm& form, QWidget& dialog, MyAppConfig& config, const LinkFields& fields,
+              LinkActions actions);
+
+    // Both serial port lists and the local addresses, the address on the pod's subnet selected.
+    void fillLists();
+    void refreshSerialPorts();
+    void refreshInsPorts();
+
+    // The four buttons: each opens what is closed and closes what is open.
+    void toggleSerial();
+    void toggleNetwork();
+    void toggleIns();
+    // UDP has a local port and a local address, TCP has neither.
+    void onNetKindChanged(bool udp);
+
+    // Button texts by the present state; after each retranslation and at the dialog's opening.
+    void refreshButtons();
+    // The link's state as the status bar shows it; nothing for TCP, on purpose.
+    QString stateText() const;
+    // Closes both ports without a word, when the window closes.
+    void closeAll();
+    // What the edits hold, into the configuration.
+    void store();
+
+private:
+    void fillFromConfig();
+    void fillLocalAddresses();
+    void closeLink();
+    void opened(int handle, LinkState state);
+    void openUdp();
+    void openTcp();
+    void warnPortFailed(const QString& port);
+    bool onNetwork() const;
+
+    const ConnectionForm& m_form;
+    QWidget& m_dialog;
+    MyAppConfig& m_config;
+    LinkFields m_fields;
+    LinkActions m_actions;
+};

@@ -1,0 +1,281 @@
+#include "video/picture_presenter.h"
+
+#include <SDL.h>
+#include <SDL_ttf.h>
+
+#include <QTimerEvent>
+#include <cstdio>
+#include <utility>
+
+#include "app/config/my_app_config.h"
+#include "app/events/my_event.h"
+#include "tavrik/tavrik.h"
+#include "video/picture_geometry.h"
+#include "video/qmyvideowidget.h"
+#include "video/stream_rules.h"
+#include "video/video_output.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+#include <libswscale/swscale.h>
+}
+
+namespace {
+
+constexpr int kIdleMs = 1000;
+
+struct FrameDeleter {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
+
+// The picture in planar YUV 4:2:0 at its size on the screen; null when that cannot be.
+FramePtr scaled(const AVFrame& src, int width, int height) {
+    const auto format = static_cast<AVPixelFormat>(src.format);
+    // A format that the scaler does not know at all ends the process in there.
+    if (sws_isSupportedInput(format) == 0) return nullptr;
+    FramePtr dst(av_frame_alloc());
+    if (!dst) return nullptr;
+    dst->width = width;
+    dst->height = height;
+    dst->format = AV_PIX_FMT_YUV420P;
+    if (av_frame_get_buffer(dst.get(), 0) != 0) return nullptr;
+    SwsContext* context = sws_getContext(src.width, src.height, static_cast<AVPixelFormat>(src.format), width,
+                                         height, AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
+    if (context == nullptr) return nullptr;
+    sws_scale(context, src.data, src.linesize, 0, src.height, dst->data, dst->linesize);
+    sws_freeContext(context);
+    return dst;
+}
+
+void drawPicture(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& rect) {
+    SDL_Texture* texture = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_IYUV, SDL_TEXTUREACCESS_STREAMING,
+                                             picture.width, picture.height);
+    if (texture == nullptr) return;
+    SDL_UpdateYUVTexture(texture, nullptr, picture.data[0], picture.linesize[0], picture.data[1],
+                         picture.linesize[1], picture.data[2], picture.linesize[2]);
+    SDL_RenderClear(renderer);
+    const SDL_Rect target = {rect.x, rect.y, rect.width, rect.height};
+    SDL_RenderCopy(renderer, texture, nullptr, &target);
+    SDL_DestroyTexture(texture);
+}
+
+// At the target's corner, not the picture's; a step that fails draws nothing.
+void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
+    if (video_output::font() == nullptr) return;
+    char text[100];
+    std::snprintf(text, sizeof text, "FPS: %.2f, bitrate: %d kb/s", static_cast<double>(fps), bitrate);
+    SDL_Surface* surface = TTF_RenderText_Solid(video_output::font(), text, SDL_Color{0, 255, 0, 0});
+    if (surface == nullptr) return;
+    SDL_Texture* texture = SDL_CreateTextureFromSurface(renderer, surface);
+    if (texture != nullptr) {
+        SDL_SetTextureAlphaMod(texture, 200);
+        const SDL_Rect target = {10, 10, surface->w, surface->h};
+        SDL_RenderCopy(renderer, texture, nullptr, &target);
+        SDL_DestroyTexture(texture);
+    }
+    SDL_FreeSurface(surface);
+}
+
+bool attach(VideoSurface& surface) {
+    surface.sdl_window = video_output::wrapWindow(static_cast<quintptr>(surface.widget->winId()));
+    if (surface.sdl_window == nullptr) return false;
+    surface.renderer = video_output::makeRenderer(surface.sdl_window);
+    return true;
+}
+
+void detach(VideoSurface& surface) {
+    video_output::destroy(surface.renderer, surface.sdl_window);
+    surface.renderer = nullptr;
+    surface.sdl_window = nullptr;
+}
+
+}  // namespace
+
+PicturePresenter::PicturePresenter(QObject& timers, const PictureFields& fields,
+                                   std::function<double()> ratio, std::function<const MyAppConfig*()> config)
+    : m_timers(timers), m_fields(fields), m_ratio(std::move(ratio)), m_config(std::move(config)) {}
+
+PicturePresenter::~PicturePresenter() {
+    dropPictures();
+}
+
+void PicturePresenter::start(const QString& font_path, QMyVideoWidget& first) {
+    if (video_output::init(font_path)) {
+        findOrCreateSurface(first);
+    }
+}
+
+VideoSurface* PicturePresenter::findSurface(const QWidget* widget) {
+    for (VideoSurface& surface : m_surfaces) {
+        if (surface.widget == widget) {
+            return &surface;
+        }
+    }
+    return nullptr;
+}
+
+VideoSurface* PicturePresenter::findOrCreateSurface(QMyVideoWidget& widget) {
+    if (VideoSurface* known = findSurface(&widget)) {
+        return known;
+    }
+    m_surfaces.emplace_back();
+    VideoSurface& surface = m_surfaces.back();
+    surface.widget = &widget;
+    if (!attach(surface)) {
+        m_surfaces.pop_back();
+        return nullptr;
+    }
+    surface.idle_timer = std::make_unique<QTimer>();
+    QTimer* timer = surface.idle_timer.get();
+    connect(timer, &QTimer::timeout, &widget, [timer, &widget] {
+        timer->stop();
+        widget.setUpdatesEnabled(true);
+    });
+    // The native window may be replaced under way; SDL is bound to the old one then.
+    connect(&widget, &QMyVideoWidget::nativeWindowChanged, timer, [&surface] { detach(surface); });
+    return &surface;
+}
+
+void PicturePresenter::resizeSurface(const QWidget* widget) {
+    const VideoSurface* surface = findSurface(widget);
+    if (surface != nullptr && surface->sdl_window != nullptr) {
+        video_output::resizeWindow(surface->sdl_window, widget->width(), widget->height());
+    }
+}
+
+void PicturePresenter::render(FrameParcel& parcel) {
+    VideoSurface* surface = findSurface(parcel.widget);
+    if (surface == nullptr || parcel.frame == nullptr) {
+        return;
+    }
+    const AVFrame& src = *parcel.frame;
+    parcel.widget->setUpdatesEnabled(false);
+    surface->idle_timer->start(kIdleMs);
+    m_fields.video_alive = true;
+    m_fields.frame_width = src.width;
+    m_fields.frame_height = src.height;
+    if (surface->sdl_window == nullptr && !attach(*surface)) {
+        return;
+    }
+    if (surface->renderer == nullptr) {
+        return;
+    }
+    const double ratio = m_ratio();
+    const int width = static_cast<int>(parcel.widget->width() * ratio);
+    const int height = static_cast<int>(parcel.widget->height() * ratio);
+    const sorvane::PictureRect rect =
+        sorvane::placePicture(sorvane::fitPicture(src.width, src.height, width, height), width, height);
+    const FramePtr picture = scaled(src, rect.width, rect.height);
+    if (!picture) {
+        return;
+    }
+    video_output::catchUp();
+    const bool bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
+    SDL_SetYUVConversionMode(bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
+    drawPicture(surface->renderer, *picture, rect);
+    const MyAppConfig* config = m_config();
+    if (config != nullptr && config->show_fps) {
+        drawStatistics(surface->renderer, parcel.fps, parcel.bitrate);
+    }
+    SDL_RenderPresent(surface->renderer);
+    video_output::releaseContext(surface->sdl_window);
+}
+
+void PicturePresenter::take(QMyEvent& e, bool cached) {
+    auto* parcel = static_cast<FrameParcel*>(std::exchange(e.data, nullptr));
+    if (parcel == nullptr) {
+        return;
+    }
+    if (!cached) {
+        drawInTurn(std::unique_ptr<FrameParcel>(parcel));
+        return;
+    }
+    m_fields.frame_cache.push_back(parcel);
+    const MyAppConfig* config = m_config();
+    if (m_fields.frame_timer == 0 && config != nullptr &&
+        static_cast<int>(m_fields.frame_cache.size()) == config->cache_frame_count_start) {
+        m_fields.frame_timer =
+            m_timers.startTimer(sorvane::framePeriodMs(m_fields.show_fps), Qt::PreciseTimer);
+    }
+}
+
+// The toolkit delivers all posted events, and those posted meanwhile, before it looks at input and timers
+// again. Pictures that come faster than they can be drawn would never let it: a second one waits for the next
+// turn.
+void PicturePresenter::drawInTurn(std::unique_ptr<FrameParcel> parcel) {
+    constexpr int kNextTurnMs = 1;
+    if (m_turnTimer != 0) {
+        m_laterPictures.push_back(std::move(parcel));
+        return;
+    }
+    render(*parcel);
+    m_turnTimer = startTimer(kNextTurnMs, Qt::PreciseTimer);
+}
+
+void PicturePresenter::timerEvent(QTimerEvent* e) {
+    if (e->timerId() != m_turnTimer) {
+        QObject::timerEvent(e);
+        return;
+    }
+    if (m_laterPictures.empty()) {
+        killTimer(m_turnTimer);
+        m_turnTimer = 0;
+        return;
+    }
+    const std::unique_ptr<FrameParcel> parcel = std::move(m_laterPictures.front());
+    m_laterPictures.pop_front();
+    render(*parcel);
+}
+
+void PicturePresenter::drawFirstCached() {
+    const std::unique_ptr<FrameParcel> parcel(m_fields.frame_cache.front());
+    m_fields.frame_cache.pop_front();
+    render(*parcel);
+}
+
+void PicturePresenter::onFrameTimer() {
+    const bool was_empty = m_fields.frame_cache.empty();
+    if (!was_empty) {
+        drawFirstCached();
+    }
+    const MyAppConfig& config = *m_config();
+    const sorvane::PacingRule rule{config.show_fps_modify, config.show_fps_min, config.cache_frame_count_max};
+    m_fields.show_fps = sorvane::nextShowFps(m_fields.show_fps, was_empty, m_fields.frame_cache.size(), rule);
+    stopFrameTimer();
+    m_fields.frame_timer = m_timers.startTimer(sorvane::framePeriodMs(m_fields.show_fps), Qt::PreciseTimer);
+}
+
+void PicturePresenter::stopFrameTimer() {
+    if (m_fields.frame_timer != 0) {
+        m_timers.killTimer(m_fields.frame_timer);
+    }
+    m_fields.frame_timer = 0;
+}
+
+void PicturePresenter::drawCachedTail() {
+    stopFrameTimer();
+    while (!m_fields.frame_cache.empty()) {
+        drawFirstCached();
+    }
+    m_fields.show_fps = m_config()->show_fps_init;
+}
+
+void PicturePresenter::closeStreams() {
+    stopFrameTimer();
+    if (m_turnTimer != 0) {
+        killTimer(m_turnTimer);
+        m_turnTimer = 0;
+    }
+    for (const VideoSurface& surface : m_surfaces) {
+        tavrik::feedClose(surface.player_handle);
+    }
+}
+
+void PicturePresenter::dropPictures() {
+    for (FrameParcel* parcel : m_fields.frame_cache) {
+        delete parcel;
+    }
+    m_fields.frame_cache.clear();
+    m_laterPictures.clear();
+}
