@@ -91,9 +91,7 @@ Korvath::~Korvath() {
     m_recv_buf_udp = nullptr;
 }
 
-MyAppConfig& Korvath::config() const {
-    return *m_settings->m_config;
-}
+MyAppConfig& Korvath::config() const { return *m_settings->m_config; }
 
 void Korvath::buildTitleBar() {
     const MainForm& form = m_parts->form;

@@ -97,24 +97,12 @@ void Korvath::drainEvents() {
 
 void Korvath::passOn(QMyEvent* /*e*/) {}
 
-void Korvath::onCommandButtonDown(QMyEvent* e) {
-    m_parts->commands->pressed(e->sender);
-}
-void Korvath::onCommandButtonUp(QMyEvent* /*e*/) {
-    stopCommand(0);
-}
-void Korvath::onTelemetry(QMyEvent* e) {
-    m_parts->intake->takeRecord(*e);
-}
-void Korvath::onLinkFrame(QMyEvent* e) {
-    m_parts->intake->takeReply(*e);
-}
-void Korvath::onInsFrame(QMyEvent* e) {
-    m_parts->intake->takeInsFrame(*e);
-}
-void Korvath::onNavBlock(QMyEvent* e) {
-    m_parts->intake->takeNavBlock(*e);
-}
+void Korvath::onCommandButtonDown(QMyEvent* e) { m_parts->commands->pressed(e->sender); }
+void Korvath::onCommandButtonUp(QMyEvent* /*e*/) { stopCommand(0); }
+void Korvath::onTelemetry(QMyEvent* e) { m_parts->intake->takeRecord(*e); }
+void Korvath::onLinkFrame(QMyEvent* e) { m_parts->intake->takeReply(*e); }
+void Korvath::onInsFrame(QMyEvent* e) { m_parts->intake->takeInsFrame(*e); }
+void Korvath::onNavBlock(QMyEvent* e) { m_parts->intake->takeNavBlock(*e); }
 // The type is read at each picture and holds for every channel.
 void Korvath::onVideoFrame(QMyEvent* e) {
     m_parts->presenter->take(*e, m_parts->streams->streamType() == sorvane::kStreamUdp422);
@@ -221,12 +209,8 @@ bool Korvath::onTick() {
     m_parts->panes->placeToggles();
     return true;
 }
-bool Korvath::onPeriodTick() {
-    return m_parts->sender->onPeriodTick();
-}
-bool Korvath::onNavTick() {
-    return m_parts->sender->onNavTick();
-}
+bool Korvath::onPeriodTick() { return m_parts->sender->onPeriodTick(); }
+bool Korvath::onNavTick() { return m_parts->sender->onNavTick(); }
 bool Korvath::onStopTimer() {
     m_parts->commands->onStopTimer();
     return true;
@@ -242,9 +226,7 @@ bool Korvath::onVideoCheckTimer() {
 
 // --- the frameless window ---
 
-int Korvath::hitEdge(const QPoint& global) const {
-    return FramelessEdges::hit(global, geometry());
-}
+int Korvath::hitEdge(const QPoint& global) const { return FramelessEdges::hit(global, geometry()); }
 
 void Korvath::mousePressEvent(QMouseEvent* e) {
     QMainWindow::mousePressEvent(e);

@@ -38,43 +38,19 @@ void Korvath::sendVariableFrame(std::uint16_t code, const void* data, int n) {
 void Korvath::sendFixedFrame(sorvane::FixedCommandFrame& frame) {
     m_parts->sender->frames().sendFixedFrame(frame);
 }
-void Korvath::stopCommand(std::uint16_t code) {
-    m_parts->sender->frames().stopCommand(code);
-}
-void Korvath::applySendMode() {
-    m_parts->sender->applySendMode();
-}
-void Korvath::silenceLink() {
-    m_parts->sender->silence();
-}
-bool Korvath::singleMode() const {
-    return m_parts->sender->singleMode();
-}
+void Korvath::stopCommand(std::uint16_t code) { m_parts->sender->frames().stopCommand(code); }
+void Korvath::applySendMode() { m_parts->sender->applySendMode(); }
+void Korvath::silenceLink() { m_parts->sender->silence(); }
+bool Korvath::singleMode() const { return m_parts->sender->singleMode(); }
 
-void Korvath::setZoom(int win, int cmd) {
-    m_parts->commands->setZoom(win, cmd);
-}
-void Korvath::trackPoint(std::int16_t x, std::int16_t y) {
-    m_parts->commands->trackPoint(x, y);
-}
-void Korvath::stopTracking() {
-    m_parts->commands->stopTracking();
-}
-void Korvath::toggleTracking() {
-    m_parts->commands->toggleTracking();
-}
-void Korvath::zoomInBySource() {
-    m_parts->commands->zoomBySource(true);
-}
-void Korvath::zoomOutBySource() {
-    m_parts->commands->zoomBySource(false);
-}
-void Korvath::osdNext() {
-    m_parts->commands->osdNext();
-}
-void Korvath::startStopTimer() {
-    m_parts->commands->startStopTimer();
-}
+void Korvath::setZoom(int win, int cmd) { m_parts->commands->setZoom(win, cmd); }
+void Korvath::trackPoint(std::int16_t x, std::int16_t y) { m_parts->commands->trackPoint(x, y); }
+void Korvath::stopTracking() { m_parts->commands->stopTracking(); }
+void Korvath::toggleTracking() { m_parts->commands->toggleTracking(); }
+void Korvath::zoomInBySource() { m_parts->commands->zoomBySource(true); }
+void Korvath::zoomOutBySource() { m_parts->commands->zoomBySource(false); }
+void Korvath::osdNext() { m_parts->commands->osdNext(); }
+void Korvath::startStopTimer() { m_parts->commands->startStopTimer(); }
 
 bool Korvath::noSignalTest(int window_id) const {
     return (window_id == 1 && !no_signal1) || (window_id == 2 && !no_signal2);
@@ -82,21 +58,11 @@ bool Korvath::noSignalTest(int window_id) const {
 void Korvath::slew(std::int16_t rate_x, std::int16_t rate_y) {
     sendCommandRate(0, sorvane::CMD_SERVO_RATE, rate_x, rate_y);
 }
-void Korvath::stopSlew() {
-    stopCommand(sorvane::CMD_SERVO_RATE);
-}
-void Korvath::showDragRing(const QPoint& centre) {
-    m_parts->marks->showRing(centre);
-}
-void Korvath::showDragDot(const QPoint& centre) {
-    m_parts->marks->showDot(centre);
-}
-void Korvath::hideDragMarks() {
-    m_parts->marks->hide();
-}
-bool Korvath::dragUnderWay() const {
-    return ui->videoWin1->dragUnderWay();
-}
+void Korvath::stopSlew() { stopCommand(sorvane::CMD_SERVO_RATE); }
+void Korvath::showDragRing(const QPoint& centre) { m_parts->marks->showRing(centre); }
+void Korvath::showDragDot(const QPoint& centre) { m_parts->marks->showDot(centre); }
+void Korvath::hideDragMarks() { m_parts->marks->hide(); }
+bool Korvath::dragUnderWay() const { return ui->videoWin1->dragUnderWay(); }
 void Korvath::placeTips() {
     placeTip({m_tip1, *ui->videoWin1, playing1, snapping1, recording1});
     placeTip({m_tip2, *ui->videoWin2, playing2, snapping2, recording2});
@@ -106,105 +72,45 @@ void Korvath::OnFileSettings() {
     present(m_settings);
     m_settings->activateWindow();
 }
-void Korvath::OnClickedVideoWin1() {
-    applyViewMode(0);
-}
-void Korvath::OnClickedVideoWin2() {
-    applyViewMode(1);
-}
-void Korvath::OnClickedVideoWinLR() {
-    applyViewMode(2);
-}
-void Korvath::OnClickedVideoWinTB() {
-    applyViewMode(3);
-}
-void Korvath::OnUdpConnect() {
-    m_parts->link->toggleNetwork();
-}
-void Korvath::OpenSerialPort() {
-    m_parts->link->toggleSerial();
-}
-void Korvath::RefreshSerialPortList() {
-    m_parts->link->refreshSerialPorts();
-}
-void Korvath::OnNetControlUdpChanged(bool checked) {
-    m_parts->link->onNetKindChanged(checked);
-}
+void Korvath::OnClickedVideoWin1() { applyViewMode(0); }
+void Korvath::OnClickedVideoWin2() { applyViewMode(1); }
+void Korvath::OnClickedVideoWinLR() { applyViewMode(2); }
+void Korvath::OnClickedVideoWinTB() { applyViewMode(3); }
+void Korvath::OnUdpConnect() { m_parts->link->toggleNetwork(); }
+void Korvath::OpenSerialPort() { m_parts->link->toggleSerial(); }
+void Korvath::RefreshSerialPortList() { m_parts->link->refreshSerialPorts(); }
+void Korvath::OnNetControlUdpChanged(bool checked) { m_parts->link->onNetKindChanged(checked); }
 void Korvath::OnButtonCtrlPaneClicked() {
     m_parts->panes->toggleControlPages();
     placePanes();
 }
-void Korvath::OnButtonStatPaneClicked() {
-    m_parts->panes->toggleStatPane();
-}
-void Korvath::OnOpenVideo1() {
-    m_parts->channel1->toggle();
-}
-void Korvath::OnOpenVideo1_manual() {
-    OnOpenVideo1();
-}
-void Korvath::OnOpenVideo2() {
-    m_parts->channel2->toggle();
-}
-void Korvath::on_btn_setting_telemetry_info() {
-    takeTypedData(m_parts->telemetry_form, m_navBlock);
-}
+void Korvath::OnButtonStatPaneClicked() { m_parts->panes->toggleStatPane(); }
+void Korvath::OnOpenVideo1() { m_parts->channel1->toggle(); }
+void Korvath::OnOpenVideo1_manual() { OnOpenVideo1(); }
+void Korvath::OnOpenVideo2() { m_parts->channel2->toggle(); }
+void Korvath::on_btn_setting_telemetry_info() { takeTypedData(m_parts->telemetry_form, m_navBlock); }
 
-void Korvath::on_frame_sel_changed(bool checked) {
-    m_parts->fields->showServoMode(checked);
-}
-void Korvath::on_clr_changed(int index) {
-    m_parts->commands->chosen(control::kPalette, index);
-}
-void Korvath::on_template_changed(int index) {
-    m_parts->commands->chosen(control::kTemplateSize, index);
-}
-void Korvath::on_fog_changed(int index) {
-    m_parts->commands->chosen(control::kFogLevel, index);
-}
-void Korvath::on_dde_changed(int index) {
-    m_parts->commands->chosen(control::kEnhancement, index);
-}
-void Korvath::on_zh_enable_changed(int index) {
-    m_parts->commands->chosen(control::kLoadEnable, index);
-}
-void Korvath::on_zh_sleep_changed(int index) {
-    m_parts->commands->chosen(control::kLoadSleep, index);
-}
-void Korvath::on_video_mode_changed(int index) {
-    m_parts->commands->chosen(control::kDisplayMode, index);
-}
-void Korvath::on_osd_changed(int index) {
-    m_parts->commands->chosen(control::kOsdMode, index);
-}
-void Korvath::on_locate_mode_changed(int index) {
-    m_parts->commands->chosen(control::kLocateMode, index);
-}
-void Korvath::on_scan_mode_changed_x(int index) {
-    m_parts->fields->onAzimuthMode(index);
-}
-void Korvath::on_scan_mode_changed_y(int index) {
-    m_parts->fields->onPitchMode(index);
-}
-void Korvath::on_toggled_ai(bool on) {
-    m_parts->commands->switched(control::kDetectionBoxes, on);
-}
+void Korvath::on_frame_sel_changed(bool checked) { m_parts->fields->showServoMode(checked); }
+void Korvath::on_clr_changed(int index) { m_parts->commands->chosen(control::kPalette, index); }
+void Korvath::on_template_changed(int index) { m_parts->commands->chosen(control::kTemplateSize, index); }
+void Korvath::on_fog_changed(int index) { m_parts->commands->chosen(control::kFogLevel, index); }
+void Korvath::on_dde_changed(int index) { m_parts->commands->chosen(control::kEnhancement, index); }
+void Korvath::on_zh_enable_changed(int index) { m_parts->commands->chosen(control::kLoadEnable, index); }
+void Korvath::on_zh_sleep_changed(int index) { m_parts->commands->chosen(control::kLoadSleep, index); }
+void Korvath::on_video_mode_changed(int index) { m_parts->commands->chosen(control::kDisplayMode, index); }
+void Korvath::on_osd_changed(int index) { m_parts->commands->chosen(control::kOsdMode, index); }
+void Korvath::on_locate_mode_changed(int index) { m_parts->commands->chosen(control::kLocateMode, index); }
+void Korvath::on_scan_mode_changed_x(int index) { m_parts->fields->onAzimuthMode(index); }
+void Korvath::on_scan_mode_changed_y(int index) { m_parts->fields->onPitchMode(index); }
+void Korvath::on_toggled_ai(bool on) { m_parts->commands->switched(control::kDetectionBoxes, on); }
 void Korvath::on_toggled_li(bool on) {
     m_parts->fields->onIlluminator(on);
     m_parts->commands->switched(control::kIlluminator, on);
 }
-void Korvath::on_toggled_dzd(bool on) {
-    m_parts->commands->switched(control::kNightMode, on);
-}
-void Korvath::on_toggled_dzwx(bool on) {
-    m_parts->commands->switched(control::kStabilisation, on);
-}
-void Korvath::on_toggled_auto_track(bool on) {
-    m_parts->commands->switched(control::kAutoTrack, on);
-}
-void Korvath::on_toggled_cw(bool on) {
-    m_parts->commands->switched(control::kWindowDemist, on);
-}
+void Korvath::on_toggled_dzd(bool on) { m_parts->commands->switched(control::kNightMode, on); }
+void Korvath::on_toggled_dzwx(bool on) { m_parts->commands->switched(control::kStabilisation, on); }
+void Korvath::on_toggled_auto_track(bool on) { m_parts->commands->switched(control::kAutoTrack, on); }
+void Korvath::on_toggled_cw(bool on) { m_parts->commands->switched(control::kWindowDemist, on); }
 
 // An index out of range is ignored by the stack, so there is no wrap.
 void Korvath::OnButtonPageNextClicked() {
@@ -227,6 +133,4 @@ void Korvath::showConnectionButtons() {
     m_parts->streams->showOpen(playing1, playing2);
     m_parts->link->refreshButtons();
 }
-void Korvath::setServoFrame(int platform_type) {
-    m_parts->fields->showServoFrame(platform_type == 1);
-}
+void Korvath::setServoFrame(int platform_type) { m_parts->fields->showServoFrame(platform_type == 1); }

@@ -7,13 +7,9 @@
 #include "app/korvath.h"
 #include "platform/autostart.h"
 
-Korvath* instance() {
-    return static_cast<Korvath*>(eventReceiver());
-}
+Korvath* instance() { return static_cast<Korvath*>(eventReceiver()); }
 
-void setInstance(Korvath* window) {
-    setEventReceiver(window);
-}
+void setInstance(Korvath* window) { setEventReceiver(window); }
 
 void setAutoStart(const QString& program_path) {
     platform::registerAutostart(QFileInfo(program_path).baseName().toStdString(),

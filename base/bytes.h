@@ -34,12 +34,8 @@ inline std::uint64_t loadU64(const void* at) {
     return static_cast<std::uint64_t>(loadU32(p)) | (static_cast<std::uint64_t>(loadU32(p + 4)) << 32);
 }
 
-inline std::int16_t loadI16(const void* at) {
-    return static_cast<std::int16_t>(loadU16(at));
-}
-inline std::int32_t loadI32(const void* at) {
-    return static_cast<std::int32_t>(loadU32(at));
-}
+inline std::int16_t loadI16(const void* at) { return static_cast<std::int16_t>(loadU16(at)); }
+inline std::int32_t loadI32(const void* at) { return static_cast<std::int32_t>(loadU32(at)); }
 
 inline float loadF32(const void* at) {
     const std::uint32_t bits = loadU32(at);
@@ -66,12 +62,8 @@ inline void storeU64(void* at, std::uint64_t value) {
     storeU32(p + 4, static_cast<std::uint32_t>(value >> 32));
 }
 
-inline void storeI16(void* at, std::int16_t value) {
-    storeU16(at, static_cast<std::uint16_t>(value));
-}
-inline void storeI32(void* at, std::int32_t value) {
-    storeU32(at, static_cast<std::uint32_t>(value));
-}
+inline void storeI16(void* at, std::int16_t value) { storeU16(at, static_cast<std::uint16_t>(value)); }
+inline void storeI32(void* at, std::int32_t value) { storeU32(at, static_cast<std::uint32_t>(value)); }
 
 inline void storeF32(void* at, float value) {
     std::uint32_t bits;
@@ -79,11 +71,7 @@ inline void storeF32(void* at, float value) {
     storeU32(at, bits);
 }
 
-constexpr std::uint8_t lowByte(int value) {
-    return static_cast<std::uint8_t>(value & 0xFF);
-}
-constexpr std::uint8_t highByte(int value) {
-    return static_cast<std::uint8_t>((value >> 8) & 0xFF);
-}
+constexpr std::uint8_t lowByte(int value) { return static_cast<std::uint8_t>(value & 0xFF); }
+constexpr std::uint8_t highByte(int value) { return static_cast<std::uint8_t>((value >> 8) & 0xFF); }
 
 }  // namespace sorvane

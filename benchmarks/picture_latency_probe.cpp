@@ -38,11 +38,15 @@ public:
     bool map(const char* path) {
         const int fd = open(path, O_RDONLY);
         struct stat info {};
-        if (fd < 0 || fstat(fd, &info) != 0) return false;
+        if (fd < 0 || fstat(fd, &info) != 0) {
+            return false;
+        }
         m_size = static_cast<std::size_t>(info.st_size);
         void* at = mmap(nullptr, m_size, PROT_READ, MAP_SHARED, fd, 0);
         close(fd);
-        if (at == MAP_FAILED) return false;
+        if (at == MAP_FAILED) {
+            return false;
+        }
         m_data = static_cast<const std::uint8_t*>(at);
         m_rows = bigEndian(m_data) + 12 * bigEndian(m_data + 4 * 19);
         m_stride = bigEndian(m_data + 4 * 12);
@@ -52,7 +56,9 @@ public:
     int brightness(int x, int y) const {
         const std::size_t at =
             m_rows + static_cast<std::size_t>(y) * m_stride + static_cast<std::size_t>(x) * 4;
-        if (x < 0 || y < 0 || at + 4 > m_size) return -1;
+        if (x < 0 || y < 0 || at + 4 > m_size) {
+            return -1;
+        }
         const volatile std::uint8_t* p = m_data + at;
         return (p[0] + p[1] + p[2]) / 3;
     }
@@ -67,7 +73,9 @@ int readNumber(const Screen& screen, const std::array<int, kBlocks>& xs, int y) 
     int number = 0;
     for (int x : xs) {
         const int b = screen.brightness(x, y);
-        if (b < 0 || (b > 80 && b < 176)) return -1;
+        if (b < 0 || (b > 80 && b < 176)) {
+            return -1;
+        }
         number = number * 2 + (b >= 176 ? 1 : 0);
     }
     return number;

@@ -86,7 +86,9 @@ private:
             const ssize_t n = recv(m_socket, frame, sizeof frame, 0);
             const double now = nowMs();
             const std::size_t place = m_place;
-            if (n > static_cast<ssize_t>(place) && m_seen < 0 && frame[place] == m_code) m_seen = now;
+            if (n > static_cast<ssize_t>(place) && m_seen < 0 && frame[place] == m_code) {
+                m_seen = now;
+            }
         }
     }
 
@@ -102,7 +104,9 @@ private:
 bool runUntil(const std::function<bool()>& condition, int deadline_ms = 5000) {
     const QDeadlineTimer deadline(deadline_ms);
     while (!condition()) {
-        if (deadline.hasExpired()) return false;
+        if (deadline.hasExpired()) {
+            return false;
+        }
         QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
     }
     return true;
@@ -118,7 +122,9 @@ struct Summary {
     double p50, p99, max;
 };
 Summary summarise(std::vector<double> v) {
-    if (v.empty()) return {0, 0, 0};
+    if (v.empty()) {
+        return {0, 0, 0};
+    }
     std::sort(v.begin(), v.end());
     return {v[v.size() / 2], v[std::min(v.size() - 1, v.size() * 99 / 100)], v.back()};
 }

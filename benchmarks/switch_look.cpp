@@ -42,8 +42,9 @@ public:
 void runFor(int ms) {
     QElapsedTimer clock;
     clock.start();
-    while (!clock.hasExpired(ms))
+    while (!clock.hasExpired(ms)) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+    }
 }
 
 // Milliseconds until the display has taken the last paint of the switch.
@@ -56,7 +57,9 @@ double switchOnce(PaintCounter& counter, const std::function<void()>& choose) {
     for (quiet.start(); !quiet.hasExpired(kQuietMs);) {
         counter.paints = 0;
         QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-        if (counter.paints == 0) continue;
+        if (counter.paints == 0) {
+            continue;
+        }
         QGuiApplication::sync();
         end_ns = clock.nsecsElapsed();
         quiet.start();

@@ -28,109 +28,120 @@ constexpr int kRounds = 9;
 class EventQueue {
 public:
     ~EventQueue() {
-        for (QMyEvent* event : pending_)
+        for (QMyEvent* event : m_pending) {
             release(event);
+        }
     }
     void telemetry(const std::uint8_t* record) { post(EVT_TELEMETRY, record, 60, 0); }
     void linkFrame(const std::uint8_t* payload, std::int32_t size) {
         post(EVT_LINK_FRAME, payload, size, size);
     }
-    std::size_t posted() const { return posted_; }
+    std::size_t posted() const { return m_posted; }
 
 private:
     static void release(QMyEvent* event) {
-        if (event == nullptr) return;
+        if (event == nullptr) {
+            return;
+        }
         std::free(event->data);
         delete event;
     }
     void post(int type, const std::uint8_t* payload, std::int32_t bytes, std::int32_t size) {
         void* block = std::malloc(static_cast<std::size_t>(std::max(bytes, 1)));
         std::memcpy(block, payload, static_cast<std::size_t>(bytes));
-        QMyEvent*& slot = pending_[posted_++ % pending_.size()];
+        QMyEvent*& slot = m_pending[m_posted++ % m_pending.size()];
         release(slot);
         slot = new QMyEvent(type, nullptr, block, size);
     }
-    std::array<QMyEvent*, 16> pending_ = {};
-    std::size_t posted_ = 0;
+    std::array<QMyEvent*, 16> m_pending = {};
+    std::size_t m_posted = 0;
 };
 
 // What one writes first: a state, a running checksum, a switch for each byte.
 class PlainMachine {
 public:
     void feed(const std::uint8_t* data, std::int32_t n, EventQueue& queue) {
-        for (std::int32_t i = 0; i < n; ++i)
+        for (std::int32_t i = 0; i < n; ++i) {
             take(data[i], queue);
+        }
     }
 
 private:
     enum State { kFirst, kSecond, kKind, kRecord, kRecordXor, kEnd, kLength, kPayload, kPayloadXor };
 
     void take(std::uint8_t byte, EventQueue& queue) {
-        switch (state_) {
+        switch (m_state) {
             case kFirst:
-                state_ = byte == 0xFC ? kSecond : kFirst;
+                m_state = byte == 0xFC ? kSecond : kFirst;
                 break;
             case kSecond:
-                state_ = byte == 0x2C ? kKind : byte == 0xFC ? kSecond : kFirst;
+                m_state = byte == 0x2C ? kKind : byte == 0xFC ? kSecond : kFirst;
                 break;
             case kKind:
-                count_ = 0;
-                xor_ = 0;
+                m_count = 0;
+                m_xor = 0;
                 if (byte == 0x55) {
-                    state_ = kLength;
+                    m_state = kLength;
                 } else {
                     append(byte);
-                    state_ = kRecord;
+                    m_state = kRecord;
                 }
                 break;
             case kRecord:
                 append(byte);
-                if (count_ == 60) state_ = kRecordXor;
+                if (m_count == 60) {
+                    m_state = kRecordXor;
+                }
                 break;
             case kRecordXor:
-                good_ = byte == xor_;
-                state_ = kEnd;
+                m_good = byte == m_xor;
+                m_state = kEnd;
                 break;
             case kEnd:
-                if (good_ && byte == 0xF0) {
-                    sorvane::positionsToInteger(payload_);
-                    queue.telemetry(payload_);
+                if (m_good && byte == 0xF0) {
+                    sorvane::positionsToInteger(m_payload);
+                    queue.telemetry(m_payload);
                 }
-                state_ = kFirst;
+                m_state = kFirst;
                 break;
             case kLength:
-                length_ = byte;
-                xor_ = byte;
-                state_ = length_ == 0 ? kPayloadXor : kPayload;
+                m_length = byte;
+                m_xor = byte;
+                m_state = m_length == 0 ? kPayloadXor : kPayload;
                 break;
             case kPayload:
                 append(byte);
-                if (count_ == length_) state_ = kPayloadXor;
+                if (m_count == m_length) {
+                    m_state = kPayloadXor;
+                }
                 break;
             case kPayloadXor:
-                if (byte == xor_) queue.linkFrame(payload_, length_);
-                state_ = kFirst;
+                if (byte == m_xor) {
+                    queue.linkFrame(m_payload, m_length);
+                }
+                m_state = kFirst;
                 break;
         }
     }
     void append(std::uint8_t byte) {
-        payload_[count_++] = byte;
-        xor_ = static_cast<std::uint8_t>(xor_ ^ byte);
+        m_payload[m_count++] = byte;
+        m_xor = static_cast<std::uint8_t>(m_xor ^ byte);
     }
 
-    State state_ = kFirst;
-    bool good_ = false;
-    std::uint8_t xor_ = 0;
-    int count_ = 0;
-    int length_ = 0;
-    std::uint8_t payload_[256] = {};
+    State m_state = kFirst;
+    bool m_good = false;
+    std::uint8_t m_xor = 0;
+    int m_count = 0;
+    int m_length = 0;
+    std::uint8_t m_payload[256] = {};
 };
 
 Bytes noise() {
     std::mt19937_64 random(1);
     Bytes stream(kStreamSize);
-    for (std::size_t i = 0; i < stream.size(); i += 8)
+    for (std::size_t i = 0; i < stream.size(); i += 8) {
         sorvane::storeU64(&stream[i], random());
+    }
     return stream;
 }
 
@@ -151,8 +162,9 @@ Bytes cleanFixedFrames() {
 
 Bytes repeated(std::initializer_list<std::uint8_t> pattern) {
     Bytes stream(kStreamSize);
-    for (std::size_t i = 0; i < stream.size(); ++i)
+    for (std::size_t i = 0; i < stream.size(); ++i) {
         stream[i] = pattern.begin()[i % pattern.size()];
+    }
     return stream;
 }
 
@@ -196,41 +208,43 @@ Work copyAll(const Bytes& stream) {
 // Takes frames and keeps nothing: the reassembler without what it hands over.
 class Counter {
 public:
-    void telemetry(const std::uint8_t* record) { posted_ += record[0] != 0; }
-    void linkFrame(const std::uint8_t*, std::int32_t) { ++posted_; }
-    std::size_t posted() const { return posted_; }
+    void telemetry(const std::uint8_t* record) { m_posted += record[0] != 0; }
+    void linkFrame(const std::uint8_t*, std::int32_t) { ++m_posted; }
+    std::size_t posted() const { return m_posted; }
 
 private:
-    std::size_t posted_ = 0;
+    std::size_t m_posted = 0;
 };
 
 // Allocates the payloads alone, without the event objects.
 class PayloadQueue {
 public:
     ~PayloadQueue() {
-        for (void* block : pending_)
+        for (void* block : m_pending) {
             std::free(block);
+        }
     }
     void telemetry(const std::uint8_t* record) {
-        void*& slot = pending_[posted_++ % pending_.size()];
+        void*& slot = m_pending[m_posted++ % m_pending.size()];
         std::free(slot);
         slot = std::malloc(60);
         std::memcpy(slot, record, 60);
     }
-    void linkFrame(const std::uint8_t*, std::int32_t) { ++posted_; }
-    std::size_t posted() const { return posted_; }
+    void linkFrame(const std::uint8_t*, std::int32_t) { ++m_posted; }
+    std::size_t posted() const { return m_posted; }
 
 private:
-    std::array<void*, 16> pending_ = {};
-    std::size_t posted_ = 0;
+    std::array<void*, 16> m_pending = {};
+    std::size_t m_posted = 0;
 };
 
 // What the allocations of a clean stream cost without any parsing: the least that any reassembler takes.
 Work allocateAll(const Bytes& stream) {
     return [&stream] {
         EventQueue queue;
-        for (std::size_t at = 0; at < stream.size(); at += 64)
+        for (std::size_t at = 0; at < stream.size(); at += 64) {
             queue.telemetry(&stream[at + 2]);
+        }
     };
 }
 
@@ -268,8 +282,9 @@ void measure(const char* name, const Bytes& stream, std::size_t chunk) {
 int main() {
     const Bytes clean = cleanFixedFrames();
     // 961 straddles the frames and is the most that always fits beside a frame's held rest.
-    for (const std::size_t chunk : {64U, 256U, 512U, 960U, 961U})
+    for (const std::size_t chunk : {64U, 256U, 512U, 960U, 961U}) {
         measure("clean", clean, chunk);
+    }
     measureParts(clean);
     const Bytes random = noise();
     const Bytes pairs = repeated({0xFC, 0x2C});

@@ -9,28 +9,22 @@
 
 namespace {
 
-bool isLeftButton(QEvent* e) {
-    return static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton;
-}
+bool isLeftButton(QEvent* e) { return static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton; }
 
 }  // namespace
 
-QMyCmdBtn::QMyCmdBtn(QWidget* parent) : QPushButton(parent) {
-    init();
-}
+QMyCmdBtn::QMyCmdBtn(QWidget* parent) : QPushButton(parent) { init(); }
 
-QMyCmdBtn::QMyCmdBtn(const QString& text, QWidget* parent) : QPushButton(text, parent) {
-    init();
-}
+QMyCmdBtn::QMyCmdBtn(const QString& text, QWidget* parent) : QPushButton(text, parent) { init(); }
 
-QMyCmdBtn::~QMyCmdBtn() {
-    release();
-}
+QMyCmdBtn::~QMyCmdBtn() { release(); }
 
 void QMyCmdBtn::init() {
     setAttribute(Qt::WA_AcceptTouchEvents);
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive) endHold();
+        if (state != Qt::ApplicationActive) {
+            endHold();
+        }
     });
 }
 
@@ -40,7 +34,9 @@ void QMyCmdBtn::setCommand(int id, QObject* receiver) {
 }
 
 void QMyCmdBtn::report(int type) {
-    if (m_receiver.isNull()) return;
+    if (m_receiver.isNull()) {
+        return;
+    }
     QMyEvent event(type, this, nullptr, 0);
     QCoreApplication::sendEvent(m_receiver, &event);
 }
@@ -56,14 +52,18 @@ void QMyCmdBtn::press() {
 }
 
 void QMyCmdBtn::release() {
-    if (!m_held) return;
+    if (!m_held) {
+        return;
+    }
     m_held = false;
     qApp->removeEventFilter(this);
     report(EVT_CMD_BTN_UP);
 }
 
 void QMyCmdBtn::endHold() {
-    if (!m_held) return;
+    if (!m_held) {
+        return;
+    }
     setDown(false);
     release();
 }
@@ -71,7 +71,9 @@ void QMyCmdBtn::endHold() {
 bool QMyCmdBtn::event(QEvent* e) {
     switch (e->type()) {
         case QEvent::TouchBegin:
-            if (touchBegin(e)) return true;
+            if (touchBegin(e)) {
+                return true;
+            }
             break;
         case QEvent::TouchEnd:
             qDebug("zvdbg**TouchEnd");
@@ -89,7 +91,9 @@ bool QMyCmdBtn::event(QEvent* e) {
             mouseRelease(e);
             break;
         case QEvent::EnabledChange:
-            if (!isEnabled()) endHold();
+            if (!isEnabled()) {
+                endHold();
+            }
             break;
         case QEvent::Hide:
         case QEvent::WindowBlocked:
@@ -103,7 +107,9 @@ bool QMyCmdBtn::event(QEvent* e) {
 
 // A disabled button gets its mouse and touch events here all the same: only the base class drops them.
 bool QMyCmdBtn::touchBegin(QEvent* e) {
-    if (!isEnabled()) return false;
+    if (!isEnabled()) {
+        return false;
+    }
     qDebug("zvdbg**TouchBegin");
     e->accept();
     press();
@@ -113,7 +119,9 @@ bool QMyCmdBtn::touchBegin(QEvent* e) {
 }
 
 void QMyCmdBtn::mousePress(QEvent* e) {
-    if (!isEnabled() || !isLeftButton(e) || touching) return;
+    if (!isEnabled() || !isLeftButton(e) || touching) {
+        return;
+    }
     qDebug("zvdbg**MouseButtonPress");
     press();
 }

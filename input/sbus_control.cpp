@@ -17,9 +17,7 @@ QLabel* makeLabel(const char* text, QWidget* parent) {
 
 }  // namespace
 
-sbus_control::sbus_control(QWidget* parent) : QWidget(parent) {
-    setCursor(Qt::ArrowCursor);
-}
+sbus_control::sbus_control(QWidget* parent) : QWidget(parent) { setCursor(Qt::ArrowCursor); }
 
 void sbus_control::setTexts(const QString& a, const QString& b) {
     text_a = a;

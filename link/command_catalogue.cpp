@@ -23,9 +23,7 @@ Command four(int code, int p1 = 0, int p2 = 0, int p3 = 0, int p4 = 0) {
 }
 
 // Two 16-bit values, low byte first; what does not fit keeps its low bits.
-Command words(int code, int a, int b) {
-    return four(code, lowByte(a), highByte(a), lowByte(b), highByte(b));
-}
+Command words(int code, int a, int b) { return four(code, lowByte(a), highByte(a), lowByte(b), highByte(b)); }
 
 Command rate(int x, int y) {
     Command c;
@@ -36,37 +34,17 @@ Command rate(int x, int y) {
     return c;
 }
 
-int rateSpeed(const ControlReader& r) {
-    return r.sliderValue(control::kRate);
-}
-Command rateUp(const ControlReader& r, int) {
-    return rate(0, rateSpeed(r));
-}
-Command rateDown(const ControlReader& r, int) {
-    return rate(0, -rateSpeed(r));
-}
-Command rateLeft(const ControlReader& r, int) {
-    return rate(-rateSpeed(r), 0);
-}
-Command rateRight(const ControlReader& r, int) {
-    return rate(rateSpeed(r), 0);
-}
+int rateSpeed(const ControlReader& r) { return r.sliderValue(control::kRate); }
+Command rateUp(const ControlReader& r, int) { return rate(0, rateSpeed(r)); }
+Command rateDown(const ControlReader& r, int) { return rate(0, -rateSpeed(r)); }
+Command rateLeft(const ControlReader& r, int) { return rate(-rateSpeed(r), 0); }
+Command rateRight(const ControlReader& r, int) { return rate(rateSpeed(r), 0); }
 
-int gyroSpeed(const ControlReader& r) {
-    return r.number(control::kGyroSpeed);
-}
-Command gyroUp(const ControlReader& r, int) {
-    return four(CMD_GYRO_RATE, 3, 0, gyroSpeed(r));
-}
-Command gyroDown(const ControlReader& r, int) {
-    return four(CMD_GYRO_RATE, 3, 0, -gyroSpeed(r));
-}
-Command gyroLeft(const ControlReader& r, int) {
-    return four(CMD_GYRO_RATE, 3, -gyroSpeed(r));
-}
-Command gyroRight(const ControlReader& r, int) {
-    return four(CMD_GYRO_RATE, 3, gyroSpeed(r));
-}
+int gyroSpeed(const ControlReader& r) { return r.number(control::kGyroSpeed); }
+Command gyroUp(const ControlReader& r, int) { return four(CMD_GYRO_RATE, 3, 0, gyroSpeed(r)); }
+Command gyroDown(const ControlReader& r, int) { return four(CMD_GYRO_RATE, 3, 0, -gyroSpeed(r)); }
+Command gyroLeft(const ControlReader& r, int) { return four(CMD_GYRO_RATE, 3, -gyroSpeed(r)); }
+Command gyroRight(const ControlReader& r, int) { return four(CMD_GYRO_RATE, 3, gyroSpeed(r)); }
 
 // A single-precision product: the pod's angles were always computed so, and the last digit depends on it.
 int scaled(const ControlReader& r, const char* edit, float factor) {
@@ -76,28 +54,16 @@ int scaled(const ControlReader& r, const char* edit, float factor) {
 Command guide(const ControlReader& r, int code) {
     return words(code, scaled(r, control::kGuideAzimuth, 100.0F), scaled(r, control::kGuidePitch, 100.0F));
 }
-Command digitalGuide(const ControlReader& r, int) {
-    return guide(r, CMD_DIGITAL_GUIDE);
-}
-Command attitudeGuide(const ControlReader& r, int) {
-    return guide(r, CMD_ATTITUDE_GUIDE);
-}
+Command digitalGuide(const ControlReader& r, int) { return guide(r, CMD_DIGITAL_GUIDE); }
+Command attitudeGuide(const ControlReader& r, int) { return guide(r, CMD_ATTITUDE_GUIDE); }
 
 Command visibleLens(const ControlReader& r, int action) {
     return four(CMD_VL_LENS, action, r.number(control::kVisibleSpeed));
 }
-Command focusNear(const ControlReader& r, int) {
-    return visibleLens(r, 3);
-}
-Command focusFar(const ControlReader& r, int) {
-    return visibleLens(r, 4);
-}
-Command zoomIn(const ControlReader& r, int) {
-    return visibleLens(r, 1);
-}
-Command zoomOut(const ControlReader& r, int) {
-    return visibleLens(r, 2);
-}
+Command focusNear(const ControlReader& r, int) { return visibleLens(r, 3); }
+Command focusFar(const ControlReader& r, int) { return visibleLens(r, 4); }
+Command zoomIn(const ControlReader& r, int) { return visibleLens(r, 1); }
+Command zoomOut(const ControlReader& r, int) { return visibleLens(r, 2); }
 
 Command rangeContinuous(const ControlReader& r, int) {
     return four(CMD_RANGE_CONTINUOUS, r.number(control::kRangePeriod));
@@ -143,7 +109,9 @@ Command trackById(const ControlReader& r, int) {
 template <std::size_t N>
 int checkedIndex(const ControlReader& r, const char* const (&buttons)[N]) {
     for (std::size_t i = 0; i < N; ++i) {
-        if (r.checked(buttons[i])) return static_cast<int>(i);
+        if (r.checked(buttons[i])) {
+            return static_cast<int>(i);
+        }
     }
     return 255;
 }
@@ -173,7 +141,9 @@ Command scanPitch(const ControlReader& r, int) {
 // 15 bits of the tenfold speed, and the mode (0 scan, 1 lock) on top.
 int axisWord(const ControlReader& r, const char* speed_edit, const char* mode_combo) {
     std::uint32_t v = static_cast<std::uint32_t>(r.number(speed_edit)) * 10U;
-    if ((v & 0x80000000U) != 0) v |= 1U << 14;
+    if ((v & 0x80000000U) != 0) {
+        v |= 1U << 14;
+    }
     const std::uint32_t mode = (static_cast<std::uint32_t>(r.index(mode_combo)) << 15) & 0x8000U;
     return static_cast<int>((v & 0x7FFFU) | mode);
 }
@@ -194,12 +164,8 @@ Command geo(const ControlReader& r, std::uint8_t code) {
     storeI32(&c.bytes[8], truncateToI32(static_cast<double>(r.decimal(control::kAltitude)) * 10.0));
     return c;
 }
-Command geoGuide(const ControlReader& r, int) {
-    return geo(r, CMD_GEO_GUIDE);
-}
-Command geoTrack(const ControlReader& r, int) {
-    return geo(r, CMD_GEO_TRACK);
-}
+Command geoGuide(const ControlReader& r, int) { return geo(r, CMD_GEO_GUIDE); }
+Command geoTrack(const ControlReader& r, int) { return geo(r, CMD_GEO_TRACK); }
 
 Command focalLength(const ControlReader& r, int) {
     return words(CMD_VL_FOCAL_LENGTH, scaled(r, control::kFocalLength, 10.0F), 0);
@@ -221,19 +187,13 @@ Command osd(int sub_command, std::uint32_t word) {
 Command osdItems(const ControlReader& r, bool save) {
     return osd(3, osdWord([&r](const char* widget) { return r.checked(widget); }, save));
 }
-Command osdApply(const ControlReader& r, int) {
-    return osdItems(r, false);
-}
-Command osdSave(const ControlReader& r, int) {
-    return osdItems(r, true);
-}
+Command osdApply(const ControlReader& r, int) { return osdItems(r, false); }
+Command osdSave(const ControlReader& r, int) { return osdItems(r, true); }
 Command osdStyle(const ControlReader& r, int) {
     return osdStyleCommand(r.index(control::kOsdColour), r.index(control::kOsdLanguage));
 }
 
-Command palette(const ControlReader&, int index) {
-    return four(CMD_IR_PALETTE, 1, index);
-}
+Command palette(const ControlReader&, int index) { return four(CMD_IR_PALETTE, 1, index); }
 // The box itself, not the index handed over: what is shown is what is sent.
 Command enhancement(const ControlReader& r, int) {
     return four(CMD_IR_DDE, 1, r.index(control::kEnhancement));
@@ -245,12 +205,8 @@ template <std::uint8_t kCode>
 Command byValue(const ControlReader&, int value) {
     return four(kCode, value);
 }
-Command stabilise(const ControlReader&, int on) {
-    return four(CMD_VL_IMAGE, 4, on != 0 ? 1 : 2);
-}
-Command demist(const ControlReader&, int on) {
-    return four(CMD_WINDOW_DEFOG, 1, on);
-}
+Command stabilise(const ControlReader&, int on) { return four(CMD_VL_IMAGE, 4, on != 0 ? 1 : 2); }
+Command demist(const ControlReader&, int on) { return four(CMD_WINDOW_DEFOG, 1, on); }
 
 constexpr CatalogueRow button(const char* object, std::uint8_t code, std::uint8_t p1, std::uint8_t p2,
                               ServoMode servo, const char* caption) {
@@ -400,20 +356,24 @@ constexpr CatalogueRow kCatalogue[] = {
 
 }  // namespace
 
-CatalogueView commandCatalogue() {
-    return {kCatalogue, std::size(kCatalogue)};
-}
+CatalogueView commandCatalogue() { return {kCatalogue, std::size(kCatalogue)}; }
 
 const CatalogueRow* findControl(ControlKind kind, std::string_view object, ServoMode servo) {
     for (const CatalogueRow& row : kCatalogue) {
-        if (row.kind != kind || object != row.object) continue;
-        if (row.servo == ServoMode::kAny || row.servo == servo) return &row;
+        if (row.kind != kind || object != row.object) {
+            continue;
+        }
+        if (row.servo == ServoMode::kAny || row.servo == servo) {
+            return &row;
+        }
     }
     return nullptr;
 }
 
 Command commandOf(const CatalogueRow& row, const ControlReader& controls, int value) {
-    if (row.build != nullptr) return row.build(controls, value);
+    if (row.build != nullptr) {
+        return row.build(controls, value);
+    }
     return row.code != 0 ? four(row.code, row.p1, row.p2) : Command();
 }
 
@@ -435,19 +395,25 @@ void send(FrameSender& sender, const Command& command) {
     }
 }
 
-Command osdStyleCommand(int colour, int language) {
-    return osd(4, osdStyleWord(colour, language));
-}
+Command osdStyleCommand(int colour, int language) { return osd(4, osdStyleWord(colour, language)); }
 
 Command zoomCommand(int window, int cmd, int display_mode) {
-    if (window == 2) return four(CMD_IR_LENS, cmd, 7);
-    if (window != 1) return {};
-    if (!infraredShown(display_mode)) return four(CMD_VL_LENS, cmd, 7);
+    if (window == 2) {
+        return four(CMD_IR_LENS, cmd, 7);
+    }
+    if (window != 1) {
+        return {};
+    }
+    if (!infraredShown(display_mode)) {
+        return four(CMD_VL_LENS, cmd, 7);
+    }
     return four(CMD_IR_LENS, cmd == 1 ? 15 : 16);
 }
 
 Command zoomBySourceCommand(bool in, int display_mode) {
-    if (!infraredShown(display_mode)) return four(CMD_VL_LENS, in ? 1 : 2);
+    if (!infraredShown(display_mode)) {
+        return four(CMD_VL_LENS, in ? 1 : 2);
+    }
     return four(CMD_IR_LENS, in ? 15 : 16);
 }
 

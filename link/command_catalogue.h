@@ -92,8 +92,6 @@ Command zoomCommand(int window, int cmd, int display_mode);
 // Zoom of the shown picture's camera by a button or key.
 Command zoomBySourceCommand(bool in, int display_mode);
 // Pictures 0 and 3 come from the infrared camera.
-constexpr bool infraredShown(int display_mode) {
-    return display_mode == 0 || display_mode == 3;
-}
+constexpr bool infraredShown(int display_mode) { return display_mode == 0 || display_mode == 3; }
 
 }  // namespace sorvane

@@ -192,13 +192,9 @@ void CommandFields::showServoMode(bool frame_mode) {
     m_form.gyro_speed->setHidden(frame_mode);
 }
 
-void CommandFields::onAzimuthMode(int index) {
-    m_form.azimuth_speed->setEnabled(index == 0);
-}
+void CommandFields::onAzimuthMode(int index) { m_form.azimuth_speed->setEnabled(index == 0); }
 
-void CommandFields::onPitchMode(int index) {
-    m_form.pitch_speed->setEnabled(index == 0);
-}
+void CommandFields::onPitchMode(int index) { m_form.pitch_speed->setEnabled(index == 0); }
 
 void CommandFields::onIlluminator(bool on) {
     m_form.illuminator_rate->setEnabled(on);

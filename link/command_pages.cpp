@@ -57,13 +57,9 @@ void CommandPages::pressed(QObject* button) {
         button->objectName().toUtf8().constData(), 0);
 }
 
-void CommandPages::chosen(const char* control, int index) {
-    run(ControlKind::kCombo, control, index);
-}
+void CommandPages::chosen(const char* control, int index) { run(ControlKind::kCombo, control, index); }
 
-void CommandPages::switched(const char* control, bool on) {
-    run(ControlKind::kSwitch, control, on ? 1 : 0);
-}
+void CommandPages::switched(const char* control, bool on) { run(ControlKind::kSwitch, control, on ? 1 : 0); }
 
 void CommandPages::setZoom(int window, int command) {
     qDebug("setZoom, win: %d, cmd: %d", window, command);

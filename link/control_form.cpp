@@ -20,7 +20,9 @@ ControlForm::ControlForm(const QWidget& root, const std::function<sorvane::Calen
     : m_root(root), m_clock(clock) {}
 
 bool ControlForm::checked(const char* object) const {
-    if (const auto* toggle = find<SwitchControl>(m_root, object)) return toggle->isToggled();
+    if (const auto* toggle = find<SwitchControl>(m_root, object)) {
+        return toggle->isToggled();
+    }
     const auto* button = find<QAbstractButton>(m_root, object);
     return button != nullptr && button->isChecked();
 }
@@ -41,23 +43,21 @@ int ControlForm::itemData(const char* object) const {
 }
 
 QString ControlForm::text(const char* object) const {
-    if (const auto* box = find<QComboBox>(m_root, object)) return box->currentText();
+    if (const auto* box = find<QComboBox>(m_root, object)) {
+        return box->currentText();
+    }
     const auto* edit = find<QLineEdit>(m_root, object);
     return edit != nullptr ? edit->text() : QString();
 }
 
-int ControlForm::number(const char* object) const {
-    return text(object).toInt();
-}
+int ControlForm::number(const char* object) const { return text(object).toInt(); }
 
-float ControlForm::decimal(const char* object) const {
-    return text(object).toFloat();
-}
+float ControlForm::decimal(const char* object) const { return text(object).toFloat(); }
 
-sorvane::CalendarTime ControlForm::localTime() const {
-    return m_clock();
-}
+sorvane::CalendarTime ControlForm::localTime() const { return m_clock(); }
 
 void ControlForm::setNumber(const char* edit, int value) const {
-    if (auto* target = find<QLineEdit>(m_root, edit)) target->setText(QString::number(value));
+    if (auto* target = find<QLineEdit>(m_root, edit)) {
+        target->setText(QString::number(value));
+    }
 }

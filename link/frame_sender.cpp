@@ -66,23 +66,32 @@ void FrameSender::sendCommandPayload(std::uint8_t code, const void* data, int n)
         sendVariableFrame(code, data, n);
         return;
     }
-    if (n < 0 || n > kFixedPayloadRoom || (data == nullptr && n != 0)) return;
+    if (n < 0 || n > kFixedPayloadRoom || (data == nullptr && n != 0)) {
+        return;
+    }
     m_frame.code = code;
-    if (n > 0)
+    if (n > 0) {
         std::memcpy(m_frame.bytes() + offsetof(FixedCommandFrame, p), data, static_cast<std::size_t>(n));
+    }
     m_frameRelease = false;
 }
 
 void FrameSender::sendVariableFrame(std::uint16_t code, const void* data, int n) {
     const std::vector<std::uint8_t> frame = buildVariableFrame(code, data, n);
-    if (frame.empty()) return;
+    if (frame.empty()) {
+        return;
+    }
     if (m_conditions.drag_under_way()) {
-        if (m_conditions.elapsed_ms() < kDragInterval_ms) return;
+        if (m_conditions.elapsed_ms() < kDragInterval_ms) {
+            return;
+        }
         m_conditions.restart_clock();
     }
     m_conditions.push(frame.data(), static_cast<int>(frame.size()));
     // The stream of position frames must not disturb which command a release ends.
-    if (code != CMD_NAV_BLOCK) m_lastCode = code;
+    if (code != CMD_NAV_BLOCK) {
+        m_lastCode = code;
+    }
 }
 
 void FrameSender::sendFixedFrame(FixedCommandFrame& frame) {
@@ -99,9 +108,13 @@ void FrameSender::sendFixedFrame(FixedCommandFrame& frame) {
 void FrameSender::periodTick() {
     sendFixedFrame(m_frame);
     // A second frame of this code would start tracking anew.
-    if (m_frame.code == CMD_TRACK_POINT) resetFixedFrame(m_frame);
+    if (m_frame.code == CMD_TRACK_POINT) {
+        resetFixedFrame(m_frame);
+    }
     // Stays true until the next command: harmless, the frame is idle then.
-    if (m_frameRelease) release();
+    if (m_frameRelease) {
+        release();
+    }
 }
 
 void FrameSender::release() {
@@ -119,20 +132,26 @@ void FrameSender::release() {
         sendFixedFrame(stop);
     }
     // The frame goes on carrying zero rates.
-    if (rate_code == CMD_SERVO_RATE) m_frame.rate_code = CMD_SERVO_RATE;
+    if (rate_code == CMD_SERVO_RATE) {
+        m_frame.rate_code = CMD_SERVO_RATE;
+    }
 }
 
 void FrameSender::navTick() {
     // Unlike the fixed frame this path does not ask for the interface feed, and positions stay integers: both
     // meant.
-    if (!m_conditions.ins_open()) setLocalTime(m_navBlock, m_conditions.local_time());
+    if (!m_conditions.ins_open()) {
+        setLocalTime(m_navBlock, m_conditions.local_time());
+    }
     sendVariableFrame(CMD_NAV_BLOCK, &m_navBlock, kNavBlockSize);
 }
 
 void FrameSender::stopCommand(std::uint16_t code) {
     m_frameRelease = true;
     const std::uint16_t ended = code != 0 ? code : m_lastCode;
-    if (!m_conditions.single_mode() || !needsStopFrame(ended)) return;
+    if (!m_conditions.single_mode() || !needsStopFrame(ended)) {
+        return;
+    }
     const std::uint8_t zero[4] = {};
     sendVariableFrame(ended, zero, sizeof zero);
 }

@@ -43,9 +43,7 @@ static_assert(offsetof(FixedCommandFrame, check) == 42);
 void resetFixedFrame(FixedCommandFrame& frame);
 
 // Codes whose payload is longer than the four parameters and takes the place of the NavBlock.
-constexpr bool carriesLongPayload(std::uint8_t code) {
-    return code == 0x20 || code == 0x1B || code == 0x1C;
-}
+constexpr bool carriesLongPayload(std::uint8_t code) { return code == 0x20 || code == 0x1B || code == 0x1C; }
 
 // Makes a frame ready to leave, in place: the NavBlock (unless the payload is long), then the checksum.
 // Longitude and latitude of `nav` (1e-7 degree) go in as 32-bit floats in degrees. `local_time`, when not

@@ -32,9 +32,7 @@ void fillPorts(QComboBox* box) {
 }
 
 // The network part of an address, as far as the last dot.
-QString subnetOf(const QString& address) {
-    return address.left(address.lastIndexOf(QLatin1Char('.')));
-}
+QString subnetOf(const QString& address) { return address.left(address.lastIndexOf(QLatin1Char('.'))); }
 
 }  // namespace
 
@@ -95,9 +93,7 @@ void LinkPanel::refreshSerialPorts() {
     }
 }
 
-void LinkPanel::refreshInsPorts() {
-    fillPorts(m_form.ins_port);
-}
+void LinkPanel::refreshInsPorts() { fillPorts(m_form.ins_port); }
 
 bool LinkPanel::onNetwork() const {
     return m_fields.link_state == kLinkUdp || m_fields.link_state == kLinkTcp;

@@ -53,7 +53,9 @@ template <typename Checked>
 std::uint32_t osdWord(Checked checked, bool save) {
     std::uint32_t word = save ? 1U << kOsdSaveBit : 0U;
     for (const OsdBit& item : kOsdBits) {
-        if (checked(item.widget) == item.set_when_on) word |= 1U << item.bit;
+        if (checked(item.widget) == item.set_when_on) {
+            word |= 1U << item.bit;
+        }
     }
     return word;
 }

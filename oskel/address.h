@@ -8,10 +8,8 @@ namespace oskel {
 
 // A literal IPv4 (four decimal groups, no leading zeros) or IPv6 text; an IPv4-mapped one becomes IPv4.
 // Nothing for a null pointer, host names, blanks and everything else. Never asks the network.
-std::optional<asio::ip::address> parse_address(const char* text);
+std::optional<asio::ip::address> parseAddress(const char* text);
 
-inline bool is_port(int number) {
-    return number >= 0 && number <= 65535;
-}
+inline bool isPort(int number) { return number >= 0 && number <= 65535; }
 
 }  // namespace oskel

@@ -17,81 +17,94 @@ public:
 
 protected:
     ByteStreamPort(const char* name, ReceiveCallback on_bytes)
-        : Port(name, std::move(on_bytes)), device_(io_) {}
+        : Port(name, std::move(on_bytes)), m_device(m_io) {}
 
     // What the device takes at once, on the caller's thread, so that sending does not depend on a callback
     // that takes its time.
-    virtual std::size_t write_now(const std::uint8_t* data, std::size_t size) = 0;
+    virtual std::size_t writeNow(const std::uint8_t* data, std::size_t size) = 0;
 
-    void arm_receive() override {
-        device_.async_read_some(
-            asio::buffer(received_),
-            [this](const asio::error_code& error, std::size_t size) { on_received(error, size); });
+    void armReceive() override {
+        m_device.async_read_some(
+            asio::buffer(m_received),
+            [this](const asio::error_code& error, std::size_t size) { onReceived(error, size); });
     }
 
     int send(const std::uint8_t* data, std::size_t size) override {
-        if (size > queue_limit - queued()) return 0;
-        const std::size_t taken = queued() == 0 ? write_now(data, size) : 0;
-        waiting_.insert(waiting_.end(), data + taken, data + size);
-        if (in_flight_.empty()) write_next();
+        if (size > queue_limit - queued()) {
+            return 0;
+        }
+        const std::size_t taken = queued() == 0 ? writeNow(data, size) : 0;
+        m_waiting.insert(m_waiting.end(), data + taken, data + size);
+        if (m_inFlight.empty()) {
+            writeNext();
+        }
         return static_cast<int>(size);
     }
 
-    void close_device() override {
+    void closeDevice() override {
         asio::error_code unimportant;
-        device_.close(unimportant);
-        waiting_.clear();
+        m_device.close(unimportant);
+        m_waiting.clear();
     }
 
-    Device device_;
+    Device m_device;
 
 private:
-    std::size_t queued() const { return in_flight_.size() - written_ + waiting_.size(); }
+    std::size_t queued() const { return m_inFlight.size() - m_written + m_waiting.size(); }
 
-    void on_received(const asio::error_code& error, std::size_t size) {
-        if (size > 0) deliver(size);
-        std::lock_guard lock(mutex_);
-        if (ended()) return;
+    void onReceived(const asio::error_code& error, std::size_t size) {
+        if (size > 0) {
+            deliver(size);
+        }
+        std::lock_guard lock(m_mutex);
+        if (ended()) {
+            return;
+        }
         // End of file, a reset, an unplugged device: nothing will come any more and nobody is told.
-        if (error)
+        if (error) {
             end();
-        else
-            arm_receive();
+        } else {
+            armReceive();
+        }
     }
 
-    void write_next() {
-        if (waiting_.empty()) return;
-        in_flight_.swap(waiting_);
-        written_ = 0;
-        write_rest();
+    void writeNext() {
+        if (m_waiting.empty()) {
+            return;
+        }
+        m_inFlight.swap(m_waiting);
+        m_written = 0;
+        writeRest();
     }
 
-    void write_rest() {
-        device_.async_write_some(
-            asio::buffer(in_flight_.data() + written_, in_flight_.size() - written_),
-            [this](const asio::error_code& error, std::size_t size) { on_written(error, size); });
+    void writeRest() {
+        m_device.async_write_some(
+            asio::buffer(m_inFlight.data() + m_written, m_inFlight.size() - m_written),
+            [this](const asio::error_code& error, std::size_t size) { onWritten(error, size); });
     }
 
-    void on_written(const asio::error_code& error, std::size_t size) {
-        std::lock_guard lock(mutex_);
-        if (ended()) return;
+    void onWritten(const asio::error_code& error, std::size_t size) {
+        std::lock_guard lock(m_mutex);
+        if (ended()) {
+            return;
+        }
         if (error) {
             end();
             return;
         }
-        written_ += size;
-        if (written_ < in_flight_.size()) {
-            write_rest();
+        m_written += size;
+        if (m_written < m_inFlight.size()) {
+            writeRest();
             return;
         }
-        in_flight_.clear();
-        written_ = 0;
-        write_next();
+        m_inFlight.clear();
+        m_written = 0;
+        writeNext();
     }
 
-    std::vector<std::uint8_t> in_flight_;  // must stay where it is until on_written()
-    std::size_t written_ = 0;              // of in_flight_
-    std::vector<std::uint8_t> waiting_;
+    std::vector<std::uint8_t> m_inFlight;  // must stay where it is until on_written()
+    std::size_t m_written = 0;             // of in_flight_
+    std::vector<std::uint8_t> m_waiting;
 };
 
 }  // namespace oskel

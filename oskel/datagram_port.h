@@ -21,19 +21,19 @@ public:
     bool open();
 
 private:
-    void arm_receive() override;
+    void armReceive() override;
     int send(const std::uint8_t* data, std::size_t size) override;
-    void close_device() override;
+    void closeDevice() override;
 
-    void on_received(const asio::error_code& error, std::size_t size);
-    bool takes_from_anybody() const;
+    void onReceived(const asio::error_code& error, std::size_t size);
+    bool takesFromAnybody() const;
     bool bind();
-    bool join_group();
+    bool joinGroup();
 
-    const DatagramRoute route_;
+    const DatagramRoute m_route;
     // With the receive buffer, since the system may fill it until the operation has come back.
-    asio::ip::udp::endpoint sender_;
-    asio::ip::udp::socket socket_;
+    asio::ip::udp::endpoint m_sender;
+    asio::ip::udp::socket m_socket;
 };
 
 }  // namespace oskel

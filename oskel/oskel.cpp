@@ -20,41 +20,44 @@ namespace {
 class OpenPorts {
 public:
     int add(std::shared_ptr<Port> port) {
-        std::lock_guard lock(mutex_);
-        while (ports_.count(next_) != 0)
+        std::lock_guard lock(m_mutex);
+        while (m_ports.count(m_next) != 0) {
             advance();
-        const int handle = next_;
-        ports_.emplace(handle, std::move(port));
+        }
+        const int handle = m_next;
+        m_ports.emplace(handle, std::move(port));
         advance();
         return handle;
     }
 
     std::shared_ptr<Port> find(int handle) {
-        std::lock_guard lock(mutex_);
-        const auto found = ports_.find(handle);
-        return found == ports_.end() ? nullptr : found->second;
+        std::lock_guard lock(m_mutex);
+        const auto found = m_ports.find(handle);
+        return found == m_ports.end() ? nullptr : found->second;
     }
 
     std::shared_ptr<Port> remove(int handle) {
-        std::lock_guard lock(mutex_);
-        const auto found = ports_.find(handle);
-        if (found == ports_.end()) return nullptr;
+        std::lock_guard lock(m_mutex);
+        const auto found = m_ports.find(handle);
+        if (found == m_ports.end()) {
+            return nullptr;
+        }
         auto port = std::move(found->second);
-        ports_.erase(found);
+        m_ports.erase(found);
         return port;
     }
 
 private:
     // A number comes round only after all others, so that one kept after its close does not hit a newer port.
-    void advance() { next_ = next_ == std::numeric_limits<int>::max() ? 1 : next_ + 1; }
+    void advance() { m_next = m_next == std::numeric_limits<int>::max() ? 1 : m_next + 1; }
 
-    std::mutex mutex_;
-    std::map<int, std::shared_ptr<Port>> ports_;
-    int next_ = 1;
+    std::mutex m_mutex;
+    std::map<int, std::shared_ptr<Port>> m_ports;
+    int m_next = 1;
 };
 
 // Never destroyed: threads may still use it while the program ends.
-OpenPorts& open_ports() {
+OpenPorts& openPorts() {
     static OpenPorts* const ports = new OpenPorts;
     return *ports;
 }
@@ -65,33 +68,47 @@ template <typename Open>
 int dial(int failed, Open open) {
     try {
         const std::shared_ptr<Port> port = open();
-        if (port == nullptr || !port->start()) return failed;
-        return open_ports().add(port);
+        if (port == nullptr || !port->start()) {
+            return failed;
+        }
+        return openPorts().add(port);
     } catch (const std::exception&) {
         return failed;
     }
 }
 
-bool has_control_characters(const std::string& text) {
+bool hasControlCharacters(const std::string& text) {
     for (const unsigned char letter : text) {
-        if (letter < 0x20 || letter == 0x7F) return true;
+        if (letter < 0x20 || letter == 0x7F) {
+            return true;
+        }
     }
     return false;
 }
 
 // False for texts that make no route. An empty remote is a port that only receives.
-bool make_route(const char* remote_ip, int remote_port, const char* local_ip, int local_port,
-                DatagramRoute& route) {
-    if (remote_ip == nullptr || local_ip == nullptr) return false;
-    if (!is_port(remote_port) || !is_port(local_port)) return false;
-    if (*remote_ip == '\0' && remote_port != 0) return false;
-    auto local = parse_address(local_ip);
-    auto remote = parse_address(remote_ip);
-    if ((!local && *local_ip != '\0') || (!remote && *remote_ip != '\0')) return false;
+bool makeRoute(const char* remote_ip, int remote_port, const char* local_ip, int local_port,
+               DatagramRoute& route) {
+    if (remote_ip == nullptr || local_ip == nullptr) {
+        return false;
+    }
+    if (!isPort(remote_port) || !isPort(local_port)) {
+        return false;
+    }
+    if (*remote_ip == '\0' && remote_port != 0) {
+        return false;
+    }
+    auto local = parseAddress(local_ip);
+    auto remote = parseAddress(remote_ip);
+    if ((!local && *local_ip != '\0') || (!remote && *remote_ip != '\0')) {
+        return false;
+    }
     const bool is_v6 = remote ? remote->is_v6() : local && local->is_v6();
     const asio::ip::address any = is_v6 ? asio::ip::address(asio::ip::address_v6::any())
                                         : asio::ip::address(asio::ip::address_v4::any());
-    if (local.value_or(any).is_v6() != is_v6) return false;
+    if (local.value_or(any).is_v6() != is_v6) {
+        return false;
+    }
     route.local = {local.value_or(any), static_cast<unsigned short>(local_port)};
     route.remote = {remote.value_or(any), static_cast<unsigned short>(remote_port)};
     return true;
@@ -103,7 +120,9 @@ int dialDatagram(const char* remote_ip, int remote_port, const char* local_ip, i
                  ReceiveCallback on_bytes) {
     return dial(-1, [&]() -> std::shared_ptr<Port> {
         DatagramRoute route;
-        if (!make_route(remote_ip, remote_port, local_ip, local_port, route)) return nullptr;
+        if (!makeRoute(remote_ip, remote_port, local_ip, local_port, route)) {
+            return nullptr;
+        }
         auto port = std::make_shared<DatagramPort>(route, std::move(on_bytes));
         return port->open() ? port : nullptr;
     });
@@ -111,8 +130,10 @@ int dialDatagram(const char* remote_ip, int remote_port, const char* local_ip, i
 
 int dialStream(const char* remote_ip, int port_number, ReceiveCallback on_bytes) {
     return dial(0, [&]() -> std::shared_ptr<Port> {
-        const auto remote = parse_address(remote_ip);
-        if (!remote || !is_port(port_number) || port_number == 0) return nullptr;
+        const auto remote = parseAddress(remote_ip);
+        if (!remote || !isPort(port_number) || port_number == 0) {
+            return nullptr;
+        }
         auto port = std::make_shared<StreamPort>(std::move(on_bytes));
         return port->connect({*remote, static_cast<unsigned short>(port_number)}) ? port : nullptr;
     });
@@ -120,25 +141,35 @@ int dialStream(const char* remote_ip, int port_number, ReceiveCallback on_bytes)
 
 int dialSerial(const char* port_name, int baud, ReceiveCallback on_bytes) {
     return dial(-1, [&]() -> std::shared_ptr<Port> {
-        if (port_name == nullptr || baud <= 0 || has_control_characters(port_name)) return nullptr;
-        const std::string device = system::serial_device(port_name);
-        if (device.empty()) return nullptr;
+        if (port_name == nullptr || baud <= 0 || hasControlCharacters(port_name)) {
+            return nullptr;
+        }
+        const std::string device = system::serialDevice(port_name);
+        if (device.empty()) {
+            return nullptr;
+        }
         auto port = std::make_shared<SerialPort>(std::move(on_bytes));
         return port->open(device, static_cast<unsigned int>(baud)) ? port : nullptr;
     });
 }
 
 int push_bytes(const void* data, int length, int handle) {
-    if (length < 0 || (data == nullptr && length > 0)) return -1;
-    const auto port = open_ports().find(handle);
-    if (port == nullptr) return -1;
+    if (length < 0 || (data == nullptr && length > 0)) {
+        return -1;
+    }
+    const auto port = openPorts().find(handle);
+    if (port == nullptr) {
+        return -1;
+    }
     return length == 0 ? 0
                        : port->push(static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(length));
 }
 
 int hang_up(int handle) {
-    const auto port = open_ports().remove(handle);
-    if (port == nullptr) return -1;
+    const auto port = openPorts().remove(handle);
+    if (port == nullptr) {
+        return -1;
+    }
     port->hang_up();
     return 0;
 }

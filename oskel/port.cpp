@@ -17,13 +17,13 @@ constexpr std::chrono::milliseconds longest_wait_for_thread{600};
 
 bool Port::start() {
     {
-        std::lock_guard lock(mutex_);
-        arm_receive();
+        std::lock_guard lock(m_mutex);
+        armReceive();
     }
     try {
-        thread_ = std::thread([self = shared_from_this()] { self->run(); });
+        m_thread = std::thread([self = shared_from_this()] { self->run(); });
     } catch (const std::system_error&) {
-        std::lock_guard lock(mutex_);
+        std::lock_guard lock(m_mutex);
         end();
         return false;
     }
@@ -31,38 +31,44 @@ bool Port::start() {
 }
 
 void Port::run() {
-    system::name_this_thread(name_);
+    system::nameThisThread(m_name);
     // Returns when nothing is pending, that is once the device is closed and its last operation has come
     // back.
-    io_.run();
-    std::lock_guard lock(mutex_);
-    thread_is_over_ = true;
-    finished_.notify_all();
+    m_io.run();
+    std::lock_guard lock(m_mutex);
+    m_threadIsOver = true;
+    m_finished.notify_all();
 }
 
 void Port::deliver(std::size_t size) {
     {
-        std::lock_guard lock(mutex_);
-        if (closing_) return;
+        std::lock_guard lock(m_mutex);
+        if (m_closing) {
+            return;
+        }
     }
-    if (on_bytes_) on_bytes_(received_.data(), static_cast<std::int32_t>(size), 0);
+    if (m_onBytes) {
+        m_onBytes(m_received.data(), static_cast<std::int32_t>(size), 0);
+    }
 }
 
 int Port::push(const std::uint8_t* data, std::size_t size) {
-    std::lock_guard lock(mutex_);
-    return ended_ || closing_ ? -1 : send(data, size);
+    std::lock_guard lock(m_mutex);
+    return m_ended || m_closing ? -1 : send(data, size);
 }
 
 void Port::end() {
-    if (ended_) return;
-    ended_ = true;
-    close_device();
+    if (m_ended) {
+        return;
+    }
+    m_ended = true;
+    closeDevice();
 }
 
-void Port::linger_and_end() {
+void Port::lingerAndEnd() {
     const auto deadline = std::chrono::steady_clock::now() + longest_linger;
-    std::unique_lock lock(mutex_);
-    while (!ended_ && lingering() > 0 && std::chrono::steady_clock::now() < deadline) {
+    std::unique_lock lock(m_mutex);
+    while (!m_ended && lingering() > 0 && std::chrono::steady_clock::now() < deadline) {
         lock.unlock();
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         lock.lock();
@@ -71,22 +77,22 @@ void Port::linger_and_end() {
 }
 
 void Port::hang_up() {
-    std::unique_lock lock(mutex_);
-    closing_ = true;
-    if (std::this_thread::get_id() == thread_.get_id()) {
+    std::unique_lock lock(m_mutex);
+    m_closing = true;
+    if (std::this_thread::get_id() == m_thread.get_id()) {
         end();
-        thread_.detach();
+        m_thread.detach();
         return;
     }
-    asio::post(io_, [this] { linger_and_end(); });
-    if (finished_.wait_for(lock, longest_wait_for_thread, [this] { return thread_is_over_; })) {
+    asio::post(m_io, [this] { lingerAndEnd(); });
+    if (m_finished.wait_for(lock, longest_wait_for_thread, [this] { return m_threadIsOver; })) {
         lock.unlock();
-        thread_.join();
+        m_thread.join();
         return;
     }
     // The callback holds the thread. The address and the device must be free for the next open all the same.
     end();
-    thread_.detach();
+    m_thread.detach();
 }
 
 }  // namespace oskel

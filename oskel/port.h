@@ -33,37 +33,37 @@ public:
 
 protected:
     // `name` is a literal of at most 15 characters.
-    Port(const char* name, ReceiveCallback on_bytes) : on_bytes_(std::move(on_bytes)), name_(name) {}
+    Port(const char* name, ReceiveCallback on_bytes) : m_onBytes(std::move(on_bytes)), m_name(name) {}
 
     // On the port's thread, without the mutex: hands bytes on, unless the port is closing.
     void deliver(std::size_t size);
     // Closes the device and takes no more work; the thread then ends by itself. With the mutex.
     void end();
-    bool ended() const { return ended_; }
+    bool ended() const { return m_ended; }
 
     // All with the mutex:
-    virtual void arm_receive() = 0;
+    virtual void armReceive() = 0;
     virtual int send(const std::uint8_t* data, std::size_t size) = 0;
-    virtual void close_device() = 0;
+    virtual void closeDevice() = 0;
     // Bytes worth waiting for before an orderly close.
     virtual std::size_t lingering() { return 0; }
 
-    std::mutex mutex_;
+    std::mutex m_mutex;
     // Ahead of io_: a system that reads in the background may write here until io_ is gone.
-    std::array<std::uint8_t, 65536> received_;
-    asio::io_context io_{1};
+    std::array<std::uint8_t, 65536> m_received;
+    asio::io_context m_io{1};
 
 private:
     void run();
-    void linger_and_end();
+    void lingerAndEnd();
 
-    ReceiveCallback on_bytes_;
-    const char* const name_;
-    std::thread thread_;
-    std::condition_variable finished_;
-    bool closing_ = false;  // hang_up() has been called
-    bool ended_ = false;    // the device is closed
-    bool thread_is_over_ = false;
+    ReceiveCallback m_onBytes;
+    const char* const m_name;
+    std::thread m_thread;
+    std::condition_variable m_finished;
+    bool m_closing = false;  // hang_up() has been called
+    bool m_ended = false;    // the device is closed
+    bool m_threadIsOver = false;
 };
 
 }  // namespace oskel

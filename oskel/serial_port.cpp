@@ -9,11 +9,13 @@ SerialPort::SerialPort(ReceiveCallback on_bytes) : ByteStreamPort("oskel-serial"
 bool SerialPort::open(const std::string& device, unsigned int baud) {
     using Base = asio::serial_port_base;
     asio::error_code error;
-    device_.open(device, error);
-    if (error) return false;
-    system::keep_from_children(device_);
+    m_device.open(device, error);
+    if (error) {
+        return false;
+    }
+    system::keepFromChildren(m_device);
     const auto set = [&](const auto& option) {
-        device_.set_option(option, error);
+        m_device.set_option(option, error);
         return !error;
     };
     return set(Base::baud_rate(baud)) && set(Base::character_size(8)) &&
@@ -21,19 +23,17 @@ bool SerialPort::open(const std::string& device, unsigned int baud) {
            set(Base::flow_control(Base::flow_control::none));
 }
 
-std::size_t SerialPort::write_now(const std::uint8_t* data, std::size_t size) {
-    return system::write_now(device_, data, size);
+std::size_t SerialPort::writeNow(const std::uint8_t* data, std::size_t size) {
+    return system::writeNow(m_device, data, size);
 }
 
-std::size_t SerialPort::lingering() {
-    return system::unsent(device_);
-}
+std::size_t SerialPort::lingering() { return system::unsent(m_device); }
 
-void SerialPort::close_device() {
+void SerialPort::closeDevice() {
     // A system may otherwise hold the close until a slow line has swallowed everything, half a minute at
     // worst.
-    system::discard(device_);
-    ByteStreamPort::close_device();
+    system::discard(m_device);
+    ByteStreamPort::closeDevice();
 }
 
 }  // namespace oskel

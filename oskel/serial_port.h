@@ -16,8 +16,8 @@ public:
     bool open(const std::string& device, unsigned int baud);
 
 private:
-    std::size_t write_now(const std::uint8_t* data, std::size_t size) override;
-    void close_device() override;
+    std::size_t writeNow(const std::uint8_t* data, std::size_t size) override;
+    void closeDevice() override;
     std::size_t lingering() override;
 };
 

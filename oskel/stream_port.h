@@ -15,7 +15,7 @@ public:
     bool connect(const asio::ip::tcp::endpoint& remote);
 
 private:
-    std::size_t write_now(const std::uint8_t* data, std::size_t size) override;
+    std::size_t writeNow(const std::uint8_t* data, std::size_t size) override;
 };
 
 }  // namespace oskel

@@ -11,24 +11,24 @@
 namespace oskel::system {
 
 // The device to open for the name that the operator sees; empty for a name that cannot be a serial port.
-std::string serial_device(const std::string& port_name);
+std::string serialDevice(const std::string& port_name);
 
 // Bytes written to the line and not yet on the wire; 0 if the device does not say.
 std::size_t unsent(asio::serial_port& line);
 // Throws away what has not been sent or read, so that closing the device does not wait for it.
 void discard(asio::serial_port& line);
 // Writes what the device takes at once and returns how much that was; 0 also where only queued writes exist.
-std::size_t write_now(asio::serial_port& line, const std::uint8_t* data, std::size_t size);
+std::size_t writeNow(asio::serial_port& line, const std::uint8_t* data, std::size_t size);
 
 // Programs that the station starts must not hold its ports open.
-void keep_from_children(asio::ip::udp::socket& socket);
-void keep_from_children(asio::ip::tcp::socket& socket);
-void keep_from_children(asio::serial_port& line);
+void keepFromChildren(asio::ip::udp::socket& socket);
+void keepFromChildren(asio::ip::tcp::socket& socket);
+void keepFromChildren(asio::serial_port& line);
 
 // Some systems hand a socket every group that any program of the machine has joined; this one wants its own.
-void take_joined_groups_only(asio::ip::udp::socket& socket);
+void takeJoinedGroupsOnly(asio::ip::udp::socket& socket);
 
 // For debuggers and process lists; at most 15 characters.
-void name_this_thread(const char* name);
+void nameThisThread(const char* name);
 
 }  // namespace oskel::system

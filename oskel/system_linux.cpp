@@ -12,18 +12,20 @@
 namespace oskel::system {
 namespace {
 
-void close_on_exec(int descriptor) {
-    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-}
+void closeOnExec(int descriptor) { ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); }
 
 }  // namespace
 
-std::string serial_device(const std::string& port_name) {
-    if (port_name.empty()) return {};
+std::string serialDevice(const std::string& port_name) {
+    if (port_name.empty()) {
+        return {};
+    }
     const std::string path = port_name.find('/') == std::string::npos ? "/dev/" + port_name : port_name;
     // Opening is not harmless for everything that has a path: a FIFO, say, would let its writer run on.
     struct stat status {};
-    if (::stat(path.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) return {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) {
+        return {};
+    }
     return path;
 }
 
@@ -33,36 +35,26 @@ std::size_t unsent(asio::serial_port& line) {
                                                                              : 0;
 }
 
-void discard(asio::serial_port& line) {
-    ::tcflush(line.native_handle(), TCIOFLUSH);
-}
+void discard(asio::serial_port& line) { ::tcflush(line.native_handle(), TCIOFLUSH); }
 
-std::size_t write_now(asio::serial_port& line, const std::uint8_t* data, std::size_t size) {
+std::size_t writeNow(asio::serial_port& line, const std::uint8_t* data, std::size_t size) {
     const ssize_t taken = ::write(line.native_handle(), data, size);
     return taken > 0 ? static_cast<std::size_t>(taken) : 0;
 }
 
-void keep_from_children(asio::ip::udp::socket& socket) {
-    close_on_exec(socket.native_handle());
-}
+void keepFromChildren(asio::ip::udp::socket& socket) { closeOnExec(socket.native_handle()); }
 
-void keep_from_children(asio::ip::tcp::socket& socket) {
-    close_on_exec(socket.native_handle());
-}
+void keepFromChildren(asio::ip::tcp::socket& socket) { closeOnExec(socket.native_handle()); }
 
-void keep_from_children(asio::serial_port& line) {
-    close_on_exec(line.native_handle());
-}
+void keepFromChildren(asio::serial_port& line) { closeOnExec(line.native_handle()); }
 
-void take_joined_groups_only(asio::ip::udp::socket& socket) {
+void takeJoinedGroupsOnly(asio::ip::udp::socket& socket) {
     const int off = 0;
     ::setsockopt(socket.native_handle(), IPPROTO_IP, IP_MULTICAST_ALL, &off, sizeof off);
     // The IPv6 twin exists since Linux 4.20; on an IPv4 socket it fails without harm.
     ::setsockopt(socket.native_handle(), IPPROTO_IPV6, IPV6_MULTICAST_ALL, &off, sizeof off);
 }
 
-void name_this_thread(const char* name) {
-    ::pthread_setname_np(::pthread_self(), name);
-}
+void nameThisThread(const char* name) { ::pthread_setname_np(::pthread_self(), name); }
 
 }  // namespace oskel::system

@@ -2,9 +2,7 @@
 
 namespace platform {
 
-bool graphicsDeviceSeen() {
-    return true;
-}
+bool graphicsDeviceSeen() { return true; }
 
 // The system tells a wrapped window's size at once.
 void followWindowSize(SDL_Window* /*window*/) {}

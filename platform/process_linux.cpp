@@ -45,13 +45,9 @@ std::atomic<bool> g_threads_may_go{false};
 // a handler.
 long g_utc_offset = 0;
 
-int reportSignal() {
-    return SIGRTMIN + 3;
-}
+int reportSignal() { return SIGRTMIN + 3; }
 
-int currentThread() {
-    return static_cast<int>(::syscall(SYS_gettid));
-}
+int currentThread() { return static_cast<int>(::syscall(SYS_gettid)); }
 
 void sleepMs(int ms) {
     const timespec pause{0, ms * 1000000L};
@@ -243,9 +239,7 @@ void writeInfo(ChunkWriter& out, int signal, const siginfo_t* info, const char* 
     out.end();
 }
 
-void say(const SafeText& text) {
-    platform::writeAll(STDOUT_FILENO, text.c_str(), text.size());
-}
+void say(const SafeText& text) { platform::writeAll(STDOUT_FILENO, text.c_str(), text.size()); }
 
 void writeCrashDump(int signal, siginfo_t* info, const ucontext_t* context) {
     timespec now{};

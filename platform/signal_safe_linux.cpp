@@ -91,9 +91,7 @@ void composeDumpName(std::int64_t seconds, long nanoseconds, long utc_offset_s, 
     name.add("-").dec(static_cast<std::int64_t>(suffix), 2).add(".dmp");
 }
 
-int openDumpFile(const char* name) {
-    return ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-}
+int openDumpFile(const char* name) { return ::open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644); }
 
 bool writeAll(int fd, const void* data, std::size_t n) {
     const char* at = static_cast<const char*>(data);

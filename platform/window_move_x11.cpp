@@ -86,9 +86,7 @@ bool requestMove(Display* display, Window window) {
 
 }  // namespace
 
-void setInputConnection(void* display) {
-    input_connection = static_cast<Display*>(display);
-}
+void setInputConnection(void* display) { input_connection = static_cast<Display*>(display); }
 
 bool startSystemMove(std::uintptr_t native_window) {
     if (native_window == 0) {

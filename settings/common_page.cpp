@@ -117,17 +117,11 @@ void CommonPage::retranslate() {
     m_form.theme->setItemText(1, tr("黑夜"));
 }
 
-bool CommonPage::singleMode() const {
-    return m_form.single_mode->isChecked();
-}
+bool CommonPage::singleMode() const { return m_form.single_mode->isChecked(); }
 
-bool CommonPage::sendsTelemetryPeriodically() const {
-    return m_form.telemetry_stream->isChecked();
-}
+bool CommonPage::sendsTelemetryPeriodically() const { return m_form.telemetry_stream->isChecked(); }
 
-int CommonPage::languageIndex() const {
-    return m_form.language->currentIndex();
-}
+int CommonPage::languageIndex() const { return m_form.language->currentIndex(); }
 
 std::uint8_t CommonPage::decoderValue() const {
     return sorvane::decoderMask(m_form.decoder->currentData().toInt());

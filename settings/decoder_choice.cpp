@@ -18,9 +18,7 @@ std::vector<int> decoderItems(int mask) {
     return items;
 }
 
-int decoderRow(int stored, int rows) {
-    return stored >= 0 && stored < rows ? stored : 0;
-}
+int decoderRow(int stored, int rows) { return stored >= 0 && stored < rows ? stored : 0; }
 
 std::uint8_t decoderMask(int item) {
     return static_cast<std::uint8_t>(1U << (item >= 0 && item < kDecoders ? item : 0));

@@ -33,6 +33,4 @@ EncoderPage::EncoderPage(const SettingsForm& form) : m_form(form) {
     }
 }
 
-void EncoderPage::load() {
-    m_form.codec->setCurrentIndex(0);
-}
+void EncoderPage::load() { m_form.codec->setCurrentIndex(0); }

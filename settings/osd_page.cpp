@@ -42,9 +42,7 @@ void OsdPage::retranslate() {
     }
 }
 
-void OsdPage::setLanguage(int language) {
-    m_form.osd_language->setCurrentIndex(language);
-}
+void OsdPage::setLanguage(int language) { m_form.osd_language->setCurrentIndex(language); }
 
 sorvane::Command OsdPage::styleCommand() const {
     return sorvane::osdStyleCommand(m_form.osd_colour->currentIndex(), m_form.osd_language->currentIndex());

@@ -130,21 +130,13 @@ void PlayerSettingsDlg::applyLanguage(int language) {
     QTimer::singleShot(kOsdStopMs, Qt::CoarseTimer, this, [this] { emit stopRequested(0); });
 }
 
-bool PlayerSettingsDlg::singleMode() const {
-    return m_common->singleMode();
-}
+bool PlayerSettingsDlg::singleMode() const { return m_common->singleMode(); }
 
-bool PlayerSettingsDlg::sendsTelemetryPeriodically() const {
-    return m_common->sendsTelemetryPeriodically();
-}
+bool PlayerSettingsDlg::sendsTelemetryPeriodically() const { return m_common->sendsTelemetryPeriodically(); }
 
-int PlayerSettingsDlg::languageIndex() const {
-    return m_common->languageIndex();
-}
+int PlayerSettingsDlg::languageIndex() const { return m_common->languageIndex(); }
 
-std::uint8_t PlayerSettingsDlg::decoderValue() const {
-    return m_common->decoderValue();
-}
+std::uint8_t PlayerSettingsDlg::decoderValue() const { return m_common->decoderValue(); }
 
 void PlayerSettingsDlg::on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size) {
     if (!m_router.route(code, data, size)) {

@@ -16,7 +16,9 @@ bool sameCommand(const wire::Command& a, const wire::Command& b) {
 
 // An idle fixed frame has no command; one with a rate is a servo command under the rate's code.
 std::string nameOf(const wire::Command& c) {
-    if (c.frame == wire::Command::Frame::kVariable || c.code != 0) return wireName(c.code);
+    if (c.frame == wire::Command::Frame::kVariable || c.code != 0) {
+        return wireName(c.code);
+    }
     return c.rate_code == wire::kRateCode ? wireName(wire::kRateCode) : "IDLE";
 }
 
@@ -27,7 +29,9 @@ std::string fieldsOf(const wire::Command& c, const char* line) {
                    fixed ? "fixed" : "variable", line, toHex(c.raw.data(), c.raw.size()).c_str());
     if (c.code != 0) {
         const std::string payload = describePayload(c.code, c.payload.data(), c.payload.size());
-        if (!payload.empty()) text += " " + payload;
+        if (!payload.empty()) {
+            text += " " + payload;
+        }
     }
     if (fixed && c.rate_code == wire::kRateCode) {
         text += formatText(" rate_az=%d rate_el=%d", c.rate_azimuth, c.rate_pitch);
@@ -38,39 +42,43 @@ std::string fieldsOf(const wire::Command& c, const char* line) {
 }  // namespace
 
 void CommandLog::closeRun() {
-    if (running_ && repeats_ > 0) {
-        log_.event("command-repeated", formatText("name=%s code=%u count=%" PRIu64, nameOf(current_).c_str(),
-                                                  current_.code, repeats_));
+    if (m_running && m_repeats > 0) {
+        m_log.event("command-repeated", formatText("name=%s code=%u count=%" PRIu64,
+                                                   nameOf(m_current).c_str(), m_current.code, m_repeats));
     }
-    running_ = false;
-    repeats_ = 0;
+    m_running = false;
+    m_repeats = 0;
 }
 
 void CommandLog::onCommand(const wire::Command& c, const char* line) {
-    if (!log_.isOpen()) return;
-    if (c.frame == wire::Command::Frame::kVariable) {
-        if (c.code == wire::kNavBlockCode && nav_blocks_++ > 0) return;
-        log_.event("command", fieldsOf(c, line));
+    if (!m_log.isOpen()) {
         return;
     }
-    if (running_ && sameCommand(current_, c)) {
-        ++repeats_;
+    if (c.frame == wire::Command::Frame::kVariable) {
+        if (c.code == wire::kNavBlockCode && m_navBlocks++ > 0) {
+            return;
+        }
+        m_log.event("command", fieldsOf(c, line));
+        return;
+    }
+    if (m_running && sameCommand(m_current, c)) {
+        ++m_repeats;
         return;
     }
     closeRun();
-    running_ = true;
-    current_ = c;
-    log_.event("command", fieldsOf(c, line));
+    m_running = true;
+    m_current = c;
+    m_log.event("command", fieldsOf(c, line));
 }
 
 void CommandLog::finish() {
     closeRun();
-    if (nav_blocks_ > 1) {
-        log_.event("command-repeated",
-                   formatText("name=%s code=%u count=%" PRIu64, wireName(wire::kNavBlockCode),
-                              wire::kNavBlockCode, nav_blocks_ - 1));
+    if (m_navBlocks > 1) {
+        m_log.event("command-repeated",
+                    formatText("name=%s code=%u count=%" PRIu64, wireName(wire::kNavBlockCode),
+                               wire::kNavBlockCode, m_navBlocks - 1));
     }
-    nav_blocks_ = 0;
+    m_navBlocks = 0;
 }
 
 }  // namespace podsim

@@ -11,7 +11,7 @@ namespace podsim {
 
 class CommandLog {
 public:
-    explicit CommandLog(EventLog& log) : log_(log) {}
+    explicit CommandLog(EventLog& log) : m_log(log) {}
 
     void onCommand(const wire::Command& command, const char* line);
     // The end of the session: the counts that are still open.
@@ -20,11 +20,11 @@ public:
 private:
     void closeRun();
 
-    EventLog& log_;
-    bool running_ = false;       // a run of fixed frames is open
-    wire::Command current_;      // its first frame
-    std::uint64_t repeats_ = 0;  // further equal frames
-    std::uint64_t nav_blocks_ = 0;
+    EventLog& m_log;
+    bool m_running = false;       // a run of fixed frames is open
+    wire::Command m_current;      // its first frame
+    std::uint64_t m_repeats = 0;  // further equal frames
+    std::uint64_t m_navBlocks = 0;
 };
 
 }  // namespace podsim

@@ -37,7 +37,7 @@ public:
     // Closes every port; links to pseudo terminals go.
     void closeLines();
     // A short line about the state, for the console.
-    void setStatusText(std::function<std::string()> text) { status_text_ = std::move(text); }
+    void setStatusText(std::function<std::string()> text) { m_statusText = std::move(text); }
 
 private:
     struct Line {
@@ -63,32 +63,32 @@ private:
     void logTracker(const Snapshot& state, std::int64_t now);
     void logObjects(const Snapshot& s);
 
-    const Options& options_;
-    Pod& pod_;
-    EventLog& log_;
-    CommandLog command_log_;
-    std::function<void(const FaultSettings&)> on_video_faults_;
-    std::function<std::string()> status_text_;
-    std::vector<std::unique_ptr<Line>> lines_;
-    std::unique_ptr<Transport> ins_;
-    int nav_socket_ = -1;
-    sockaddr_in nav_to_{};
-    FaultSettings telemetry_faults_;
-    FaultSettings video_faults_;
-    FaultInjector injector_;
-    int console_fd_ = -1;
-    std::string console_text_;
-    bool stopping_ = false;
+    const Options& m_options;
+    Pod& m_pod;
+    EventLog& m_log;
+    CommandLog m_commandLog;
+    std::function<void(const FaultSettings&)> m_onVideoFaults;
+    std::function<std::string()> m_statusText;
+    std::vector<std::unique_ptr<Line>> m_lines;
+    std::unique_ptr<Transport> m_ins;
+    int m_navSocket = -1;
+    sockaddr_in m_navTo{};
+    FaultSettings m_telemetryFaults;
+    FaultSettings m_videoFaults;
+    FaultInjector m_injector;
+    int m_consoleFd = -1;
+    std::string m_consoleText;
+    bool m_stopping = false;
 
-    std::int64_t stepped_ns_ = 0;
-    std::int64_t next_report_ns_ = 0;
-    std::int64_t next_feed_ns_ = 0;
-    std::int64_t next_motion_ns_ = 0;
-    bool was_moving_ = false;
-    int last_track_state_ = -1;
-    int last_locked_ = -1;
-    std::int64_t track_logged_ns_ = 0;
-    std::uint64_t reports_ = 0;
+    std::int64_t m_steppedNs = 0;
+    std::int64_t m_nextReportNs = 0;
+    std::int64_t m_nextFeedNs = 0;
+    std::int64_t m_nextMotionNs = 0;
+    bool m_wasMoving = false;
+    int m_lastTrackState = -1;
+    int m_lastLocked = -1;
+    std::int64_t m_trackLoggedNs = 0;
+    std::uint64_t m_reports = 0;
 };
 
 }  // namespace podsim

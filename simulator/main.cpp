@@ -34,7 +34,9 @@ int fail(const std::string& reason) {
 // A program started without standard streams would get its sockets under their numbers.
 void ensureStandardStreams() {
     for (int fd = 0; fd < 3; ++fd) {
-        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) return;
+        if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) {
+            return;
+        }
     }
 }
 
@@ -77,8 +79,12 @@ std::string videoAddresses(const Options& o, const RtspServer* rtsp) {
             text += " rtsp" + n + "=rtsp://" + o.rtsp_address + ":" + std::to_string(rtsp->port()) +
                     "/live/track" + n;
         }
-        if (!o.channels[i].ts_to.empty()) text += " ts" + n + "=" + o.channels[i].ts_to;
-        if (!o.channels[i].raw_to.empty()) text += " raw" + n + "=" + o.channels[i].raw_to;
+        if (!o.channels[i].ts_to.empty()) {
+            text += " ts" + n + "=" + o.channels[i].ts_to;
+        }
+        if (!o.channels[i].raw_to.empty()) {
+            text += " raw" + n + "=" + o.channels[i].raw_to;
+        }
     }
     return text;
 }
@@ -86,58 +92,61 @@ std::string videoAddresses(const Options& o, const RtspServer* rtsp) {
 class Program {
 public:
     explicit Program(const Options& options)
-        : options_(options),
-          pod_(podConfigOf(options)),
-          loop_(options, pod_, log_, [this](const FaultSettings& f) { setVideoFaults(f); }) {}
+        : m_options(options),
+          m_pod(podConfigOf(options)),
+          m_loop(options, m_pod, m_log, [this](const FaultSettings& f) { setVideoFaults(f); }) {}
 
     int run(int signal_fd) {
-        if (!options_.event_log.empty() && !log_.open(options_.event_log)) {
-            return fail(options_.event_log + ": " + std::strerror(errno));
+        if (!m_options.event_log.empty() && !m_log.open(m_options.event_log)) {
+            return fail(m_options.event_log + ": " + std::strerror(errno));
         }
-        log_.event("start", std::string("version=") + kVersion + " pid=" + std::to_string(getpid()));
-        pod_.setLog([this](const std::string& name, const std::string& detail) {
-            log_.event("pod", "name=" + name + " detail=\"" + detail + "\"");
+        m_log.event("start", std::string("version=") + kVersion + " pid=" + std::to_string(getpid()));
+        m_pod.setLog([this](const std::string& name, const std::string& detail) {
+            m_log.event("pod", "name=" + name + " detail=\"" + detail + "\"");
         });
         std::string error;
-        if (!loop_.open(error) || !startVideo(error)) {
+        if (!m_loop.open(error) || !startVideo(error)) {
             stopVideo();
             return fail(error);
         }
-        loop_.setStatusText([this] { return status(); });
-        const std::string addresses = loop_.addresses() + videoAddresses(options_, rtsp_.get());
+        m_loop.setStatusText([this] { return status(); });
+        const std::string addresses = m_loop.addresses() + videoAddresses(m_options, m_rtsp.get());
         std::printf("podsim ready%s\n", addresses.c_str());
         std::fflush(stdout);
-        log_.event("ready", addresses.empty() ? addresses : addresses.substr(1));
-        loop_.run(signal_fd, STDIN_FILENO);
-        loop_.closeLines();
-        log_.event("stop", "");
+        m_log.event("ready", addresses.empty() ? addresses : addresses.substr(1));
+        m_loop.run(signal_fd, STDIN_FILENO);
+        m_loop.closeLines();
+        m_log.event("stop", "");
         boundTheEnd();
-        const bool served = rtsp_ != nullptr;
+        const bool served = m_rtsp != nullptr;
         stopVideo();
         // Threads of the media framework may still be inside a request that knows our objects.
-        if (served) _exit(0);
+        if (served) {
+            _exit(0);
+        }
         return 0;
     }
 
 private:
     bool startVideo(std::string& error) {
         for (int i = 0; i < kChannels; ++i) {
-            channels_[i] = std::make_unique<Channel>(i, options_.channels[i], options_.seed + 100u * (i + 1u),
-                                                     pod_, log_);
+            m_channels[i] = std::make_unique<Channel>(i, m_options.channels[i],
+                                                      m_options.seed + 100u * (i + 1u), m_pod, m_log);
         }
-        if (options_.rtsp_port != kNoPort) {
+        if (m_options.rtsp_port != kNoPort) {
             std::vector<RtspServer::Mount> mounts;
             for (int i = 0; i < kChannels; ++i) {
-                mounts.push_back({"/live/track" + std::to_string(i), options_.channels[i].encoder.codec});
+                mounts.push_back({"/live/track" + std::to_string(i), m_options.channels[i].encoder.codec});
             }
-            rtsp_ = std::make_unique<RtspServer>(std::move(mounts), [this](int i) { channels_[i]->wake(); });
-            if (!rtsp_->start(options_.rtsp_address, options_.rtsp_port, error)) {
-                rtsp_.reset();
+            m_rtsp =
+                std::make_unique<RtspServer>(std::move(mounts), [this](int i) { m_channels[i]->wake(); });
+            if (!m_rtsp->start(m_options.rtsp_address, m_options.rtsp_port, error)) {
+                m_rtsp.reset();
                 return false;
             }
         }
         for (int i = 0; i < kChannels; ++i) {
-            if (channelUsed(options_, i) && !channels_[i]->start(rtsp_.get(), error)) {
+            if (channelUsed(m_options, i) && !m_channels[i]->start(m_rtsp.get(), error)) {
                 error = "channel " + std::to_string(i) + ": " + error;
                 return false;
             }
@@ -156,36 +165,42 @@ private:
 
     // Channels first, since they push into the server; the server may still wake channels that have stopped.
     void stopVideo() {
-        for (auto& channel : channels_) {
-            if (channel) channel->stop();
+        for (auto& channel : m_channels) {
+            if (channel) {
+                channel->stop();
+            }
         }
-        if (rtsp_) rtsp_->stop();
+        if (m_rtsp) {
+            m_rtsp->stop();
+        }
     }
 
     void setVideoFaults(const FaultSettings& faults) {
-        for (auto& channel : channels_) {
-            if (channel) channel->setFaults(faults);
+        for (auto& channel : m_channels) {
+            if (channel) {
+                channel->setFaults(faults);
+            }
         }
     }
 
     std::string status() const {
-        const Snapshot s = pod_.snapshot();
+        const Snapshot s = m_pod.snapshot();
         std::string text =
             formatText("yaw=%.2f pitch=%.2f servo=%d track=%d", s.frame_yaw_deg, s.frame_pitch_deg,
                        static_cast<int>(s.servo_state), static_cast<int>(s.track_state));
         for (int i = 0; i < kChannels; ++i) {
-            text += formatText(" frames%d=%u watched%d=%d", i, channels_[i]->framesSent(), i,
-                               rtsp_ && rtsp_->watched(i) ? 1 : 0);
+            text += formatText(" frames%d=%u watched%d=%d", i, m_channels[i]->framesSent(), i,
+                               m_rtsp && m_rtsp->watched(i) ? 1 : 0);
         }
         return text;
     }
 
-    const Options& options_;
-    EventLog log_;
-    Pod pod_;
-    std::unique_ptr<Channel> channels_[kChannels];
-    std::unique_ptr<RtspServer> rtsp_;
-    ControlLoop loop_;
+    const Options& m_options;
+    EventLog m_log;
+    Pod m_pod;
+    std::unique_ptr<Channel> m_channels[kChannels];
+    std::unique_ptr<RtspServer> m_rtsp;
+    ControlLoop m_loop;
 };
 
 int mainProgram(const std::vector<std::string>& arguments) {
@@ -212,6 +227,4 @@ int mainProgram(const std::vector<std::string>& arguments) {
 }  // namespace
 }  // namespace podsim
 
-int main(int argc, char** argv) {
-    return podsim::mainProgram({argv + 1, argv + argc});
-}
+int main(int argc, char** argv) { return podsim::mainProgram({argv + 1, argv + argc}); }

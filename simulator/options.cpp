@@ -21,7 +21,9 @@ struct OptionRow {
 bool readInt(Value text, int low, int high, int& out) {
     char* end = nullptr;
     const long n = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || n < low || n > high) return false;
+    if (text.empty() || *end != '\0' || n < low || n > high) {
+        return false;
+    }
     out = static_cast<int>(n);
     return true;
 }
@@ -29,13 +31,17 @@ bool readInt(Value text, int low, int high, int& out) {
 bool readDouble(Value text, double low, double high, double& out) {
     char* end = nullptr;
     const double x = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || !(x >= low && x <= high)) return false;
+    if (text.empty() || *end != '\0' || !(x >= low && x <= high)) {
+        return false;
+    }
     out = x;
     return true;
 }
 
 bool readPort(Value text, int& out) {
-    if (text != "off") return readInt(text, 0, 65535, out);
+    if (text != "off") {
+        return readInt(text, 0, 65535, out);
+    }
     out = kNoPort;
     return true;
 }
@@ -156,9 +162,9 @@ const ChannelRow kChannelOptions[] = {
      [](ChannelOptions& c, Value v) { return readInt(v, 1, 1000, c.encoder.key_interval); }},
     {"--number", "PLACE", "blocks with the picture's number in its top edge: left, right or off (left)",
      [](ChannelOptions& c, Value v) {
-         c.number_place = v == "right" ? NumberPlace::Right
-                          : v == "off" ? NumberPlace::Off
-                                       : NumberPlace::Left;
+         c.number_place = v == "right" ? NumberPlace::kRight
+                          : v == "off" ? NumberPlace::kOff
+                                       : NumberPlace::kLeft;
          return v == "left" || v == "right" || v == "off";
      }},
     {"--ts", "ADDRESS:PORT", "send the channel as MPEG-TS over UDP, whether watched or not",
@@ -170,21 +176,29 @@ const ChannelRow kChannelOptions[] = {
 template <std::size_t N>
 const OptionRow* findRow(const OptionRow (&rows)[N], const std::string& name) {
     for (const OptionRow& row : rows) {
-        if (name == row.name) return &row;
+        if (name == row.name) {
+            return &row;
+        }
     }
     return nullptr;
 }
 
 const OptionRow* findRow(const std::string& name) {
-    if (const OptionRow* row = findRow(kControlOptions, name)) return row;
-    if (const OptionRow* row = findRow(kServerOptions, name)) return row;
+    if (const OptionRow* row = findRow(kControlOptions, name)) {
+        return row;
+    }
+    if (const OptionRow* row = findRow(kServerOptions, name)) {
+        return row;
+    }
     return findRow(kOtherOptions, name);
 }
 
 const ChannelRow* findChannelRow(const std::string& name, int& channel) {
     for (const ChannelRow& row : kChannelOptions) {
         for (channel = 0; channel < kChannels; ++channel) {
-            if (name == row.name + std::to_string(channel)) return &row;
+            if (name == row.name + std::to_string(channel)) {
+                return &row;
+            }
         }
     }
     return nullptr;
@@ -192,7 +206,9 @@ const ChannelRow* findChannelRow(const std::string& name, int& channel) {
 
 bool readFault(Options& o, Value text, std::string& error) {
     const auto fault = parseFault(text, error);
-    if (!fault) return false;
+    if (!fault) {
+        return false;
+    }
     applyFault(*fault,
                fault->stream == FaultSwitch::Stream::kTelemetry ? o.telemetry_faults : o.video_faults);
     return true;
@@ -251,7 +267,9 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& o, std::st
             return false;
         }
         if (name == "--fault") {
-            if (readFault(o, value, error)) continue;
+            if (readFault(o, value, error)) {
+                continue;
+            }
             error = "--fault: " + error;
             return false;
         }

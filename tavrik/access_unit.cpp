@@ -19,33 +19,43 @@ void AccessUnit::clear() {
 }
 
 void AccessUnitAssembler::add(const std::uint8_t* nal, std::size_t size) {
-    if (size == 0) return;
-    const NalInfo info = describeNal(codec_, nal, size);
-    const bool begins_unit = info.role == NalRole::Leading || info.role == NalRole::Supplement ||
-                             (info.role == NalRole::Picture && info.first_slice);
-    if (unit_.has_picture && begins_unit) flush();
-    if (info.role == NalRole::Picture) {
-        if (!unit_.has_picture && !info.first_slice) continued_ = true;
-        unit_.has_picture = true;
-    }
-    if (unit_.bytes.size() + size > kMaxUnitBytes) {
-        unit_.clear();
+    if (size == 0) {
         return;
     }
-    unit_.key = unit_.key || info.key;
-    appendNal(unit_.bytes, nal, size);
-    if (info.sei) appendNal(unit_.sei, nal, size);
+    const NalInfo info = describeNal(m_codec, nal, size);
+    const bool begins_unit = info.role == NalRole::kLeading || info.role == NalRole::kSupplement ||
+                             (info.role == NalRole::kPicture && info.first_slice);
+    if (m_unit.has_picture && begins_unit) {
+        flush();
+    }
+    if (info.role == NalRole::kPicture) {
+        if (!m_unit.has_picture && !info.first_slice) {
+            m_continued = true;
+        }
+        m_unit.has_picture = true;
+    }
+    if (m_unit.bytes.size() + size > kMaxUnitBytes) {
+        m_unit.clear();
+        return;
+    }
+    m_unit.key = m_unit.key || info.key;
+    appendNal(m_unit.bytes, nal, size);
+    if (info.sei) {
+        appendNal(m_unit.sei, nal, size);
+    }
 }
 
 void AccessUnitAssembler::flush() {
-    if (!unit_.has_picture) return;
-    sink_(unit_);
-    unit_.clear();
+    if (!m_unit.has_picture) {
+        return;
+    }
+    m_sink(m_unit);
+    m_unit.clear();
 }
 
 bool AccessUnitAssembler::takeContinued() {
-    const bool was = continued_;
-    continued_ = false;
+    const bool was = m_continued;
+    m_continued = false;
     return was;
 }
 

@@ -26,23 +26,23 @@ public:
     // Above this a unit is no picture but a fault: it is thrown away.
     static constexpr std::size_t kMaxUnitBytes = 16u << 20;
 
-    AccessUnitAssembler(Codec codec, Sink sink) : codec_(codec), sink_(std::move(sink)) {}
+    AccessUnitAssembler(Codec codec, Sink sink) : m_codec(codec), m_sink(std::move(sink)) {}
 
     void add(const std::uint8_t* nal, std::size_t size);
     // Hands out the unit if it holds a picture; parameter sets and SEI without one wait for theirs.
     void flush();
-    void reset() { unit_.clear(); }
+    void reset() { m_unit.clear(); }
 
-    bool pending() const { return unit_.has_picture; }
+    bool pending() const { return m_unit.has_picture; }
     // True once after a unit has begun with a slice that is not a picture's first: the unit before was cut
     // short, or a piece was lost.
     bool takeContinued();
 
 private:
-    Codec codec_;
-    Sink sink_;
-    AccessUnit unit_;
-    bool continued_ = false;
+    Codec m_codec;
+    Sink m_sink;
+    AccessUnit m_unit;
+    bool m_continued = false;
 };
 
 }  // namespace tavrik

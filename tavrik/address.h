@@ -29,8 +29,8 @@ std::optional<std::uint32_t> parseIpv4(const std::string& text);
 bool isMulticast(std::uint32_t ipv4);
 
 struct DatagramAddress {
-    std::uint32_t sender = 0;      // 0: none given
-    std::uint32_t interface_ = 0;  // 0: any
+    std::uint32_t sender = 0;       // 0: none given
+    std::uint32_t m_interface = 0;  // 0: any
     std::uint16_t port = 0;
 };
 // Sender or group (may be empty), local port 1..65535, interface (may be empty).

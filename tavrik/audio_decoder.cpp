@@ -12,67 +12,79 @@ namespace {
 
 std::shared_ptr<AVCodecParameters> shareParameters(const AVCodecParameters* parameters) {
     std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(), AvFree());
-    if (copy != nullptr && parameters != nullptr) avcodec_parameters_copy(copy.get(), parameters);
+    if (copy != nullptr && parameters != nullptr) {
+        avcodec_parameters_copy(copy.get(), parameters);
+    }
     return copy;
 }
 
 }  // namespace
 
-AudioDecoder::~AudioDecoder() {
-    swr_free(&resampler_);
-}
+AudioDecoder::~AudioDecoder() { swr_free(&m_resampler); }
 
 void AudioDecoder::push(const AVPacket* packet, const AVCodecParameters* parameters) {
     Item item{PacketPtr(av_packet_clone(packet)), nullptr, true};
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (last_parameters_ == nullptr) last_parameters_ = shareParameters(parameters);
-        item.parameters = last_parameters_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_lastParameters == nullptr) {
+            m_lastParameters = shareParameters(parameters);
+        }
+        item.parameters = m_lastParameters;
     }
     enqueue(std::move(item));
 }
 
 void AudioDecoder::push(AVCodecID codec, const std::uint8_t* data, std::size_t size) {
     Item item{PacketPtr(av_packet_alloc()), nullptr, false};
-    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(size)) < 0) return;
+    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(size)) < 0) {
+        return;
+    }
     std::memcpy(item.packet->data, data, size);
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (last_parameters_ == nullptr || last_parameters_->codec_id != codec) {
-            last_parameters_ = shareParameters(nullptr);
-            if (last_parameters_ != nullptr) {
-                last_parameters_->codec_type = AVMEDIA_TYPE_AUDIO;
-                last_parameters_->codec_id = codec;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_lastParameters == nullptr || m_lastParameters->codec_id != codec) {
+            m_lastParameters = shareParameters(nullptr);
+            if (m_lastParameters != nullptr) {
+                m_lastParameters->codec_type = AVMEDIA_TYPE_AUDIO;
+                m_lastParameters->codec_id = codec;
             }
         }
-        item.parameters = last_parameters_;
+        item.parameters = m_lastParameters;
     }
     enqueue(std::move(item));
 }
 
 void AudioDecoder::enqueue(Item item) {
-    if (item.packet == nullptr || item.parameters == nullptr) return;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (stopped_) return;
-    if (waiting_.size() >= kMaxWaiting) waiting_.pop_front();
-    waiting_.push_back(std::move(item));
-    changed_.notify_one();
+    if (item.packet == nullptr || item.parameters == nullptr) {
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_stopped) {
+        return;
+    }
+    if (m_waiting.size() >= kMaxWaiting) {
+        m_waiting.pop_front();
+    }
+    m_waiting.push_back(std::move(item));
+    m_changed.notify_one();
 }
 
 bool AudioDecoder::next(Item& item) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this] { return stopped_ || !waiting_.empty(); });
-    if (stopped_) return false;
-    item = std::move(waiting_.front());
-    waiting_.pop_front();
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_stopped || !m_waiting.empty(); });
+    if (m_stopped) {
+        return false;
+    }
+    item = std::move(m_waiting.front());
+    m_waiting.pop_front();
     return true;
 }
 
 void AudioDecoder::stop() {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    stopped_ = true;
-    waiting_.clear();
-    changed_.notify_all();
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_stopped = true;
+    m_waiting.clear();
+    m_changed.notify_all();
 }
 
 void AudioDecoder::run() {
@@ -81,9 +93,13 @@ void AudioDecoder::run() {
     while (next(item)) {
         if (item.parameters != opened) {
             opened = item.parameters;
-            if (!open(item)) context_.reset();
+            if (!open(item)) {
+                m_context.reset();
+            }
         }
-        if (context_ == nullptr) continue;
+        if (m_context == nullptr) {
+            continue;
+        }
         if (item.whole) {
             decode(item.packet.get());
         } else {
@@ -94,14 +110,19 @@ void AudioDecoder::run() {
 
 bool AudioDecoder::open(const Item& item) {
     const AVCodec* decoder = avcodec_find_decoder(item.parameters->codec_id);
-    if (decoder == nullptr) return false;
-    context_.reset(avcodec_alloc_context3(decoder));
-    if (context_ == nullptr || avcodec_parameters_to_context(context_.get(), item.parameters.get()) < 0)
+    if (decoder == nullptr) {
         return false;
-    context_->thread_count = 1;
-    if (avcodec_open2(context_.get(), decoder, nullptr) < 0) return false;
-    parser_.reset(item.whole ? nullptr : av_parser_init(item.parameters->codec_id));
-    return item.whole || parser_ != nullptr;
+    }
+    m_context.reset(avcodec_alloc_context3(decoder));
+    if (m_context == nullptr || avcodec_parameters_to_context(m_context.get(), item.parameters.get()) < 0) {
+        return false;
+    }
+    m_context->thread_count = 1;
+    if (avcodec_open2(m_context.get(), decoder, nullptr) < 0) {
+        return false;
+    }
+    m_parser.reset(item.whole ? nullptr : av_parser_init(item.parameters->codec_id));
+    return item.whole || m_parser != nullptr;
 }
 
 void AudioDecoder::parse(const AVPacket* packet) {
@@ -111,9 +132,11 @@ void AudioDecoder::parse(const AVPacket* packet) {
     while (left > 0 && cut != nullptr) {
         std::uint8_t* frame = nullptr;
         int size = 0;
-        const int used = av_parser_parse2(parser_.get(), context_.get(), &frame, &size, at, left,
+        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left,
                                           AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
-        if (used < 0 || (used == 0 && size == 0)) return;
+        if (used < 0 || (used == 0 && size == 0)) {
+            return;
+        }
         at += used;
         left -= used;
         if (size > 0 && av_new_packet(cut.get(), size) >= 0) {
@@ -125,9 +148,11 @@ void AudioDecoder::parse(const AVPacket* packet) {
 }
 
 void AudioDecoder::decode(const AVPacket* packet) {
-    if (avcodec_send_packet(context_.get(), packet) < 0) return;
+    if (avcodec_send_packet(m_context.get(), packet) < 0) {
+        return;
+    }
     const FramePtr frame(av_frame_alloc());
-    while (frame != nullptr && avcodec_receive_frame(context_.get(), frame.get()) >= 0) {
+    while (frame != nullptr && avcodec_receive_frame(m_context.get(), frame.get()) >= 0) {
         deliver(frame.get());
         av_frame_unref(frame.get());
     }
@@ -135,32 +160,36 @@ void AudioDecoder::decode(const AVPacket* packet) {
 
 void AudioDecoder::deliver(const AVFrame* frame) {
     const int channels = frame->ch_layout.nb_channels;
-    if (channels <= 0 || frame->nb_samples <= 0 || frame->sample_rate <= 0) return;
-    const bool same = resampler_ != nullptr && resampler_rate_ == frame->sample_rate &&
-                      resampler_channels_ == channels && resampler_format_ == frame->format;
+    if (channels <= 0 || frame->nb_samples <= 0 || frame->sample_rate <= 0) {
+        return;
+    }
+    const bool same = m_resampler != nullptr && m_resamplerRate == frame->sample_rate &&
+                      m_resamplerChannels == channels && m_resamplerFormat == frame->format;
     if (!same) {
-        swr_free(&resampler_);
+        swr_free(&m_resampler);
         AVChannelLayout layout{};
         av_channel_layout_default(&layout, channels);
         const auto format = static_cast<AVSampleFormat>(frame->format);
-        const bool ready = swr_alloc_set_opts2(&resampler_, &layout, AV_SAMPLE_FMT_S16, frame->sample_rate,
+        const bool ready = swr_alloc_set_opts2(&m_resampler, &layout, AV_SAMPLE_FMT_S16, frame->sample_rate,
                                                &layout, format, frame->sample_rate, 0, nullptr) >= 0 &&
-                           swr_init(resampler_) >= 0;
+                           swr_init(m_resampler) >= 0;
         av_channel_layout_uninit(&layout);
         if (!ready) {
-            swr_free(&resampler_);
+            swr_free(&m_resampler);
             return;
         }
-        resampler_rate_ = frame->sample_rate;
-        resampler_channels_ = channels;
-        resampler_format_ = frame->format;
+        m_resamplerRate = frame->sample_rate;
+        m_resamplerChannels = channels;
+        m_resamplerFormat = frame->format;
     }
     const std::size_t sample_bytes = 2u * static_cast<std::size_t>(channels);
-    samples_.resize(static_cast<std::size_t>(frame->nb_samples) * sample_bytes);
-    std::uint8_t* out[] = {samples_.data()};
-    const int got = swr_convert(resampler_, out, frame->nb_samples,
+    m_samples.resize(static_cast<std::size_t>(frame->nb_samples) * sample_bytes);
+    std::uint8_t* out[] = {m_samples.data()};
+    const int got = swr_convert(m_resampler, out, frame->nb_samples,
                                 const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
-    if (got > 0) sink_(samples_.data(), got * static_cast<int>(sample_bytes), frame->sample_rate, channels);
+    if (got > 0) {
+        m_sink(m_samples.data(), got * static_cast<int>(sample_bytes), frame->sample_rate, channels);
+    }
 }
 
 }  // namespace tavrik

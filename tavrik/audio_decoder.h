@@ -25,7 +25,7 @@ public:
     // up.
     static constexpr std::size_t kMaxWaiting = 512;
 
-    explicit AudioDecoder(Sink sink) : sink_(std::move(sink)) {}
+    explicit AudioDecoder(Sink sink) : m_sink(std::move(sink)) {}
     ~AudioDecoder();
 
     // A packet as the container cut it.
@@ -48,19 +48,19 @@ private:
     void decode(const AVPacket* packet);
     void deliver(const AVFrame* frame);
 
-    Sink sink_;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Item> waiting_;
-    std::shared_ptr<AVCodecParameters> last_parameters_;
-    bool stopped_ = false;
+    Sink m_sink;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Item> m_waiting;
+    std::shared_ptr<AVCodecParameters> m_lastParameters;
+    bool m_stopped = false;
 
     // Of the sound's thread alone.
-    CodecContextPtr context_;
-    ParserPtr parser_;
-    SwrContext* resampler_ = nullptr;
-    int resampler_rate_ = 0, resampler_channels_ = 0, resampler_format_ = -1;
-    std::vector<std::uint8_t> samples_;
+    CodecContextPtr m_context;
+    ParserPtr m_parser;
+    SwrContext* m_resampler = nullptr;
+    int m_resamplerRate = 0, m_resamplerChannels = 0, m_resamplerFormat = -1;
+    std::vector<std::uint8_t> m_samples;
 };
 
 }  // namespace tavrik

@@ -15,7 +15,9 @@ constexpr std::size_t kPacket = TsDemuxer::kPacketBytes;
 std::size_t syncsFrom(const std::uint8_t* data, std::size_t size, std::size_t offset) {
     std::size_t count = 0;
     for (; offset < size && count < kSyncsWanted; offset += kPacket, ++count) {
-        if (data[offset] != TsDemuxer::kSync) return 0;
+        if (data[offset] != TsDemuxer::kSync) {
+            return 0;
+        }
     }
     return count;
 }
@@ -23,7 +25,7 @@ std::size_t syncsFrom(const std::uint8_t* data, std::size_t size, std::size_t of
 bool holdsParameterSet(const std::uint8_t* data, std::size_t size) {
     for (std::size_t i = 0; i + 7 <= size; ++i) {
         if (data[i] == 0 && data[i + 1] == 0 && data[i + 2] == 1 &&
-            codecOfParameterSet(data + i + 3, size - i - 3) != Codec::Unknown) {
+            codecOfParameterSet(data + i + 3, size - i - 3) != Codec::kUnknown) {
             return true;
         }
     }
@@ -31,9 +33,13 @@ bool holdsParameterSet(const std::uint8_t* data, std::size_t size) {
 }
 
 bool wholePackets(const std::uint8_t* data, std::size_t size) {
-    if (size < 2 * kPacket || size % kPacket != 0) return false;
+    if (size < 2 * kPacket || size % kPacket != 0) {
+        return false;
+    }
     for (std::size_t at = 0; at < size; at += kPacket) {
-        if (data[at] != TsDemuxer::kSync) return false;
+        if (data[at] != TsDemuxer::kSync) {
+            return false;
+        }
     }
     return true;
 }
@@ -42,84 +48,101 @@ bool wholePackets(const std::uint8_t* data, std::size_t size) {
 
 ByteStream::Form formOf(const std::uint8_t* data, std::size_t size) {
     for (std::size_t offset = 0; offset + (kSyncsWanted - 1) * kPacket < size; ++offset) {
-        if (syncsFrom(data, size, offset) == kSyncsWanted) return ByteStream::Form::Transport;
+        if (syncsFrom(data, size, offset) == kSyncsWanted) {
+            return ByteStream::Form::kTransport;
+        }
     }
-    if (syncsFrom(data, size, 0) == 0 && holdsParameterSet(data, size)) return ByteStream::Form::Raw;
-    return ByteStream::Form::Unknown;
+    if (syncsFrom(data, size, 0) == 0 && holdsParameterSet(data, size)) {
+        return ByteStream::Form::kRaw;
+    }
+    return ByteStream::Form::kUnknown;
 }
 
 ByteStream::ByteStream(PictureSink pictures, AudioSink audio)
-    : pictures_(std::move(pictures)), audio_(std::move(audio)), transport_(*this) {}
+    : m_pictures(std::move(pictures)), m_audio(std::move(audio)), m_transport(*this) {}
 
 void ByteStream::push(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return;
-    switch (form_) {
-        case Form::Unknown:
+    if (size == 0) {
+        return;
+    }
+    switch (m_form) {
+        case Form::kUnknown:
             sniff(data, size);
             break;
-        case Form::Transport:
-            transport_.push(data, size);
-            if (transport_.bytesWithoutPacket() > kMaxBytesOutOfStep) startOver();
+        case Form::kTransport:
+            m_transport.push(data, size);
+            if (m_transport.bytesWithoutPacket() > kMaxBytesOutOfStep) {
+                startOver();
+            }
             break;
-        case Form::Raw:
-            packet_like_ = wholePackets(data, size) ? packet_like_ + 1 : 0;
-            if (packet_like_ >= kPiecesWanted) {
+        case Form::kRaw:
+            m_packetLike = wholePackets(data, size) ? m_packetLike + 1 : 0;
+            if (m_packetLike >= kPiecesWanted) {
                 startOver();
                 sniff(data, size);
             } else {
-                video_->push(data, size);
+                m_video->push(data, size);
             }
             break;
     }
 }
 
 void ByteStream::idle() {
-    if (video_ != nullptr) video_->idle();
+    if (m_video != nullptr) {
+        m_video->idle();
+    }
 }
 
 void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
-    unknown_.insert(unknown_.end(), data, data + size);
-    const Form form = formOf(unknown_.data(), unknown_.size());
-    if (form != Form::Unknown) {
+    m_unknown.insert(m_unknown.end(), data, data + size);
+    const Form form = formOf(m_unknown.data(), m_unknown.size());
+    if (form != Form::kUnknown) {
         begin(form);
-        const std::vector<std::uint8_t> held = std::move(unknown_);
-        unknown_ = {};
+        const std::vector<std::uint8_t> held = std::move(m_unknown);
+        m_unknown = {};
         push(held.data(), held.size());
         return;
     }
     // Looking again at each piece is quadratic: keep only what a decision can still need.
     constexpr std::size_t kKeep = kSyncsWanted * kPacket;
-    if (unknown_.size() > std::min(kMaxUnknownBytes, 2 * kKeep)) {
-        unknown_.erase(unknown_.begin(), unknown_.end() - static_cast<std::ptrdiff_t>(kKeep));
+    if (m_unknown.size() > std::min(kMaxUnknownBytes, 2 * kKeep)) {
+        m_unknown.erase(m_unknown.begin(), m_unknown.end() - static_cast<std::ptrdiff_t>(kKeep));
     }
 }
 
 void ByteStream::begin(Form form) {
-    form_ = form;
-    packet_like_ = 0;
-    if (form == Form::Raw) video_ = std::make_unique<PictureStream>(Codec::Unknown, pictures_);
+    m_form = form;
+    m_packetLike = 0;
+    if (form == Form::kRaw) {
+        m_video = std::make_unique<PictureStream>(Codec::kUnknown, m_pictures);
+    }
 }
 
 void ByteStream::startOver() {
-    form_ = Form::Unknown;
-    transport_.reset();
-    video_.reset();
-    unknown_.clear();
-    packet_like_ = 0;
+    m_form = Form::kUnknown;
+    m_transport.reset();
+    m_video.reset();
+    m_unknown.clear();
+    m_packetLike = 0;
 }
 
 void ByteStream::tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) {
-    if (video_ == nullptr || video_->codec() != codec)
-        video_ = std::make_unique<PictureStream>(codec, pictures_);
-    video_->push(data, size);
+    if (m_video == nullptr || m_video->codec() != codec) {
+        m_video = std::make_unique<PictureStream>(codec, m_pictures);
+    }
+    m_video->push(data, size);
 }
 
 void ByteStream::tsPictureEnd() {
-    if (video_ != nullptr) video_->endOfPicture();
+    if (m_video != nullptr) {
+        m_video->endOfPicture();
+    }
 }
 
 void ByteStream::tsAudio(int stream_type, const std::uint8_t* data, std::size_t size) {
-    if (audio_) audio_(stream_type, data, size);
+    if (m_audio) {
+        m_audio(stream_type, data, size);
+    }
 }
 
 }  // namespace tavrik

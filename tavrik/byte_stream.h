@@ -19,15 +19,15 @@ public:
     using PictureSink = PictureStream::Sink;
     // One whole PES payload of the sound; stream_type as in the programme map.
     using AudioSink = std::function<void(int stream_type, const std::uint8_t* data, std::size_t size)>;
-    enum class Form { Unknown, Transport, Raw };
+    enum class Form { kUnknown, kTransport, kRaw };
 
     ByteStream(PictureSink pictures, AudioSink audio);
 
     void push(const std::uint8_t* data, std::size_t size);
     void idle();
-    bool pending() const { return video_ != nullptr && video_->pending(); }
-    int idleMs() const { return video_ != nullptr ? video_->idleMs() : 1000; }
-    Form form() const { return form_; }
+    bool pending() const { return m_video != nullptr && m_video->pending(); }
+    int idleMs() const { return m_video != nullptr ? m_video->idleMs() : 1000; }
+    Form form() const { return m_form; }
 
 private:
     void tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) override;
@@ -38,13 +38,13 @@ private:
     void startOver();
     void begin(Form form);
 
-    PictureSink pictures_;
-    AudioSink audio_;
-    Form form_ = Form::Unknown;
-    std::vector<std::uint8_t> unknown_;  // while the form is unknown, bounded
-    TsDemuxer transport_;
-    std::unique_ptr<PictureStream> video_;
-    int packet_like_ = 0;  // pieces in a row that look like transport packets in a raw stream
+    PictureSink m_pictures;
+    AudioSink m_audio;
+    Form m_form = Form::kUnknown;
+    std::vector<std::uint8_t> m_unknown;  // while the form is unknown, bounded
+    TsDemuxer m_transport;
+    std::unique_ptr<PictureStream> m_video;
+    int m_packetLike = 0;  // pieces in a row that look like transport packets in a raw stream
 };
 
 // What the bytes are: Transport where sync bytes stand 188 apart, Raw where a parameter set begins and the

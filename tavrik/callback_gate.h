@@ -17,7 +17,9 @@ public:
     // Runs `callback` unless the gate is closed; false if it was.
     template <class Callback>
     bool call(Callback&& callback) {
-        if (!enter()) return false;
+        if (!enter()) {
+            return false;
+        }
         callback();
         leave();
         return true;
@@ -33,10 +35,10 @@ private:
     bool enter();
     void leave();
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<std::thread::id> inside_;
-    bool closed_ = false;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::thread::id> m_inside;
+    bool m_closed = false;
 };
 
 }  // namespace tavrik

@@ -23,52 +23,58 @@ struct Chunk {
 // One sender, one taker; bounded by bytes.
 class ChunkQueue {
 public:
-    enum class Taken { Chunk, Silence, Closed };
+    enum class Taken { kChunk, kSilence, kClosed };
     static constexpr std::size_t kMaxBytes = 32u << 20;
 
     // With no room left either waits for it or drops the chunk.
     void push(Chunk chunk, bool wait_for_room) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (wait_for_room) room_.wait(lock, [this] { return closed_ || bytes_ < kMaxBytes; });
-        if (closed_ || bytes_ >= kMaxBytes) return;
-        bytes_ += chunk.data.size();
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (wait_for_room) {
+            m_room.wait(lock, [this] { return m_closed || m_bytes < kMaxBytes; });
+        }
+        if (m_closed || m_bytes >= kMaxBytes) {
+            return;
+        }
+        m_bytes += chunk.data.size();
         chunk.arrived = std::chrono::steady_clock::now();
-        chunks_.push_back(std::move(chunk));
-        arrived_.notify_one();
+        m_chunks.push_back(std::move(chunk));
+        m_arrived.notify_one();
     }
 
     // Silence after silence_ms without a chunk; a negative value waits for ever.
     Taken pop(Chunk& chunk, int silence_ms) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        const auto ready = [this] { return closed_ || !chunks_.empty(); };
+        std::unique_lock<std::mutex> lock(m_mutex);
+        const auto ready = [this] { return m_closed || !m_chunks.empty(); };
         if (silence_ms < 0) {
-            arrived_.wait(lock, ready);
-        } else if (!arrived_.wait_until(
+            m_arrived.wait(lock, ready);
+        } else if (!m_arrived.wait_until(
                        lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(silence_ms),
                        ready)) {
-            return Taken::Silence;
+            return Taken::kSilence;
         }
-        if (closed_) return Taken::Closed;
-        chunk = std::move(chunks_.front());
-        chunks_.pop_front();
-        bytes_ -= chunk.data.size();
-        room_.notify_one();
-        return Taken::Chunk;
+        if (m_closed) {
+            return Taken::kClosed;
+        }
+        chunk = std::move(m_chunks.front());
+        m_chunks.pop_front();
+        m_bytes -= chunk.data.size();
+        m_room.notify_one();
+        return Taken::kChunk;
     }
 
     void close() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        closed_ = true;
-        arrived_.notify_all();
-        room_.notify_all();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_closed = true;
+        m_arrived.notify_all();
+        m_room.notify_all();
     }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable arrived_, room_;
-    std::deque<Chunk> chunks_;
-    std::size_t bytes_ = 0;
-    bool closed_ = false;
+    std::mutex m_mutex;
+    std::condition_variable m_arrived, m_room;
+    std::deque<Chunk> m_chunks;
+    std::size_t m_bytes = 0;
+    bool m_closed = false;
 };
 
 }  // namespace tavrik

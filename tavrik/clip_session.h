@@ -42,24 +42,24 @@ private:
     bool waitUntilDue(std::int64_t position_us);
     bool stopped();
 
-    const ClipCallbacks callbacks_;
-    CallbackGate gate_;
-    WorkerGroup workers_;
-    FormatPtr format_;
-    int video_index_ = -1;
-    VideoDecoder decoder_;
-    FramesInFlight in_flight_;
-    RateCounter rate_;
+    const ClipCallbacks m_callbacks;
+    CallbackGate m_gate;
+    WorkerGroup m_workers;
+    FormatPtr m_format;
+    int m_videoIndex = -1;
+    VideoDecoder m_decoder;
+    FramesInFlight m_inFlight;
+    RateCounter m_rate;
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    bool stopped_ = false;
-    bool held_ = false;
-    bool started_ = false;
-    Clock::time_point zero_;  // when position 0 was or would have been due
-    Clock::time_point held_since_;
-    std::int64_t first_pts_us_ = 0;
-    bool has_first_pts_ = false;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_stopped = false;
+    bool m_held = false;
+    bool m_started = false;
+    Clock::time_point m_zero;  // when position 0 was or would have been due
+    Clock::time_point m_heldSince;
+    std::int64_t m_firstPtsUs = 0;
+    bool m_hasFirstPts = false;
 };
 
 }  // namespace tavrik

@@ -21,7 +21,7 @@ public:
     // buffer of 8 MiB, and joins the sender's address if it is a multicast group. False if the port is taken.
     bool open(const DatagramAddress& address);
     void close();
-    bool isOpen() const { return handle_ != kNone; }
+    bool isOpen() const { return m_handle != kNone; }
 
     // Waits up to timeout_ms for a datagram. Bytes received, 0 if none came in time, -1 for a broken socket.
     int receive(std::uint8_t* to, std::size_t capacity, int timeout_ms);
@@ -30,7 +30,7 @@ public:
 
 private:
     static constexpr std::intptr_t kNone = -1;
-    std::atomic<std::intptr_t> handle_{kNone};
+    std::atomic<std::intptr_t> m_handle{kNone};
 };
 
 }  // namespace tavrik

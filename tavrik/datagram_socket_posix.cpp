@@ -24,7 +24,9 @@ bool bindTo(int fd, std::uint32_t ip, std::uint16_t port) {
 
 void growReceiveBuffer(int fd) {
 #ifdef SO_RCVBUFFORCE
-    if (::setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &kReceiveBuffer, sizeof(kReceiveBuffer)) == 0) return;
+    if (::setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &kReceiveBuffer, sizeof(kReceiveBuffer)) == 0) {
+        return;
+    }
 #endif
     ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof(kReceiveBuffer));
 }
@@ -34,7 +36,9 @@ void growReceiveBuffer(int fd) {
 bool DatagramSocket::open(const DatagramAddress& address) {
     close();
     const int fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd < 0) return false;
+    if (fd < 0) {
+        return false;
+    }
     growReceiveBuffer(fd);
     const bool group = isMulticast(address.sender);
     bool bound = false;
@@ -44,7 +48,7 @@ bool DatagramSocket::open(const DatagramAddress& address) {
         ::setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
         bound = bindTo(fd, address.sender, address.port);
     } else {
-        bound = bindTo(fd, address.interface_, address.port) ||
+        bound = bindTo(fd, address.m_interface, address.port) ||
                 (errno == EADDRNOTAVAIL && bindTo(fd, INADDR_ANY, address.port));
     }
     if (!bound) {
@@ -54,38 +58,52 @@ bool DatagramSocket::open(const DatagramAddress& address) {
     if (group) {
         ip_mreq request{};
         request.imr_multiaddr.s_addr = htonl(address.sender);
-        request.imr_interface.s_addr = htonl(address.interface_);
+        request.imr_interface.s_addr = htonl(address.m_interface);
         if (::setsockopt(fd, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request)) != 0) {
             ::close(fd);
             return false;
         }
     }
-    handle_ = fd;
+    m_handle = fd;
     return true;
 }
 
 void DatagramSocket::close() {
-    const std::intptr_t handle = handle_.exchange(kNone);
-    if (handle != kNone) ::close(static_cast<int>(handle));
+    const std::intptr_t handle = m_handle.exchange(kNone);
+    if (handle != kNone) {
+        ::close(static_cast<int>(handle));
+    }
 }
 
 bool DatagramSocket::readable() const {
-    pollfd waiting{static_cast<int>(handle_.load()), POLLIN, 0};
+    pollfd waiting{static_cast<int>(m_handle.load()), POLLIN, 0};
     return ::poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
 }
 
 int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
-    const int fd = static_cast<int>(handle_.load());
+    const int fd = static_cast<int>(m_handle.load());
     for (;;) {
         const ssize_t got = ::recv(fd, to, capacity, 0);
-        if (got > 0) return static_cast<int>(got);
-        if (got == 0) return 0;
-        if (errno == EINTR || errno == ECONNREFUSED) continue;
-        if (errno != EAGAIN && errno != EWOULDBLOCK) return -1;
+        if (got > 0) {
+            return static_cast<int>(got);
+        }
+        if (got == 0) {
+            return 0;
+        }
+        if (errno == EINTR || errno == ECONNREFUSED) {
+            continue;
+        }
+        if (errno != EAGAIN && errno != EWOULDBLOCK) {
+            return -1;
+        }
         pollfd waiting{fd, POLLIN, 0};
         const int ready = ::poll(&waiting, 1, timeout_ms);
-        if (ready == 0) return 0;
-        if (ready < 0 && errno != EINTR) return -1;
+        if (ready == 0) {
+            return 0;
+        }
+        if (ready < 0 && errno != EINTR) {
+            return -1;
+        }
     }
 }
 

@@ -33,9 +33,13 @@ bool setOption(SOCKET s, int level, int name, const void* value, int size) {
 
 bool DatagramSocket::open(const DatagramAddress& address) {
     close();
-    if (!startNetwork()) return false;
+    if (!startNetwork()) {
+        return false;
+    }
     const SOCKET s = ::socket(AF_INET, SOCK_DGRAM, 0);
-    if (s == INVALID_SOCKET) return false;
+    if (s == INVALID_SOCKET) {
+        return false;
+    }
     setOption(s, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof(kReceiveBuffer));
     const bool group = isMulticast(address.sender);
     bool ready = false;
@@ -45,39 +49,47 @@ bool DatagramSocket::open(const DatagramAddress& address) {
         setOption(s, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
         ip_mreq request{};
         request.imr_multiaddr.s_addr = htonl(address.sender);
-        request.imr_interface.s_addr = htonl(address.interface_);
+        request.imr_interface.s_addr = htonl(address.m_interface);
         ready = bindTo(s, INADDR_ANY, address.port) &&
                 setOption(s, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request));
     } else {
-        ready = bindTo(s, address.interface_, address.port) ||
+        ready = bindTo(s, address.m_interface, address.port) ||
                 (WSAGetLastError() == WSAEADDRNOTAVAIL && bindTo(s, INADDR_ANY, address.port));
     }
     if (!ready) {
         ::closesocket(s);
         return false;
     }
-    handle_ = static_cast<std::intptr_t>(s);
+    m_handle = static_cast<std::intptr_t>(s);
     return true;
 }
 
 void DatagramSocket::close() {
-    const std::intptr_t handle = handle_.exchange(kNone);
-    if (handle != kNone) ::closesocket(static_cast<SOCKET>(handle));
+    const std::intptr_t handle = m_handle.exchange(kNone);
+    if (handle != kNone) {
+        ::closesocket(static_cast<SOCKET>(handle));
+    }
 }
 
 bool DatagramSocket::readable() const {
-    WSAPOLLFD waiting{static_cast<SOCKET>(handle_.load()), POLLRDNORM, 0};
+    WSAPOLLFD waiting{static_cast<SOCKET>(m_handle.load()), POLLRDNORM, 0};
     return ::WSAPoll(&waiting, 1, 0) > 0 && (waiting.revents & POLLRDNORM) != 0;
 }
 
 int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
-    const SOCKET s = static_cast<SOCKET>(handle_.load());
+    const SOCKET s = static_cast<SOCKET>(m_handle.load());
     WSAPOLLFD waiting{s, POLLRDNORM, 0};
     const int ready = ::WSAPoll(&waiting, 1, timeout_ms);
-    if (ready == 0) return 0;
-    if (ready < 0) return -1;
+    if (ready == 0) {
+        return 0;
+    }
+    if (ready < 0) {
+        return -1;
+    }
     const int got = ::recv(s, reinterpret_cast<char*>(to), static_cast<int>(capacity), 0);
-    if (got >= 0) return got;
+    if (got >= 0) {
+        return got;
+    }
     // A sender that refuses our earlier datagram, or a datagram cut short, is no fault of the socket.
     const int error = WSAGetLastError();
     return error == WSAECONNRESET || error == WSAEMSGSIZE ? 0 : -1;

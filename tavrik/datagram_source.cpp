@@ -12,18 +12,20 @@ constexpr std::size_t kLargestDatagram = 65536;
 void DatagramSource::run(SourceSink& sink) {
     std::vector<std::uint8_t> datagram(kLargestDatagram);
     while (!sink.stopped()) {
-        if (!socket_.isOpen() && !socket_.open(address_)) {
+        if (!m_socket.isOpen() && !m_socket.open(m_address)) {
             sink.pause(kRetryMs);
             continue;
         }
-        const int got = socket_.receive(datagram.data(), datagram.size(), kWaitMs);
-        if (got > 0) sink.onBytes(datagram.data(), static_cast<std::size_t>(got));
+        const int got = m_socket.receive(datagram.data(), datagram.size(), kWaitMs);
+        if (got > 0) {
+            sink.onBytes(datagram.data(), static_cast<std::size_t>(got));
+        }
         if (got < 0) {
-            socket_.close();
+            m_socket.close();
             sink.pause(kRetryMs);
         }
     }
-    socket_.close();
+    m_socket.close();
 }
 
 }  // namespace tavrik

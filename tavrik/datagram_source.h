@@ -10,13 +10,13 @@ namespace tavrik {
 // while running.
 class DatagramSource : public Source {
 public:
-    explicit DatagramSource(const DatagramAddress& address) : address_(address) { socket_.open(address_); }
+    explicit DatagramSource(const DatagramAddress& address) : m_address(address) { m_socket.open(m_address); }
     void run(SourceSink& sink) override;
-    bool bytesWaiting() const override { return socket_.readable(); }
+    bool bytesWaiting() const override { return m_socket.readable(); }
 
 private:
-    DatagramAddress address_;
-    DatagramSocket socket_;
+    DatagramAddress m_address;
+    DatagramSocket m_socket;
 };
 
 }  // namespace tavrik

@@ -10,34 +10,42 @@ namespace {
 // One device a process: creating a second CUDA context costs 100 MB and more.
 AVBufferRef* createDevice(AVHWDeviceType type) {
     AVBufferRef* device = nullptr;
-    if (av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0) < 0) return nullptr;
+    if (av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0) < 0) {
+        return nullptr;
+    }
     return device;
 }
 
 }  // namespace
 
 DecoderKind decoderKind(std::uint8_t value) {
-    if (value == static_cast<std::uint8_t>(DecoderKind::Cuda)) return DecoderKind::Cuda;
-    if (value == static_cast<std::uint8_t>(DecoderKind::QuickSync)) return DecoderKind::QuickSync;
-    return DecoderKind::Software;
+    if (value == static_cast<std::uint8_t>(DecoderKind::kCuda)) {
+        return DecoderKind::kCuda;
+    }
+    if (value == static_cast<std::uint8_t>(DecoderKind::kQuickSync)) {
+        return DecoderKind::kQuickSync;
+    }
+    return DecoderKind::kSoftware;
 }
 
 BufferPtr hardwareDevice(DecoderKind kind) {
-    if (kind == DecoderKind::Cuda) {
+    if (kind == DecoderKind::kCuda) {
         static const BufferPtr cuda(createDevice(AV_HWDEVICE_TYPE_CUDA));
         return BufferPtr(cuda != nullptr ? av_buffer_ref(cuda.get()) : nullptr);
     }
-    if (kind == DecoderKind::QuickSync) {
-        static const BufferPtr quick_sync(createDevice(AV_HWDEVICE_TYPE_QSV));
-        return BufferPtr(quick_sync != nullptr ? av_buffer_ref(quick_sync.get()) : nullptr);
+    if (kind == DecoderKind::kQuickSync) {
+        static const BufferPtr quickSync(createDevice(AV_HWDEVICE_TYPE_QSV));
+        return BufferPtr(quickSync != nullptr ? av_buffer_ref(quickSync.get()) : nullptr);
     }
     return nullptr;
 }
 
 int availableDecoders() {
     int mask = 1;
-    if (hardwareDevice(DecoderKind::Cuda) != nullptr) mask |= 2;
-    if (hardwareDevice(DecoderKind::QuickSync) != nullptr &&
+    if (hardwareDevice(DecoderKind::kCuda) != nullptr) {
+        mask |= 2;
+    }
+    if (hardwareDevice(DecoderKind::kQuickSync) != nullptr &&
         avcodec_find_decoder_by_name("h264_qsv") != nullptr) {
         mask |= 4;
     }

@@ -8,7 +8,7 @@
 namespace tavrik {
 
 // The values are those of feedOpen's `decoder`.
-enum class DecoderKind : std::uint8_t { Software = 1, Cuda = 2, QuickSync = 4 };
+enum class DecoderKind : std::uint8_t { kSoftware = 1, kCuda = 2, kQuickSync = 4 };
 
 // Any other value than those of the enumeration is Software.
 DecoderKind decoderKind(std::uint8_t value);

@@ -38,14 +38,14 @@ using BufferPtr = std::unique_ptr<AVBufferRef, AvFree>;
 class Dictionary {
 public:
     Dictionary() = default;
-    ~Dictionary() { av_dict_free(&dictionary_); }
+    ~Dictionary() { av_dict_free(&m_dictionary); }
     Dictionary(const Dictionary&) = delete;
     Dictionary& operator=(const Dictionary&) = delete;
-    void set(const char* key, const char* value) { av_dict_set(&dictionary_, key, value, 0); }
-    AVDictionary** out() { return &dictionary_; }
+    void set(const char* key, const char* value) { av_dict_set(&m_dictionary, key, value, 0); }
+    AVDictionary** out() { return &m_dictionary; }
 
 private:
-    AVDictionary* dictionary_ = nullptr;
+    AVDictionary* m_dictionary = nullptr;
 };
 
 }  // namespace tavrik

@@ -28,7 +28,7 @@ public:
     struct Tally;
 
 private:
-    std::shared_ptr<Tally> tally_;
+    std::shared_ptr<Tally> m_tally;
 };
 
 }  // namespace tavrik

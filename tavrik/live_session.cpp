@@ -19,15 +19,23 @@ std::int64_t nowUs() {
 }
 
 AVCodecID idOf(Codec codec, const AVCodecParameters* format) {
-    if (codec == Codec::H264) return AV_CODEC_ID_H264;
-    if (codec == Codec::H265) return AV_CODEC_ID_HEVC;
+    if (codec == Codec::kH264) {
+        return AV_CODEC_ID_H264;
+    }
+    if (codec == Codec::kH265) {
+        return AV_CODEC_ID_HEVC;
+    }
     return format != nullptr ? format->codec_id : AV_CODEC_ID_NONE;
 }
 
 Codec codecOf(AVCodecID id) {
-    if (id == AV_CODEC_ID_H264) return Codec::H264;
-    if (id == AV_CODEC_ID_HEVC) return Codec::H265;
-    return Codec::Other;
+    if (id == AV_CODEC_ID_H264) {
+        return Codec::kH264;
+    }
+    if (id == AV_CODEC_ID_HEVC) {
+        return Codec::kH265;
+    }
+    return Codec::kOther;
 }
 
 AVCodecID audioCodec(int stream_type) {
@@ -49,183 +57,227 @@ AVCodecID audioCodec(int stream_type) {
 }  // namespace
 
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
-    : callbacks_(std::move(callbacks)),
-      bytes_([this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); },
-             [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
-      decoder_(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
+    : m_callbacks(std::move(callbacks)),
+      m_bytes([this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); },
+              [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
+      m_decoder(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
     const std::shared_ptr<LiveSession> self = shared_from_this();
-    source_ = std::move(source);
-    if (!workers_.start([self] { self->decodeLoop(); })) return false;
-    if (workers_.start([self] { self->source_->run(*self); })) return true;
+    m_source = std::move(source);
+    if (!m_workers.start([self] { self->decodeLoop(); })) {
+        return false;
+    }
+    if (m_workers.start([self] { self->m_source->run(*self); })) {
+        return true;
+    }
     close();
     return false;
 }
 
 void LiveSession::close() {
-    gate_.close();
+    m_gate.close();
     stopAll();
-    gate_.waitIdle(Clock::now() + kCallbackPatience);
-    workers_.finish(Clock::now() + kThreadPatience);
+    m_gate.waitIdle(Clock::now() + kCallbackPatience);
+    m_workers.finish(Clock::now() + kThreadPatience);
 }
 
 void LiveSession::stopAll() {
     {
-        const std::lock_guard<std::mutex> lock(stop_mutex_);
-        stopped_ = true;
-        stop_changed_.notify_all();
+        const std::lock_guard<std::mutex> lock(m_stopMutex);
+        m_stopped = true;
+        m_stopChanged.notify_all();
     }
-    queue_.close();
-    const std::lock_guard<std::mutex> lock(audio_mutex_);
-    if (audio_ != nullptr) audio_->stop();
+    m_queue.close();
+    const std::lock_guard<std::mutex> lock(m_audioMutex);
+    if (m_audio != nullptr) {
+        m_audio->stop();
+    }
 }
 
 void LiveSession::pause(int ms) {
-    std::unique_lock<std::mutex> lock(stop_mutex_);
-    stop_changed_.wait_until(lock, Clock::now() + std::chrono::milliseconds(ms),
-                             [this] { return stopped_.load(); });
+    std::unique_lock<std::mutex> lock(m_stopMutex);
+    m_stopChanged.wait_until(lock, Clock::now() + std::chrono::milliseconds(ms),
+                             [this] { return m_stopped.load(); });
 }
 
 void LiveSession::onBytes(const std::uint8_t* data, std::size_t size) {
-    queue_.push(Chunk{{data, data + size}, AV_NOPTS_VALUE, nullptr}, false);
+    m_queue.push(Chunk{{data, data + size}, AV_NOPTS_VALUE, nullptr}, false);
 }
 
 void LiveSession::onVideoPacket(const AVPacket* packet, const SharedParameters& format) {
-    if (packet->size > 0)
-        queue_.push(Chunk{{packet->data, packet->data + packet->size}, packet->pts, format}, true);
+    if (packet->size > 0) {
+        m_queue.push(Chunk{{packet->data, packet->data + packet->size}, packet->pts, format}, true);
+    }
 }
 
 void LiveSession::onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) {
-    if (AudioDecoder* decoder = audio()) decoder->push(packet, format);
+    if (AudioDecoder* decoder = audio()) {
+        decoder->push(packet, format);
+    }
 }
 
 void LiveSession::onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size) {
     const AVCodecID codec = audioCodec(stream_type);
-    if (codec == AV_CODEC_ID_NONE) return;
-    if (AudioDecoder* decoder = audio()) decoder->push(codec, data, size);
+    if (codec == AV_CODEC_ID_NONE) {
+        return;
+    }
+    if (AudioDecoder* decoder = audio()) {
+        decoder->push(codec, data, size);
+    }
 }
 
 AudioDecoder* LiveSession::audio() {
-    if (!wantsAudio()) return nullptr;
-    const std::lock_guard<std::mutex> lock(audio_mutex_);
-    if (audio_ == nullptr && !stopped_) {
-        audio_ = std::make_shared<AudioDecoder>([this](std::uint8_t* data, int size, int rate, int channels) {
-            gate_.call([&] { callbacks_.on_audio(data, size, rate, channels); });
-        });
-        workers_.start([self = shared_from_this(), decoder = audio_] { decoder->run(); });
+    if (!wantsAudio()) {
+        return nullptr;
     }
-    return audio_.get();
+    const std::lock_guard<std::mutex> lock(m_audioMutex);
+    if (m_audio == nullptr && !m_stopped) {
+        m_audio =
+            std::make_shared<AudioDecoder>([this](std::uint8_t* data, int size, int rate, int channels) {
+                m_gate.call([&] { m_callbacks.on_audio(data, size, rate, channels); });
+            });
+        m_workers.start([self = shared_from_this(), decoder = m_audio] { decoder->run(); });
+    }
+    return m_audio.get();
 }
 
 void LiveSession::decodeLoop() {
     Chunk chunk;
     for (;;) {
-        switch (queue_.pop(chunk, silenceMs())) {
-            case ChunkQueue::Taken::Chunk:
+        switch (m_queue.pop(chunk, silenceMs())) {
+            case ChunkQueue::Taken::kChunk:
                 take(chunk);
                 break;
-            case ChunkQueue::Taken::Silence:
+            case ChunkQueue::Taken::kSilence:
                 onSilence();
                 break;
-            case ChunkQueue::Taken::Closed:
+            case ChunkQueue::Taken::kClosed:
                 return;
         }
     }
 }
 
 int LiveSession::silenceMs() const {
-    if (packets_ && packets_->pending()) return packets_->idleMs();
-    if (bytes_.pending()) return bytes_.idleMs();
+    if (m_packets && m_packets->pending()) {
+        return m_packets->idleMs();
+    }
+    if (m_bytes.pending()) {
+        return m_bytes.idleMs();
+    }
     return -1;
 }
 
 void LiveSession::onSilence() {
     // The receiving thread may not have had its turn yet: bytes that wait in the system are no silence.
-    if (source_->bytesWaiting()) return;
-    if (packets_) packets_->idle();
-    bytes_.idle();
+    if (m_source->bytesWaiting()) {
+        return;
+    }
+    if (m_packets) {
+        m_packets->idle();
+    }
+    m_bytes.idle();
 }
 
 void LiveSession::take(const Chunk& chunk) {
-    const auto before = std::exchange(arrived_, chunk.arrived);
+    const auto before = std::exchange(m_arrived, chunk.arrived);
     if (chunk.format != nullptr) {
         takePacket(chunk, before);
     } else {
-        bytes_.push(chunk.data.data(), chunk.data.size());
+        m_bytes.push(chunk.data.data(), chunk.data.size());
     }
 }
 
 void LiveSession::takePacket(const Chunk& chunk, Clock::time_point before) {
-    if (chunk.format != format_) {
-        if (packets_) packets_->idle();
-        format_ = chunk.format;
-        decoder_.close();
-        packets_.emplace(codecOf(format_->codec_id),
-                         [this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); });
-    } else if (chunk.pts != last_pts_) {
-        packets_->endOfPicture();
+    if (chunk.format != m_format) {
+        if (m_packets) {
+            m_packets->idle();
+        }
+        m_format = chunk.format;
+        m_decoder.close();
+        m_packets.emplace(codecOf(m_format->codec_id),
+                          [this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); });
+    } else if (chunk.pts != m_lastPts) {
+        m_packets->endOfPicture();
     } else if (chunk.pts != AV_NOPTS_VALUE) {
-        packets_->samePicture(
+        m_packets->samePicture(
             static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(chunk.arrived - before).count()));
     }
-    last_pts_ = chunk.pts;
-    packets_->push(chunk.data.data(), chunk.data.size());
+    m_lastPts = chunk.pts;
+    m_packets->push(chunk.data.data(), chunk.data.size());
 }
 
 void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
-    if (stopped_) return;
-    rate_.addBytes(nowUs(), unit.bytes.size());
+    if (m_stopped) {
+        return;
+    }
+    m_rate.addBytes(nowUs(), unit.bytes.size());
     passSei(codec, unit);
-    if (!admit(unit) || !ensureDecoder(codec)) return;
-    decoder_.decode(unit.bytes.data(), unit.bytes.size(), AV_NOPTS_VALUE);
+    if (!admit(unit) || !ensureDecoder(codec)) {
+        return;
+    }
+    m_decoder.decode(unit.bytes.data(), unit.bytes.size(), AV_NOPTS_VALUE);
 }
 
 void LiveSession::passSei(Codec codec, const AccessUnit& unit) {
-    if (unit.sei.empty() || !callbacks_.on_sei) return;
+    if (unit.sei.empty() || !m_callbacks.on_sei) {
+        return;
+    }
     // A copy: the receiver may write on it.
     std::vector<std::uint8_t> run = unit.sei;
     run.push_back(0);
-    gate_.call(
-        [&] { callbacks_.on_sei(run.data(), static_cast<int>(run.size()), codec == Codec::H265 ? 1 : 0); });
+    m_gate.call(
+        [&] { m_callbacks.on_sei(run.data(), static_cast<int>(run.size()), codec == Codec::kH265 ? 1 : 0); });
 }
 
 // Decoding begins at a key picture, and stops until the next one at the bound of pictures that nobody
 // released or when it cannot keep up.
 bool LiveSession::admit(const AccessUnit& unit) {
-    const bool full = in_flight_.full();
-    if (full && !told_full_) {
-        std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", in_flight_.count());
-        told_full_ = true;
+    const bool full = m_inFlight.full();
+    if (full && !m_toldFull) {
+        std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", m_inFlight.count());
+        m_toldFull = true;
     }
-    const bool late = Clock::now() - arrived_ > kMaxLag;
-    if (!wait_for_key_ && (full || late)) {
-        wait_for_key_ = true;
-        skipped_ = 0;
+    const bool late = Clock::now() - m_arrived > kMaxLag;
+    if (!m_waitForKey && (full || late)) {
+        m_waitForKey = true;
+        m_skipped = 0;
     }
-    if (!wait_for_key_) return true;
-    ++skipped_;
-    if (full || late || (!unit.key && skipped_ < kMaxSkipped)) return false;
-    wait_for_key_ = false;
-    decoder_.flush();
+    if (!m_waitForKey) {
+        return true;
+    }
+    ++m_skipped;
+    if (full || late || (!unit.key && m_skipped < kMaxSkipped)) {
+        return false;
+    }
+    m_waitForKey = false;
+    m_decoder.flush();
     return true;
 }
 
 bool LiveSession::ensureDecoder(Codec codec) {
-    const AVCodecID id = idOf(codec, format_.get());
-    if (id == AV_CODEC_ID_NONE) return false;
-    if (decoder_.isOpen() && decoder_.codec() == id) return true;
-    return decoder_.open(id, format_.get(), true);
+    const AVCodecID id = idOf(codec, m_format.get());
+    if (id == AV_CODEC_ID_NONE) {
+        return false;
+    }
+    if (m_decoder.isOpen() && m_decoder.codec() == id) {
+        return true;
+    }
+    return m_decoder.open(id, m_format.get(), true);
 }
 
 void LiveSession::onFrame(AVFrame* frame) {
-    if (!in_flight_.track(frame)) return;
+    if (!m_inFlight.track(frame)) {
+        return;
+    }
     const std::int64_t now = nowUs();
-    rate_.addPicture(now);
-    const float fps = rate_.fps(now);
-    const int kilobits = rate_.kilobits(now);
-    gate_.call([&] {
-        if (callbacks_.on_frame) callbacks_.on_frame(frame, fps, kilobits);
+    m_rate.addPicture(now);
+    const float fps = m_rate.fps(now);
+    const int kilobits = m_rate.kilobits(now);
+    m_gate.call([&] {
+        if (m_callbacks.on_frame) {
+            m_callbacks.on_frame(frame, fps, kilobits);
+        }
     });
 }
 

@@ -34,15 +34,15 @@ public:
     // False if the system gives no threads; then nothing runs.
     bool start(std::unique_ptr<Source> source);
     void close() override;
-    CallbackGate& gate() { return gate_; }
+    CallbackGate& gate() { return m_gate; }
 
 private:
     // SourceSink
-    bool stopped() const override { return stopped_; }
+    bool stopped() const override { return m_stopped; }
     void pause(int ms) override;
     void onBytes(const std::uint8_t* data, std::size_t size) override;
     void onVideoPacket(const AVPacket* packet, const SharedParameters& format) override;
-    bool wantsAudio() const override { return static_cast<bool>(callbacks_.on_audio); }
+    bool wantsAudio() const override { return static_cast<bool>(m_callbacks.on_audio); }
     void onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) override;
 
     // The decoding thread.
@@ -62,30 +62,30 @@ private:
     AudioDecoder* audio();  // starts it at its first use; null if nobody listens
     void stopAll();
 
-    const LiveCallbacks callbacks_;
-    CallbackGate gate_;
-    WorkerGroup workers_;
-    std::atomic<bool> stopped_{false};
-    std::mutex stop_mutex_;
-    std::condition_variable stop_changed_;
-    ChunkQueue queue_;
-    std::unique_ptr<Source> source_;  // set before the threads start
+    const LiveCallbacks m_callbacks;
+    CallbackGate m_gate;
+    WorkerGroup m_workers;
+    std::atomic<bool> m_stopped{false};
+    std::mutex m_stopMutex;
+    std::condition_variable m_stopChanged;
+    ChunkQueue m_queue;
+    std::unique_ptr<Source> m_source;  // set before the threads start
 
-    std::mutex audio_mutex_;
-    std::shared_ptr<AudioDecoder> audio_;
+    std::mutex m_audioMutex;
+    std::shared_ptr<AudioDecoder> m_audio;
 
     // Of the decoding thread alone.
-    ByteStream bytes_;
-    std::optional<PictureStream> packets_;
-    SharedParameters format_;
-    Clock::time_point arrived_{};  // when the chunk in hand came
-    std::int64_t last_pts_ = AV_NOPTS_VALUE;
-    VideoDecoder decoder_;
-    FramesInFlight in_flight_;
-    RateCounter rate_;
-    bool wait_for_key_ = true;
-    int skipped_ = 0;  // pictures not decoded while waiting for a key picture
-    bool told_full_ = false;
+    ByteStream m_bytes;
+    std::optional<PictureStream> m_packets;
+    SharedParameters m_format;
+    Clock::time_point m_arrived{};  // when the chunk in hand came
+    std::int64_t m_lastPts = AV_NOPTS_VALUE;
+    VideoDecoder m_decoder;
+    FramesInFlight m_inFlight;
+    RateCounter m_rate;
+    bool m_waitForKey = true;
+    int m_skipped = 0;  // pictures not decoded while waiting for a key picture
+    bool m_toldFull = false;
 };
 
 }  // namespace tavrik

@@ -13,7 +13,9 @@ int firstSeiPayload(const std::uint8_t* payload, std::size_t size) {
     int type = 0;
     for (std::size_t i = 0; i < size; ++i) {
         type += payload[i];
-        if (payload[i] != 0xFF) return type;
+        if (payload[i] != 0xFF) {
+            return type;
+        }
     }
     return -1;
 }
@@ -25,17 +27,17 @@ NalInfo describeH264(const std::uint8_t* nal, std::size_t size) {
         case 1:
         case 2:
         case 5:
-            info.role = NalRole::Picture;
+            info.role = NalRole::kPicture;
             // first_mb_in_slice is the first Exp-Golomb code: a leading 1 bit is 0.
             info.first_slice = size > 1 && (nal[1] & 0x80) != 0;
             info.key = type == 5;
             break;
         case 3:
         case 4:
-            info.role = NalRole::Picture;
+            info.role = NalRole::kPicture;
             break;
         case 6:
-            info.role = NalRole::Supplement;
+            info.role = NalRole::kSupplement;
             info.sei = true;
             info.key = firstSeiPayload(nal + 1, size - 1) == kRecoveryPoint;
             break;
@@ -47,7 +49,7 @@ NalInfo describeH264(const std::uint8_t* nal, std::size_t size) {
         case 16:
         case 17:
         case 18:
-            info.role = NalRole::Leading;
+            info.role = NalRole::kLeading;
             break;
         default:
             break;
@@ -57,20 +59,22 @@ NalInfo describeH264(const std::uint8_t* nal, std::size_t size) {
 
 NalInfo describeH265(const std::uint8_t* nal, std::size_t size) {
     NalInfo info;
-    if (size < 2) return info;
+    if (size < 2) {
+        return info;
+    }
     const int type = (nal[0] >> 1) & 0x3F;
     const bool base_layer = (nal[0] & 1) == 0 && (nal[1] & 0xF8) == 0;
     if (type <= 31) {
-        info.role = NalRole::Picture;
+        info.role = NalRole::kPicture;
         info.first_slice = base_layer && size > 2 && (nal[2] & 0x80) != 0;
         info.key = type >= 16 && type <= 23;
     } else if (type == 39) {
-        info.role = NalRole::Supplement;
+        info.role = NalRole::kSupplement;
         info.sei = true;
     } else if (type == 40) {
         info.sei = true;
     } else if (type <= 35 || (type >= 41 && type <= 44) || (type >= 48 && type <= 55)) {
-        info.role = base_layer ? NalRole::Leading : NalRole::Trailing;
+        info.role = base_layer ? NalRole::kLeading : NalRole::kTrailing;
     }
     return info;
 }
@@ -78,23 +82,33 @@ NalInfo describeH265(const std::uint8_t* nal, std::size_t size) {
 }  // namespace
 
 NalInfo describeNal(Codec codec, const std::uint8_t* nal, std::size_t size) {
-    if (size == 0) return NalInfo{};
-    if (codec == Codec::H264) return describeH264(nal, size);
-    if (codec == Codec::H265) return describeH265(nal, size);
+    if (size == 0) {
+        return NalInfo{};
+    }
+    if (codec == Codec::kH264) {
+        return describeH264(nal, size);
+    }
+    if (codec == Codec::kH265) {
+        return describeH265(nal, size);
+    }
     return NalInfo{};
 }
 
 Codec codecOfParameterSet(const std::uint8_t* nal, std::size_t size) {
-    if (size < 4) return Codec::Unknown;
-    if ((nal[0] == 0x40 || nal[0] == 0x42) && nal[1] == 0x01) return Codec::H265;
+    if (size < 4) {
+        return Codec::kUnknown;
+    }
+    if ((nal[0] == 0x40 || nal[0] == 0x42) && nal[1] == 0x01) {
+        return Codec::kH265;
+    }
     static constexpr std::uint8_t kProfiles[] = {66, 77, 88,  100, 110, 122, 244, 44,
                                                  83, 86, 118, 128, 138, 139, 134, 135};
     const bool sequence_set = (nal[0] & 0x9F) == 7 && (nal[0] & 0x60) != 0;
     if (sequence_set &&
         std::find(std::begin(kProfiles), std::end(kProfiles), nal[1]) != std::end(kProfiles)) {
-        return Codec::H264;
+        return Codec::kH264;
     }
-    return Codec::Unknown;
+    return Codec::kUnknown;
 }
 
 }  // namespace tavrik

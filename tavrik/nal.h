@@ -8,17 +8,17 @@
 namespace tavrik {
 
 // Other: a codec whose packets are passed on as they come (Motion JPEG, MPEG-4 ...).
-enum class Codec { Unknown, H264, H265, Other };
+enum class Codec { kUnknown, kH264, kH265, kOther };
 
 enum class NalRole {
-    Picture,     // a slice
-    Supplement,  // SEI
-    Leading,     // parameter sets, delimiters: what can only stand before a picture's first slice
-    Trailing,    // belongs to the picture before it (end of sequence, filler, suffix SEI)
+    kPicture,     // a slice
+    kSupplement,  // SEI
+    kLeading,     // parameter sets, delimiters: what can only stand before a picture's first slice
+    kTrailing,    // belongs to the picture before it (end of sequence, filler, suffix SEI)
 };
 
 struct NalInfo {
-    NalRole role = NalRole::Trailing;
+    NalRole role = NalRole::kTrailing;
     bool first_slice = false;  // a slice that begins a picture
     bool key = false;          // decoding can begin with the picture this NAL belongs to
     bool sei = false;          // handed to the SEI callback, prefix or suffix

@@ -16,7 +16,7 @@ public:
     using Sink = std::function<void(const std::uint8_t* nal, std::size_t size)>;
     static constexpr std::size_t kMaxNalBytes = 8u << 20;
 
-    explicit NalSplitter(Sink sink) : sink_(std::move(sink)) {}
+    explicit NalSplitter(Sink sink) : m_sink(std::move(sink)) {}
 
     void push(const std::uint8_t* data, std::size_t size);
     // What has arrived is taken for a whole NAL. Zero bytes at its end are kept: they may begin the next
@@ -24,21 +24,21 @@ public:
     void flush();
     void reset();
 
-    bool pending() const { return in_nal_ && buffer_.size() > begin_; }
+    bool pending() const { return m_inNal && m_buffer.size() > m_begin; }
     // True when bytes other than zero have come since the last flush with no start code before them: the
     // flush cut a NAL in two.
-    bool cutByFlush() const { return stray_; }
+    bool cutByFlush() const { return m_stray; }
 
 private:
     void emit(std::size_t end);
     void dropProcessed();
 
-    Sink sink_;
-    std::vector<std::uint8_t> buffer_;
-    std::size_t begin_ = 0;    // first byte of the open NAL within buffer_
-    std::size_t scanned_ = 0;  // no start code ends before this offset
-    bool in_nal_ = false;
-    bool stray_ = false;
+    Sink m_sink;
+    std::vector<std::uint8_t> m_buffer;
+    std::size_t m_begin = 0;    // first byte of the open NAL within buffer_
+    std::size_t m_scanned = 0;  // no start code ends before this offset
+    bool m_inNal = false;
+    bool m_stray = false;
 };
 
 }  // namespace tavrik

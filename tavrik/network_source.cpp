@@ -24,16 +24,21 @@ void fillOptions(Dictionary& options, const Options& given, bool audio) {
     options.set("allowed_media_types", audio ? "video+audio" : "video");
     options.set("max_delay", "20000");
     options.set("buffer_size", "8388608");
-    for (const auto& [key, value] : given)
+    for (const auto& [key, value] : given) {
         options.set(key.c_str(), value.c_str());
+    }
     options.set("protocol_whitelist", "rtp,udp,tcp,tls,http,https,httpproxy,srtp");
 }
 
 const char* annexBFilter(const AVCodecParameters* format) {
     // The configuration record of MP4 and FLV begins with its version, 1; Annex B begins with a start code.
     const bool length_prefixed = format->extradata_size >= 7 && format->extradata[0] == 1;
-    if (length_prefixed && format->codec_id == AV_CODEC_ID_H264) return "h264_mp4toannexb";
-    if (length_prefixed && format->codec_id == AV_CODEC_ID_HEVC) return "hevc_mp4toannexb";
+    if (length_prefixed && format->codec_id == AV_CODEC_ID_H264) {
+        return "h264_mp4toannexb";
+    }
+    if (length_prefixed && format->codec_id == AV_CODEC_ID_HEVC) {
+        return "hevc_mp4toannexb";
+    }
     return nullptr;
 }
 
@@ -41,47 +46,61 @@ const char* annexBFilter(const AVCodecParameters* format) {
 
 int NetworkSource::interrupted(void* opaque) {
     const auto* self = static_cast<const NetworkSource*>(opaque);
-    const std::int64_t deadline = self->deadline_us_;
-    if (deadline != 0 && nowUs() > deadline) return 1;
-    return !self->saying_goodbye_ && self->sink_->stopped() ? 1 : 0;
+    const std::int64_t deadline = self->m_deadlineUs;
+    if (deadline != 0 && nowUs() > deadline) {
+        return 1;
+    }
+    return !self->m_sayingGoodbye && self->m_sink->stopped() ? 1 : 0;
 }
 
 void NetworkSource::run(SourceSink& sink) {
-    sink_ = &sink;
+    m_sink = &sink;
     const std::string address = reachableAddress(sink);
-    if (address.empty()) return;
+    if (address.empty()) {
+        return;
+    }
     FormatPtr format = open(sink, address);
-    if (format == nullptr) return;
-    deadline_us_ = 0;
+    if (format == nullptr) {
+        return;
+    }
+    m_deadlineUs = 0;
     read(sink, format.get());
     // Closing tells the server to stop sending, which matters over UDP; a hanging server gets little time for
     // it.
-    deadline_us_ = nowUs() + kGoodbyeUs;
-    saying_goodbye_ = true;
+    m_deadlineUs = nowUs() + kGoodbyeUs;
+    m_sayingGoodbye = true;
     format.reset();
 }
 
 // A name is looked up here because a look-up inside FFmpeg cannot be interrupted. Over TLS the name stays,
 // the server's certificate hangs on it.
 std::string NetworkSource::reachableAddress(SourceSink& sink) {
-    if (address_.numeric_host) return networkAddressWithHost(address_, address_.host);
-    const auto found = lookUpHost(address_.host, kLookUpMs, [&sink] { return sink.stopped(); });
-    if (!found) return {};
-    const bool keep_name = address_.scheme != "rtsp";
-    return networkAddressWithHost(address_, keep_name ? address_.host : *found);
+    if (m_address.numeric_host) {
+        return networkAddressWithHost(m_address, m_address.host);
+    }
+    const auto found = lookUpHost(m_address.host, kLookUpMs, [&sink] { return sink.stopped(); });
+    if (!found) {
+        return {};
+    }
+    const bool keep_name = m_address.scheme != "rtsp";
+    return networkAddressWithHost(m_address, keep_name ? m_address.host : *found);
 }
 
 FormatPtr NetworkSource::open(SourceSink& sink, const std::string& address) {
     AVFormatContext* format = avformat_alloc_context();
-    if (format == nullptr) return nullptr;
+    if (format == nullptr) {
+        return nullptr;
+    }
     format->interrupt_callback = {interrupted, this};
     // FFmpeg's parser holds each picture until the next begins; pictures are put together on our side
     // instead. The stream info is never probed: that costs a second and the first key picture.
     format->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
     Dictionary options;
-    fillOptions(options, options_, sink.wantsAudio());
-    deadline_us_ = nowUs() + kOpenUs;
-    if (avformat_open_input(&format, address.c_str(), nullptr, options.out()) < 0) return nullptr;
+    fillOptions(options, m_options, sink.wantsAudio());
+    m_deadlineUs = nowUs() + kOpenUs;
+    if (avformat_open_input(&format, address.c_str(), nullptr, options.out()) < 0) {
+        return nullptr;
+    }
     return FormatPtr(format);
 }
 
@@ -93,14 +112,20 @@ void NetworkSource::read(SourceSink& sink, AVFormatContext* format) {
             sink.pause(kTryAgainMs);
             continue;
         }
-        if (result < 0) return;
+        if (result < 0) {
+            return;
+        }
         const AVStream* stream = format->streams[packet->stream_index];
         const AVMediaType type = stream->codecpar->codec_type;
-        if (video_index_ < 0 && type == AVMEDIA_TYPE_VIDEO) video_index_ = stream->index;
-        if (audio_index_ < 0 && type == AVMEDIA_TYPE_AUDIO) audio_index_ = stream->index;
-        if (stream->index == video_index_) {
+        if (m_videoIndex < 0 && type == AVMEDIA_TYPE_VIDEO) {
+            m_videoIndex = stream->index;
+        }
+        if (m_audioIndex < 0 && type == AVMEDIA_TYPE_AUDIO) {
+            m_audioIndex = stream->index;
+        }
+        if (stream->index == m_videoIndex) {
             passVideo(sink, stream, packet.get());
-        } else if (stream->index == audio_index_ && sink.wantsAudio()) {
+        } else if (stream->index == m_audioIndex && sink.wantsAudio()) {
             sink.onAudioPacket(packet.get(), stream->codecpar);
         }
         av_packet_unref(packet.get());
@@ -108,30 +133,41 @@ void NetworkSource::read(SourceSink& sink, AVFormatContext* format) {
 }
 
 void NetworkSource::passVideo(SourceSink& sink, const AVStream* stream, AVPacket* packet) {
-    if (video_format_ == nullptr && !prepareVideo(stream)) return;
-    if (to_annex_b_ == nullptr) {
-        sink.onVideoPacket(packet, video_format_);
+    if (m_videoFormat == nullptr && !prepareVideo(stream)) {
         return;
     }
-    if (av_bsf_send_packet(to_annex_b_.get(), packet) < 0) return;
-    while (av_bsf_receive_packet(to_annex_b_.get(), packet) >= 0) {
-        sink.onVideoPacket(packet, video_format_);
+    if (m_toAnnexB == nullptr) {
+        sink.onVideoPacket(packet, m_videoFormat);
+        return;
+    }
+    if (av_bsf_send_packet(m_toAnnexB.get(), packet) < 0) {
+        return;
+    }
+    while (av_bsf_receive_packet(m_toAnnexB.get(), packet) >= 0) {
+        sink.onVideoPacket(packet, m_videoFormat);
         av_packet_unref(packet);
     }
 }
 
 bool NetworkSource::prepareVideo(const AVStream* stream) {
     std::shared_ptr<AVCodecParameters> format(avcodec_parameters_alloc(), AvFree());
-    if (format == nullptr || avcodec_parameters_copy(format.get(), stream->codecpar) < 0) return false;
+    if (format == nullptr || avcodec_parameters_copy(format.get(), stream->codecpar) < 0) {
+        return false;
+    }
     if (const char* name = annexBFilter(format.get())) {
         AVBSFContext* filter = nullptr;
-        if (av_bsf_alloc(av_bsf_get_by_name(name), &filter) < 0) return false;
-        to_annex_b_.reset(filter);
-        if (avcodec_parameters_copy(filter->par_in, format.get()) < 0 || av_bsf_init(filter) < 0)
+        if (av_bsf_alloc(av_bsf_get_by_name(name), &filter) < 0) {
             return false;
-        if (avcodec_parameters_copy(format.get(), filter->par_out) < 0) return false;
+        }
+        m_toAnnexB.reset(filter);
+        if (avcodec_parameters_copy(filter->par_in, format.get()) < 0 || av_bsf_init(filter) < 0) {
+            return false;
+        }
+        if (avcodec_parameters_copy(format.get(), filter->par_out) < 0) {
+            return false;
+        }
     }
-    video_format_ = std::move(format);
+    m_videoFormat = std::move(format);
     return true;
 }
 

@@ -14,7 +14,7 @@ namespace tavrik {
 class NetworkSource : public Source {
 public:
     NetworkSource(NetworkAddress address, Options options)
-        : address_(std::move(address)), options_(std::move(options)) {}
+        : m_address(std::move(address)), m_options(std::move(options)) {}
     void run(SourceSink& sink) override;
 
 private:
@@ -25,16 +25,16 @@ private:
     void passVideo(SourceSink& sink, const AVStream* stream, AVPacket* packet);
     bool prepareVideo(const AVStream* stream);
 
-    NetworkAddress address_;
-    Options options_;
-    const SourceSink* sink_ = nullptr;
-    std::atomic<std::int64_t> deadline_us_{0};  // 0: none
-    std::atomic<bool> saying_goodbye_{false};   // only the deadline counts
+    NetworkAddress m_address;
+    Options m_options;
+    const SourceSink* m_sink = nullptr;
+    std::atomic<std::int64_t> m_deadlineUs{0};  // 0: none
+    std::atomic<bool> m_sayingGoodbye{false};   // only the deadline counts
 
-    int video_index_ = -1;
-    int audio_index_ = -1;
-    SharedParameters video_format_;
-    BitstreamFilterPtr to_annex_b_;  // for containers with length-prefixed NALs
+    int m_videoIndex = -1;
+    int m_audioIndex = -1;
+    SharedParameters m_videoFormat;
+    BitstreamFilterPtr m_toAnnexB;  // for containers with length-prefixed NALs
 };
 
 }  // namespace tavrik

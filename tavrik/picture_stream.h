@@ -33,11 +33,11 @@ public:
     bool pending() const;
     // Milliseconds of silence that end a picture: 3, and longer (up to 48) for a sender found to pause inside
     // pictures.
-    int idleMs() const { return idle_ms_; }
-    Codec codec() const { return codec_; }
+    int idleMs() const { return m_idleMs; }
+    Codec codec() const { return m_codec; }
 
 private:
-    enum class Cut { None, Container, Idle };
+    enum class Cut { kNone, kContainer, kIdle };
 
     void onNal(const std::uint8_t* nal, std::size_t size);
     void onUnit(const AccessUnit& unit);
@@ -47,23 +47,23 @@ private:
     void morePatience();
     void followGaps();
 
-    Sink sink_;
-    Codec codec_;
-    const bool detect_;
-    NalSplitter splitter_;
-    AccessUnitAssembler assembler_;
-    AccessUnit opaque_;  // for Codec::Other
-    Cut last_cut_ = Cut::None;
-    bool cut_a_picture_ = false;  // the last cut handed one out
-    int foreign_sets_ = 0;        // parameter sets of another codec in a row
-    int idle_ms_ = kIdleMs;
-    bool idle_suspect_ = false;         // one silence has cut a picture; it may have been a loss
-    int clean_units_ = 0;               // pictures since a cut was last found wrong
-    int units_to_trust_ = kCleanUnits;  // clean pictures after which a shorter silence is tried again
-    int wrong_container_cuts_ = 0;
-    int gap_ms_ = -1;      // longest pause inside the pictures of the present window; -1: none was ever told
-    int last_gap_ms_ = 0;  // that of the window before
-    int window_units_ = 0;
+    Sink m_sink;
+    Codec m_codec;
+    const bool m_detect;
+    NalSplitter m_splitter;
+    AccessUnitAssembler m_assembler;
+    AccessUnit m_opaque;  // for Codec::kOther
+    Cut m_lastCut = Cut::kNone;
+    bool m_cutAPicture = false;  // the last cut handed one out
+    int m_foreignSets = 0;       // parameter sets of another codec in a row
+    int m_idleMs = kIdleMs;
+    bool m_idleSuspect = false;        // one silence has cut a picture; it may have been a loss
+    int m_cleanUnits = 0;              // pictures since a cut was last found wrong
+    int m_unitsToTrust = kCleanUnits;  // clean pictures after which a shorter silence is tried again
+    int m_wrongContainerCuts = 0;
+    int m_gapMs = -1;     // longest pause inside the pictures of the present window; -1: none was ever told
+    int m_lastGapMs = 0;  // that of the window before
+    int m_windowUnits = 0;
 
     static constexpr int kIdleMs = 3;
     static constexpr int kMaxIdleMs = 48;

@@ -12,7 +12,7 @@ constexpr int kAskAgainMs = 1;  // it is added to every picture's delay
 void PullSource::run(SourceSink& sink) {
     std::vector<std::uint8_t> buffer(kCapacity);
     while (!sink.stopped()) {
-        const int got = std::min(read_(buffer.data(), kCapacity), kCapacity);
+        const int got = std::min(m_read(buffer.data(), kCapacity), kCapacity);
         if (got > 0) {
             sink.onBytes(buffer.data(), static_cast<std::size_t>(got));
         } else {

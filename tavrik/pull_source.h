@@ -11,11 +11,11 @@ class PullSource : public Source {
 public:
     // Up to `capacity` bytes; 0 if none waits.
     using Read = std::function<int(unsigned char* dest, int capacity)>;
-    explicit PullSource(Read read) : read_(std::move(read)) {}
+    explicit PullSource(Read read) : m_read(std::move(read)) {}
     void run(SourceSink& sink) override;
 
 private:
-    Read read_;
+    Read m_read;
 };
 
 }  // namespace tavrik

@@ -24,9 +24,9 @@ private:
     };
     void forget(std::int64_t now_us);
 
-    std::deque<std::int64_t> pictures_;
-    std::deque<Amount> amounts_;
-    std::uint64_t bytes_ = 0;
+    std::deque<std::int64_t> m_pictures;
+    std::deque<Amount> m_amounts;
+    std::uint64_t m_bytes = 0;
 };
 
 }  // namespace tavrik

@@ -27,45 +27,49 @@ public:
     }
 
     int add(std::shared_ptr<Session> session) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        const int handle = next_++;
-        sessions_[handle] = std::move(session);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const int handle = m_next++;
+        m_sessions[handle] = std::move(session);
         return handle;
     }
     std::shared_ptr<Session> find(int handle) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        const auto found = sessions_.find(handle);
-        return found != sessions_.end() ? found->second : nullptr;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_sessions.find(handle);
+        return found != m_sessions.end() ? found->second : nullptr;
     }
     std::shared_ptr<Session> take(int handle) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        const auto found = sessions_.find(handle);
-        if (found == sessions_.end()) return nullptr;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_sessions.find(handle);
+        if (found == m_sessions.end()) {
+            return nullptr;
+        }
         std::shared_ptr<Session> session = std::move(found->second);
-        sessions_.erase(found);
-        if (handle == pull_) pull_ = 0;
+        m_sessions.erase(found);
+        if (handle == m_pull) {
+            m_pull = 0;
+        }
         return session;
     }
     int exchangePull(int handle) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return std::exchange(pull_, handle);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return std::exchange(m_pull, handle);
     }
     void setHooks(ReplayHook on_start, ReplayHook on_end) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        on_start_ = on_start;
-        on_end_ = on_end;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_onStart = on_start;
+        m_onEnd = on_end;
     }
     ClipCallbacks clipCallbacks(FrameCallback on_frame) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return ClipCallbacks{std::move(on_frame), on_start_, on_end_};
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return ClipCallbacks{std::move(on_frame), m_onStart, m_onEnd};
     }
     void setClipLength(std::int64_t ms) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        clip_length_ms_ = static_cast<std::int32_t>(std::min<std::int64_t>(ms, INT32_MAX));
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_clipLengthMs = static_cast<std::int32_t>(std::min<std::int64_t>(ms, INT32_MAX));
     }
     std::int32_t clipLength() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return clip_length_ms_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_clipLengthMs;
     }
 
 private:
@@ -75,13 +79,13 @@ private:
         avformat_network_init();
     }
 
-    std::mutex mutex_;
-    std::map<int, std::shared_ptr<Session>> sessions_;
-    int next_ = 1;
-    int pull_ = 0;
-    ReplayHook on_start_ = nullptr;
-    ReplayHook on_end_ = nullptr;
-    std::int32_t clip_length_ms_ = 0;
+    std::mutex m_mutex;
+    std::map<int, std::shared_ptr<Session>> m_sessions;
+    int m_next = 1;
+    int m_pull = 0;
+    ReplayHook m_onStart = nullptr;
+    ReplayHook m_onEnd = nullptr;
+    std::int32_t m_clipLengthMs = 0;
 };
 
 std::unique_ptr<Source> makeSource(const char* url, int port, const std::string& local_ip, bool is_rtsp,
@@ -89,16 +93,22 @@ std::unique_ptr<Source> makeSource(const char* url, int port, const std::string&
     const std::string text = url != nullptr ? url : "";
     if (is_rtsp) {
         const auto address = parseNetworkAddress(text);
-        if (!address) return nullptr;
+        if (!address) {
+            return nullptr;
+        }
         return std::make_unique<NetworkSource>(*address, options);
     }
     const auto address = parseDatagramAddress(text, port, local_ip);
-    if (!address) return nullptr;
+    if (!address) {
+        return nullptr;
+    }
     return std::make_unique<DatagramSource>(*address);
 }
 
 void closeHandle(int handle) {
-    if (const std::shared_ptr<Session> session = Registry::instance().take(handle)) session->close();
+    if (const std::shared_ptr<Session> session = Registry::instance().take(handle)) {
+        session->close();
+    }
 }
 
 }  // namespace
@@ -114,12 +124,16 @@ int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on
         Registry& registry = Registry::instance();
         const Options options = parseOptions(av_options);
         std::unique_ptr<Source> source = makeSource(url, port, local_ip, is_rtsp, options);
-        if (source == nullptr) return 0;
+        if (source == nullptr) {
+            return 0;
+        }
         const auto session = std::make_shared<LiveSession>(
             LiveCallbacks{std::move(on_frame), std::move(on_audio), std::move(on_sei)}, decoderKind(decoder),
             options);
         const int handle = registry.add(session);
-        if (session->start(std::move(source))) return handle;
+        if (session->start(std::move(source))) {
+            return handle;
+        }
         registry.take(handle);
     } catch (const std::exception&) {
         // Out of memory: the open fails, nothing else changes.
@@ -130,7 +144,9 @@ int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on
 int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder) {
     Registry& registry = Registry::instance();
     closeHandle(registry.exchangePull(0));
-    if (!on_read) return 0;
+    if (!on_read) {
+        return 0;
+    }
     try {
         const auto session = std::make_shared<LiveSession>(
             LiveCallbacks{std::move(on_frame), nullptr, nullptr}, decoderKind(decoder), Options{});
@@ -163,23 +179,33 @@ void feedClose(int handle) {
 }
 
 void feedHold(int handle) {
-    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) session->hold();
+    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) {
+        session->hold();
+    }
 }
 
 void feedResume(int handle) {
-    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) session->resume();
+    if (const std::shared_ptr<Session> session = Registry::instance().find(handle)) {
+        session->resume();
+    }
 }
 
 int clipOpen(const char* path, FrameCallback on_frame, std::uint8_t decoder) {
-    if (path == nullptr) return 0;
+    if (path == nullptr) {
+        return 0;
+    }
     try {
         Registry& registry = Registry::instance();
         const auto session =
             std::make_shared<ClipSession>(registry.clipCallbacks(std::move(on_frame)), decoderKind(decoder));
-        if (!session->prepare(path)) return 0;
+        if (!session->prepare(path)) {
+            return 0;
+        }
         registry.setClipLength(session->lengthMs());
         const int handle = registry.add(session);
-        if (session->start()) return handle;
+        if (session->start()) {
+            return handle;
+        }
         registry.take(handle);
     } catch (const std::exception&) {
         // As in feedOpen.
@@ -191,9 +217,7 @@ void ClipHooks(ReplayHook on_replay_start, ReplayHook on_replay_end) {
     Registry::instance().setHooks(on_replay_start, on_replay_end);
 }
 
-std::int32_t ClipLengthMs() {
-    return Registry::instance().clipLength();
-}
+std::int32_t ClipLengthMs() { return Registry::instance().clipLength(); }
 
 // Recording and stills come with the recording subsystem; until then these do nothing.
 void captureBegin(const char*, int, int) {}

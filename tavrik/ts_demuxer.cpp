@@ -16,21 +16,24 @@ std::array<std::uint32_t, 256> makeCrcTable() {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t i = 0; i < 256; ++i) {
         std::uint32_t value = i << 24;
-        for (int bit = 0; bit < 8; ++bit)
+        for (int bit = 0; bit < 8; ++bit) {
             value = (value << 1) ^ ((value & 0x80000000u) != 0 ? 0x04C11DB7u : 0u);
+        }
         table[i] = value;
     }
     return table;
 }
 
-int pidAt(const std::uint8_t* p) {
-    return ((p[0] & 0x1F) << 8) | p[1];
-}
+int pidAt(const std::uint8_t* p) { return ((p[0] & 0x1F) << 8) | p[1]; }
 
 Codec videoCodec(int stream_type) {
-    if (stream_type == 0x1B) return Codec::H264;
-    if (stream_type == 0x24) return Codec::H265;
-    return Codec::Unknown;
+    if (stream_type == 0x1B) {
+        return Codec::kH264;
+    }
+    if (stream_type == 0x24) {
+        return Codec::kH265;
+    }
+    return Codec::kUnknown;
 }
 
 bool isAudio(int stream_type) {
@@ -43,49 +46,50 @@ bool isAudio(int stream_type) {
 std::uint32_t crc32Mpeg(const std::uint8_t* data, std::size_t size) {
     static const std::array<std::uint32_t, 256> table = makeCrcTable();
     std::uint32_t crc = 0xFFFFFFFFu;
-    for (std::size_t i = 0; i < size; ++i)
+    for (std::size_t i = 0; i < size; ++i) {
         crc = (crc << 8) ^ table[((crc >> 24) ^ data[i]) & 0xFF];
+    }
     return crc;
 }
 
 void TsDemuxer::reset() {
-    carry_.clear();
-    synced_ = false;
-    lost_bytes_ = 0;
-    map_pids_.clear();
-    association_ = map_ = Section{};
-    map_section_pid_ = chosen_map_pid_ = -1;
-    video_ = audio_ = Pes{};
+    m_carry.clear();
+    m_synced = false;
+    m_lostBytes = 0;
+    m_mapPids.clear();
+    m_association = m_map = Section{};
+    m_mapSectionPid = m_chosenMapPid = -1;
+    m_video = m_audio = Pes{};
 }
 
 void TsDemuxer::push(const std::uint8_t* data, std::size_t size) {
-    carry_.insert(carry_.end(), data, data + size);
+    m_carry.insert(m_carry.end(), data, data + size);
     std::size_t at = 0;
-    while (carry_.size() - at >= kPacketBytes) {
+    while (m_carry.size() - at >= kPacketBytes) {
         const std::size_t next = at + kPacketBytes;
         // In step a packet is taken at once, without waiting for the next one's sync byte; out of step it
         // must be seen.
-        const bool next_known = next < carry_.size();
-        if (carry_[at] == kSync && (synced_ || (next_known && carry_[next] == kSync))) {
-            packet(carry_.data() + at);
-            synced_ = true;
-            lost_bytes_ = 0;
+        const bool next_known = next < m_carry.size();
+        if (m_carry[at] == kSync && (m_synced || (next_known && m_carry[next] == kSync))) {
+            packet(m_carry.data() + at);
+            m_synced = true;
+            m_lostBytes = 0;
             at = next;
-        } else if (carry_[at] == kSync && !next_known) {
+        } else if (m_carry[at] == kSync && !next_known) {
             break;
         } else {
-            synced_ = false;
-            const auto* from = carry_.data() + at + 1;
-            const void* hit = std::memchr(from, kSync, carry_.size() - at - 1);
+            m_synced = false;
+            const auto* from = m_carry.data() + at + 1;
+            const void* hit = std::memchr(from, kSync, m_carry.size() - at - 1);
             const std::size_t to =
                 hit != nullptr
-                    ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(hit) - carry_.data())
-                    : carry_.size();
-            lost_bytes_ += to - at;
+                    ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(hit) - m_carry.data())
+                    : m_carry.size();
+            m_lostBytes += to - at;
             at = to;
         }
     }
-    carry_.erase(carry_.begin(), carry_.begin() + static_cast<std::ptrdiff_t>(at));
+    m_carry.erase(m_carry.begin(), m_carry.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 void TsDemuxer::packet(const std::uint8_t* p) {
@@ -96,35 +100,49 @@ void TsDemuxer::packet(const std::uint8_t* p) {
     const bool has_payload = (p[3] & 0x10) != 0;
     const int counter = p[3] & 0x0F;
     std::size_t offset = 4;
-    if ((p[3] & 0x20) != 0) offset += 1u + p[4];
-    if (damaged || scrambled || !has_payload || offset >= kPacketBytes) return;
+    if ((p[3] & 0x20) != 0) {
+        offset += 1u + p[4];
+    }
+    if (damaged || scrambled || !has_payload || offset >= kPacketBytes) {
+        return;
+    }
     const std::uint8_t* payload = p + offset;
     const std::size_t size = kPacketBytes - offset;
     if (pid == 0) {
-        section(association_, payload, size, starts);
+        section(m_association, payload, size, starts);
         return;
     }
-    for (Pes* pes : {&video_, &audio_}) {
-        if (pes->pid != pid) continue;
+    for (Pes* pes : {&m_video, &m_audio}) {
+        if (pes->pid != pid) {
+            continue;
+        }
         // A packet may be sent twice in a row; the second is dropped.
-        if (counter == pes->counter && std::equal(p, p + kPacketBytes, pes->last.begin())) return;
+        if (counter == pes->counter && std::equal(p, p + kPacketBytes, pes->last.begin())) {
+            return;
+        }
         pes->counter = counter;
         std::copy(p, p + kPacketBytes, pes->last.begin());
         pesData(*pes, payload, size, starts);
         return;
     }
-    if (std::find(map_pids_.begin(), map_pids_.end(), pid) == map_pids_.end()) return;
-    if (map_section_pid_ != pid) {
-        if (!starts) return;
-        map_ = Section{};
-        map_section_pid_ = pid;
+    if (std::find(m_mapPids.begin(), m_mapPids.end(), pid) == m_mapPids.end()) {
+        return;
     }
-    section(map_, payload, size, starts);
+    if (m_mapSectionPid != pid) {
+        if (!starts) {
+            return;
+        }
+        m_map = Section{};
+        m_mapSectionPid = pid;
+    }
+    section(m_map, payload, size, starts);
 }
 
 void TsDemuxer::section(Section& s, const std::uint8_t* data, std::size_t size, bool starts) {
     if (!starts) {
-        if (s.open) sectionBytes(s, data, size);
+        if (s.open) {
+            sectionBytes(s, data, size);
+        }
         return;
     }
     const std::size_t pointer = data[0];
@@ -134,7 +152,9 @@ void TsDemuxer::section(Section& s, const std::uint8_t* data, std::size_t size, 
         s.open = false;
         return;
     }
-    if (s.open) sectionBytes(s, data, pointer);
+    if (s.open) {
+        sectionBytes(s, data, pointer);
+    }
     s.bytes.clear();
     s.open = true;
     sectionBytes(s, data + pointer, size - pointer);
@@ -148,7 +168,9 @@ void TsDemuxer::sectionBytes(Section& s, const std::uint8_t* data, std::size_t s
             s.open = false;
             break;
         }
-        if (s.bytes.size() < length) return;
+        if (s.bytes.size() < length) {
+            return;
+        }
         const std::vector<std::uint8_t> whole(s.bytes.begin(),
                                               s.bytes.begin() + static_cast<std::ptrdiff_t>(length));
         s.bytes.erase(s.bytes.begin(), s.bytes.begin() + static_cast<std::ptrdiff_t>(length));
@@ -158,26 +180,38 @@ void TsDemuxer::sectionBytes(Section& s, const std::uint8_t* data, std::size_t s
 
 void TsDemuxer::table(const std::vector<std::uint8_t>& bytes) {
     // 8 bytes of head, 4 of CRC; not-yet-applicable tables are left out.
-    if (bytes.size() < 12 || crc32Mpeg(bytes.data(), bytes.size()) != 0 || (bytes[5] & 1) == 0) return;
-    if (bytes[0] == kAssociationTable) programmeAssociation(bytes.data() + 8, bytes.size() - 12);
-    if (bytes[0] == kMapTable) programmeMap(bytes.data() + 8, bytes.size() - 12);
+    if (bytes.size() < 12 || crc32Mpeg(bytes.data(), bytes.size()) != 0 || (bytes[5] & 1) == 0) {
+        return;
+    }
+    if (bytes[0] == kAssociationTable) {
+        programmeAssociation(bytes.data() + 8, bytes.size() - 12);
+    }
+    if (bytes[0] == kMapTable) {
+        programmeMap(bytes.data() + 8, bytes.size() - 12);
+    }
 }
 
 void TsDemuxer::programmeAssociation(const std::uint8_t* p, std::size_t size) {
-    map_pids_.clear();
-    for (; size >= 4 && map_pids_.size() < kMaxProgrammes; p += 4, size -= 4) {
+    m_mapPids.clear();
+    for (; size >= 4 && m_mapPids.size() < kMaxProgrammes; p += 4, size -= 4) {
         const bool network = p[0] == 0 && p[1] == 0;
-        if (!network) map_pids_.push_back(pidAt(p + 2));
+        if (!network) {
+            m_mapPids.push_back(pidAt(p + 2));
+        }
     }
-    if (std::find(map_pids_.begin(), map_pids_.end(), chosen_map_pid_) != map_pids_.end()) {
-        map_pids_.assign(1, chosen_map_pid_);
+    if (std::find(m_mapPids.begin(), m_mapPids.end(), m_chosenMapPid) != m_mapPids.end()) {
+        m_mapPids.assign(1, m_chosenMapPid);
     }
 }
 
 void TsDemuxer::programmeMap(const std::uint8_t* p, std::size_t size) {
-    if (size < 4) return;
+    if (size < 4) {
+        return;
+    }
     const std::size_t info = (static_cast<std::size_t>(p[2] & 0x0F) << 8) | p[3];
-    if (info > size - 4) return;
+    if (info > size - 4) {
+        return;
+    }
     p += 4 + info;
     size -= 4 + info;
     int video_pid = -1, video_type = 0, audio_pid = -1, audio_type = 0;
@@ -185,7 +219,7 @@ void TsDemuxer::programmeMap(const std::uint8_t* p, std::size_t size) {
         const int type = p[0];
         const int pid = pidAt(p + 1);
         const std::size_t step = 5u + ((static_cast<std::size_t>(p[3] & 0x0F) << 8) | p[4]);
-        if (video_pid < 0 && videoCodec(type) != Codec::Unknown) {
+        if (video_pid < 0 && videoCodec(type) != Codec::kUnknown) {
             video_pid = pid;
             video_type = type;
         }
@@ -193,19 +227,25 @@ void TsDemuxer::programmeMap(const std::uint8_t* p, std::size_t size) {
             audio_pid = pid;
             audio_type = type;
         }
-        if (step > size) break;
+        if (step > size) {
+            break;
+        }
         p += step;
         size -= step;
     }
-    if (video_pid < 0) return;
-    choose(video_, video_pid, video_type);
-    choose(audio_, audio_pid, audio_type);
-    chosen_map_pid_ = map_section_pid_;
-    map_pids_.assign(1, chosen_map_pid_);
+    if (video_pid < 0) {
+        return;
+    }
+    choose(m_video, video_pid, video_type);
+    choose(m_audio, audio_pid, audio_type);
+    m_chosenMapPid = m_mapSectionPid;
+    m_mapPids.assign(1, m_chosenMapPid);
 }
 
 void TsDemuxer::choose(Pes& pes, int pid, int stream_type) {
-    if (pes.pid == pid && pes.stream_type == stream_type) return;
+    if (pes.pid == pid && pes.stream_type == stream_type) {
+        return;
+    }
     pes = Pes{};
     pes.pid = pid;
     pes.stream_type = stream_type;
@@ -218,10 +258,14 @@ void TsDemuxer::pesData(Pes& pes, const std::uint8_t* data, std::size_t size, bo
         pes.in_payload = false;
         pes.header.clear();
     }
-    if (!pes.open) return;
+    if (!pes.open) {
+        return;
+    }
     if (!pes.in_payload) {
         pes.header.insert(pes.header.end(), data, data + size);
-        if (!pesHeaderComplete(pes)) return;
+        if (!pesHeaderComplete(pes)) {
+            return;
+        }
         const std::vector<std::uint8_t> head = std::move(pes.header);
         pes.header.clear();
         const std::size_t skip = 9u + head[8];
@@ -234,12 +278,16 @@ void TsDemuxer::pesData(Pes& pes, const std::uint8_t* data, std::size_t size, bo
 // False while bytes are missing, or when it is no PES header: then the packet is closed.
 bool TsDemuxer::pesHeaderComplete(Pes& pes) {
     const auto& h = pes.header;
-    if (h.size() < 9) return false;
+    if (h.size() < 9) {
+        return false;
+    }
     if (h[0] != 0 || h[1] != 0 || h[2] != 1 || (h[6] & 0xC0) != 0x80) {
         pes.open = false;
         return false;
     }
-    if (h.size() < 9u + h[8]) return false;
+    if (h.size() < 9u + h[8]) {
+        return false;
+    }
     const std::size_t length = (static_cast<std::size_t>(h[4]) << 8) | h[5];
     const std::size_t after = 3u + h[8];
     pes.bounded = length > after;
@@ -249,26 +297,38 @@ bool TsDemuxer::pesHeaderComplete(Pes& pes) {
 }
 
 void TsDemuxer::pesPayload(Pes& pes, const std::uint8_t* data, std::size_t size) {
-    if (pes.bounded) size = std::min(size, pes.left);
-    const bool video = &pes == &video_;
+    if (pes.bounded) {
+        size = std::min(size, pes.left);
+    }
+    const bool video = &pes == &m_video;
     if (video) {
-        if (size > 0) handler_.tsVideo(videoCodec(pes.stream_type), data, size);
+        if (size > 0) {
+            m_handler.tsVideo(videoCodec(pes.stream_type), data, size);
+        }
     } else if (pes.payload.size() + size <= kMaxAudioBytes) {
         pes.payload.insert(pes.payload.end(), data, data + size);
     }
-    if (!pes.bounded) return;
+    if (!pes.bounded) {
+        return;
+    }
     pes.left -= size;
-    if (pes.left == 0) pesEnd(pes);
+    if (pes.left == 0) {
+        pesEnd(pes);
+    }
 }
 
 void TsDemuxer::pesEnd(Pes& pes) {
-    if (!pes.open) return;
+    if (!pes.open) {
+        return;
+    }
     pes.open = false;
-    if (!pes.in_payload) return;
-    if (&pes == &video_) {
-        handler_.tsPictureEnd();
+    if (!pes.in_payload) {
+        return;
+    }
+    if (&pes == &m_video) {
+        m_handler.tsPictureEnd();
     } else if (!pes.payload.empty()) {
-        handler_.tsAudio(pes.stream_type, pes.payload.data(), pes.payload.size());
+        m_handler.tsAudio(pes.stream_type, pes.payload.data(), pes.payload.size());
         pes.payload.clear();
     }
 }

@@ -27,12 +27,12 @@ public:
         virtual void tsAudio(int stream_type, const std::uint8_t* data, std::size_t size) = 0;
     };
 
-    explicit TsDemuxer(Handler& handler) : handler_(handler) {}
+    explicit TsDemuxer(Handler& handler) : m_handler(handler) {}
 
     void push(const std::uint8_t* data, std::size_t size);
     void reset();
     // Bytes since the last good packet: large when this is no transport stream (any more).
-    std::size_t bytesWithoutPacket() const { return lost_bytes_; }
+    std::size_t bytesWithoutPacket() const { return m_lostBytes; }
 
 private:
     struct Section {
@@ -64,15 +64,15 @@ private:
     void pesEnd(Pes& pes);
     bool pesHeaderComplete(Pes& pes);
 
-    Handler& handler_;
-    std::vector<std::uint8_t> carry_;
-    bool synced_ = false;
-    std::size_t lost_bytes_ = 0;
-    std::vector<int> map_pids_;  // of all programmes, until one with video is found
-    Section association_, map_;
-    int map_section_pid_ = -1;  // whose section map_ holds
-    int chosen_map_pid_ = -1;   // of the programme with our video
-    Pes video_, audio_;
+    Handler& m_handler;
+    std::vector<std::uint8_t> m_carry;
+    bool m_synced = false;
+    std::size_t m_lostBytes = 0;
+    std::vector<int> m_mapPids;  // of all programmes, until one with video is found
+    Section m_association, m_map;
+    int m_mapSectionPid = -1;  // whose section map_ holds
+    int m_chosenMapPid = -1;   // of the programme with our video
+    Pes m_video, m_audio;
 };
 
 // CRC-32 of PSI sections (polynomial 0x04C11DB7, start all ones, not reflected); 0 over a section with its

@@ -20,144 +20,182 @@ AVPixelFormat pickFormat(AVCodecContext* context, const AVPixelFormat* offered) 
         context->hw_device_ctx != nullptr &&
         reinterpret_cast<AVHWDeviceContext*>(context->hw_device_ctx->data)->type == AV_HWDEVICE_TYPE_CUDA;
     for (const AVPixelFormat* f = offered; wants_cuda && *f != AV_PIX_FMT_NONE; ++f) {
-        if (*f == AV_PIX_FMT_CUDA) return *f;
+        if (*f == AV_PIX_FMT_CUDA) {
+            return *f;
+        }
     }
     for (const AVPixelFormat* f = offered; *f != AV_PIX_FMT_NONE; ++f) {
         const bool in_memory = *f != AV_PIX_FMT_CUDA && *f != AV_PIX_FMT_QSV && *f != AV_PIX_FMT_VAAPI &&
                                *f != AV_PIX_FMT_VDPAU && *f != AV_PIX_FMT_VULKAN && *f != AV_PIX_FMT_D3D11 &&
                                *f != AV_PIX_FMT_D3D11VA_VLD && *f != AV_PIX_FMT_DXVA2_VLD &&
                                *f != AV_PIX_FMT_DRM_PRIME;
-        if (in_memory) return *f;
+        if (in_memory) {
+            return *f;
+        }
     }
     return AV_PIX_FMT_NONE;
 }
 
 const AVCodec* decoderFor(AVCodecID codec, DecoderKind kind) {
-    if (kind != DecoderKind::QuickSync) return avcodec_find_decoder(codec);
-    if (codec == AV_CODEC_ID_H264) return avcodec_find_decoder_by_name("h264_qsv");
-    if (codec == AV_CODEC_ID_HEVC) return avcodec_find_decoder_by_name("hevc_qsv");
+    if (kind != DecoderKind::kQuickSync) {
+        return avcodec_find_decoder(codec);
+    }
+    if (codec == AV_CODEC_ID_H264) {
+        return avcodec_find_decoder_by_name("h264_qsv");
+    }
+    if (codec == AV_CODEC_ID_HEVC) {
+        return avcodec_find_decoder_by_name("hevc_qsv");
+    }
     return nullptr;
 }
 
 }  // namespace
 
 VideoDecoder::VideoDecoder(DecoderKind kind, Options options, Sink sink)
-    : kind_(kind),
-      options_(std::move(options)),
-      sink_(std::move(sink)),
-      frame_(av_frame_alloc()),
-      downloaded_(av_frame_alloc()),
-      packet_(av_packet_alloc()) {}
+    : m_kind(kind),
+      m_options(std::move(options)),
+      m_sink(std::move(sink)),
+      m_frame(av_frame_alloc()),
+      m_downloaded(av_frame_alloc()),
+      m_packet(av_packet_alloc()) {}
 
 bool VideoDecoder::open(AVCodecID codec, const AVCodecParameters* parameters, bool low_delay) {
-    codec_ = codec;
-    low_delay_ = low_delay;
-    failures_ = 0;
-    parameters_.reset();
+    m_codec = codec;
+    m_lowDelay = low_delay;
+    m_failures = 0;
+    m_parameters.reset();
     if (parameters != nullptr) {
-        parameters_.reset(avcodec_parameters_alloc());
-        if (parameters_ == nullptr || avcodec_parameters_copy(parameters_.get(), parameters) < 0)
+        m_parameters.reset(avcodec_parameters_alloc());
+        if (m_parameters == nullptr || avcodec_parameters_copy(m_parameters.get(), parameters) < 0) {
             return false;
+        }
     }
-    context_ = openContext(kind_);
-    open_kind_ = kind_;
-    if (context_ == nullptr && kind_ != DecoderKind::Software) {
-        context_ = openContext(DecoderKind::Software);
-        open_kind_ = DecoderKind::Software;
+    m_context = openContext(m_kind);
+    m_openKind = m_kind;
+    if (m_context == nullptr && m_kind != DecoderKind::kSoftware) {
+        m_context = openContext(DecoderKind::kSoftware);
+        m_openKind = DecoderKind::kSoftware;
     }
-    return context_ != nullptr && frame_ != nullptr && downloaded_ != nullptr && packet_ != nullptr;
+    return m_context != nullptr && m_frame != nullptr && m_downloaded != nullptr && m_packet != nullptr;
 }
 
 CodecContextPtr VideoDecoder::openContext(DecoderKind kind) {
     BufferPtr device = hardwareDevice(kind);
-    if (kind != DecoderKind::Software && device == nullptr) return nullptr;
-    const AVCodec* decoder = decoderFor(codec_, kind);
-    if (decoder == nullptr) return nullptr;
-    CodecContextPtr context(avcodec_alloc_context3(decoder));
-    if (context == nullptr) return nullptr;
-    if (parameters_ != nullptr && avcodec_parameters_to_context(context.get(), parameters_.get()) < 0)
+    if (kind != DecoderKind::kSoftware && device == nullptr) {
         return nullptr;
+    }
+    const AVCodec* decoder = decoderFor(m_codec, kind);
+    if (decoder == nullptr) {
+        return nullptr;
+    }
+    CodecContextPtr context(avcodec_alloc_context3(decoder));
+    if (context == nullptr) {
+        return nullptr;
+    }
+    if (m_parameters != nullptr && avcodec_parameters_to_context(context.get(), m_parameters.get()) < 0) {
+        return nullptr;
+    }
     context->get_format = pickFormat;
     context->hw_device_ctx = device.release();
-    if (low_delay_) context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+    if (m_lowDelay) {
+        context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+    }
     // Threads over the slices of one picture cost no delay; threads over pictures cost one picture each.
-    context->thread_type = low_delay_ ? FF_THREAD_SLICE : FF_THREAD_SLICE | FF_THREAD_FRAME;
+    context->thread_type = m_lowDelay ? FF_THREAD_SLICE : FF_THREAD_SLICE | FF_THREAD_FRAME;
     context->thread_count =
-        kind == DecoderKind::Software
+        kind == DecoderKind::kSoftware
             ? static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1u, kMaxSliceThreads))
             : 1;
     Dictionary options;
-    if (kind == DecoderKind::QuickSync) options.set("async_depth", "1");
-    for (const auto& [key, value] : options_)
+    if (kind == DecoderKind::kQuickSync) {
+        options.set("async_depth", "1");
+    }
+    for (const auto& [key, value] : m_options) {
         options.set(key.c_str(), value.c_str());
-    if (avcodec_open2(context.get(), decoder, options.out()) < 0) return nullptr;
+    }
+    if (avcodec_open2(context.get(), decoder, options.out()) < 0) {
+        return nullptr;
+    }
     return context;
 }
 
 void VideoDecoder::decode(const std::uint8_t* data, std::size_t size, std::int64_t pts) {
-    if (context_ == nullptr || size > static_cast<std::size_t>(INT32_MAX) - AV_INPUT_BUFFER_PADDING_SIZE)
+    if (m_context == nullptr || size > static_cast<std::size_t>(INT32_MAX) - AV_INPUT_BUFFER_PADDING_SIZE) {
         return;
-    if (av_new_packet(packet_.get(), static_cast<int>(size)) < 0) return;
-    std::memcpy(packet_->data, data, size);
-    packet_->pts = pts;
-    decode(packet_.get());
-    av_packet_unref(packet_.get());
+    }
+    if (av_new_packet(m_packet.get(), static_cast<int>(size)) < 0) {
+        return;
+    }
+    std::memcpy(m_packet->data, data, size);
+    m_packet->pts = pts;
+    decode(m_packet.get());
+    av_packet_unref(m_packet.get());
 }
 
 void VideoDecoder::decode(const AVPacket* packet) {
-    if (context_ == nullptr) return;
-    int result = avcodec_send_packet(context_.get(), packet);
+    if (m_context == nullptr) {
+        return;
+    }
+    int result = avcodec_send_packet(m_context.get(), packet);
     if (result == AVERROR(EAGAIN)) {
         receiveAll();
-        result = avcodec_send_packet(context_.get(), packet);
+        result = avcodec_send_packet(m_context.get(), packet);
     }
     noteResult(result < 0);
     receiveAll();
 }
 
 void VideoDecoder::drain() {
-    if (context_ == nullptr) return;
-    avcodec_send_packet(context_.get(), nullptr);
+    if (m_context == nullptr) {
+        return;
+    }
+    avcodec_send_packet(m_context.get(), nullptr);
     receiveAll();
 }
 
 void VideoDecoder::flush() {
-    if (context_ != nullptr) avcodec_flush_buffers(context_.get());
+    if (m_context != nullptr) {
+        avcodec_flush_buffers(m_context.get());
+    }
 }
 
 void VideoDecoder::receiveAll() {
-    while (context_ != nullptr) {
-        const int result = avcodec_receive_frame(context_.get(), frame_.get());
-        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return;
+    while (m_context != nullptr) {
+        const int result = avcodec_receive_frame(m_context.get(), m_frame.get());
+        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) {
+            return;
+        }
         if (result < 0) {
             noteResult(true);
             return;
         }
-        failures_ = 0;
-        deliver(frame_.get());
-        av_frame_unref(frame_.get());
+        m_failures = 0;
+        deliver(m_frame.get());
+        av_frame_unref(m_frame.get());
     }
 }
 
 void VideoDecoder::deliver(AVFrame* frame) {
     if (frame->hw_frames_ctx == nullptr) {
-        sink_(frame);
+        m_sink(frame);
         return;
     }
-    if (av_hwframe_transfer_data(downloaded_.get(), frame, 0) < 0) {
+    if (av_hwframe_transfer_data(m_downloaded.get(), frame, 0) < 0) {
         noteResult(true);
     } else {
-        av_frame_copy_props(downloaded_.get(), frame);
-        sink_(downloaded_.get());
+        av_frame_copy_props(m_downloaded.get(), frame);
+        m_sink(m_downloaded.get());
     }
-    av_frame_unref(downloaded_.get());
+    av_frame_unref(m_downloaded.get());
 }
 
 // A device that takes the stream and then fails at every picture (a profile it does not know) is given up.
 void VideoDecoder::noteResult(bool failed) {
-    if (!failed || open_kind_ == DecoderKind::Software || ++failures_ < kFailuresBeforeSoftware) return;
-    kind_ = open_kind_ = DecoderKind::Software;
-    context_ = openContext(DecoderKind::Software);
+    if (!failed || m_openKind == DecoderKind::kSoftware || ++m_failures < kFailuresBeforeSoftware) {
+        return;
+    }
+    m_kind = m_openKind = DecoderKind::kSoftware;
+    m_context = openContext(DecoderKind::kSoftware);
 }
 
 }  // namespace tavrik

@@ -26,9 +26,9 @@ public:
     // parameters may be null: then the stream's own parameter sets tell everything. low_delay: pictures leave
     // at once, in the order in which they were sent. False if the codec has no decoder.
     bool open(AVCodecID codec, const AVCodecParameters* parameters, bool low_delay);
-    void close() { context_.reset(); }
-    bool isOpen() const { return context_ != nullptr; }
-    AVCodecID codec() const { return codec_; }
+    void close() { m_context.reset(); }
+    bool isOpen() const { return m_context != nullptr; }
+    AVCodecID codec() const { return m_codec; }
 
     // One whole picture (bytes are copied).
     void decode(const std::uint8_t* data, std::size_t size, std::int64_t pts);
@@ -44,18 +44,18 @@ private:
     void deliver(AVFrame* frame);
     void noteResult(bool failed);
 
-    DecoderKind kind_;
-    Options options_;
-    Sink sink_;
-    AVCodecID codec_ = AV_CODEC_ID_NONE;
-    bool low_delay_ = true;
-    ParametersPtr parameters_;
-    CodecContextPtr context_;
-    DecoderKind open_kind_ = DecoderKind::Software;
-    FramePtr frame_;
-    FramePtr downloaded_;
-    PacketPtr packet_;
-    int failures_ = 0;  // in a row, without a picture
+    DecoderKind m_kind;
+    Options m_options;
+    Sink m_sink;
+    AVCodecID m_codec = AV_CODEC_ID_NONE;
+    bool m_lowDelay = true;
+    ParametersPtr m_parameters;
+    CodecContextPtr m_context;
+    DecoderKind m_openKind = DecoderKind::kSoftware;
+    FramePtr m_frame;
+    FramePtr m_downloaded;
+    PacketPtr m_packet;
+    int m_failures = 0;  // in a row, without a picture
 };
 
 }  // namespace tavrik

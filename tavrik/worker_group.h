@@ -16,7 +16,7 @@ namespace tavrik {
 // place.
 class WorkerGroup {
 public:
-    WorkerGroup() : state_(std::make_shared<State>()) {}
+    WorkerGroup() : m_state(std::make_shared<State>()) {}
     ~WorkerGroup();
     WorkerGroup(const WorkerGroup&) = delete;
     WorkerGroup& operator=(const WorkerGroup&) = delete;
@@ -33,9 +33,9 @@ private:
         std::condition_variable changed;
         int running = 0;
     };
-    std::mutex mutex_;
-    std::vector<std::thread> threads_;
-    std::shared_ptr<State> state_;
+    std::mutex m_mutex;
+    std::vector<std::thread> m_threads;
+    std::shared_ptr<State> m_state;
 };
 
 }  // namespace tavrik

@@ -21,10 +21,14 @@ inline std::size_t findPair(const std::uint8_t* bytes, std::size_t from, std::si
     for (; q + 8 <= limit; q += 8) {
         // A byte of `miss` is zero exactly where the pair stands; the classic test then finds if any byte is.
         const std::uint64_t miss = (loadWord(bytes + q) ^ firsts) | (loadWord(bytes + q + 1) ^ seconds);
-        if (((miss - kOnes) & ~miss & kHighBits) != 0) break;
+        if (((miss - kOnes) & ~miss & kHighBits) != 0) {
+            break;
+        }
     }
     for (; q < limit; ++q) {
-        if (bytes[q] == first && bytes[q + 1] == second) return q;
+        if (bytes[q] == first && bytes[q + 1] == second) {
+            return q;
+        }
     }
     return limit;
 }

@@ -32,7 +32,7 @@ public:
     template <typename Sink>
     void feed(const std::uint8_t* data, std::int32_t n, Sink&& sink);
 
-    std::int32_t held() const { return held_; }
+    std::int32_t held() const { return m_held; }
 
 private:
     // Both return the bytes to skip, or 0 while the frame at `frame` is not whole in the `rest` bytes left.
@@ -41,8 +41,8 @@ private:
     template <typename Sink>
     static std::int32_t takeFixed(std::uint8_t* frame, std::int32_t rest, Sink& sink);
 
-    std::uint8_t buffer_[kCapacity] = {};
-    std::int32_t held_ = 0;
+    std::uint8_t m_buffer[kCapacity] = {};
+    std::int32_t m_held = 0;
 };
 
 // The fixed frame carries the two positions as floats in degrees; the record holds integers of 1e-7 degree.
@@ -57,9 +57,13 @@ inline void positionsToInteger(std::uint8_t* record) {
 
 template <typename Sink>
 std::int32_t ControlLinkReassembler::takeVariable(const std::uint8_t* frame, std::int32_t rest, Sink& sink) {
-    if (rest < 4) return 0;
+    if (rest < 4) {
+        return 0;
+    }
     const std::int32_t length = frame[3];
-    if (rest < length + 5) return 0;
+    if (rest < length + 5) {
+        return 0;
+    }
     if (frame[4 + length] == frameXor(frame + 3, length + 1)) {
         sink.linkFrame(frame + 4, length);
     }
@@ -68,7 +72,9 @@ std::int32_t ControlLinkReassembler::takeVariable(const std::uint8_t* frame, std
 
 template <typename Sink>
 std::int32_t ControlLinkReassembler::takeFixed(std::uint8_t* frame, std::int32_t rest, Sink& sink) {
-    if (rest < kFixedFrameSize) return 0;
+    if (rest < kFixedFrameSize) {
+        return 0;
+    }
     if (frame[62] == frameXor(frame + 2, 60) && frame[63] == 0xF0) {
         // In place: the bytes of a frame are never looked at again once it is taken.
         positionsToInteger(frame + 2);
@@ -79,30 +85,34 @@ std::int32_t ControlLinkReassembler::takeFixed(std::uint8_t* frame, std::int32_t
 
 template <typename Sink>
 void ControlLinkReassembler::feed(const std::uint8_t* data, std::int32_t n, Sink&& sink) {
-    if (n <= 0) return;
-    if (n > kCapacity - held_) {
-        held_ = 0;
+    if (n <= 0) {
         return;
     }
-    std::memcpy(buffer_ + held_, data, static_cast<std::size_t>(n));
-    held_ += n;
+    if (n > kCapacity - m_held) {
+        m_held = 0;
+        return;
+    }
+    std::memcpy(m_buffer + m_held, data, static_cast<std::size_t>(n));
+    m_held += n;
     std::int32_t p = 0;
     // Three bytes tell the kind of a frame; with fewer nothing can be decided.
-    while (held_ - p >= 3) {
-        std::uint8_t* frame = buffer_ + p;
+    while (m_held - p >= 3) {
+        std::uint8_t* frame = m_buffer + p;
         if (frame[0] != 0xFC || frame[1] != 0x2C) {
-            p = static_cast<std::int32_t>(findPair(buffer_, static_cast<std::size_t>(p) + 1,
-                                                   static_cast<std::size_t>(held_) - 2, 0xFC, 0x2C));
+            p = static_cast<std::int32_t>(findPair(m_buffer, static_cast<std::size_t>(p) + 1,
+                                                   static_cast<std::size_t>(m_held) - 2, 0xFC, 0x2C));
             continue;
         }
-        const std::int32_t rest = held_ - p;
+        const std::int32_t rest = m_held - p;
         const std::int32_t taken =
             frame[2] == 0x55 ? takeVariable(frame, rest, sink) : takeFixed(frame, rest, sink);
-        if (taken == 0) break;
+        if (taken == 0) {
+            break;
+        }
         p += taken;
     }
-    held_ -= p;
-    std::memmove(buffer_, buffer_ + p, static_cast<std::size_t>(held_));
+    m_held -= p;
+    std::memmove(m_buffer, m_buffer + p, static_cast<std::size_t>(m_held));
 }
 
 }  // namespace sorvane

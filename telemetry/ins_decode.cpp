@@ -43,9 +43,7 @@ Instant instantOf(std::uint16_t gps_week, std::uint64_t time_of_week_us) {
     return instant;
 }
 
-std::int16_t centidegrees(const std::uint8_t* at) {
-    return truncateToI16(loadF32(at) * 100.0F);
-}
+std::int16_t centidegrees(const std::uint8_t* at) { return truncateToI16(loadF32(at) * 100.0F); }
 
 // Metres per second to 0.1 km/h, step by step in single precision.
 std::int16_t decikmh(const std::uint8_t* at) {

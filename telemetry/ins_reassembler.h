@@ -33,37 +33,43 @@ public:
     template <typename Sink>
     InsFeed feed(const std::uint8_t* data, std::int32_t n, Sink&& sink);
 
-    std::int32_t held() const { return held_; }
+    std::int32_t held() const { return m_held; }
 
 private:
-    std::uint8_t buffer_[kCapacity] = {};
-    std::int32_t held_ = 0;
+    std::uint8_t m_buffer[kCapacity] = {};
+    std::int32_t m_held = 0;
 };
 
 template <typename Sink>
 InsFeed InsReassembler::feed(const std::uint8_t* data, std::int32_t n, Sink&& sink) {
-    if (n <= 0) return InsFeed::kReady;
-    if (n > kCapacity - held_) {
-        held_ = 0;
+    if (n <= 0) {
         return InsFeed::kReady;
     }
-    std::memcpy(buffer_ + held_, data, static_cast<std::size_t>(n));
-    held_ += n;
+    if (n > kCapacity - m_held) {
+        m_held = 0;
+        return InsFeed::kReady;
+    }
+    std::memcpy(m_buffer + m_held, data, static_cast<std::size_t>(n));
+    m_held += n;
     std::int32_t p = 0;
-    while (held_ - p >= kFrameSize) {
-        const std::uint8_t* frame = buffer_ + p;
+    while (m_held - p >= kFrameSize) {
+        const std::uint8_t* frame = m_buffer + p;
         if (frame[0] != 0xAA || frame[1] != 0x55) {
             ++p;
             continue;
         }
         // Nothing is taken out of the buffer, frames before this one included: they come again when a
         // reopened port goes on with these bytes. That is meant.
-        if (frame[3] != kFrameSize) return InsFeed::kStuck;
-        if ((frameSum(frame, kFrameSize - 1) & 0xFFU) != 0) sink(frame + 4);
+        if (frame[3] != kFrameSize) {
+            return InsFeed::kStuck;
+        }
+        if ((frameSum(frame, kFrameSize - 1) & 0xFFU) != 0) {
+            sink(frame + 4);
+        }
         p += kFrameSize;
     }
-    held_ -= p;
-    std::memmove(buffer_, buffer_ + p, static_cast<std::size_t>(held_));
+    m_held -= p;
+    std::memmove(m_buffer, m_buffer + p, static_cast<std::size_t>(m_held));
     return InsFeed::kReady;
 }
 

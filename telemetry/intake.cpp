@@ -32,9 +32,7 @@ Payload takePayload(QMyEvent& e) {
 
 Intake::Intake(const IntakeFields& fields, QObject& receiver) : m_fields(fields), m_receiver(receiver) {}
 
-Intake::~Intake() {
-    closeInterfacePort();
-}
+Intake::~Intake() { closeInterfacePort(); }
 
 void Intake::takeRecord(QMyEvent& e) {
     const Payload payload = takePayload(e);

@@ -25,36 +25,42 @@ public:
     template <typename Sink>
     void feed(const std::uint8_t* data, std::int32_t n, Sink&& sink);
 
-    std::int32_t held() const { return held_; }
+    std::int32_t held() const { return m_held; }
 
 private:
     // Two bytes of padding for the end byte that is read beyond a full buffer.
-    std::uint8_t buffer_[kCapacity + 2] = {};
-    std::int32_t held_ = 0;
+    std::uint8_t m_buffer[kCapacity + 2] = {};
+    std::int32_t m_held = 0;
 };
 
 template <typename Sink>
 void InterfaceReassembler::feed(const std::uint8_t* data, std::int32_t n, Sink&& sink) {
-    if (n <= 0) return;
-    if (n > kCapacity - held_) {
-        held_ = 0;
+    if (n <= 0) {
         return;
     }
-    std::memcpy(buffer_ + held_, data, static_cast<std::size_t>(n));
-    held_ += n;
+    if (n > kCapacity - m_held) {
+        m_held = 0;
+        return;
+    }
+    std::memcpy(m_buffer + m_held, data, static_cast<std::size_t>(n));
+    m_held += n;
     std::int32_t p = 0;
-    while (held_ - p >= 2) {
-        const std::uint8_t* frame = buffer_ + p;
+    while (m_held - p >= 2) {
+        const std::uint8_t* frame = m_buffer + p;
         if (frame[0] != 0xFB || frame[1] != 0x2C) {
             ++p;
             continue;
         }
-        if (held_ - p < kBodySize) break;
-        if (frame[43] == 0xF0) sink(frame + 7);
+        if (m_held - p < kBodySize) {
+            break;
+        }
+        if (frame[43] == 0xF0) {
+            sink(frame + 7);
+        }
         p += kBodySize;
     }
-    held_ -= p;
-    std::memmove(buffer_, buffer_ + p, static_cast<std::size_t>(held_));
+    m_held -= p;
+    std::memmove(m_buffer, m_buffer + p, static_cast<std::size_t>(m_held));
 }
 
 }  // namespace sorvane

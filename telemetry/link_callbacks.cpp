@@ -21,9 +21,13 @@ namespace {
 class Backlog {
 public:
     bool admit() {
-        if (m_full && (m_waiting > 0 || now() - m_last_left < kPause)) return false;
+        if (m_full && (m_waiting > 0 || now() - m_last_left < kPause)) {
+            return false;
+        }
         m_full = m_waiting >= kMostWaiting;
-        if (m_full) return false;
+        if (m_full) {
+            return false;
+        }
         ++m_waiting;
         return true;
     }
@@ -54,10 +58,14 @@ public:
 // `bytes` is copied; `size` is the event's size field, 0 where the type implies it.
 void post(int type, const std::uint8_t* bytes, std::size_t count, std::int32_t size) {
     QObject* receiver = eventReceiver();
-    if (receiver == nullptr) return;
+    if (receiver == nullptr) {
+        return;
+    }
     // A reply without a payload still has a block, as its handler frees one.
     void* payload = std::malloc(count > 0 ? count : 1);
-    if (payload == nullptr) return;
+    if (payload == nullptr) {
+        return;
+    }
     if (!g_backlog.admit()) {
         std::free(payload);
         return;
@@ -88,7 +96,9 @@ void onInsLinkData(const std::uint8_t* data, std::int32_t length, std::int32_t) 
     // port, and a port opened again starts without it. Letting the bytes go costs no core and keeps the port
     // easy to close, which a callback that does not return would not.
     thread_local bool stuck = false;
-    if (stuck) return;
+    if (stuck) {
+        return;
+    }
     const sorvane::InsFeed result = reassembler.feed(data, length, [](const std::uint8_t* payload) {
         post(EVT_INS_FRAME, payload, sorvane::InsReassembler::kPayloadSize, 0);
     });

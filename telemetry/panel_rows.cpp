@@ -20,17 +20,13 @@ PanelText word(const char* text) {
     return result;
 }
 
-PanelText integer(std::int32_t value) {
-    return fixedPointText(value, 0);
-}
+PanelText integer(std::int32_t value) { return fixedPointText(value, 0); }
 
 PanelText either(bool set, const char* when_set, const char* when_clear) {
     return word(set ? when_set : when_clear);
 }
 
-bool flagA(Source s, int bit) {
-    return bitSet(s.record.status_word_a, bit);
-}
+bool flagA(Source s, int bit) { return bitSet(s.record.status_word_a, bit); }
 
 template <int Bit>
 PanelText moduleHealth(Source s) {
@@ -216,14 +212,13 @@ const PanelRow kRows[] = {
 
 }  // namespace
 
-PanelRows panelRows() {
-    return {kRows, sizeof kRows / sizeof kRows[0]};
-}
+PanelRows panelRows() { return {kRows, sizeof kRows / sizeof kRows[0]}; }
 
 PanelText fixedPointText(std::int32_t value, int decimals, const char* suffix) {
     std::int64_t scale = 1;
-    for (int i = 0; i < decimals; ++i)
+    for (int i = 0; i < decimals; ++i) {
         scale *= 10;
+    }
     const std::int64_t magnitude = std::llabs(static_cast<std::int64_t>(value));
     const char* sign = value < 0 ? "-" : "";
     PanelText result;

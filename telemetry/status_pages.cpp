@@ -30,7 +30,9 @@ QLabel* makeLabel(QWidget* parent, const QString& name, const char* role, Qt::Al
 
 QString captionText(const sorvane::PanelRow& row) {
     // A caption with a name of its own stands as it is in every language.
-    if (row.caption_object != nullptr) return QString::fromUtf8(row.caption);
+    if (row.caption_object != nullptr) {
+        return QString::fromUtf8(row.caption);
+    }
     return QCoreApplication::translate("KorvathClass", row.caption);
 }
 
@@ -45,8 +47,12 @@ int captionWidth(const QLabel& caption) {
 StatusPage::StatusPage(sorvane::PanelPage page, QWidget* parent) : QWidget(parent) {
     int y = 0;
     for (const sorvane::PanelRow& row : sorvane::panelRows()) {
-        if (row.page != page) continue;
-        if (row.starts_group) y += kGroupGap;
+        if (row.page != page) {
+            continue;
+        }
+        if (row.starts_group) {
+            y += kGroupGap;
+        }
         addRow(row, y);
         y += kRowHeight;
     }
@@ -66,15 +72,17 @@ void StatusPage::addRow(const sorvane::PanelRow& row, int y) {
 }
 
 void StatusPage::retranslate() {
-    for (const Row& r : m_rows)
+    for (const Row& r : m_rows) {
         r.caption->setText(captionText(*r.row));
+    }
     place();
 }
 
 void StatusPage::place() {
     int edge = 0;
-    for (const Row& r : m_rows)
+    for (const Row& r : m_rows) {
         edge = std::max(edge, captionWidth(*r.caption));
+    }
     const int value_x = edge + kColumnGap;
     for (const Row& r : m_rows) {
         r.caption->setFixedWidth(edge);
@@ -92,12 +100,16 @@ void StatusPage::resizeEvent(QResizeEvent* e) {
 // Another style sheet or font changes the width of the captions.
 void StatusPage::changeEvent(QEvent* e) {
     QWidget::changeEvent(e);
-    if (e->type() == QEvent::StyleChange || e->type() == QEvent::FontChange) place();
+    if (e->type() == QEvent::StyleChange || e->type() == QEvent::FontChange) {
+        place();
+    }
 }
 
 bool StatusPage::event(QEvent* e) {
     const bool result = QWidget::event(e);
-    if (e->type() == QEvent::Polish || e->type() == QEvent::Show) place();
+    if (e->type() == QEvent::Polish || e->type() == QEvent::Show) {
+        place();
+    }
     return result;
 }
 
@@ -152,9 +164,7 @@ void StatusPages::refresh() {
     m_health->refresh(source);
 }
 
-void StatusPages::refreshAircraft() {
-    m_aircraft->refresh({m_record, m_nav});
-}
+void StatusPages::refreshAircraft() { m_aircraft->refresh({m_record, m_nav}); }
 
 void StatusPages::showRecordButton() {
     const bool recording = sorvane::bitSet(m_record.status_word_a, sorvane::kRecordingBit);

@@ -68,9 +68,7 @@ const char* trackStateText(int track_state) {
     return textAt(kTrackStates, track_state == 5 ? 4 : track_state);
 }
 
-const char* visibleZoomText(int zoom_bits) {
-    return textAt(kVisibleZooms, zoom_bits);
-}
+const char* visibleZoomText(int zoom_bits) { return textAt(kVisibleZooms, zoom_bits); }
 
 const char* guidanceText(int attitude_guidance_feedback) {
     switch (attitude_guidance_feedback) {

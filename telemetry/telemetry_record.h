@@ -76,14 +76,14 @@ enum StatusWordABit : int {
 // Bits low..high of a value, both inclusive, shifted down to bit 0. An inverted range returns the value
 // unchanged. Bits are numbered 0..31.
 constexpr std::uint32_t bitRange(std::uint32_t value, int low, int high) {
-    if (low > high) return value;
+    if (low > high) {
+        return value;
+    }
     const std::uint32_t mask = high - low >= 31 ? ~0U : (1U << (high - low + 1)) - 1U;
     return (value >> low) & mask;
 }
 
-constexpr bool bitSet(std::uint32_t value, int bit) {
-    return bitRange(value, bit, bit) != 0;
-}
+constexpr bool bitSet(std::uint32_t value, int bit) { return bitRange(value, bit, bit) != 0; }
 
 // The two pictures that show infrared first; zoom commands of the first video window go to the infrared
 // camera then.

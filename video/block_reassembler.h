@@ -19,7 +19,9 @@ public:
     // longer than a block finds none.
     template <typename Sink>
     void take(const std::uint8_t* data, std::size_t size, const std::string& header, Sink&& sink) {
-        if (!append(data, size)) return;
+        if (!append(data, size)) {
+            return;
+        }
         std::size_t p = 0;
         while (p + kBlockSize <= held) {
             if (headerAt(p, header)) {

@@ -12,9 +12,7 @@ namespace {
 // Survives closing and reopening the channel; meant.
 sorvane::BlockReassembler g_blocks;
 
-[[noreturn]] void fatal(const char* what) {
-    qFatal("%s", what);
-}
+[[noreturn]] void fatal(const char* what) { qFatal("%s", what); }
 
 }  // namespace
 

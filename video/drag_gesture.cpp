@@ -22,14 +22,14 @@ DragStep DragGesture::move(PixelPoint pos, int widget_width, int widget_height) 
     if (!pressed) {
         pressed = true;
         start_pos = pos;
-        step.kind = DragStep::ARMED;
+        step.kind = DragStep::kArmed;
     } else if (!dragging) {
         if (std::hypot(static_cast<double>(dx), static_cast<double>(dy)) > kDeadRadius) {
             dragging = true;
-            step.kind = DragStep::STARTED;
+            step.kind = DragStep::kStarted;
         }
     } else {
-        step.kind = DragStep::RATE;
+        step.kind = DragStep::kRate;
         // A delta of exactly 0 counts as the negative side; its rate is 0 all the same.
         step.rate_x = rate(dx, widget_width, dx > 0 ? 1.0 : -1.0);
         step.rate_y = rate(dy, widget_height, dy < 0 ? 1.0 : -1.0);

@@ -13,12 +13,12 @@ struct PixelPoint {
 // What a mouse move asks for.
 struct DragStep {
     enum Kind {
-        NOTHING,
-        ARMED,    // the hold was seen; start_pos is set
-        STARTED,  // the dead radius was left: show the ring at start_pos
-        RATE,     // send rate_x, rate_y; show the dot at the point of the move
+        kNothing,
+        kArmed,    // the hold was seen; start_pos is set
+        kStarted,  // the dead radius was left: show the ring at start_pos
+        kRate,     // send rate_x, rate_y; show the dot at the point of the move
     };
-    Kind kind = NOTHING;
+    Kind kind = kNothing;
     std::int16_t rate_x = 0;  // azimuth, positive to the right; 40 at a full widget width
     std::int16_t rate_y = 0;  // pitch, positive upward; 40 at a full widget height
 };

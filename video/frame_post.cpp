@@ -15,7 +15,9 @@ namespace {
 void postFrame(AVFrame* frame, float fps, int bitrate, QWidget* widget, QObject* window) {
     auto parcel = std::make_unique<FrameParcel>();
     parcel->frame = av_frame_clone(frame);
-    if (parcel->frame == nullptr) return;
+    if (parcel->frame == nullptr) {
+        return;
+    }
     parcel->fps = fps;
     parcel->bitrate = bitrate;
     parcel->widget = widget;

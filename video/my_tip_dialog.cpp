@@ -35,18 +35,10 @@ MyTipDialog::MyTipDialog(QWidget* parent) : MyTransDlg(parent) {
     hide();
 }
 
-void MyTipDialog::setSnapping(bool on) {
-    label_snap->setVisible(on);
-}
+void MyTipDialog::setSnapping(bool on) { label_snap->setVisible(on); }
 
-void MyTipDialog::setRecording(bool on) {
-    label_rec->setVisible(on);
-}
+void MyTipDialog::setRecording(bool on) { label_rec->setVisible(on); }
 
-bool MyTipDialog::isRecording() const {
-    return !label_rec->isHidden();
-}
+bool MyTipDialog::isRecording() const { return !label_rec->isHidden(); }
 
-void MyTipDialog::setText(const QString& text) {
-    label_text->setText(text);
-}
+void MyTipDialog::setText(const QString& text) { label_text->setText(text); }

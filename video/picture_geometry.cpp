@@ -8,9 +8,7 @@ namespace sorvane {
 
 namespace {
 
-int truncated(float value) {
-    return truncateToI32(static_cast<double>(value));
-}
+int truncated(float value) { return truncateToI32(static_cast<double>(value)); }
 
 // The image coordinate along the axis that has bars; all single precision.
 int alongBars(int image_extent, int point, int widget_extent, int picture_extent) {
@@ -32,11 +30,15 @@ bool onBar(int point, int widget_extent, int picture_extent) {
 }  // namespace
 
 FitSize fitPicture(int source_width, int source_height, int target_width, int target_height) {
-    if (source_width <= 0 || source_height <= 0 || target_width <= 0 || target_height <= 0) return {};
+    if (source_width <= 0 || source_height <= 0 || target_width <= 0 || target_height <= 0) {
+        return {};
+    }
     const float ratio = static_cast<float>(source_width) / static_cast<float>(source_height);
     const double width = target_width;
     const double height = target_height;
-    if (width / height > static_cast<double>(ratio)) return {height * static_cast<double>(ratio), height};
+    if (width / height > static_cast<double>(ratio)) {
+        return {height * static_cast<double>(ratio), height};
+    }
     return {width, width / static_cast<double>(ratio)};
 }
 
@@ -49,7 +51,9 @@ PictureRect placePicture(const FitSize& fit, int target_width, int target_height
 ImagePoint widgetToImage(int x, int y, int frame_width, int frame_height, int widget_width,
                          int widget_height) {
     ImagePoint result;
-    if (frame_width <= 0 || frame_height <= 0 || widget_width <= 0 || widget_height <= 0) return result;
+    if (frame_width <= 0 || frame_height <= 0 || widget_width <= 0 || widget_height <= 0) {
+        return result;
+    }
     const auto w = static_cast<float>(frame_width);
     const auto h = static_cast<float>(frame_height);
     const auto gw = static_cast<float>(widget_width);
@@ -59,11 +63,15 @@ ImagePoint widgetToImage(int x, int y, int frame_width, int frame_height, int wi
     int ix = 0;
     int iy = 0;
     if (gh / gw > h / w) {
-        if (onBar(y, widget_height, picture_height)) return result;
+        if (onBar(y, widget_height, picture_height)) {
+            return result;
+        }
         ix = alongFullAxis(frame_width, x, widget_width);
         iy = alongBars(frame_height, y, widget_height, picture_height);
     } else {
-        if (onBar(x, widget_width, picture_width)) return result;
+        if (onBar(x, widget_width, picture_width)) {
+            return result;
+        }
         ix = alongBars(frame_width, x, widget_width, picture_width);
         iy = alongFullAxis(frame_height, y, widget_height);
     }
@@ -75,7 +83,9 @@ ImagePoint widgetToImage(int x, int y, int frame_width, int frame_height, int wi
 YuvMatrix yuvMatrix(int colorspace, int source_height) {
     constexpr int kStatedBt709 = 1;
     constexpr int kUnstated = 2;
-    if (colorspace == kStatedBt709) return YuvMatrix::kBt709;
+    if (colorspace == kStatedBt709) {
+        return YuvMatrix::kBt709;
+    }
     return colorspace == kUnstated && source_height > 576 ? YuvMatrix::kBt709 : YuvMatrix::kBt601;
 }
 

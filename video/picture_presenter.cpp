@@ -33,16 +33,24 @@ using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
 FramePtr scaled(const AVFrame& src, int width, int height) {
     const auto format = static_cast<AVPixelFormat>(src.format);
     // A format that the scaler does not know at all ends the process in there.
-    if (sws_isSupportedInput(format) == 0) return nullptr;
+    if (sws_isSupportedInput(format) == 0) {
+        return nullptr;
+    }
     FramePtr dst(av_frame_alloc());
-    if (!dst) return nullptr;
+    if (!dst) {
+        return nullptr;
+    }
     dst->width = width;
     dst->height = height;
     dst->format = AV_PIX_FMT_YUV420P;
-    if (av_frame_get_buffer(dst.get(), 0) != 0) return nullptr;
+    if (av_frame_get_buffer(dst.get(), 0) != 0) {
+        return nullptr;
+    }
     SwsContext* context = sws_getContext(src.width, src.height, static_cast<AVPixelFormat>(src.format), width,
                                          height, AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
-    if (context == nullptr) return nullptr;
+    if (context == nullptr) {
+        return nullptr;
+    }
     sws_scale(context, src.data, src.linesize, 0, src.height, dst->data, dst->linesize);
     sws_freeContext(context);
     return dst;
@@ -51,7 +59,9 @@ FramePtr scaled(const AVFrame& src, int width, int height) {
 void drawPicture(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& rect) {
     SDL_Texture* texture = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_IYUV, SDL_TEXTUREACCESS_STREAMING,
                                              picture.width, picture.height);
-    if (texture == nullptr) return;
+    if (texture == nullptr) {
+        return;
+    }
     SDL_UpdateYUVTexture(texture, nullptr, picture.data[0], picture.linesize[0], picture.data[1],
                          picture.linesize[1], picture.data[2], picture.linesize[2]);
     SDL_RenderClear(renderer);
@@ -62,11 +72,15 @@ void drawPicture(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::
 
 // At the target's corner, not the picture's; a step that fails draws nothing.
 void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
-    if (video_output::font() == nullptr) return;
+    if (video_output::font() == nullptr) {
+        return;
+    }
     char text[100];
     std::snprintf(text, sizeof text, "FPS: %.2f, bitrate: %d kb/s", static_cast<double>(fps), bitrate);
     SDL_Surface* surface = TTF_RenderText_Solid(video_output::font(), text, SDL_Color{0, 255, 0, 0});
-    if (surface == nullptr) return;
+    if (surface == nullptr) {
+        return;
+    }
     SDL_Texture* texture = SDL_CreateTextureFromSurface(renderer, surface);
     if (texture != nullptr) {
         SDL_SetTextureAlphaMod(texture, 200);
@@ -79,7 +93,9 @@ void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
 
 bool attach(VideoSurface& surface) {
     surface.sdl_window = video_output::wrapWindow(static_cast<quintptr>(surface.widget->winId()));
-    if (surface.sdl_window == nullptr) return false;
+    if (surface.sdl_window == nullptr) {
+        return false;
+    }
     surface.renderer = video_output::makeRenderer(surface.sdl_window);
     return true;
 }
@@ -96,9 +112,7 @@ PicturePresenter::PicturePresenter(QObject& timers, const PictureFields& fields,
                                    std::function<double()> ratio, std::function<const MyAppConfig*()> config)
     : m_timers(timers), m_fields(fields), m_ratio(std::move(ratio)), m_config(std::move(config)) {}
 
-PicturePresenter::~PicturePresenter() {
-    dropPictures();
-}
+PicturePresenter::~PicturePresenter() { dropPictures(); }
 
 void PicturePresenter::start(const QString& font_path, QMyVideoWidget& first) {
     if (video_output::init(font_path)) {

@@ -14,9 +14,7 @@ namespace {
 constexpr int kNoSignalPoints = 36;
 const QColor kNoSignalColour(150, 150, 150, 255);
 
-QPoint truncated(const QPointF& point) {
-    return {static_cast<int>(point.x()), static_cast<int>(point.y())};
-}
+QPoint truncated(const QPointF& point) { return {static_cast<int>(point.x()), static_cast<int>(point.y())}; }
 
 }  // namespace
 
@@ -28,7 +26,9 @@ QMyVideoWidget::QMyVideoWidget(QWidget* parent)
     setAttribute(Qt::WA_NoSystemBackground);
     setAttribute(Qt::WA_OpaquePaintEvent);
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive) endHold();
+        if (state != Qt::ApplicationActive) {
+            endHold();
+        }
     });
 }
 
@@ -39,9 +39,7 @@ void QMyVideoWidget::setOwner(PictureOwner* picture_owner) {
     window_id = objectName() == QLatin1String("videoWin2") ? 2 : 1;
 }
 
-bool QMyVideoWidget::streamOpen() const {
-    return owner != nullptr && owner->noSignalTest(window_id);
-}
+bool QMyVideoWidget::streamOpen() const { return owner != nullptr && owner->noSignalTest(window_id); }
 
 void QMyVideoWidget::streamStateChanged() {
     setAttribute(Qt::WA_PaintOnScreen, streamOpen());
@@ -54,7 +52,9 @@ QPaintEngine* QMyVideoWidget::paintEngine() const {
 }
 
 void QMyVideoWidget::paintEvent(QPaintEvent* /*e*/) {
-    if (streamOpen()) return;
+    if (streamOpen()) {
+        return;
+    }
     const QString text = QStringLiteral("No Signal");
     const QSize size = QFontMetrics(font, this).boundingRect(text).size();
     QPainter painter(this);
@@ -69,28 +69,36 @@ void QMyVideoWidget::paintEvent(QPaintEvent* /*e*/) {
 
 void QMyVideoWidget::moveEvent(QMoveEvent* e) {
     QLabel::moveEvent(e);
-    if (owner != nullptr) owner->placeTips();
+    if (owner != nullptr) {
+        owner->placeTips();
+    }
 }
 
 void QMyVideoWidget::wheelEvent(QWheelEvent* e) {
     e->accept();
-    if (owner != nullptr) owner->setZoom(window_id, e->angleDelta().y() >= 1 ? 1 : 2);
+    if (owner != nullptr) {
+        owner->setZoom(window_id, e->angleDelta().y() >= 1 ? 1 : 2);
+    }
 }
 
 void QMyVideoWidget::mouseMoveEvent(QMouseEvent* e) {
     const bool held = (e->buttons() & Qt::LeftButton) != 0;
     // A drag whose release went elsewhere must not run on.
-    if (!held) endHold();
-    if (held && !hold_cut && owner != nullptr && !owner->edgeResizing()) dragTo(e->pos());
+    if (!held) {
+        endHold();
+    }
+    if (held && !hold_cut && owner != nullptr && !owner->edgeResizing()) {
+        dragTo(e->pos());
+    }
     QLabel::mouseMoveEvent(e);
 }
 
 void QMyVideoWidget::dragTo(const QPoint& pos) {
     const sorvane::DragStep step = drag.move({pos.x(), pos.y()}, width(), height());
-    if (step.kind == sorvane::DragStep::STARTED) {
+    if (step.kind == sorvane::DragStep::kStarted) {
         window()->installEventFilter(this);
         owner->showDragRing(mapToGlobal(QPoint(drag.start_pos.x, drag.start_pos.y)));
-    } else if (step.kind == sorvane::DragStep::RATE) {
+    } else if (step.kind == sorvane::DragStep::kRate) {
         owner->showDragDot(mapToGlobal(pos));
         owner->slew(step.rate_x, step.rate_y);
     }
@@ -123,16 +131,22 @@ void QMyVideoWidget::clickAt(const QPoint& pos) {
     const sorvane::ImagePoint point = sorvane::widgetToImage(pos.x(), pos.y(), owner->frameWidth(),
                                                              owner->frameHeight(), width(), height());
     qDebug("Point select trace, pt1 x: %d, y: %d", point.x, point.y);
-    if (!point.inside()) return;
+    if (!point.inside()) {
+        return;
+    }
     owner->trackPoint(static_cast<std::int16_t>(point.x), static_cast<std::int16_t>(point.y));
 }
 
 void QMyVideoWidget::endHold() {
-    if (!drag.release()) return;
+    if (!drag.release()) {
+        return;
+    }
     // The button may still be down: it takes a new press to drag again.
     hold_cut = true;
     window()->removeEventFilter(this);
-    if (owner == nullptr) return;
+    if (owner == nullptr) {
+        return;
+    }
     owner->stopSlew();
     owner->hideDragMarks();
 }
@@ -148,7 +162,9 @@ bool QMyVideoWidget::event(QEvent* e) {
             endHold();
             break;
         case QEvent::EnabledChange:
-            if (!isEnabled()) endHold();
+            if (!isEnabled()) {
+                endHold();
+            }
             break;
         case QEvent::WinIdChange:
             emit nativeWindowChanged();
@@ -161,6 +177,8 @@ bool QMyVideoWidget::event(QEvent* e) {
 
 // The window closes its link in its close event: the stop has to be out before that.
 bool QMyVideoWidget::eventFilter(QObject* obj, QEvent* e) {
-    if (e->type() == QEvent::Close || e->type() == QEvent::WindowBlocked) endHold();
+    if (e->type() == QEvent::Close || e->type() == QEvent::WindowBlocked) {
+        endHold();
+    }
     return QLabel::eventFilter(obj, e);
 }

@@ -43,9 +43,7 @@ StreamPanel::StreamPanel(const ConnectionForm& form, MyAppConfig& config,
             &StreamPanel::onTypeChanged);
 }
 
-int StreamPanel::streamType() const {
-    return m_form.stream_type->currentIndex();
-}
+int StreamPanel::streamType() const { return m_form.stream_type->currentIndex(); }
 
 StreamRequest StreamPanel::request(int channel) const {
     const bool first = channel == 1;

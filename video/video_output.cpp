@@ -30,15 +30,21 @@ void setHints() {
 
 bool rendersInSoftwareGl(SDL_Renderer* renderer) {
     SDL_RendererInfo info;
-    if (SDL_GetRendererInfo(renderer, &info) != 0 || std::strncmp(info.name, "opengl", 6) != 0) return false;
+    if (SDL_GetRendererInfo(renderer, &info) != 0 || std::strncmp(info.name, "opengl", 6) != 0) {
+        return false;
+    }
     using GetString = const unsigned char* (*)(unsigned int);
     const auto get_string = reinterpret_cast<GetString>(SDL_GL_GetProcAddress("glGetString"));
     constexpr unsigned int kGlRenderer = 0x1F01;
     const auto* name =
         get_string != nullptr ? reinterpret_cast<const char*>(get_string(kGlRenderer)) : nullptr;
-    if (name == nullptr) return false;
+    if (name == nullptr) {
+        return false;
+    }
     for (const char* software : {"llvmpipe", "softpipe", "swrast", "Software"}) {
-        if (std::strstr(name, software) != nullptr) return true;
+        if (std::strstr(name, software) != nullptr) {
+            return true;
+        }
     }
     return false;
 }
@@ -47,13 +53,21 @@ bool rendersInSoftwareGl(SDL_Renderer* renderer) {
 
 bool init(const QString& font_path) {
     static bool done = false;
-    if (done) return g_font != nullptr;
+    if (done) {
+        return g_font != nullptr;
+    }
     done = true;
     setHints();
-    if (SDL_Init(SDL_INIT_VIDEO) != 0) std::printf("Could not initialize SDL - %s\n", SDL_GetError());
-    if (TTF_Init() < 0) return false;
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+        std::printf("Could not initialize SDL - %s\n", SDL_GetError());
+    }
+    if (TTF_Init() < 0) {
+        return false;
+    }
     g_font = TTF_OpenFont(font_path.toUtf8().constData(), kFontSize);
-    if (g_font == nullptr) return false;
+    if (g_font == nullptr) {
+        return false;
+    }
     TTF_SetFontStyle(g_font, TTF_STYLE_NORMAL);
     TTF_SetFontOutline(g_font, 0);
     TTF_SetFontKerning(g_font, 1);
@@ -61,13 +75,13 @@ bool init(const QString& font_path) {
     return true;
 }
 
-TTF_Font* font() {
-    return g_font;
-}
+TTF_Font* font() { return g_font; }
 
 SDL_Window* wrapWindow(quintptr native_id) {
     SDL_Window* window = SDL_CreateWindowFrom(reinterpret_cast<const void*>(native_id));
-    if (window == nullptr) return nullptr;
+    if (window == nullptr) {
+        return nullptr;
+    }
     platform::followWindowSize(window);
     SDL_ShowWindow(window);
     return window;
@@ -80,14 +94,20 @@ SDL_Renderer* makeRenderer(SDL_Window* window) {
         SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
         renderer = SDL_CreateRenderer(window, -1, 0);
     }
-    if (renderer != nullptr) SDL_SetRenderDrawColor(renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+    if (renderer != nullptr) {
+        SDL_SetRenderDrawColor(renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+    }
     releaseContext(window);
     return renderer;
 }
 
 void destroy(SDL_Renderer* renderer, SDL_Window* window) {
-    if (renderer != nullptr) SDL_DestroyRenderer(renderer);
-    if (window != nullptr) SDL_DestroyWindow(window);
+    if (renderer != nullptr) {
+        SDL_DestroyRenderer(renderer);
+    }
+    if (window != nullptr) {
+        SDL_DestroyWindow(window);
+    }
 }
 
 void catchUp() {
@@ -100,11 +120,15 @@ void catchUp() {
 void resizeWindow(SDL_Window* window, int width, int height) {
     // On X11 SDL would also move the window, to where it first saw it; there the structure events tell the
     // size.
-    if (std::strcmp(SDL_GetCurrentVideoDriver(), "x11") != 0) SDL_SetWindowSize(window, width, height);
+    if (std::strcmp(SDL_GetCurrentVideoDriver(), "x11") != 0) {
+        SDL_SetWindowSize(window, width, height);
+    }
 }
 
 void releaseContext(SDL_Window* window) {
-    if (SDL_GL_GetCurrentContext() != nullptr) SDL_GL_MakeCurrent(window, nullptr);
+    if (SDL_GL_GetCurrentContext() != nullptr) {
+        SDL_GL_MakeCurrent(window, nullptr);
+    }
 }
 
 }  // namespace video_output

@@ -8,10 +8,6 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-FrameParcel::~FrameParcel() {
-    av_frame_free(&frame);
-}
+FrameParcel::~FrameParcel() { av_frame_free(&frame); }
 
-VideoSurface::~VideoSurface() {
-    video_output::destroy(renderer, sdl_window);
-}
+VideoSurface::~VideoSurface() { video_output::destroy(renderer, sdl_window); }

@@ -1,5 +1,3 @@
 #include "widgets/input_connection.h"
 
-std::optional<void*> inputConnection() {
-    return nullptr;
-}
+std::optional<void*> inputConnection() { return nullptr; }

@@ -111,25 +111,25 @@ QMessageBox::StandardButton MyMessageBox::ask(Kind kind, QWidget* parent, const 
 QMessageBox::StandardButton MyMessageBox::information(QWidget* parent, const QString& title,
                                                       const QString& text,
                                                       QMessageBox::StandardButtons buttons) {
-    return ask(Information, parent, title, text, buttons);
+    return ask(kInformation, parent, title, text, buttons);
 }
 
 QMessageBox::StandardButton MyMessageBox::question(QWidget* parent, const QString& text, const QString& title,
                                                    QMessageBox::StandardButtons buttons) {
-    return ask(Question, parent, title, text, buttons);
+    return ask(kQuestion, parent, title, text, buttons);
 }
 
 QMessageBox::StandardButton MyMessageBox::success(QWidget* parent, const QString& text, const QString& title,
                                                   QMessageBox::StandardButtons buttons) {
-    return ask(Success, parent, title, text, buttons);
+    return ask(kSuccess, parent, title, text, buttons);
 }
 
 QMessageBox::StandardButton MyMessageBox::warning(QWidget* parent, const QString& text, const QString& title,
                                                   QMessageBox::StandardButtons buttons) {
-    return ask(Warning, parent, title, text, buttons);
+    return ask(kWarning, parent, title, text, buttons);
 }
 
 QMessageBox::StandardButton MyMessageBox::error(QWidget* parent, const QString& text, const QString& title,
                                                 QMessageBox::StandardButtons buttons) {
-    return ask(Error, parent, title, text, buttons);
+    return ask(kError, parent, title, text, buttons);
 }

@@ -14,7 +14,7 @@ class MyMessageBox : public QDialog {
 
 public:
     // The kinds differ in name alone: every box carries the information icon.
-    enum Kind { Information = 1, Question = 2, Success = 3, Warning = 4, Error = 5 };
+    enum Kind { kInformation = 1, kQuestion = 2, kSuccess = 3, kWarning = 4, kError = 5 };
 
     MyMessageBox(Kind kind, const QString& title, const QString& text, QMessageBox::StandardButtons buttons,
                  QWidget* parent = nullptr);

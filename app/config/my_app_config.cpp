@@ -25,15 +25,9 @@ struct Limits {
     int most = std::numeric_limits<int>::max();
     bool not_empty = false;
 };
-constexpr Limits any() {
-    return {};
-}
-constexpr Limits between(int least, int most) {
-    return {least, most, false};
-}
-constexpr Limits atLeast(int least) {
-    return {least, std::numeric_limits<int>::max(), false};
-}
+constexpr Limits any() { return {}; }
+constexpr Limits between(int least, int most) { return {least, most, false}; }
+constexpr Limits atLeast(int least) { return {least, std::numeric_limits<int>::max(), false}; }
 constexpr Limits filled() {
     Limits limits;
     limits.not_empty = true;

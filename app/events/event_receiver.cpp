@@ -6,10 +6,6 @@ QObject* g_receiver = nullptr;
 
 }  // namespace
 
-QObject* eventReceiver() {
-    return g_receiver;
-}
+QObject* eventReceiver() { return g_receiver; }
 
-void setEventReceiver(QObject* receiver) {
-    g_receiver = receiver;
-}
+void setEventReceiver(QObject* receiver) { g_receiver = receiver; }

@@ -20,14 +20,8 @@ void postPlainEvent(const char* name, int type) {
 
 }  // namespace
 
-void Play_Fail_CallBack() {
-    postPlainEvent(__func__, EVT_PLAY_FAIL);
-}
+void Play_Fail_CallBack() { postPlainEvent(__func__, EVT_PLAY_FAIL); }
 
-void Replay_Start_Callback() {
-    postPlainEvent(__func__, EVT_REPLAY_START);
-}
+void Replay_Start_Callback() { postPlainEvent(__func__, EVT_REPLAY_START); }
 
-void Replay_End_Callback() {
-    postPlainEvent(__func__, EVT_REPLAY_END);
-}
+void Replay_End_Callback() { postPlainEvent(__func__, EVT_REPLAY_END); }

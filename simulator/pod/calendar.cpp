@@ -25,13 +25,16 @@ CalendarTime toCalendar(std::int64_t utc_ms) {
         --days;
     }
     int year = 1970 + static_cast<int>(days / 366);
-    while (daysFromDate(year + 1, 1, 1) <= days)
+    while (daysFromDate(year + 1, 1, 1) <= days) {
         ++year;
-    while (daysFromDate(year, 1, 1) > days)
+    }
+    while (daysFromDate(year, 1, 1) > days) {
         --year;
+    }
     int month = 1;
-    while (month < 12 && daysFromDate(year, month + 1, 1) <= days)
+    while (month < 12 && daysFromDate(year, month + 1, 1) <= days) {
         ++month;
+    }
     const auto r = static_cast<int>(rest);
     return {year,        month,          static_cast<int>(days - daysFromDate(year, month, 1)) + 1,
             r / 3600000, r / 60000 % 60, r / 1000 % 60,

@@ -60,9 +60,7 @@ constexpr Palette kPalettes[kPaletteCount] = {
     {"RED HEAD", {{0, 0, 0, 0}, {196, 196, 196, 196}, {212, 230, 90, 60}, {255, 255, 10, 10}}},
 };
 
-const Palette& paletteOf(int index) {
-    return kPalettes[index >= 0 && index < kPaletteCount ? index : 0];
-}
+const Palette& paletteOf(int index) { return kPalettes[index >= 0 && index < kPaletteCount ? index : 0]; }
 
 }  // namespace
 
@@ -77,8 +75,9 @@ std::array<Colour, 256> paletteTable(int index) {
     std::array<Colour, 256> table{};
     const Stop* stop = paletteOf(index).stops;
     for (int i = 0; i < 256; ++i) {
-        while (i > stop[1].at)
+        while (i > stop[1].at) {
             ++stop;
+        }
         const int share = i - stop[0].at, whole = stop[1].at - stop[0].at;
         auto between = [&](int a, int b) { return a + (b - a) * share / whole; };
         table[static_cast<std::size_t>(i)] =
@@ -88,8 +87,6 @@ std::array<Colour, 256> paletteTable(int index) {
     return table;
 }
 
-const char* paletteName(int index) {
-    return paletteOf(index).name;
-}
+const char* paletteName(int index) { return paletteOf(index).name; }
 
 }  // namespace podsim

@@ -18,9 +18,7 @@ constexpr double kInfraredWideMm = 14, kInfraredLongMm = 70;
 constexpr double kVisibleStartMm = 10;
 constexpr double kTeleFactor = 4;  // focal length of the tele camera against the wide one
 
-double fovOf(double sensor_mm, double focal_mm) {
-    return 2 * std::atan(sensor_mm / 2 / focal_mm) / kDeg;
-}
+double fovOf(double sensor_mm, double focal_mm) { return 2 * std::atan(sensor_mm / 2 / focal_mm) / kDeg; }
 
 const char* servoWord(ServoState state) {
     constexpr const char* kWords[] = {"standby",
@@ -91,9 +89,7 @@ void Pod::State::note(const std::string& name, const std::string& detail) {
     notice_s = kNoticeS;
 }
 
-std::vector<std::pair<std::string, std::string>> Pod::State::takeNotes() {
-    return std::exchange(notes, {});
-}
+std::vector<std::pair<std::string, std::string>> Pod::State::takeNotes() { return std::exchange(notes, {}); }
 
 void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, int rate_code, int rate_az,
                        int rate_el) {
@@ -106,7 +102,7 @@ void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, i
         last_code = code;
         std::memcpy(last_parameters, parameters, sizeof parameters);
         const Command* command = find(code);
-        if (!command || command->kind != Kind::LensHold) {
+        if (!command || command->kind != Kind::kLensHold) {
             visible.halt();
             infrared.halt();
         }
@@ -114,20 +110,29 @@ void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, i
         if (rate || rate_active) {
             // Among the periodic frames the rate stands beside the command; its absence is a stop as well.
             setRate(rate ? rate_az : 0, rate ? rate_el : 0);
-            if (rate) s.command_feedback = static_cast<std::uint8_t>(kRateCode);
+            if (rate) {
+                s.command_feedback = static_cast<std::uint8_t>(kRateCode);
+            }
             rate_active = rate;
         }
     }
-    if (code == 0 || same) return;
+    if (code == 0 || same) {
+        return;
+    }
     const Command* command = find(code);
     constexpr std::uint16_t kNavBlock = 1026;
-    if (code != kNavBlock) other_command_s = 0;
+    if (code != kNavBlock) {
+        other_command_s = 0;
+    }
     // The stream of positions must not hide the answer to what the operator did.
-    if (code != kNavBlock || other_command_s > 2) s.command_feedback = static_cast<std::uint8_t>(code & 0xFF);
-    if (command)
+    if (code != kNavBlock || other_command_s > 2) {
+        s.command_feedback = static_cast<std::uint8_t>(code & 0xFF);
+    }
+    if (command) {
         (this->*command->handler)(p);
-    else
+    } else {
         note("unknown-command", formatText("code=%d", code));
+    }
     refresh();
 }
 
@@ -139,34 +144,42 @@ void Pod::State::step(double dt_s) {
     const FlightState before = flight.state();
     flight.step(dt_s);
     const FlightState& f = flight.state();
-    if (dt_s > 0)
+    if (dt_s > 0) {
         velocity = {(f.east_m - before.east_m) / dt_s, (f.north_m - before.north_m) / dt_s,
                     f.vertical_speed_mps};
+    }
     visible.step(dt_s);
     infrared.step(dt_s);
     stepTracker(dt_s);
     servo.step(dt_s, f);
     auto countDown = [dt_s](double& timer) { timer = std::max(0.0, timer - dt_s); };
-    for (double* timer : {&notice_s, &nuc_s, &snapshot_s, &boot_s})
+    for (double* timer : {&notice_s, &nuc_s, &snapshot_s, &boot_s}) {
         countDown(*timer);
-    if (notice_s == 0) s.notice.clear();
+    }
+    if (notice_s == 0) {
+        s.notice.clear();
+    }
     stepStorage(dt_s);
     refresh();
     stepLaser(dt_s);
     stepHealth(dt_s);
-    if (servo.state() != servo_before) notes.emplace_back("servo-state", servoWord(servo.state()));
-    if (tracker.state() != track_before)
+    if (servo.state() != servo_before) {
+        notes.emplace_back("servo-state", servoWord(servo.state()));
+    }
+    if (tracker.state() != track_before) {
         notes.emplace_back("track-state",
                            formatText("%s id=%d", trackWord(tracker.state()), tracker.objectId()));
+    }
 }
 
 void Pod::State::stepTracker(double dt_s) {
-    if (s.auto_track && s.tracker_on && tracker.state() == TrackState::Idle) {
+    if (s.auto_track && s.tracker_on && tracker.state() == TrackState::kIdle) {
         auto_wait_s -= dt_s;
         if (auto_wait_s <= 0) {
             auto_wait_s = 1;
-            if (tracker.lockAt(s, 0, 0, s.frame_width / 2.0) && tracker.objectId() == 0)
+            if (tracker.lockAt(s, 0, 0, s.frame_width / 2.0) && tracker.objectId() == 0) {
                 tracker.stop();  // nothing that moves is near
+            }
         }
     }
     const FlightState& f = flight.state();
@@ -174,20 +187,22 @@ void Pod::State::stepTracker(double dt_s) {
     auto follow = [this](const Sight& t) {
         servo.follow(t.yaw_deg, t.el_deg, t.yaw_rate_dps, t.el_rate_dps);
     };
-    if (tracker.state() == TrackState::Idle) {
-        if (geo_keep)
+    if (tracker.state() == TrackState::kIdle) {
+        if (geo_keep) {
             follow(sightOf(geo_point - place, velocity * -1));
-        else if (servo.state() == ServoState::Tracking)
+        } else if (servo.state() == ServoState::kTracking) {
             servo.hold();
+        }
         return;
     }
     const Sight before = tracker.sight(place, velocity);
     const double relative = std::remainder(before.yaw_deg - f.heading_deg, 360);
     tracker.step(dt_s, place, s.time_s, std::fabs(relative) < kAzimuthStop && before.el_deg < kElevationHigh);
-    if (tracker.state() == TrackState::Idle)
+    if (tracker.state() == TrackState::kIdle) {
         servo.hold();
-    else
+    } else {
         follow(tracker.sight(place, velocity));
+    }
 }
 
 void Pod::State::firePulse() {
@@ -268,7 +283,7 @@ void Pod::State::refresh() {
     s.ir_zoom = infrared.zoom;
     s.vl_focus = visible.focus;
     s.ir_focus = infrared.focus;
-    const bool tele = s.display_mode == DisplayMode::VisibleTele;
+    const bool tele = s.display_mode == DisplayMode::kVisibleTele;
     s.vl_focal_mm = visible.zoom * kVisibleWideMm * (tele ? kTeleFactor : 1);
     s.ir_focal_mm = infrared.zoom * kInfraredWideMm;
     s.vl_fov_deg = fovOf(kVisibleSensorMm, s.vl_focal_mm * (1 << s.vl_ezoom_index));
@@ -296,55 +311,59 @@ void Pod::State::refreshTarget() {
     }
 }
 
-Pod::Pod(const PodConfig& config) : state_(new State(config)) {}
+Pod::Pod(const PodConfig& config) : m_state(new State(config)) {}
 
 Pod::~Pod() = default;
 
 void Pod::setLog(Log log) {
-    std::lock_guard<std::mutex> lock(state_->mutex);
-    state_->log = std::move(log);
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    m_state->log = std::move(log);
 }
 
 void Pod::setFrameSize(int width, int height) {
-    std::lock_guard<std::mutex> lock(state_->mutex);
-    state_->s.frame_width = width;
-    state_->s.frame_height = height;
-    state_->refresh();
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    m_state->s.frame_width = width;
+    m_state->s.frame_height = height;
+    m_state->refresh();
 }
 
 void Pod::apply(std::uint16_t code, const std::uint8_t* payload, std::size_t n, int rate_code,
                 std::int16_t rate_az, std::int16_t rate_el) {
-    std::unique_lock<std::mutex> lock(state_->mutex);
+    std::unique_lock<std::mutex> lock(m_state->mutex);
     static const std::uint8_t nothing[1] = {0};
     const Parameters p = {payload ? payload : nothing, payload ? n : 0};
-    state_->apply(code, p, rate_code >= 0, rate_code, rate_az, rate_el);
-    const auto notes = state_->takeNotes();
-    const Log log = state_->log;
+    m_state->apply(code, p, rate_code >= 0, rate_code, rate_az, rate_el);
+    const auto notes = m_state->takeNotes();
+    const Log log = m_state->log;
     lock.unlock();
     for (const auto& [name, detail] : notes) {
-        if (log) log(name, detail);
+        if (log) {
+            log(name, detail);
+        }
     }
 }
 
 void Pod::setNav(const NavInput& nav) {
-    std::lock_guard<std::mutex> lock(state_->mutex);
-    state_->flight.setNav(nav);
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    m_state->flight.setNav(nav);
 }
 
 void Pod::step(double dt_s) {
-    std::unique_lock<std::mutex> lock(state_->mutex);
-    state_->step(std::clamp(dt_s, 0.0, 1.0));
-    const auto notes = state_->takeNotes();
-    const Log log = state_->log;
+    std::unique_lock<std::mutex> lock(m_state->mutex);
+    m_state->step(std::clamp(dt_s, 0.0, 1.0));
+    const auto notes = m_state->takeNotes();
+    const Log log = m_state->log;
     lock.unlock();
     for (const auto& [name, detail] : notes) {
-        if (log) log(name, detail);
+        if (log) {
+            log(name, detail);
+        }
     }
 }
 
 Snapshot Pod::snapshot() const {
-    std::lock_guard<std::mutex> lock(state_->mutex);
-    return state_->s;
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    return m_state->s;
 }
 
 }  // namespace podsim

@@ -11,13 +11,9 @@ namespace {
 
 constexpr int kLevelLimit = 5;
 
-const char* onOff(bool on) {
-    return on ? "on" : "off";
-}
+const char* onOff(bool on) { return on ? "on" : "off"; }
 
-void change(int& level, bool up) {
-    level = std::clamp(level + (up ? 1 : -1), -kLevelLimit, kLevelLimit);
-}
+void change(int& level, bool up) { level = std::clamp(level + (up ? 1 : -1), -kLevelLimit, kLevelLimit); }
 
 }  // namespace
 
@@ -26,7 +22,9 @@ void Pod::State::moveLens(Lens& lens, int zoom, int focus, int speed) {
     lens.zoom_direction = zoom;
     lens.focus_direction = focus;
     lens.speed = 0.25 + 0.11 * std::clamp(speed, 0, 7);
-    if (zoom != 0 || focus != 0) lens.auto_focus = false;
+    if (zoom != 0 || focus != 0) {
+        lens.auto_focus = false;
+    }
 }
 
 void Pod::State::visibleLens(const Parameters& p) {
@@ -35,16 +33,21 @@ void Pod::State::visibleLens(const Parameters& p) {
     moveLens(visible, action == 1 ? 1 : action == 2 ? -1 : 0, action == 3 ? 1 : action == 4 ? -1 : 0, speed);
     constexpr const char* kActions[] = {"stop",      "zoom-in",    "zoom-out",
                                         "focus-far", "focus-near", "auto-focus"};
-    if (action == 5) visible.auto_focus = true;
-    if (action <= 5 && (action != 0 || was_moving))
+    if (action == 5) {
+        visible.auto_focus = true;
+    }
+    if (action <= 5 && (action != 0 || was_moving)) {
         note("visible-lens", formatText("%s speed=%d zoom=%.1f", kActions[action], speed, visible.zoom));
+    }
 }
 
 void Pod::State::infraredLens(const Parameters& p) {
     const int speed = p.byte(1);
     int action = p.byte(0);
     // 1 and 2 are focus when they come alone; with a speed they mean zoom, as on the other camera.
-    if ((action == 1 || action == 2) && speed != 0) action = action == 1 ? 15 : 16;
+    if ((action == 1 || action == 2) && speed != 0) {
+        action = action == 1 ? 15 : 16;
+    }
     const bool was_moving = infrared.moving();
     moveLens(infrared,
              action == 15   ? 1
@@ -54,14 +57,18 @@ void Pod::State::infraredLens(const Parameters& p) {
              : action == 2 ? -1
                            : 0,
              speed != 0 ? speed : 4);
-    if (action == 3) infrared.auto_focus = true;
+    if (action == 3) {
+        infrared.auto_focus = true;
+    }
     const char* name = action == 15   ? "zoom-in"
                        : action == 16 ? "zoom-out"
                        : action == 1  ? "focus-far"
                        : action == 2  ? "focus-near"
                        : action == 3  ? "auto-focus"
                                       : "stop";
-    if (action != 0 || was_moving) note("infrared-lens", formatText("%s zoom=%.1f", name, infrared.zoom));
+    if (action != 0 || was_moving) {
+        note("infrared-lens", formatText("%s zoom=%.1f", name, infrared.zoom));
+    }
 }
 
 void Pod::State::visibleImage(const Parameters& p) {
@@ -78,7 +85,9 @@ void Pod::State::visibleImage(const Parameters& p) {
             break;
         case 5:
             s.vl_auto_gain = way == 3;
-            if (way != 3) change(s.vl_gain, way == 1);
+            if (way != 3) {
+                change(s.vl_gain, way == 1);
+            }
             break;
         case 6:
             s.vl_brightness = s.vl_contrast = s.vl_gain = 0;
@@ -177,8 +186,8 @@ void Pod::State::videoMode(const Parameters& p) {
 void Pod::State::videoSwitch(const Parameters&) {
     // Each mode with the one that shows the other camera first.
     constexpr DisplayMode kOther[] = {
-        DisplayMode::VisibleWide, DisplayMode::Infrared,  DisplayMode::LeftRight, DisplayMode::PipVisible,
-        DisplayMode::PipInfrared, DisplayMode::TopBottom, DisplayMode::Infrared};
+        DisplayMode::kVisibleWide, DisplayMode::kInfrared,  DisplayMode::kLeftRight, DisplayMode::kPipVisible,
+        DisplayMode::kPipInfrared, DisplayMode::kTopBottom, DisplayMode::kInfrared};
     s.display_mode = kOther[static_cast<std::size_t>(s.display_mode)];
     note("video-switch", formatText("mode=%d", static_cast<int>(s.display_mode)));
 }

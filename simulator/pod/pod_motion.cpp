@@ -12,15 +12,15 @@ constexpr double kDpsPerUnit = 0.5;  // at the reference field of view
 constexpr double kReferenceFov = 31.3;
 constexpr double kTimeout = 0.5;  // of a gyro rate that is not repeated, seconds
 
-std::string anglePair(double az, double el) {
-    return formatText("az=%.2f el=%.2f", az, el);
-}
+std::string anglePair(double az, double el) { return formatText("az=%.2f el=%.2f", az, el); }
 
 // The word of one axis of a scan: speed in tenths, bit 14 set when negative, bit 15 holds the axis.
 ScanAxis scanAxis(ScanAxis set, int word, double fallback_dps) {
     set.locked = (word & 0x8000) != 0;
     int tenths = word & 0x7FFF;
-    if (tenths & 0x4000) tenths -= 0x8000;
+    if (tenths & 0x4000) {
+        tenths -= 0x8000;
+    }
     set.speed_dps = tenths != 0 ? tenths / 10.0 : fallback_dps;
     return set;
 }
@@ -29,46 +29,52 @@ ScanAxis scanAxis(ScanAxis set, int word, double fallback_dps) {
 
 void Pod::State::releaseTrack() {
     geo_keep = false;
-    if (tracker.state() != TrackState::Idle) tracker.stop();
+    if (tracker.state() != TrackState::kIdle) {
+        tracker.stop();
+    }
 }
 
 void Pod::State::setRate(int az, int el) {
     const bool zero = az == 0 && el == 0;
     // A zero rate ends a movement by rate and disturbs nothing else.
-    if (zero && !servo.movingByRate()) return;
-    if (!zero && !servo.movingByRate()) note("servo-rate", formatText("az=%d el=%d", az, el));
-    if (zero) note("servo-stop", anglePair(servo.azimuth(), servo.framePitch(flight.state())));
+    if (zero && !servo.movingByRate()) {
+        return;
+    }
+    if (!zero && !servo.movingByRate()) {
+        note("servo-rate", formatText("az=%d el=%d", az, el));
+    }
+    if (zero) {
+        note("servo-stop", anglePair(servo.azimuth(), servo.framePitch(flight.state())));
+    }
     releaseTrack();
-    const double fov = s.display_mode == DisplayMode::Infrared ? s.ir_fov_deg : s.vl_fov_deg;
+    const double fov = s.display_mode == DisplayMode::kInfrared ? s.ir_fov_deg : s.vl_fov_deg;
     const double scale = kDpsPerUnit * std::clamp(fov / kReferenceFov, 0.03, 1.5);
     servo.rate(az * scale, el * scale);
 }
 
-void Pod::State::servoRate(const Parameters& p) {
-    setRate(p.word(0), p.word(2));
-}
+void Pod::State::servoRate(const Parameters& p) { setRate(p.word(0), p.word(2)); }
 
 void Pod::State::servoCentre(const Parameters&) {
     releaseTrack();
-    servo.goTo(0, 0, ServoState::Centring);
+    servo.goTo(0, 0, ServoState::kCentring);
     note("servo-centre", "");
 }
 
 void Pod::State::digitalGuide(const Parameters& p) {
     releaseTrack();
-    servo.goTo(p.word(0) / 100.0, p.word(2) / 100.0, ServoState::DigitalGuide);
+    servo.goTo(p.word(0) / 100.0, p.word(2) / 100.0, ServoState::kDigitalGuide);
     note("digital-guide", anglePair(p.word(0) / 100.0, p.word(2) / 100.0));
 }
 
 void Pod::State::lookDown(const Parameters&) {
     releaseTrack();
-    servo.goTo(0, -90, ServoState::LookDown);
+    servo.goTo(0, -90, ServoState::kLookDown);
     note("look-down", "");
 }
 
 void Pod::State::stow(const Parameters&) {
     releaseTrack();
-    servo.goTo(0, kElevationHigh, ServoState::Stowed);
+    servo.goTo(0, kElevationHigh, ServoState::kStowed);
     note("stow", "");
 }
 
@@ -79,7 +85,9 @@ void Pod::State::servoOff(const Parameters&) {
 }
 
 void Pod::State::gyroRate(const Parameters& p) {
-    if (p.byte(0) == 0) return;
+    if (p.byte(0) == 0) {
+        return;
+    }
     releaseTrack();
     if (p.byte(0) == 1) {
         servo.calibrate(3);
@@ -127,7 +135,7 @@ void Pod::State::headingFollow(const Parameters&) {
 
 void Pod::State::attitudeGuide(const Parameters& p) {
     releaseTrack();
-    servo.goToAttitude(p.word(0) / 100.0, p.word(2) / 100.0, ServoState::AttitudeGuide);
+    servo.goToAttitude(p.word(0) / 100.0, p.word(2) / 100.0, ServoState::kAttitudeGuide);
     note("attitude-guide", anglePair(p.word(0) / 100.0, p.word(2) / 100.0));
 }
 
@@ -140,18 +148,16 @@ void Pod::State::pointAt(const Parameters& p, bool keep) {
     const Vec3 d = geo_point - Vec3{f.east_m, f.north_m, f.height_m};
     const double yaw = std::atan2(d.x, d.y) / kDeg, el = std::atan2(d.z, std::hypot(d.x, d.y)) / kDeg;
     geo_keep = keep;
-    if (!keep) servo.goToAttitude(yaw, el, ServoState::DigitalGuide);
+    if (!keep) {
+        servo.goToAttitude(yaw, el, ServoState::kDigitalGuide);
+    }
     note(keep ? "geo-track" : "geo-guide",
          formatText("lat=%.6f lon=%.6f alt=%.1f", latitude, longitude, altitude));
 }
 
-void Pod::State::geoGuide(const Parameters& p) {
-    pointAt(p, false);
-}
+void Pod::State::geoGuide(const Parameters& p) { pointAt(p, false); }
 
-void Pod::State::geoTrack(const Parameters& p) {
-    pointAt(p, true);
-}
+void Pod::State::geoTrack(const Parameters& p) { pointAt(p, true); }
 
 void Pod::State::trackPoint(const Parameters& p) {
     const int x = p.word(0), y = p.word(2);
@@ -203,7 +209,9 @@ void Pod::State::trackById(const Parameters& p) {
     const bool found = s.tracker_on && tracker.lockId(s, p.byte(1));
     geo_keep = geo_keep && !found;
     note("track-by-id", formatText("id=%d%s", p.byte(1), found ? "" : " not-in-picture"));
-    if (found) stepTracker(0);
+    if (found) {
+        stepTracker(0);
+    }
 }
 
 void Pod::State::autoTrack(const Parameters& p) {
@@ -219,8 +227,12 @@ void Pod::State::aiBox(const Parameters& p) {
 
 void Pod::State::aiMode(const Parameters& p) {
     // 255 stands for "none chosen" and leaves the value.
-    if (p.byte(0) <= 1) s.ai_source = p.byte(0);
-    if (p.byte(1) <= 2) s.ai_method = p.byte(1);
+    if (p.byte(0) <= 1) {
+        s.ai_source = p.byte(0);
+    }
+    if (p.byte(1) <= 2) {
+        s.ai_method = p.byte(1);
+    }
     note("detection-mode",
          formatText("source=%s method=%d", s.ai_source == 0 ? "infrared" : "visible", s.ai_method));
 }

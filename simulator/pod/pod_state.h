@@ -51,8 +51,8 @@ struct Pod::State {
     using Handler = void (State::*)(const Parameters&);
     // What ends a command among the periodic frames.
     enum class Kind {
-        Once,     // acts when it is new
-        LensHold  // lasts as long as its frames
+        kOnce,     // acts when it is new
+        kLensHold  // lasts as long as its frames
     };
     struct Command {
         std::uint16_t code;

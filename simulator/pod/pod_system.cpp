@@ -9,7 +9,7 @@
 namespace podsim {
 
 const Pod::State::Command* Pod::State::find(std::uint16_t code) {
-    constexpr Kind once = Kind::Once, lens = Kind::LensHold;
+    constexpr Kind once = Kind::kOnce, lens = Kind::kLensHold;
     // By ascending code.
     static const Command kTable[] = {
         {17, once, &State::sbusChannels},     {19, once, &State::passThrough},
@@ -61,21 +61,26 @@ void Pod::State::snapshotPicture(const Parameters&) {
 
 void Pod::State::record(const Parameters&) {
     s.recording = !s.recording && storage_used_percent < 100;
-    if (s.recording) s.record_s = 0;
+    if (s.recording) {
+        s.record_s = 0;
+    }
     note("record", s.recording ? "on" : "off");
 }
 
 void Pod::State::illuminator(const Parameters& p) {
-    if (p.byte(0) == 2)
+    if (p.byte(0) == 2) {
         s.illuminator_hz = (p.byte(1) | p.byte(2) << 8) / 100.0;
-    else
+    } else {
         s.illuminator = p.byte(0) != 0;
+    }
     s.red_dot = s.illuminator;
     note("laser-illuminator", formatText("%s %.2fHz", s.illuminator ? "on" : "off", s.illuminator_hz));
 }
 
 void Pod::State::rangeSingle(const Parameters&) {
-    if (s.laser_on) firePulse();
+    if (s.laser_on) {
+        firePulse();
+    }
     note("range-single", s.laser_on ? formatText("%.1fm", s.laser_range_m) : "laser=off");
 }
 
@@ -119,37 +124,46 @@ void Pod::State::setLoad(int index, bool on) {
     }
     const std::uint8_t bits = kBits[index];
     s.module_bits = static_cast<std::uint8_t>(on ? s.module_bits | bits : s.module_bits & ~bits);
-    if (index == 0 || index == 4) s.laser_on = on;
-    if (index == 0 || index == 5) s.tracker_on = on;
-    if (index == 0 || index == 6) s.cooler_on = on;
-    if (!s.tracker_on) releaseTrack();
-    if (!s.laser_on) s.laser_range_m = 0;
+    if (index == 0 || index == 4) {
+        s.laser_on = on;
+    }
+    if (index == 0 || index == 5) {
+        s.tracker_on = on;
+    }
+    if (index == 0 || index == 6) {
+        s.cooler_on = on;
+    }
+    if (!s.tracker_on) {
+        releaseTrack();
+    }
+    if (!s.laser_on) {
+        s.laser_range_m = 0;
+    }
     if (!on && (bits & 0x10) != 0) {
         releaseTrack();
         servo.off();
-    } else if (on && (bits & 0x10) != 0 && servo.state() == ServoState::Off) {
+    } else if (on && (bits & 0x10) != 0 && servo.state() == ServoState::kOff) {
         servo.hold();
     }
     note(on ? "load-on" : "load-off", kNames[index]);
 }
 
-void Pod::State::loadEnable(const Parameters& p) {
-    setLoad(p.byte(0), true);
-}
+void Pod::State::loadEnable(const Parameters& p) { setLoad(p.byte(0), true); }
 
-void Pod::State::loadSleep(const Parameters& p) {
-    setLoad(p.byte(0), false);
-}
+void Pod::State::loadSleep(const Parameters& p) { setLoad(p.byte(0), false); }
 
 void Pod::State::setIp(const Parameters& p) {
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
         s.ip[i] = static_cast<std::uint8_t>(p.byte(i));
+    }
     note("set-ip", formatText("%d.%d.%d.%d", p.byte(0), p.byte(1), p.byte(2), p.byte(3)));
 }
 
 void Pod::State::navBlock(const Parameters&) {
     // The values come in by setNav; here only the beginning of the stream is told.
-    if (!nav_seen) note("nav-stream", "begins");
+    if (!nav_seen) {
+        note("nav-stream", "begins");
+    }
     nav_seen = true;
 }
 
@@ -183,9 +197,7 @@ void Pod::State::configuration(const Parameters& p) {
     note("configuration", "factory");
 }
 
-void Pod::State::requestInfo(const Parameters& p) {
-    note("request-info", formatText("%d", p.byte(0)));
-}
+void Pod::State::requestInfo(const Parameters& p) { note("request-info", formatText("%d", p.byte(0))); }
 
 void Pod::State::maintenanceMode(const Parameters& p) {
     constexpr int kReboot = 9;
@@ -202,10 +214,11 @@ void Pod::State::maintenanceMode(const Parameters& p) {
 }
 
 void Pod::State::encoder(const Parameters& p) {
-    if (p.byte(0) == 0)
+    if (p.byte(0) == 0) {
         s.encoder_codec = p.byte(1);
-    else
+    } else {
         s.encoder_bitrate_kbps = p.byte(1) | p.byte(2) << 8;
+    }
     note("encoder", p.byte(0) == 0 ? formatText("codec=%d", s.encoder_codec)
                                    : formatText("bitrate=%d", s.encoder_bitrate_kbps));
 }

@@ -15,7 +15,7 @@ constexpr int kNumberBlocks = 16;
 constexpr int kNumberBlockPx = 32;
 
 // Where the frame number's blocks stand in the top edge.
-enum class NumberPlace { Off, Left, Right };
+enum class NumberPlace { kOff, kLeft, kRight };
 
 // One renderer belongs to one thread. All renderers share the textures, made when the first one is built.
 class Renderer {
@@ -34,7 +34,7 @@ public:
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    std::unique_ptr<Impl> m_impl;
 };
 
 // Reads the frame number back from a picture's luma, -1 if a block is neither black nor white.

@@ -18,16 +18,16 @@ struct ScanAxis {
 
 class Servo {
 public:
-    ServoState state() const { return state_; }
-    double azimuth() const { return az_.angle; }
-    double elevation() const { return el_.angle; }
-    double azimuthRate() const { return az_.speed; }
-    double elevationRate() const { return el_.speed; }
+    ServoState state() const { return m_state; }
+    double azimuth() const { return m_az.angle; }
+    double elevation() const { return m_el.angle; }
+    double azimuthRate() const { return m_az.speed; }
+    double elevationRate() const { return m_el.speed; }
     double framePitch(const FlightState& flight) const;
     double frameRoll(const FlightState& flight) const;
     double earthYaw(const FlightState& flight) const;  // -180..180
-    int guidanceFeedback() const { return guidance_feedback_; }
-    bool movingByRate() const { return state_ == ServoState::Manual && (rate_az_ != 0 || rate_el_ != 0); }
+    int guidanceFeedback() const { return m_guidanceFeedback; }
+    bool movingByRate() const { return m_state == ServoState::kManual && (m_rateAz != 0 || m_rateEl != 0); }
 
     // Degrees per second; 0, 0 stops.
     void rate(double az_dps, double el_dps);
@@ -65,15 +65,15 @@ private:
     double scanSpeed(ScanPhase& phase, double angle) const;
     void become(ServoState state);
 
-    Axis az_{90, 0}, el_{-33.7, 0};
-    ServoState state_ = ServoState::Standby;
-    double rate_az_ = 0, rate_el_ = 0;
-    double timer_s_ = 0;
-    double target_az_ = 0, target_el_ = 0;  // frame angles, or earth angles when earth_
-    double feed_az_ = 0, feed_el_ = 0;
-    bool earth_ = false;
-    int guidance_feedback_ = 0;
-    ScanPhase scan_az_, scan_el_;
+    Axis m_az{90, 0}, m_el{-33.7, 0};
+    ServoState m_state = ServoState::kStandby;
+    double m_rateAz = 0, m_rateEl = 0;
+    double m_timerS = 0;
+    double m_targetAz = 0, m_targetEl = 0;  // frame angles, or earth angles when earth_
+    double m_feedAz = 0, m_feedEl = 0;
+    bool m_earth = false;
+    int m_guidanceFeedback = 0;
+    ScanPhase m_scanAz, m_scanEl;
 };
 
 }  // namespace podsim

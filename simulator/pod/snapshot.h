@@ -12,34 +12,34 @@
 namespace podsim {
 
 enum class ServoState : std::uint8_t {
-    Standby = 0,
-    Off = 1,
-    Manual = 2,
-    Stowed = 3,
-    DigitalGuide = 4,
-    HeadingLock = 5,
-    Scan = 6,
-    Tracking = 7,
-    LookDown = 8,
-    GyroAutoDrift = 9,
-    GyroTemperatureDrift = 10,
-    HeadingFollow = 11,
-    Centring = 12,
-    GyroManualDrift = 13,
-    AttitudeGuide = 14,
+    kStandby = 0,
+    kOff = 1,
+    kManual = 2,
+    kStowed = 3,
+    kDigitalGuide = 4,
+    kHeadingLock = 5,
+    kScan = 6,
+    kTracking = 7,
+    kLookDown = 8,
+    kGyroAutoDrift = 9,
+    kGyroTemperatureDrift = 10,
+    kHeadingFollow = 11,
+    kCentring = 12,
+    kGyroManualDrift = 13,
+    kAttitudeGuide = 14,
 };
 
-enum class TrackState : std::uint8_t { Idle = 0, Stable = 1, Coasting = 2, Lost = 3, Capturing = 4 };
+enum class TrackState : std::uint8_t { kIdle = 0, kStable = 1, kCoasting = 2, kLost = 3, kCapturing = 4 };
 
 // The video output; the values are those of the report's display_mode.
 enum class DisplayMode : std::uint8_t {
-    Infrared = 0,
-    VisibleWide = 1,
-    TopBottom = 2,
-    PipInfrared = 3,  // infrared picture, visible inset
-    PipVisible = 4,   // visible picture, infrared inset
-    LeftRight = 5,
-    VisibleTele = 6,
+    kInfrared = 0,
+    kVisibleWide = 1,
+    kTopBottom = 2,
+    kPipInfrared = 3,  // infrared picture, visible inset
+    kPipVisible = 4,   // visible picture, infrared inset
+    kLeftRight = 5,
+    kVisibleTele = 6,
 };
 
 struct Snapshot {
@@ -61,7 +61,7 @@ struct Snapshot {
     double east_m = 0, north_m = 0;
 
     // Pod: frame angles relative to the aircraft, attitude angles relative to the earth.
-    ServoState servo_state = ServoState::Standby;
+    ServoState servo_state = ServoState::kStandby;
     double frame_yaw_deg = 0, frame_pitch_deg = 0, frame_roll_deg = 0;           // yaw -180..180
     double attitude_yaw_deg = 0, attitude_pitch_deg = 0, attitude_roll_deg = 0;  // yaw -180..180
     double rate_az_dps = 0, rate_el_dps = 0;  // present speed of the axes, degrees per second
@@ -74,11 +74,11 @@ struct Snapshot {
     double ir_ezoom = 1;                // 1, 2, 4
     int vl_ezoom_index = 0;             // 0 = 1x, 1 = 2x, 2 = 4x
     double vl_focus = 1, ir_focus = 1;  // sharpness 0..1
-    DisplayMode display_mode = DisplayMode::VisibleWide;
+    DisplayMode display_mode = DisplayMode::kVisibleWide;
 
     // Tracker. The box centre's deviation is in pixels of the encoded main picture: origin at the picture's
     // centre, x to the right, y upward.
-    TrackState track_state = TrackState::Idle;
+    TrackState track_state = TrackState::kIdle;
     bool track_source_visible = true;
     double track_x_px = 0, track_y_px = 0;
     double target_width_px = 0, target_height_px = 0;

@@ -18,8 +18,9 @@ const Traffic* trafficById(int id) {
 // The object's image that the picture shows at a pixel.
 Vec3 imageAt(const Snapshot& s, const Camera& camera, const VisibleObject& object) {
     Vec3 reference;
-    if (!groundPoint(camera.position, camera.ray(object.x_px, object.y_px), reference))
+    if (!groundPoint(camera.position, camera.ray(object.x_px, object.y_px), reference)) {
         reference = camera.position + Vec3{camera.forward.x, camera.forward.y, 0} * 800;
+    }
     return nearestImage(World::instance(), *trafficById(object.id), s.time_s, reference).position;
 }
 
@@ -36,20 +37,20 @@ Sight sightOf(const Vec3& offset, const Vec3& velocity) {
 }
 
 int Tracker::type() const {
-    const Traffic* t = trafficById(object_id_);
+    const Traffic* t = trafficById(m_objectId);
     return t ? t->type : 0;
 }
 
 void Tracker::become(TrackState state) {
-    state_ = state;
-    in_state_s_ = 0;
+    m_state = state;
+    m_inStateS = 0;
 }
 
 void Tracker::begin(int object_id, const Vec3& at) {
-    object_id_ = object_id;
-    position_ = at;
-    velocity_ = {};
-    become(TrackState::Capturing);
+    m_objectId = object_id;
+    m_position = at;
+    m_velocity = {};
+    become(TrackState::kCapturing);
 }
 
 bool Tracker::lockAt(const Snapshot& snapshot, double x_px, double y_px, double reach_px) {
@@ -58,10 +59,11 @@ bool Tracker::lockAt(const Snapshot& snapshot, double x_px, double y_px, double 
     const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
     const View* hit = &views[0];
     for (const View& v : views) {
-        if (x >= v.x && y >= v.y && x < v.x + v.width && y < v.y + v.height)
+        if (x >= v.x && y >= v.y && x < v.x + v.width && y < v.y + v.height) {
             hit = &v;  // an inset comes after what it covers
+        }
     }
-    source_visible_ = s.track_source_visible = !hit->infrared;
+    m_sourceVisible = s.track_source_visible = !hit->infrared;
     const Camera camera = cameraOf(s, *hit);
     const VisibleObject* best = nullptr;
     double best_distance = 1e9;
@@ -89,10 +91,12 @@ bool Tracker::lockAt(const Snapshot& snapshot, double x_px, double y_px, double 
 
 bool Tracker::lockId(const Snapshot& s, int id) {
     for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
-        if (o.id != id) continue;
+        if (o.id != id) {
+            continue;
+        }
         const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
         const View& view = views[trackerView(views, s)];
-        source_visible_ = !view.infrared;
+        m_sourceVisible = !view.infrared;
         begin(id, imageAt(s, cameraOf(s, view), o));
         return true;
     }
@@ -100,14 +104,18 @@ bool Tracker::lockId(const Snapshot& s, int id) {
 }
 
 bool Tracker::stepAside(const Snapshot& s, int direction, double step_px) {
-    if (state_ == TrackState::Idle) return false;
+    if (m_state == TrackState::kIdle) {
+        return false;
+    }
     const double x = s.frame_width / 2.0 + s.track_x_px;
-    if (object_id_ == 0) return lockAt(s, s.track_x_px + direction * step_px, s.track_y_px, 0);
+    if (m_objectId == 0) {
+        return lockAt(s, s.track_x_px + direction * step_px, s.track_y_px, 0);
+    }
     int next = 0;
     double best = 1e9;
     for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
         const double ahead = (o.x_px - x) * direction;
-        if (o.id != object_id_ && ahead > 1 && ahead < best) {
+        if (o.id != m_objectId && ahead > 1 && ahead < best) {
             best = ahead;
             next = o.id;
         }
@@ -116,71 +124,81 @@ bool Tracker::stepAside(const Snapshot& s, int direction, double step_px) {
 }
 
 void Tracker::stop() {
-    become(TrackState::Idle);
-    object_id_ = 0;
+    become(TrackState::kIdle);
+    m_objectId = 0;
 }
 
 void Tracker::step(double dt_s, const Vec3& camera, double time_s, bool in_reach) {
-    if (state_ == TrackState::Idle) return;
-    in_state_s_ += dt_s;
+    if (m_state == TrackState::kIdle) {
+        return;
+    }
+    m_inStateS += dt_s;
     bool seen = in_reach;
-    if (const Traffic* t = trafficById(object_id_)) {
-        const TrafficState now = nearestImage(World::instance(), *t, time_s, position_);
+    if (const Traffic* t = trafficById(m_objectId)) {
+        const TrafficState now = nearestImage(World::instance(), *t, time_s, m_position);
         seen = seen && !World::instance().occluded(camera, now.position, t->type == kBoat);
         if (seen) {
-            position_ = now.position;
-            velocity_ = now.velocity;
-        } else if (state_ != TrackState::Lost) {
-            position_ = position_ + velocity_ * dt_s;  // from memory
+            m_position = now.position;
+            m_velocity = now.velocity;
+        } else if (m_state != TrackState::kLost) {
+            m_position = m_position + m_velocity * dt_s;  // from memory
         }
     }
-    switch (state_) {
-        case TrackState::Capturing:
-            if (in_state_s_ > kCaptureS) become(seen ? TrackState::Stable : TrackState::Coasting);
+    switch (m_state) {
+        case TrackState::kCapturing:
+            if (m_inStateS > kCaptureS) {
+                become(seen ? TrackState::kStable : TrackState::kCoasting);
+            }
             break;
-        case TrackState::Stable:
-            if (!seen) become(TrackState::Coasting);
+        case TrackState::kStable:
+            if (!seen) {
+                become(TrackState::kCoasting);
+            }
             break;
-        case TrackState::Coasting:
-            if (seen)
-                become(TrackState::Stable);
-            else if (in_state_s_ > kCoastS)
-                become(TrackState::Lost);
+        case TrackState::kCoasting:
+            if (seen) {
+                become(TrackState::kStable);
+            } else if (m_inStateS > kCoastS) {
+                become(TrackState::kLost);
+            }
             break;
-        case TrackState::Lost:
-            if (seen)
-                become(TrackState::Capturing);
-            else if (in_state_s_ > kLostS)
+        case TrackState::kLost:
+            if (seen) {
+                become(TrackState::kCapturing);
+            } else if (m_inStateS > kLostS) {
                 stop();
+            }
             break;
-        case TrackState::Idle:
+        case TrackState::kIdle:
             break;
     }
 }
 
 Sight Tracker::sight(const Vec3& position, const Vec3& velocity) const {
-    return sightOf(position_ - position, velocity_ - velocity);
+    return sightOf(m_position - position, m_velocity - velocity);
 }
 
 void Tracker::report(Snapshot& s) const {
-    s.track_state = state_;
-    s.track_source_visible = source_visible_;
-    s.locked_object_id = object_id_;
+    s.track_state = m_state;
+    s.track_source_visible = m_sourceVisible;
+    s.locked_object_id = m_objectId;
     s.target_type = type();
-    if (state_ == TrackState::Idle) {
+    if (m_state == TrackState::kIdle) {
         s.track_x_px = s.track_y_px = s.target_width_px = s.target_height_px = 0;
         return;
     }
     const std::vector<View> views = viewsOf(s, s.frame_width, s.frame_height, kMainChannel);
     const Camera camera = cameraOf(s, views[trackerView(views, s)]);
     double x = 0, y = 0, depth = 0;
-    if (!camera.project(position_, x, y, depth)) return;
+    if (!camera.project(m_position, x, y, depth)) {
+        return;
+    }
     s.track_x_px = x - s.frame_width / 2.0;
     s.track_y_px = s.frame_height / 2.0 - y;
     PixelBox box{x, y, static_cast<double>(s.template_width_px), static_cast<double>(s.template_height_px)};
-    if (const Traffic* t = trafficById(object_id_)) {
-        TrafficState state = nearestImage(World::instance(), *t, s.time_s, position_);
-        state.position = position_;
+    if (const Traffic* t = trafficById(m_objectId)) {
+        TrafficState state = nearestImage(World::instance(), *t, s.time_s, m_position);
+        state.position = m_position;
         boxOf(camera, *t, state, box);
     }
     s.target_width_px = box.width;

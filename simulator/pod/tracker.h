@@ -15,10 +15,10 @@ Sight sightOf(const Vec3& offset, const Vec3& velocity);
 
 class Tracker {
 public:
-    TrackState state() const { return state_; }
-    int objectId() const { return object_id_; }
+    TrackState state() const { return m_state; }
+    int objectId() const { return m_objectId; }
     int type() const;
-    bool sourceVisible() const { return source_visible_; }
+    bool sourceVisible() const { return m_sourceVisible; }
 
     // Locks on the object nearest to a point of the main picture (pixels from its centre, x right, y up)
     // within reach_px, else on the ground there. False if there is only sky.
@@ -40,11 +40,11 @@ private:
     void begin(int object_id, const Vec3& at);
     void become(TrackState state);
 
-    TrackState state_ = TrackState::Idle;
-    int object_id_ = 0;
-    bool source_visible_ = true;
-    Vec3 position_, velocity_;
-    double in_state_s_ = 0;
+    TrackState m_state = TrackState::kIdle;
+    int m_objectId = 0;
+    bool m_sourceVisible = true;
+    Vec3 m_position, m_velocity;
+    double m_inStateS = 0;
 };
 
 }  // namespace podsim

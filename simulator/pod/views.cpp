@@ -10,24 +10,26 @@ namespace podsim {
 std::vector<View> viewsOf(const Snapshot& s, int width, int height, int channel) {
     const View infrared{true, 0, 0, width, height, s.ir_fov_deg};
     const View visible{false, 0, 0, width, height, s.vl_fov_deg};
-    if (channel == kInfraredChannel) return {infrared};
+    if (channel == kInfraredChannel) {
+        return {infrared};
+    }
     const int inset_w = width * 5 / 16 / 2 * 2, inset_h = height * 5 / 16 / 2 * 2;
     const int inset_x = width - inset_w - 16, inset_y = height - inset_h - 16;
     const int half_w = width / 4 * 2, half_h = height / 4 * 2;
     switch (s.display_mode) {
-        case DisplayMode::Infrared:
+        case DisplayMode::kInfrared:
             return {infrared};
-        case DisplayMode::VisibleWide:
-        case DisplayMode::VisibleTele:
+        case DisplayMode::kVisibleWide:
+        case DisplayMode::kVisibleTele:
             return {visible};
-        case DisplayMode::TopBottom:
+        case DisplayMode::kTopBottom:
             return {{false, 0, 0, width, half_h, s.vl_fov_deg},
                     {true, 0, half_h, width, height - half_h, s.ir_fov_deg}};
-        case DisplayMode::PipInfrared:
+        case DisplayMode::kPipInfrared:
             return {infrared, {false, inset_x, inset_y, inset_w, inset_h, s.vl_fov_deg}};
-        case DisplayMode::PipVisible:
+        case DisplayMode::kPipVisible:
             return {visible, {true, inset_x, inset_y, inset_w, inset_h, s.ir_fov_deg}};
-        case DisplayMode::LeftRight:
+        case DisplayMode::kLeftRight:
             return {{true, 0, 0, half_w, height, s.ir_fov_deg},
                     {false, half_w, 0, width - half_w, height, s.vl_fov_deg}};
     }
@@ -36,7 +38,9 @@ std::vector<View> viewsOf(const Snapshot& s, int width, int height, int channel)
 
 std::size_t trackerView(const std::vector<View>& views, const Snapshot& s) {
     for (std::size_t i = 0; i < views.size(); ++i) {
-        if (views[i].infrared != s.track_source_visible) return i;
+        if (views[i].infrared != s.track_source_visible) {
+            return i;
+        }
     }
     return 0;
 }
@@ -62,8 +66,9 @@ std::vector<VisibleObject> visibleObjects(const Snapshot& s, int width, int heig
     // Of the many images of the repeating landscape the one nearest to the line of sight is meant.
     Vec3 reference = camera.position;
     if (!groundPoint(camera.position, camera.forward, reference) ||
-        length(reference - camera.position) > 1500)
+        length(reference - camera.position) > 1500) {
         reference = camera.position + Vec3{camera.forward.x, camera.forward.y, 0} * 400;
+    }
     struct Found {
         VisibleObject object;
         double depth;
@@ -73,16 +78,18 @@ std::vector<VisibleObject> visibleObjects(const Snapshot& s, int width, int heig
         const TrafficState state = nearestImage(world, t, s.time_s, reference);
         PixelBox box{};
         if (!boxOf(camera, t, state, box) || box.x < view.x || box.y < view.y ||
-            box.x >= view.x + view.width || box.y >= view.y + view.height)
+            box.x >= view.x + view.width || box.y >= view.y + view.height) {
             continue;
+        }
         const bool hidden = world.occluded(camera.position, state.position, t.type == kBoat);
         found.push_back({{t.id, t.type, box.x, box.y, box.width, box.height, hidden},
                          length(state.position - camera.position)});
     }
     std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) { return a.depth < b.depth; });
     std::vector<VisibleObject> out;
-    for (const Found& f : found)
+    for (const Found& f : found) {
         out.push_back(f.object);
+    }
     return out;
 }
 

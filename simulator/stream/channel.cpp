@@ -24,100 +24,112 @@ PictureView viewOf(const I420Image& image) {
 }  // namespace
 
 Channel::Channel(int index, const ChannelOptions& options, std::uint64_t seed, const Pod& pod, EventLog& log)
-    : index_(index), options_(options), seed_(seed), pod_(pod), log_(log) {}
+    : m_index(index), m_options(options), m_seed(seed), m_pod(pod), m_log(log) {}
 
-Channel::~Channel() {
-    stop();
-}
+Channel::~Channel() { stop(); }
 
 bool Channel::start(RtspServer* rtsp, std::string& error) {
-    rtsp_ = rtsp;
-    encoder_ = makeEncoder(options_.encoder, error);
-    if (!encoder_) return false;
-    bitrate_kbps_ = options_.encoder.bitrate_kbps;
-    const auto add = [&](VideoOutput::Form form, const std::string& to) {
-        if (to.empty()) return true;
-        auto output = VideoOutput::open(form, options_.encoder.codec, to, seed_ + outputs_.size(), error);
-        if (!output) return false;
-        outputs_.push_back(std::move(output));
-        return true;
-    };
-    if (!add(VideoOutput::Form::kTransportStream, options_.ts_to) ||
-        !add(VideoOutput::Form::kRaw, options_.raw_to)) {
+    m_rtsp = rtsp;
+    m_encoder = makeEncoder(m_options.encoder, error);
+    if (!m_encoder) {
         return false;
     }
-    thread_ = std::thread([this] { run(); });
+    m_bitrateKbps = m_options.encoder.bitrate_kbps;
+    const auto add = [&](VideoOutput::Form form, const std::string& to) {
+        if (to.empty()) {
+            return true;
+        }
+        auto output = VideoOutput::open(form, m_options.encoder.codec, to, m_seed + m_outputs.size(), error);
+        if (!output) {
+            return false;
+        }
+        m_outputs.push_back(std::move(output));
+        return true;
+    };
+    if (!add(VideoOutput::Form::kTransportStream, m_options.ts_to) ||
+        !add(VideoOutput::Form::kRaw, m_options.raw_to)) {
+        return false;
+    }
+    m_thread = std::thread([this] { run(); });
     return true;
 }
 
 void Channel::stop() {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        stopping_ = true;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_stopping = true;
     }
-    changed_.notify_all();
-    if (thread_.joinable()) thread_.join();
+    m_changed.notify_all();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
 }
 
 void Channel::wake() {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        woken_ = true;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_woken = true;
     }
-    changed_.notify_all();
+    m_changed.notify_all();
 }
 
 void Channel::setFaults(const FaultSettings& faults) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    faults_ = faults;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_faults = faults;
 }
 
-bool Channel::wanted() const {
-    return !outputs_.empty() || (rtsp_ && rtsp_->watched(index_));
-}
+bool Channel::wanted() const { return !m_outputs.empty() || (m_rtsp && m_rtsp->watched(m_index)); }
 
 void Channel::pause() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this] { return stopping_ || woken_; });
-    woken_ = false;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_stopping || m_woken; });
+    m_woken = false;
 }
 
 void Channel::waitUntil(std::int64_t due_ns) {
     for (;;) {
         std::int64_t next = due_ns;
-        for (auto& output : outputs_) {
+        for (auto& output : m_outputs) {
             output->pump(monotonicNs());
-            if (const auto due = output->nextDue()) next = std::min(next, *due);
+            if (const auto due = output->nextDue()) {
+                next = std::min(next, *due);
+            }
         }
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_until(lock, timePoint(next), [this] { return stopping_; });
-        if (stopping_ || monotonicNs() >= due_ns) return;
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait_until(lock, timePoint(next), [this] { return m_stopping; });
+        if (m_stopping || monotonicNs() >= due_ns) {
+            return;
+        }
     }
 }
 
 void Channel::adoptBitrate(int kbps) {
-    if (kbps <= 0 || kbps == bitrate_kbps_) return;
-    bitrate_kbps_ = kbps;
-    const bool done = encoder_->setBitrate(std::clamp(kbps, 64, 100000));
-    log_.event("bitrate", formatText("channel=%d kbps=%d done=%d", index_, kbps, done ? 1 : 0));
+    if (kbps <= 0 || kbps == m_bitrateKbps) {
+        return;
+    }
+    m_bitrateKbps = kbps;
+    const bool done = m_encoder->setBitrate(std::clamp(kbps, 64, 100000));
+    m_log.event("bitrate", formatText("channel=%d kbps=%d done=%d", m_index, kbps, done ? 1 : 0));
 }
 
 bool Channel::nextPicture(Renderer& renderer, I420Image& image) {
-    const Snapshot state = pod_.snapshot();
+    const Snapshot state = m_pod.snapshot();
     adoptBitrate(state.encoder_bitrate_kbps);
-    const std::uint32_t number = frames_;
+    const std::uint32_t number = m_frames;
     renderer.render(state, number, image);
-    if (rtsp_ && rtsp_->takeKeyRequest(index_)) force_key_ = true;
+    if (m_rtsp && m_rtsp->takeKeyRequest(m_index)) {
+        m_forceKey = true;
+    }
 
-    log_.event("frame", formatText("channel=%d number=%u", index_, number));
+    m_log.event("frame", formatText("channel=%d number=%u", m_index, number));
     AccessUnit unit;
-    if (!encoder_->encode(viewOf(image), force_key_, unit)) {
-        log_.event("encoder-error", formatText("channel=%d number=%u", index_, number));
+    if (!m_encoder->encode(viewOf(image), m_forceKey, unit)) {
+        m_log.event("encoder-error", formatText("channel=%d number=%u", m_index, number));
         return false;
     }
-    ++frames_;
-    force_key_ = false;
-    const Codec codec = options_.encoder.codec;
+    ++m_frames;
+    m_forceKey = false;
+    const Codec codec = m_options.encoder.codec;
     const auto sei = buildSeiNal(codec, encodeSeiPayload(seiFieldsOf(state)));
     const std::size_t at = seiInsertOffset(codec, unit.bytes.data(), unit.bytes.size());
     unit.bytes.insert(unit.bytes.begin() + static_cast<std::ptrdiff_t>(at), sei.begin(), sei.end());
@@ -126,41 +138,49 @@ bool Channel::nextPicture(Renderer& renderer, I420Image& image) {
 }
 
 void Channel::handOut(AccessUnit& unit) {
-    if (rtsp_) rtsp_->push(index_, unit);
-    for (auto& output : outputs_) {
+    if (m_rtsp) {
+        m_rtsp->push(m_index, unit);
+    }
+    for (auto& output : m_outputs) {
         output->send(unit, monotonicNs());
     }
 }
 
 void Channel::run() {
-    Renderer renderer(options_.encoder.width, options_.encoder.height, index_);
-    renderer.setNumberPlace(options_.number_place);
+    Renderer renderer(m_options.encoder.width, m_options.encoder.height, m_index);
+    renderer.setNumberPlace(m_options.number_place);
     I420Image image;
-    const std::int64_t period_ns = 1'000'000'000LL / options_.encoder.fps;
+    const std::int64_t period_ns = 1'000'000'000LL / m_options.encoder.fps;
     std::int64_t due = monotonicNs();
     for (;;) {
         FaultSettings faults;
         {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            if (stopping_) return;
-            faults = faults_;
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (m_stopping) {
+                return;
+            }
+            faults = m_faults;
         }
         if (!wanted()) {
             pause();
-            force_key_ = true;
+            m_forceKey = true;
             due = monotonicNs();
             continue;
         }
         // A stalled stream sends nothing at all, its viewers stay connected.
         const bool stalled = faults.silence;
-        for (auto& output : outputs_) {
+        for (auto& output : m_outputs) {
             output->setFaults(faults);
         }
-        if (!stalled) nextPicture(renderer, image);
+        if (!stalled) {
+            nextPicture(renderer, image);
+        }
         due += period_ns;
         // A machine that cannot keep up lowers the rate; it does not make up for it in bursts.
         const std::int64_t now = monotonicNs();
-        if (due < now - 2 * period_ns) due = now;
+        if (due < now - 2 * period_ns) {
+            due = now;
+        }
         waitUntil(due);
     }
 }

@@ -24,7 +24,7 @@ struct ChannelOptions {
     EncoderSettings encoder;
     std::string ts_to;   // ADDRESS:PORT, empty: off
     std::string raw_to;  // the same
-    NumberPlace number_place = NumberPlace::Left;
+    NumberPlace number_place = NumberPlace::kLeft;
 };
 
 class Channel {
@@ -42,7 +42,7 @@ public:
     // Any thread.
     void wake();
     void setFaults(const FaultSettings& faults);
-    std::uint32_t framesSent() const { return frames_; }
+    std::uint32_t framesSent() const { return m_frames; }
 
 private:
     void run();
@@ -54,23 +54,23 @@ private:
     bool nextPicture(class Renderer& renderer, struct I420Image& image);
     void handOut(AccessUnit& unit);
 
-    int index_;
-    ChannelOptions options_;
-    std::uint64_t seed_;
-    const Pod& pod_;
-    EventLog& log_;
-    RtspServer* rtsp_ = nullptr;
-    std::unique_ptr<Encoder> encoder_;
-    std::vector<std::unique_ptr<VideoOutput>> outputs_;
-    std::thread thread_;
-    std::mutex mutex_;  // guards stopping_, woken_, faults_
-    std::condition_variable changed_;
-    bool stopping_ = false;
-    bool woken_ = false;
-    FaultSettings faults_;
-    std::atomic<std::uint32_t> frames_{0};
-    bool force_key_ = true;
-    int bitrate_kbps_ = 0;
+    int m_index;
+    ChannelOptions m_options;
+    std::uint64_t m_seed;
+    const Pod& m_pod;
+    EventLog& m_log;
+    RtspServer* m_rtsp = nullptr;
+    std::unique_ptr<Encoder> m_encoder;
+    std::vector<std::unique_ptr<VideoOutput>> m_outputs;
+    std::thread m_thread;
+    std::mutex m_mutex;  // guards stopping_, woken_, faults_
+    std::condition_variable m_changed;
+    bool m_stopping = false;
+    bool m_woken = false;
+    FaultSettings m_faults;
+    std::atomic<std::uint32_t> m_frames{0};
+    bool m_forceKey = true;
+    int m_bitrateKbps = 0;
 };
 
 }  // namespace podsim

@@ -8,7 +8,9 @@ std::unique_ptr<Encoder> makeEncoder(const EncoderSettings& s, std::string& erro
         return nullptr;
     }
     auto encoder = s.codec == Codec::kH264 ? makeX264Encoder(s) : makeX265Encoder(s);
-    if (!encoder) error = "the encoder refuses these settings";
+    if (!encoder) {
+        error = "the encoder refuses these settings";
+    }
     return encoder;
 }
 

@@ -20,8 +20,8 @@ void setRate(x264_param_t& p, int kbps) {
 
 class X264Encoder final : public Encoder {
 public:
-    explicit X264Encoder(x264_t* encoder, const x264_param_t& param) : encoder_(encoder), param_(param) {}
-    ~X264Encoder() override { x264_encoder_close(encoder_); }
+    explicit X264Encoder(x264_t* encoder, const x264_param_t& param) : m_encoder(encoder), m_param(param) {}
+    ~X264Encoder() override { x264_encoder_close(m_encoder); }
 
     bool encode(const PictureView& picture, bool force_key_frame, AccessUnit& out) override {
         x264_picture_t in;
@@ -33,13 +33,15 @@ public:
             in.img.i_stride[i] = picture.strides[i];
         }
         in.i_type = force_key_frame ? X264_TYPE_IDR : X264_TYPE_AUTO;
-        in.i_pts = count_++;
+        in.i_pts = m_count++;
         x264_picture_t done;
         x264_nal_t* nals = nullptr;
         int nal_count = 0;
-        const int size = x264_encoder_encode(encoder_, &nals, &nal_count, &in, &done);
+        const int size = x264_encoder_encode(m_encoder, &nals, &nal_count, &in, &done);
         out.bytes.clear();
-        if (size <= 0) return false;
+        if (size <= 0) {
+            return false;
+        }
         // The library lays the units of one picture out one behind the other.
         out.bytes.assign(nals[0].p_payload, nals[0].p_payload + size);
         out.key_frame = done.b_keyframe != 0;
@@ -47,21 +49,23 @@ public:
     }
 
     bool setBitrate(int kbps) override {
-        setRate(param_, kbps);
-        return x264_encoder_reconfig(encoder_, &param_) == 0;
+        setRate(m_param, kbps);
+        return x264_encoder_reconfig(m_encoder, &m_param) == 0;
     }
 
 private:
-    x264_t* encoder_;
-    x264_param_t param_;
-    std::int64_t count_ = 0;
+    x264_t* m_encoder;
+    x264_param_t m_param;
+    std::int64_t m_count = 0;
 };
 
 }  // namespace
 
 std::unique_ptr<Encoder> makeX264Encoder(const EncoderSettings& s) {
     x264_param_t p;
-    if (x264_param_default_preset(&p, "ultrafast", "zerolatency") < 0) return nullptr;
+    if (x264_param_default_preset(&p, "ultrafast", "zerolatency") < 0) {
+        return nullptr;
+    }
     p.i_log_level = X264_LOG_ERROR;
     p.i_threads = 1;
     p.i_width = s.width;
@@ -79,9 +83,13 @@ std::unique_ptr<Encoder> makeX264Encoder(const EncoderSettings& s) {
     p.b_annexb = 1;
     p.vui.b_fullrange = 0;
     setRate(p, s.bitrate_kbps);
-    if (x264_param_apply_profile(&p, "main") < 0) return nullptr;
+    if (x264_param_apply_profile(&p, "main") < 0) {
+        return nullptr;
+    }
     x264_t* encoder = x264_encoder_open(&p);
-    if (!encoder) return nullptr;
+    if (!encoder) {
+        return nullptr;
+    }
     return std::make_unique<X264Encoder>(encoder, p);
 }
 

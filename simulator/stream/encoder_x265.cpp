@@ -19,15 +19,15 @@ void setRate(x265_param& p, int kbps) {
 
 class X265Encoder final : public Encoder {
 public:
-    X265Encoder(x265_param* param, x265_encoder* encoder) : param_(param), encoder_(encoder) {}
+    X265Encoder(x265_param* param, x265_encoder* encoder) : m_param(param), m_encoder(encoder) {}
     ~X265Encoder() override {
-        x265_encoder_close(encoder_);
-        x265_param_free(param_);
+        x265_encoder_close(m_encoder);
+        x265_param_free(m_param);
     }
 
     bool encode(const PictureView& picture, bool force_key_frame, AccessUnit& out) override {
         x265_picture in;
-        x265_picture_init(param_, &in);
+        x265_picture_init(m_param, &in);
         for (int i = 0; i < 3; ++i) {
             in.planes[i] = const_cast<std::uint8_t*>(picture.planes[i]);  // read only, by its contract
             in.stride[i] = picture.strides[i];
@@ -35,13 +35,15 @@ public:
         in.bitDepth = 8;
         in.colorSpace = X265_CSP_I420;
         in.sliceType = force_key_frame ? X265_TYPE_IDR : X265_TYPE_AUTO;
-        in.pts = count_++;
+        in.pts = m_count++;
         x265_picture done;
-        x265_picture_init(param_, &done);
+        x265_picture_init(m_param, &done);
         x265_nal* nals = nullptr;
         std::uint32_t nal_count = 0;
         out.bytes.clear();
-        if (x265_encoder_encode(encoder_, &nals, &nal_count, &in, &done) <= 0) return false;
+        if (x265_encoder_encode(m_encoder, &nals, &nal_count, &in, &done) <= 0) {
+            return false;
+        }
         for (std::uint32_t i = 0; i < nal_count; ++i) {
             out.bytes.insert(out.bytes.end(), nals[i].payload, nals[i].payload + nals[i].sizeBytes);
         }
@@ -50,21 +52,23 @@ public:
     }
 
     bool setBitrate(int kbps) override {
-        setRate(*param_, kbps);
-        return x265_encoder_reconfig(encoder_, param_) >= 0;
+        setRate(*m_param, kbps);
+        return x265_encoder_reconfig(m_encoder, m_param) >= 0;
     }
 
 private:
-    x265_param* param_;
-    x265_encoder* encoder_;
-    std::int64_t count_ = 0;
+    x265_param* m_param;
+    x265_encoder* m_encoder;
+    std::int64_t m_count = 0;
 };
 
 }  // namespace
 
 std::unique_ptr<Encoder> makeX265Encoder(const EncoderSettings& s) {
     x265_param* p = x265_param_alloc();
-    if (!p) return nullptr;
+    if (!p) {
+        return nullptr;
+    }
     if (x265_param_default_preset(p, "ultrafast", "zerolatency") < 0) {
         x265_param_free(p);
         return nullptr;

@@ -19,14 +19,14 @@ public:
 
     // Truncates the file. False with a reason in errno when it cannot be written.
     bool open(const std::string& path);
-    bool isOpen() const { return file_ != nullptr; }
+    bool isOpen() const { return m_file != nullptr; }
     // `fields` is "key=value key=value"; the time is the present one.
     void event(const char* kind, const std::string& fields);
     void eventAt(std::int64_t time_ns, const char* kind, const std::string& fields);
 
 private:
-    std::mutex mutex_;
-    std::FILE* file_ = nullptr;
+    std::mutex m_mutex;
+    std::FILE* m_file = nullptr;
 };
 
 }  // namespace podsim

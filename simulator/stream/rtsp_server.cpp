@@ -44,12 +44,16 @@ struct Stream {
             source = source_now;
             media = media_now;
         }
-        if (old) gst_object_unref(old);
+        if (old) {
+            gst_object_unref(old);
+        }
     }
 
     void wantKey() {
         key_wanted = true;
-        if (*on_demand) (*on_demand)(index);
+        if (*on_demand) {
+            (*on_demand)(index);
+        }
     }
 };
 
@@ -61,7 +65,9 @@ void onUnprepared(GstRTSPMedia* media, gpointer data) {
         current = stream->media == media;
     }
     // A new pipeline may have taken over before the old one is gone.
-    if (current) stream->setSource(nullptr, nullptr);
+    if (current) {
+        stream->setSource(nullptr, nullptr);
+    }
 }
 
 void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
@@ -87,13 +93,13 @@ void onClient(GstRTSPServer*, GstRTSPClient* client, gpointer data) {
     g_signal_connect(client, "play-request", G_CALLBACK(onPlay), data);
 }
 
-GstRTSPFilterResult dropClient(GstRTSPServer*, GstRTSPClient*, gpointer) {
-    return GST_RTSP_FILTER_REMOVE;
-}
+GstRTSPFilterResult dropClient(GstRTSPServer*, GstRTSPClient*, gpointer) { return GST_RTSP_FILTER_REMOVE; }
 
 int portOf(GSocket* socket) {
     GSocketAddress* address = g_socket_get_local_address(socket, nullptr);
-    if (!address) return 0;
+    if (!address) {
+        return 0;
+    }
     const int port = G_IS_INET_SOCKET_ADDRESS(address)
                          ? g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address))
                          : 0;
@@ -121,20 +127,18 @@ struct RtspServer::Impl {
 };
 
 RtspServer::RtspServer(std::vector<Mount> mounts, std::function<void(int)> on_demand)
-    : impl_(std::make_unique<Impl>()) {
-    impl_->on_demand = std::move(on_demand);
+    : m_impl(std::make_unique<Impl>()) {
+    m_impl->on_demand = std::move(on_demand);
     for (auto& mount : mounts) {
         auto stream = std::make_unique<Stream>();
         stream->mount = std::move(mount);
-        stream->index = static_cast<int>(impl_->streams.size());
-        stream->on_demand = &impl_->on_demand;
-        impl_->streams.push_back(std::move(stream));
+        stream->index = static_cast<int>(m_impl->streams.size());
+        stream->on_demand = &m_impl->on_demand;
+        m_impl->streams.push_back(std::move(stream));
     }
 }
 
-RtspServer::~RtspServer() {
-    stop();
-}
+RtspServer::~RtspServer() { stop(); }
 
 bool RtspServer::start(const std::string& bind_address, int port, std::string& error) {
     GError* failure = nullptr;
@@ -143,7 +147,7 @@ bool RtspServer::start(const std::string& bind_address, int port, std::string& e
         g_clear_error(&failure);
         return false;
     }
-    Impl& d = *impl_;
+    Impl& d = *m_impl;
     d.server = gst_rtsp_server_new();
     gst_rtsp_server_set_address(d.server, bind_address.c_str());
     gst_rtsp_server_set_service(d.server, std::to_string(port).c_str());
@@ -191,8 +195,10 @@ bool RtspServer::start(const std::string& bind_address, int port, std::string& e
 }
 
 void RtspServer::stop() {
-    Impl& d = *impl_;
-    if (!d.server) return;
+    Impl& d = *m_impl;
+    if (!d.server) {
+        return;
+    }
     gst_rtsp_server_client_filter(d.server, dropClient, nullptr);
     g_main_loop_quit(d.loop);
     d.thread.join();
@@ -209,31 +215,35 @@ void RtspServer::stop() {
     g_main_context_unref(d.context);
 }
 
-int RtspServer::port() const {
-    return impl_->bound_port;
-}
+int RtspServer::port() const { return m_impl->bound_port; }
 
 bool RtspServer::watched(int index) const {
-    Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
+    Stream& stream = *m_impl->streams[static_cast<std::size_t>(index)];
     const std::lock_guard<std::mutex> lock(stream.mutex);
     return stream.source != nullptr;
 }
 
 bool RtspServer::takeKeyRequest(int index) {
-    return impl_->streams[static_cast<std::size_t>(index)]->key_wanted.exchange(false);
+    return m_impl->streams[static_cast<std::size_t>(index)]->key_wanted.exchange(false);
 }
 
 void RtspServer::push(int index, const AccessUnit& unit) {
-    Stream& stream = *impl_->streams[static_cast<std::size_t>(index)];
+    Stream& stream = *m_impl->streams[static_cast<std::size_t>(index)];
     GstElement* source = nullptr;
     {
         const std::lock_guard<std::mutex> lock(stream.mutex);
-        if (!stream.source) return;
+        if (!stream.source) {
+            return;
+        }
         source = GST_ELEMENT(gst_object_ref(stream.source));
     }
     GstAppSrc* app = GST_APP_SRC(source);
-    if (gst_app_src_get_current_level_buffers(app) >= kQueuedPictures) stream.gap = true;
-    if (stream.gap && gst_app_src_get_current_level_buffers(app) == 0 && unit.key_frame) stream.gap = false;
+    if (gst_app_src_get_current_level_buffers(app) >= kQueuedPictures) {
+        stream.gap = true;
+    }
+    if (stream.gap && gst_app_src_get_current_level_buffers(app) == 0 && unit.key_frame) {
+        stream.gap = false;
+    }
     if (stream.gap) {
         stream.key_wanted = true;
     } else {

@@ -12,9 +12,7 @@
 namespace podsim {
 namespace {
 
-std::string lastError(const std::string& what) {
-    return what + ": " + std::strerror(errno);
-}
+std::string lastError(const std::string& what) { return what + ": " + std::strerror(errno); }
 
 sockaddr_in boundAddress(int fd) {
     sockaddr_in bound{};
@@ -50,94 +48,110 @@ int boundSocket(int type, const std::string& address, int port, const char* name
 class UdpTransport final : public Transport {
 public:
     UdpTransport(int fd, const sockaddr_in& peer, bool fixed)
-        : fd_(fd), peer_(peer), has_peer_(fixed), fixed_(fixed) {}
-    ~UdpTransport() override { close(fd_); }
+        : m_fd(fd), m_peer(peer), m_hasPeer(fixed), m_fixed(fixed) {}
+    ~UdpTransport() override { close(m_fd); }
 
-    void appendPollFds(std::vector<pollfd>& fds) const override { fds.push_back({fd_, POLLIN, 0}); }
+    void appendPollFds(std::vector<pollfd>& fds) const override { fds.push_back({m_fd, POLLIN, 0}); }
 
     void onReady(const pollfd& ready, const ByteSink& sink) override {
-        if (ready.fd != fd_) return;
+        if (ready.fd != m_fd) {
+            return;
+        }
         std::uint8_t buffer[65536];
         // Bounded, so that a flood cannot keep the loop here.
         for (int i = 0; i < 64; ++i) {
             sockaddr_in from{};
             socklen_t size = sizeof from;
             const ssize_t n =
-                recvfrom(fd_, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &size);
-            if (n < 0) return;
-            if (!fixed_) {
-                peer_ = from;
-                has_peer_ = true;
+                recvfrom(m_fd, buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &size);
+            if (n < 0) {
+                return;
+            }
+            if (!m_fixed) {
+                m_peer = from;
+                m_hasPeer = true;
             }
             sink(buffer, static_cast<std::size_t>(n));
         }
     }
 
     void send(const std::uint8_t* data, std::size_t n) override {
-        if (!has_peer_) return;
+        if (!m_hasPeer) {
+            return;
+        }
         // A refusal (nobody bound there) is no concern of the pod's.
-        sendto(fd_, data, n, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&peer_), sizeof peer_);
+        sendto(m_fd, data, n, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&m_peer), sizeof m_peer);
     }
 
     const char* kind() const override { return "udp"; }
-    std::string address() const override { return endpointText(boundAddress(fd_)); }
+    std::string address() const override { return endpointText(boundAddress(m_fd)); }
 
 private:
-    int fd_;
-    sockaddr_in peer_;
-    bool has_peer_;
-    bool fixed_;
+    int m_fd;
+    sockaddr_in m_peer;
+    bool m_hasPeer;
+    bool m_fixed;
 };
 
 class TcpTransport final : public Transport {
 public:
-    explicit TcpTransport(int listener) : listener_(listener) {}
+    explicit TcpTransport(int listener) : m_listener(listener) {}
     ~TcpTransport() override {
         dropClient();
-        close(listener_);
+        close(m_listener);
     }
 
     void appendPollFds(std::vector<pollfd>& fds) const override {
-        fds.push_back({listener_, POLLIN, 0});
-        if (client_ < 0) return;
-        const short wanted = static_cast<short>(pending_.empty() ? POLLIN : POLLIN | POLLOUT);
-        fds.push_back({client_, wanted, 0});
+        fds.push_back({m_listener, POLLIN, 0});
+        if (m_client < 0) {
+            return;
+        }
+        const short wanted = static_cast<short>(m_pending.empty() ? POLLIN : POLLIN | POLLOUT);
+        fds.push_back({m_client, wanted, 0});
     }
 
     void onReady(const pollfd& ready, const ByteSink& sink) override {
-        if (ready.fd == listener_) {
+        if (ready.fd == m_listener) {
             accept();
-        } else if (client_ >= 0 && ready.fd == client_) {
-            if (ready.revents & POLLOUT) flush();
-            if (ready.revents & (POLLIN | POLLHUP | POLLERR)) receive(sink);
+        } else if (m_client >= 0 && ready.fd == m_client) {
+            if (ready.revents & POLLOUT) {
+                flush();
+            }
+            if (ready.revents & (POLLIN | POLLHUP | POLLERR)) {
+                receive(sink);
+            }
         }
     }
 
     void send(const std::uint8_t* data, std::size_t n) override {
-        if (client_ < 0 || pending_.size() + n > kQueueLimit) return;
-        pending_.insert(pending_.end(), data, data + n);
+        if (m_client < 0 || m_pending.size() + n > kQueueLimit) {
+            return;
+        }
+        m_pending.insert(m_pending.end(), data, data + n);
         flush();
     }
 
     void hangUp() override { dropClient(); }
     const char* kind() const override { return "tcp"; }
-    std::string address() const override { return endpointText(boundAddress(listener_)); }
+    std::string address() const override { return endpointText(boundAddress(m_listener)); }
 
 private:
     static constexpr std::size_t kQueueLimit = 65536;
 
     void accept() {
-        const int fd = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (fd < 0) return;
+        const int fd = accept4(m_listener, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        if (fd < 0) {
+            return;
+        }
         dropClient();
         const int on = 1;
         setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        client_ = fd;
+        m_client = fd;
     }
 
     void receive(const ByteSink& sink) {
         std::uint8_t buffer[16384];
-        const ssize_t n = recv(client_, buffer, sizeof buffer, 0);
+        const ssize_t n = recv(m_client, buffer, sizeof buffer, 0);
         if (n > 0) {
             sink(buffer, static_cast<std::size_t>(n));
         } else if (n == 0 || (errno != EAGAIN && errno != EINTR)) {
@@ -146,25 +160,29 @@ private:
     }
 
     void flush() {
-        while (!pending_.empty()) {
-            const ssize_t n = ::send(client_, pending_.data(), pending_.size(), MSG_NOSIGNAL);
+        while (!m_pending.empty()) {
+            const ssize_t n = ::send(m_client, m_pending.data(), m_pending.size(), MSG_NOSIGNAL);
             if (n <= 0) {
-                if (n < 0 && errno != EAGAIN && errno != EINTR) dropClient();
+                if (n < 0 && errno != EAGAIN && errno != EINTR) {
+                    dropClient();
+                }
                 return;
             }
-            pending_.erase(pending_.begin(), pending_.begin() + n);
+            m_pending.erase(m_pending.begin(), m_pending.begin() + n);
         }
     }
 
     void dropClient() {
-        if (client_ >= 0) close(client_);
-        client_ = -1;
-        pending_.clear();
+        if (m_client >= 0) {
+            close(m_client);
+        }
+        m_client = -1;
+        m_pending.clear();
     }
 
-    int listener_;
-    int client_ = -1;
-    std::vector<std::uint8_t> pending_;
+    int m_listener;
+    int m_client = -1;
+    std::vector<std::uint8_t> m_pending;
 };
 
 }  // namespace
@@ -178,10 +196,13 @@ bool makeEndpoint(const std::string& address, int port, sockaddr_in& out) {
 
 bool parseEndpoint(const std::string& text, sockaddr_in& out) {
     const std::size_t colon = text.rfind(':');
-    if (colon == std::string::npos) return false;
-    const std::string port = text.substr(colon + 1);
-    if (port.empty() || port.size() > 5 || port.find_first_not_of("0123456789") != std::string::npos)
+    if (colon == std::string::npos) {
         return false;
+    }
+    const std::string port = text.substr(colon + 1);
+    if (port.empty() || port.size() > 5 || port.find_first_not_of("0123456789") != std::string::npos) {
+        return false;
+    }
     return std::atoi(port.c_str()) > 0 && makeEndpoint(text.substr(0, colon), std::atoi(port.c_str()), out);
 }
 
@@ -199,13 +220,17 @@ std::unique_ptr<Transport> makeUdpTransport(const std::string& bind_address, int
         return nullptr;
     }
     const int fd = boundSocket(SOCK_DGRAM, bind_address, port, "udp", error);
-    if (fd < 0) return nullptr;
+    if (fd < 0) {
+        return nullptr;
+    }
     return std::make_unique<UdpTransport>(fd, to, !peer.empty());
 }
 
 std::unique_ptr<Transport> makeTcpTransport(const std::string& bind_address, int port, std::string& error) {
     const int fd = boundSocket(SOCK_STREAM, bind_address, port, "tcp", error);
-    if (fd < 0) return nullptr;
+    if (fd < 0) {
+        return nullptr;
+    }
     if (listen(fd, 4) != 0) {
         error = lastError("tcp");
         close(fd);

@@ -16,20 +16,26 @@ namespace {
 class PtyTransport final : public Transport {
 public:
     PtyTransport(int master, int slave, std::string name, std::string link)
-        : master_(master), slave_(slave), name_(std::move(name)), link_(std::move(link)) {}
+        : m_master(master), m_slave(slave), m_name(std::move(name)), m_link(std::move(link)) {}
     ~PtyTransport() override {
-        close(master_);
-        close(slave_);
-        if (!link_.empty()) unlink(link_.c_str());
+        close(m_master);
+        close(m_slave);
+        if (!m_link.empty()) {
+            unlink(m_link.c_str());
+        }
     }
 
-    void appendPollFds(std::vector<pollfd>& fds) const override { fds.push_back({master_, POLLIN, 0}); }
+    void appendPollFds(std::vector<pollfd>& fds) const override { fds.push_back({m_master, POLLIN, 0}); }
 
     void onReady(const pollfd& ready, const ByteSink& sink) override {
-        if (ready.fd != master_) return;
+        if (ready.fd != m_master) {
+            return;
+        }
         std::uint8_t buffer[4096];
-        const ssize_t n = read(master_, buffer, sizeof buffer);
-        if (n <= 0) return;
+        const ssize_t n = read(m_master, buffer, sizeof buffer);
+        if (n <= 0) {
+            return;
+        }
         sink(buffer, static_cast<std::size_t>(n));
     }
 
@@ -37,26 +43,32 @@ public:
         // With nobody reading, old reports pile up in the terminal's queue and would be the first thing a
         // station sees. Throw them away well before the queue is full, so that no frame is cut either.
         int unread = 0;
-        if (ioctl(slave_, FIONREAD, &unread) == 0 && unread > kUnreadLimit) tcflush(slave_, TCIFLUSH);
+        if (ioctl(m_slave, FIONREAD, &unread) == 0 && unread > kUnreadLimit) {
+            tcflush(m_slave, TCIFLUSH);
+        }
         while (n > 0) {
-            const ssize_t done = write(master_, data, n);
-            if (done < 0 && errno == EINTR) continue;
-            if (done <= 0) return;
+            const ssize_t done = write(m_master, data, n);
+            if (done < 0 && errno == EINTR) {
+                continue;
+            }
+            if (done <= 0) {
+                return;
+            }
             data += done;
             n -= static_cast<std::size_t>(done);
         }
     }
 
     const char* kind() const override { return "pty"; }
-    std::string address() const override { return name_; }
+    std::string address() const override { return m_name; }
 
 private:
     static constexpr int kUnreadLimit = 2048;
 
-    int master_;
-    int slave_;  // held open: without it the master reports errors whenever no station has the port open
-    std::string name_;
-    std::string link_;
+    int m_master;
+    int m_slave;  // held open: without it the master reports errors whenever no station has the port open
+    std::string m_name;
+    std::string m_link;
 };
 
 bool placeLink(const std::string& target, const std::string& link, std::string& error) {
@@ -68,7 +80,9 @@ bool placeLink(const std::string& target, const std::string& link, std::string& 
         }
         unlink(link.c_str());
     }
-    if (symlink(target.c_str(), link.c_str()) == 0) return true;
+    if (symlink(target.c_str(), link.c_str()) == 0) {
+        return true;
+    }
     error = link + ": " + std::strerror(errno);
     return false;
 }

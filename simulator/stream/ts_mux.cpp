@@ -14,16 +14,14 @@ constexpr std::int64_t kTableInterval_ns = 100'000'000;
 // How far the clock reference runs behind the presentation times: room for a receiver that keeps the clock.
 constexpr std::uint64_t kClockLead_90k = 3600;
 
-std::uint8_t high(std::uint16_t v) {
-    return static_cast<std::uint8_t>(v >> 8);
-}
-std::uint8_t low(std::uint16_t v) {
-    return static_cast<std::uint8_t>(v);
-}
+std::uint8_t high(std::uint16_t v) { return static_cast<std::uint8_t>(v >> 8); }
+std::uint8_t low(std::uint16_t v) { return static_cast<std::uint8_t>(v); }
 
 bool startsWithDelimiter(Codec codec, const std::uint8_t* au, std::size_t n) {
     const std::size_t at = n > 4 && au[2] == 0 ? 4 : 3;
-    if (n <= at) return false;
+    if (n <= at) {
+        return false;
+    }
     return codec == Codec::kH264 ? (au[at] & 0x1F) == 9 : ((au[at] >> 1) & 0x3F) == 35;
 }
 
@@ -57,13 +55,13 @@ void TsMuxer::writeSection(std::uint16_t pid, std::uint8_t& counter, std::vector
 }
 
 void TsMuxer::writeTables(std::vector<std::uint8_t>& out) {
-    const std::uint8_t type = codec_ == Codec::kH264 ? 0x1B : 0x24;
+    const std::uint8_t type = m_codec == Codec::kH264 ? 0x1B : 0x24;
     // Section lengths count from behind the length field and include the checksum.
-    writeSection(kPatPid, pat_counter_,
+    writeSection(kPatPid, m_patCounter,
                  {0x00, 0xB0, 13, 0x00, 0x01, 0xC1, 0x00, 0x00, high(kProgram), low(kProgram),
                   static_cast<std::uint8_t>(0xE0 | high(kPmtPid)), low(kPmtPid)},
                  out);
-    writeSection(kPmtPid, pmt_counter_,
+    writeSection(kPmtPid, m_pmtCounter,
                  {0x02, 0xB0, 18, high(kProgram), low(kProgram), 0xC1, 0x00, 0x00,
                   static_cast<std::uint8_t>(0xE0 | high(kVideoPid)), low(kVideoPid), 0xF0, 0x00, type,
                   static_cast<std::uint8_t>(0xE0 | high(kVideoPid)), low(kVideoPid), 0xF0, 0x00},
@@ -81,8 +79,8 @@ std::vector<std::uint8_t> TsMuxer::pesPacket(const std::uint8_t* au, std::size_t
     pes.push_back(static_cast<std::uint8_t>(0x01 | (pts >> 14 & 0xFE)));
     pes.push_back(static_cast<std::uint8_t>(pts >> 7));
     pes.push_back(static_cast<std::uint8_t>(0x01 | (pts << 1 & 0xFE)));
-    if (!startsWithDelimiter(codec_, au, n)) {
-        if (codec_ == Codec::kH264) {
+    if (!startsWithDelimiter(m_codec, au, n)) {
+        if (m_codec == Codec::kH264) {
             pes.insert(pes.end(), std::begin(kDelimiter264), std::end(kDelimiter264));
         } else {
             pes.insert(pes.end(), std::begin(kDelimiter265), std::end(kDelimiter265));
@@ -100,13 +98,15 @@ std::vector<std::uint8_t> TsMuxer::pesPacket(const std::uint8_t* au, std::size_t
 
 void TsMuxer::write(const std::uint8_t* au, std::size_t n, bool key_frame, std::int64_t time_ns,
                     std::vector<std::uint8_t>& out) {
-    if (!started_) first_ns_ = time_ns;
-    if (!started_ || key_frame || time_ns - tables_ns_ >= kTableInterval_ns) {
-        writeTables(out);
-        tables_ns_ = time_ns;
+    if (!m_started) {
+        m_firstNs = time_ns;
     }
-    started_ = true;
-    const auto clock_90k = static_cast<std::uint64_t>((time_ns - first_ns_) / 1000 * 9 / 100);
+    if (!m_started || key_frame || time_ns - m_tablesNs >= kTableInterval_ns) {
+        writeTables(out);
+        m_tablesNs = time_ns;
+    }
+    m_started = true;
+    const auto clock_90k = static_cast<std::uint64_t>((time_ns - m_firstNs) / 1000 * 9 / 100);
     const std::vector<std::uint8_t> pes = pesPacket(au, n, clock_90k + kClockLead_90k);
 
     bool first = true;
@@ -116,13 +116,19 @@ void TsMuxer::write(const std::uint8_t* au, std::size_t n, bool key_frame, std::
         // The adaptation field holds the clock in the first packet and fills up the last one.
         std::size_t adaptation = first ? 8 : 0;
         const std::size_t room = kTsPacketSize - 4;
-        if (left < room - adaptation) adaptation = room - left;
+        if (left < room - adaptation) {
+            adaptation = room - left;
+        }
         out.push_back(0x47);
         out.push_back(static_cast<std::uint8_t>((first ? 0x40 : 0) | high(kVideoPid)));
         out.push_back(low(kVideoPid));
-        out.push_back(static_cast<std::uint8_t>((adaptation ? 0x30 : 0x10) | (video_counter_++ & 0x0F)));
-        if (adaptation > 0) out.push_back(static_cast<std::uint8_t>(adaptation - 1));
-        if (adaptation > 1) out.push_back(static_cast<std::uint8_t>(first ? (key_frame ? 0x50 : 0x10) : 0));
+        out.push_back(static_cast<std::uint8_t>((adaptation ? 0x30 : 0x10) | (m_videoCounter++ & 0x0F)));
+        if (adaptation > 0) {
+            out.push_back(static_cast<std::uint8_t>(adaptation - 1));
+        }
+        if (adaptation > 1) {
+            out.push_back(static_cast<std::uint8_t>(first ? (key_frame ? 0x50 : 0x10) : 0));
+        }
         if (first) {
             const std::uint64_t base = clock_90k & 0x1FFFFFFFFULL;
             out.push_back(static_cast<std::uint8_t>(base >> 25));

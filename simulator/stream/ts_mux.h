@@ -14,7 +14,7 @@ constexpr std::size_t kTsPacketSize = 188;
 
 class TsMuxer {
 public:
-    explicit TsMuxer(Codec codec) : codec_(codec) {}
+    explicit TsMuxer(Codec codec) : m_codec(codec) {}
 
     // Appends whole 188-byte packets: tables when due (every key frame, else every 100 ms of stream time),
     // then the picture. `au` is an Annex B access unit; an access unit delimiter is put before it when it has
@@ -28,13 +28,13 @@ private:
                       std::vector<std::uint8_t>& out);
     std::vector<std::uint8_t> pesPacket(const std::uint8_t* au, std::size_t n, std::uint64_t pts_90k) const;
 
-    Codec codec_;
-    std::uint8_t pat_counter_ = 0;
-    std::uint8_t pmt_counter_ = 0;
-    std::uint8_t video_counter_ = 0;
-    bool started_ = false;
-    std::int64_t first_ns_ = 0;
-    std::int64_t tables_ns_ = 0;
+    Codec m_codec;
+    std::uint8_t m_patCounter = 0;
+    std::uint8_t m_pmtCounter = 0;
+    std::uint8_t m_videoCounter = 0;
+    bool m_started = false;
+    std::int64_t m_firstNs = 0;
+    std::int64_t m_tablesNs = 0;
 };
 
 // CRC-32 of the tables (polynomial 0x04C11DB7, start all ones, not reflected).

@@ -44,31 +44,29 @@ std::unique_ptr<VideoOutput> VideoOutput::open(Form form, Codec codec, const std
 }
 
 VideoOutput::VideoOutput(Form form, Codec codec, int fd, const sockaddr_in& to, std::uint64_t seed)
-    : form_(form), fd_(fd), to_(to), muxer_(codec), injector_(seed) {}
+    : m_form(form), m_fd(fd), m_to(to), m_muxer(codec), m_injector(seed) {}
 
-VideoOutput::~VideoOutput() {
-    close(fd_);
-}
+VideoOutput::~VideoOutput() { close(m_fd); }
 
 void VideoOutput::send(const AccessUnit& unit, std::int64_t now_ns) {
     std::vector<std::vector<std::uint8_t>> datagrams;
-    if (form_ == Form::kTransportStream) {
+    if (m_form == Form::kTransportStream) {
         std::vector<std::uint8_t> packets;
-        muxer_.write(unit.bytes.data(), unit.bytes.size(), unit.key_frame, now_ns, packets);
+        m_muxer.write(unit.bytes.data(), unit.bytes.size(), unit.key_frame, now_ns, packets);
         datagrams = cutIntoDatagrams(packets, kTsDatagramSize);
     } else {
         datagrams = cutIntoDatagrams(unit.bytes, kRawDatagramSize);
     }
     for (auto& datagram : datagrams) {
-        injector_.push(std::move(datagram), now_ns);
+        m_injector.push(std::move(datagram), now_ns);
     }
     pump(now_ns);
 }
 
 void VideoOutput::pump(std::int64_t now_ns) {
-    while (auto datagram = injector_.pop(now_ns)) {
-        sendto(fd_, datagram->data(), datagram->size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to_),
-               sizeof to_);
+    while (auto datagram = m_injector.pop(now_ns)) {
+        sendto(m_fd, datagram->data(), datagram->size(), MSG_NOSIGNAL,
+               reinterpret_cast<const sockaddr*>(&m_to), sizeof m_to);
     }
 }
 

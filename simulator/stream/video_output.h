@@ -34,20 +34,20 @@ public:
     VideoOutput(const VideoOutput&) = delete;
     VideoOutput& operator=(const VideoOutput&) = delete;
 
-    void setFaults(const FaultSettings& faults) { injector_.set(faults); }
+    void setFaults(const FaultSettings& faults) { m_injector.set(faults); }
     void send(const AccessUnit& unit, std::int64_t now_ns);
     // Sends what a delay held back until now.
     void pump(std::int64_t now_ns);
-    std::optional<std::int64_t> nextDue() const { return injector_.nextDue(); }
+    std::optional<std::int64_t> nextDue() const { return m_injector.nextDue(); }
 
 private:
     VideoOutput(Form form, Codec codec, int fd, const sockaddr_in& to, std::uint64_t seed);
 
-    Form form_;
-    int fd_;
-    sockaddr_in to_;
-    TsMuxer muxer_;
-    FaultInjector injector_;
+    Form m_form;
+    int m_fd;
+    sockaddr_in m_to;
+    TsMuxer m_muxer;
+    FaultInjector m_injector;
 };
 
 }  // namespace podsim

@@ -50,18 +50,16 @@ std::string describeBytes(const std::uint8_t* p, std::size_t n) {
     for (std::size_t i = 0; i < std::min<std::size_t>(n, 12); ++i) {
         text += formatText("%sp%u=%u", i ? " " : "", static_cast<unsigned>(i + 1), p[i]);
     }
-    if (n > 12) text += formatText(" more=%u", static_cast<unsigned>(n - 12));
+    if (n > 12) {
+        text += formatText(" more=%u", static_cast<unsigned>(n - 12));
+    }
     return text;
 }
 
 }  // namespace
 
-const CommandInfo* commandTable() {
-    return kCommands;
-}
-std::size_t commandCount() {
-    return std::size(kCommands);
-}
+const CommandInfo* commandTable() { return kCommands; }
+std::size_t commandCount() { return std::size(kCommands); }
 
 const CommandInfo* findCommand(std::uint16_t code) {
     const auto* found = std::lower_bound(std::begin(kCommands), std::end(kCommands), code,
@@ -81,21 +79,31 @@ std::string describePayload(std::uint16_t code, const std::uint8_t* p, std::size
         case PayloadForm::kNone:
             return {};
         case PayloadForm::kWords:
-            if (n < 4) break;
+            if (n < 4) {
+                break;
+            }
             return formatText("a=%d b=%d", getI16(p), getI16(p + 2));
         case PayloadForm::kCentiDegrees:
-            if (n < 4) break;
+            if (n < 4) {
+                break;
+            }
             return formatText("azimuth_deg=%.2f pitch_deg=%.2f", getI16(p) * 0.01, getI16(p + 2) * 0.01);
         case PayloadForm::kGeo:
-            if (n < 12) break;
+            if (n < 12) {
+                break;
+            }
             return formatText("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.1f", getI32(p) * 1e-7,
                               getI32(p + 4) * 1e-7, getI32(p + 8) * 0.1);
         case PayloadForm::kClock:
-            if (n < 9) break;
+            if (n < 9) {
+                break;
+            }
             return formatText("time=%04u-%02u-%02uT%02u:%02u:%02u.%02u", getU16(p), p[2], p[3], p[4], p[5],
                               p[6], getU16(p + 7));
         case PayloadForm::kNav: {
-            if (n < wire::kNavBlockSize) break;
+            if (n < wire::kNavBlockSize) {
+                break;
+            }
             const auto nav = wire::decodeNavBlock(p, wire::PositionForm::kInteger);
             return formatText("longitude_deg=%.7f latitude_deg=%.7f altitude_m=%.0f heading_deg=%.2f",
                               nav.longitude_deg, nav.latitude_deg, nav.altitude_m, nav.heading_deg);

@@ -16,54 +16,64 @@ constexpr std::int64_t kReorderWait_ns = 200'000'000;
 
 double FaultInjector::chance() {
     // 53 bits: the standard's distributions differ between libraries, this does not.
-    return static_cast<double>(random_() >> 11) * (1.0 / 9007199254740992.0);
+    return static_cast<double>(m_random() >> 11) * (1.0 / 9007199254740992.0);
 }
 
 void FaultInjector::queue(Packet packet, std::int64_t due_ns) {
-    const auto at = std::upper_bound(waiting_.begin(), waiting_.end(), due_ns,
+    const auto at = std::upper_bound(m_waiting.begin(), m_waiting.end(), due_ns,
                                      [](std::int64_t t, const Waiting& w) { return t < w.due_ns; });
-    waiting_.insert(at, Waiting{due_ns, std::move(packet)});
+    m_waiting.insert(at, Waiting{due_ns, std::move(packet)});
 }
 
 void FaultInjector::push(Packet packet, std::int64_t now_ns) {
-    const bool lost = chance() < settings_.loss;
-    const bool twice = chance() < settings_.duplicate;
-    const bool overtaken = chance() < settings_.reorder;
-    const bool damaged = chance() < settings_.corrupt;
-    const std::uint64_t bit = random_();
-    if (settings_.silence || lost) return;
+    const bool lost = chance() < m_settings.loss;
+    const bool twice = chance() < m_settings.duplicate;
+    const bool overtaken = chance() < m_settings.reorder;
+    const bool damaged = chance() < m_settings.corrupt;
+    const std::uint64_t bit = m_random();
+    if (m_settings.silence || lost) {
+        return;
+    }
     if (damaged && !packet.empty()) {
         const std::uint64_t index = bit % (packet.size() * 8);
         packet[index / 8] = static_cast<std::uint8_t>(packet[index / 8] ^ (1u << (index % 8)));
     }
-    const std::int64_t due = now_ns + settings_.delay_ms * 1'000'000LL;
-    if (overtaken && !held_) {
-        held_ = Waiting{due + kReorderWait_ns, std::move(packet)};
+    const std::int64_t due = now_ns + m_settings.delay_ms * 1'000'000LL;
+    if (overtaken && !m_held) {
+        m_held = Waiting{due + kReorderWait_ns, std::move(packet)};
         return;
     }
-    if (twice) queue(packet, due);
+    if (twice) {
+        queue(packet, due);
+    }
     queue(std::move(packet), due);
-    if (held_) {
-        queue(std::move(held_->packet), due);
-        held_.reset();
+    if (m_held) {
+        queue(std::move(m_held->packet), due);
+        m_held.reset();
     }
 }
 
 std::optional<FaultInjector::Packet> FaultInjector::pop(std::int64_t now_ns) {
-    if (held_ && held_->due_ns <= now_ns) {
-        queue(std::move(held_->packet), held_->due_ns);
-        held_.reset();
+    if (m_held && m_held->due_ns <= now_ns) {
+        queue(std::move(m_held->packet), m_held->due_ns);
+        m_held.reset();
     }
-    if (waiting_.empty() || waiting_.front().due_ns > now_ns) return std::nullopt;
-    Packet packet = std::move(waiting_.front().packet);
-    waiting_.pop_front();
+    if (m_waiting.empty() || m_waiting.front().due_ns > now_ns) {
+        return std::nullopt;
+    }
+    Packet packet = std::move(m_waiting.front().packet);
+    m_waiting.pop_front();
     return packet;
 }
 
 std::optional<std::int64_t> FaultInjector::nextDue() const {
     std::optional<std::int64_t> due;
-    if (!waiting_.empty()) due = waiting_.front().due_ns;
-    if (held_ && (!due || held_->due_ns < *due)) due = held_->due_ns;
+    if (!m_waiting.empty()) {
+        due = m_waiting.front().due_ns;
+    }
+    if (m_held && (!due || m_held->due_ns < *due)) {
+        due = m_held->due_ns;
+    }
     return due;
 }
 
@@ -82,7 +92,9 @@ std::optional<FaultSwitch> parseFault(const std::string& text, std::string& erro
         fault.stream = FaultSwitch::Stream::kTelemetry;
     } else if (stream == "video") {
         fault.stream = FaultSwitch::Stream::kVideo;
-        if (fault.name == "stall") fault.name = "silence";
+        if (fault.name == "stall") {
+            fault.name = "silence";
+        }
     } else {
         error = "no stream '" + stream + "': telemetry or video";
         return std::nullopt;
@@ -114,18 +126,32 @@ std::optional<FaultSwitch> parseFault(const std::string& text, std::string& erro
 }
 
 void applyFault(const FaultSwitch& fault, FaultSettings& s) {
-    if (fault.name == "loss") s.loss = fault.value;
-    if (fault.name == "duplicate") s.duplicate = fault.value;
-    if (fault.name == "reorder") s.reorder = fault.value;
-    if (fault.name == "corrupt") s.corrupt = fault.value;
-    if (fault.name == "delay") s.delay_ms = static_cast<int>(fault.value);
-    if (fault.name == "silence") s.silence = fault.value > 0;
+    if (fault.name == "loss") {
+        s.loss = fault.value;
+    }
+    if (fault.name == "duplicate") {
+        s.duplicate = fault.value;
+    }
+    if (fault.name == "reorder") {
+        s.reorder = fault.value;
+    }
+    if (fault.name == "corrupt") {
+        s.corrupt = fault.value;
+    }
+    if (fault.name == "delay") {
+        s.delay_ms = static_cast<int>(fault.value);
+    }
+    if (fault.name == "silence") {
+        s.silence = fault.value > 0;
+    }
 }
 
 std::string describeFaults(const FaultSettings& s) {
     std::string text;
     const auto add = [&text](const char* name, double value) {
-        if (value <= 0) return;
+        if (value <= 0) {
+            return;
+        }
         char part[64];
         std::snprintf(part, sizeof part, "%s%s=%g", text.empty() ? "" : " ", name, value);
         text += part;
@@ -135,7 +161,9 @@ std::string describeFaults(const FaultSettings& s) {
     add("reorder", s.reorder);
     add("corrupt", s.corrupt);
     add("delay", s.delay_ms);
-    if (s.silence) text += text.empty() ? "silence=on" : " silence=on";
+    if (s.silence) {
+        text += text.empty() ? "silence=on" : " silence=on";
+    }
     return text.empty() ? "none" : text;
 }
 

@@ -32,10 +32,10 @@ class FaultInjector {
 public:
     using Packet = std::vector<std::uint8_t>;
 
-    explicit FaultInjector(std::uint64_t seed) : random_(seed) {}
+    explicit FaultInjector(std::uint64_t seed) : m_random(seed) {}
 
-    void set(const FaultSettings& settings) { settings_ = settings; }
-    const FaultSettings& settings() const { return settings_; }
+    void set(const FaultSettings& settings) { m_settings = settings; }
+    const FaultSettings& settings() const { return m_settings; }
 
     void push(Packet packet, std::int64_t now_ns);
     // The next packet that is due, in the order of leaving.
@@ -52,10 +52,10 @@ private:
     void queue(Packet packet, std::int64_t due_ns);
     double chance();
 
-    FaultSettings settings_;
-    std::mt19937_64 random_;
-    std::deque<Waiting> waiting_;  // by due time
-    std::optional<Waiting> held_;  // a packet that lets the next one pass
+    FaultSettings m_settings;
+    std::mt19937_64 m_random;
+    std::deque<Waiting> m_waiting;  // by due time
+    std::optional<Waiting> m_held;  // a packet that lets the next one pass
 };
 
 // One fault of one stream, as written by the operator: "telemetry.loss=0.1".

@@ -13,9 +13,7 @@ using wire::toI16;
 using wire::toU16;
 using wire::toU8;
 
-std::uint16_t bit(int index, bool on) {
-    return static_cast<std::uint16_t>(on ? 1u << index : 0u);
-}
+std::uint16_t bit(int index, bool on) { return static_cast<std::uint16_t>(on ? 1u << index : 0u); }
 
 std::uint16_t field(int low_bit, int bits, int value) {
     const int mask = (1 << bits) - 1;
@@ -38,12 +36,8 @@ std::uint16_t statusWordB(const Snapshot& s) {
 }
 
 // North and east parts of the ground speed: the carrier flies where it points.
-double northSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::cos(s.heading_deg * kDeg);
-}
-double eastSpeed(const Snapshot& s) {
-    return s.ground_speed_mps * std::sin(s.heading_deg * kDeg);
-}
+double northSpeed(const Snapshot& s) { return s.ground_speed_mps * std::cos(s.heading_deg * kDeg); }
+double eastSpeed(const Snapshot& s) { return s.ground_speed_mps * std::sin(s.heading_deg * kDeg); }
 
 }  // namespace
 
@@ -61,7 +55,7 @@ wire::Report reportOf(const Snapshot& s) {
         static_cast<std::uint8_t>((s.load_version_major & 15) << 4 | (s.load_version_minor & 15));
     r.ir_fov = toU16(s.ir_fov_deg * 10);
     r.tf_free_percent = toU8(s.tf_free_percent);
-    r.vl_fov = toU16((s.display_mode == DisplayMode::VisibleTele ? s.tele_fov_deg : s.vl_fov_deg) * 10);
+    r.vl_fov = toU16((s.display_mode == DisplayMode::kVisibleTele ? s.tele_fov_deg : s.vl_fov_deg) * 10);
     r.tf_capacity = toU16(s.tf_capacity_gb * 10);
     r.ir_focal_length = toU16(s.ir_focal_mm * 10);
     r.vl_focal_length = toU16(s.vl_focal_mm * 10);
@@ -117,7 +111,7 @@ SeiFields seiFieldsOf(const Snapshot& s) {
     f.target_distance_m = s.laser_range_m > 0 ? s.laser_range_m : s.slant_m;
     f.visible_fov_deg = s.vl_fov_deg;
     f.infrared_fov_deg = s.ir_fov_deg;
-    if (s.track_state != TrackState::Idle) {
+    if (s.track_state != TrackState::kIdle) {
         const BoxCentre centre = boxCentreOf(s);
         f.tracking_source = s.track_source_visible ? 1 : 2;
         f.box_left_px = centre.x - s.target_width_px / 2;

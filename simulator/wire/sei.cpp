@@ -30,9 +30,7 @@ bool isSeiOrSlice(Codec codec, std::uint8_t header) {
 }
 
 // Into -180 to 180, the only angles a signed field of 0.01 degree has room for.
-double wrap180(double angle_deg) {
-    return std::remainder(angle_deg, 360.0);
-}
+double wrap180(double angle_deg) { return std::remainder(angle_deg, 360.0); }
 
 std::uint16_t dateWord(const SeiFields& f) {
     const unsigned year = static_cast<unsigned>(std::clamp(f.year - 2000, 0, 127));
@@ -122,8 +120,12 @@ void appendEscaped(std::vector<std::uint8_t>& out, const std::uint8_t* data, std
 
 std::size_t seiInsertOffset(Codec codec, const std::uint8_t* au, std::size_t n) {
     for (std::size_t i = 0; i + 3 < n; ++i) {
-        if (au[i] != 0 || au[i + 1] != 0 || au[i + 2] != 1) continue;
-        if (isSeiOrSlice(codec, au[i + 3])) return i > 0 && au[i - 1] == 0 ? i - 1 : i;
+        if (au[i] != 0 || au[i + 1] != 0 || au[i + 2] != 1) {
+            continue;
+        }
+        if (isSeiOrSlice(codec, au[i + 3])) {
+            return i > 0 && au[i - 1] == 0 ? i - 1 : i;
+        }
         i += 2;
     }
     return n;

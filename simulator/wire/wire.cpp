@@ -33,7 +33,9 @@ std::size_t longPayloadOf(std::uint8_t code) {
 
 template <typename T>
 T roundInto(double value) {
-    if (std::isnan(value)) return 0;
+    if (std::isnan(value)) {
+        return 0;
+    }
     const double low = static_cast<double>(std::numeric_limits<T>::min());
     const double high = static_cast<double>(std::numeric_limits<T>::max());
     return static_cast<T>(std::clamp(std::round(value), low, high));
@@ -109,18 +111,10 @@ constexpr std::size_t kLatitudeAt = 31;
 
 }  // namespace
 
-std::int16_t toI16(double value) {
-    return roundInto<std::int16_t>(value);
-}
-std::uint16_t toU16(double value) {
-    return roundInto<std::uint16_t>(value);
-}
-std::uint8_t toU8(double value) {
-    return roundInto<std::uint8_t>(value);
-}
-std::int32_t toI32(double value) {
-    return roundInto<std::int32_t>(value);
-}
+std::int16_t toI16(double value) { return roundInto<std::int16_t>(value); }
+std::uint16_t toU16(double value) { return roundInto<std::uint16_t>(value); }
+std::uint8_t toU8(double value) { return roundInto<std::uint8_t>(value); }
+std::int32_t toI32(double value) { return roundInto<std::int32_t>(value); }
 
 std::uint8_t xorOf(const std::uint8_t* data, std::size_t n) {
     std::uint8_t x = 0;
@@ -183,27 +177,23 @@ void encodeNavBlock(const NavBlock& nav, PositionForm form, std::uint8_t* b) {
 }
 
 void CommandParser::feed(const std::uint8_t* data, std::size_t n, const Sink& sink) {
-    buffer_.insert(buffer_.end(), data, data + n);
+    m_buffer.insert(m_buffer.end(), data, data + n);
     scan(sink, false);
 }
 
-void CommandParser::giveUpPartial(const Sink& sink) {
-    scan(sink, true);
-}
+void CommandParser::giveUpPartial(const Sink& sink) { scan(sink, true); }
 
-void CommandParser::reset() {
-    buffer_.clear();
-}
+void CommandParser::reset() { m_buffer.clear(); }
 
 void CommandParser::scan(const Sink& sink, bool final) {
     std::size_t p = 0;
     const auto skip = [&] {
         ++p;
-        ++counters_.skipped_bytes;
+        ++m_counters.skipped_bytes;
     };
-    while (p < buffer_.size()) {
-        const std::uint8_t* at = buffer_.data() + p;
-        const std::size_t left = buffer_.size() - p;
+    while (p < m_buffer.size()) {
+        const std::uint8_t* at = m_buffer.data() + p;
+        const std::size_t left = m_buffer.size() - p;
         if (at[0] != kCommandMagic0 || (left > 1 && at[1] != kMagic1)) {
             skip();
             continue;
@@ -211,9 +201,13 @@ void CommandParser::scan(const Sink& sink, bool final) {
         // The shortest frame has 7 bytes; 4 tell how long this one is.
         const bool variable = left > 2 && at[2] == kVariableCommandMark;
         std::size_t total = kFixedCommandSize;
-        if (variable) total = left > 3 ? static_cast<std::size_t>(at[3]) + 5 : 7;
+        if (variable) {
+            total = left > 3 ? static_cast<std::size_t>(at[3]) + 5 : 7;
+        }
         if (left < 4 || left < total) {
-            if (!final) break;
+            if (!final) {
+                break;
+            }
             skip();
             continue;
         }
@@ -224,15 +218,15 @@ void CommandParser::scan(const Sink& sink, bool final) {
             good = xorOf(at + 2, 40) == at[42] && at[43] == kTrailer;
         }
         if (!good) {
-            ++counters_.bad_frames;
+            ++m_counters.bad_frames;
             skip();
             continue;
         }
-        ++counters_.frames;
+        ++m_counters.frames;
         sink(variable ? decodeVariable(at, total) : decodeFixed(at));
         p += total;
     }
-    buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(p));
+    m_buffer.erase(m_buffer.begin(), m_buffer.begin() + static_cast<std::ptrdiff_t>(p));
 }
 
 Bytes buildFixedReport(const Report& report) {
@@ -257,7 +251,9 @@ Bytes buildVariableReport(const Report& report) {
 }
 
 Bytes buildVariableFrame(std::uint16_t code, const std::uint8_t* payload, std::size_t n) {
-    if (n > kVariableMaxPayload) return {};
+    if (n > kVariableMaxPayload) {
+        return {};
+    }
     Bytes f(n + 7);
     f[0] = kReplyMagic0;
     f[1] = kMagic1;
@@ -298,7 +294,9 @@ Bytes buildInsFrame(const InsState& s) {
         }
         return static_cast<std::uint8_t>(total);
     };
-    if (sum() == 0) p[46] = 1;  // a byte nobody reads
+    if (sum() == 0) {
+        p[46] = 1;  // a byte nobody reads
+    }
     f[kInsFrameSize - 1] = sum();
     return f;
 }

@@ -88,14 +88,14 @@ public:
     // Without this a damaged length byte would hold back the good frames behind it.
     void giveUpPartial(const Sink& sink);
     void reset();
-    std::size_t held() const { return buffer_.size(); }
-    const Counters& counters() const { return counters_; }
+    std::size_t held() const { return m_buffer.size(); }
+    const Counters& counters() const { return m_counters; }
 
 private:
     void scan(const Sink& sink, bool final);
 
-    Bytes buffer_;
-    Counters counters_;
+    Bytes m_buffer;
+    Counters m_counters;
 };
 
 // The 60-byte report, in the raw units of the wire save for the target's position.

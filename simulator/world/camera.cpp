@@ -8,7 +8,9 @@ namespace podsim {
 bool Camera::project(const Vec3& point, double& x, double& y, double& depth) const {
     const Vec3 d = point - position;
     depth = dot(d, forward);
-    if (depth < 1) return false;
+    if (depth < 1) {
+        return false;
+    }
     x = centre_x + focal_px * dot(d, right) / depth;
     y = centre_y - focal_px * dot(d, up) / depth;
     return true;
@@ -19,7 +21,9 @@ Vec3 Camera::ray(double x, double y) const {
 }
 
 bool groundPoint(const Vec3& position, const Vec3& direction, Vec3& point) {
-    if (direction.z >= 0) return false;
+    if (direction.z >= 0) {
+        return false;
+    }
     const double k = -position.z / direction.z;
     point = position + direction * k;
     return k * length(direction) < 20000;
@@ -27,7 +31,9 @@ bool groundPoint(const Vec3& position, const Vec3& direction, Vec3& point) {
 
 bool boxOf(const Camera& camera, const Traffic& object, const TrafficState& state, PixelBox& box) {
     double depth = 0;
-    if (!camera.project(state.position, box.x, box.y, depth)) return false;
+    if (!camera.project(state.position, box.x, box.y, depth)) {
+        return false;
+    }
     const double c = std::cos(state.heading), s = std::sin(state.heading);
     double half_w = 0, half_h = 0;
     for (int corner = 0; corner < 8; ++corner) {
@@ -35,8 +41,9 @@ bool boxOf(const Camera& camera, const Traffic& object, const TrafficState& stat
         const double b = object.width_m / 2 * (corner & 2 ? 1 : -1);
         const double h = object.height_m / 2 * (corner & 4 ? 1 : -1);
         double x = 0, y = 0;
-        if (!camera.project(state.position + Vec3{a * c - b * s, a * s + b * c, h}, x, y, depth))
+        if (!camera.project(state.position + Vec3{a * c - b * s, a * s + b * c, h}, x, y, depth)) {
             return false;
+        }
         half_w = std::max(half_w, std::fabs(x - box.x));
         half_h = std::max(half_h, std::fabs(y - box.y));
     }

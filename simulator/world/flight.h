@@ -29,7 +29,7 @@ public:
 
     void setNav(const NavInput& nav);
     void step(double dt_s);
-    const FlightState& state() const { return state_; }
+    const FlightState& state() const { return m_state; }
 
     // Position in the landscape of a place on earth, and back; metres east and north of the origin.
     void toLocal(double latitude_deg, double longitude_deg, double& east_m, double& north_m) const;
@@ -39,11 +39,11 @@ private:
     void circle();
     void follow(double dt_s);
 
-    double latitude_deg_, longitude_deg_;  // of the origin
-    double time_s_ = 0;
-    double nav_age_s_ = 1e9;
-    NavInput nav_;
-    FlightState state_;
+    double m_latitudeDeg, m_longitudeDeg;  // of the origin
+    double m_timeS = 0;
+    double m_navAgeS = 1e9;
+    NavInput m_nav;
+    FlightState m_state;
 };
 
 }  // namespace podsim

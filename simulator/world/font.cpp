@@ -81,8 +81,12 @@ constexpr std::uint8_t kBlock[kGlyphHeight] = {0x00, 0x1F, 0x11, 0x11, 0x11, 0x1
 }  // namespace
 
 const std::uint8_t* glyph(unsigned char sign) {
-    if (sign < ' ' || sign > 0x7F) return kBlock;
-    if (sign >= 'a' && sign <= 'z') sign = static_cast<unsigned char>(sign - 'a' + 'A');
+    if (sign < ' ' || sign > 0x7F) {
+        return kBlock;
+    }
+    if (sign >= 'a' && sign <= 'z') {
+        sign = static_cast<unsigned char>(sign - 'a' + 'A');
+    }
     return kGlyphs[sign < 'a' ? sign - ' ' : sign - ' ' - 26];
 }
 

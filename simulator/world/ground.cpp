@@ -65,11 +65,14 @@ void shade(std::uint8_t* line, int n, int clear, int haze, const std::uint8_t* c
     const int offset = haze * (256 - clear);
     for (int i = 0; i < n; i += kBlock) {
         std::uint8_t cover = 0;
-        if (clouds) sampleSmooth(clouds, 8, shadow, 1, &cover);
+        if (clouds) {
+            sampleSmooth(clouds, 8, shadow, 1, &cover);
+        }
         const int gain = clear * (256 - std::clamp((cover - 132) * 3, 0, 76)) >> 8;
         const int end = std::min(n, i + kBlock);
-        for (int k = i; k < end; ++k)
+        for (int k = i; k < end; ++k) {
             line[k] = static_cast<std::uint8_t>((line[k] * gain + offset) >> 8);
+        }
         shadow.u += static_cast<std::uint32_t>(shadow.du * kBlock);
         shadow.v += static_cast<std::uint32_t>(shadow.dv * kBlock);
     }
@@ -77,8 +80,9 @@ void shade(std::uint8_t* line, int n, int clear, int haze, const std::uint8_t* c
 
 void fade(std::uint8_t* line, int n, int clear, int haze) {
     const int offset = haze * (256 - clear);
-    for (int i = 0; i < n; ++i)
+    for (int i = 0; i < n; ++i) {
         line[i] = static_cast<std::uint8_t>((line[i] * clear + offset) >> 8);
+    }
 }
 
 int levelFor(const Texture& texture, double footprint_m) {
@@ -96,11 +100,15 @@ struct GroundRow {
 bool groundRow(const Scene& scene, double row, double scale, GroundRow& out) {
     const Camera& c = scene.camera;
     const Vec3 left = c.ray(0.5 * scale, row);
-    if (left.z > -1e-6) return false;
+    if (left.z > -1e-6) {
+        return false;
+    }
     const double k = c.position.z / -left.z;
     const Vec3 middle = c.ray(c.centre_x, row);
     out.distance_m = k * length(middle);
-    if (out.distance_m > 30000) return false;
+    if (out.distance_m > 30000) {
+        return false;
+    }
     out.start = c.position + left * k;
     out.step = c.right * (k / c.focal_px * scale);
     const double across = k / c.focal_px * scale;
@@ -206,9 +214,13 @@ void drawSkyChroma(const Scene& scene, int row, std::vector<std::uint8_t>& scrat
 // The far skyline, drawn column by column over the sky.
 void drawHills(const Scene& scene) {
     const Camera& c = scene.camera;
-    if (c.up.z < 0.05) return;
+    if (c.up.z < 0.05) {
+        return;
+    }
     const double horizon = c.centre_y + c.focal_px * c.forward.z / c.up.z;
-    if (horizon < 0 || horizon > scene.canvas.height + c.focal_px * 0.06) return;
+    if (horizon < 0 || horizon > scene.canvas.height + c.focal_px * 0.06) {
+        return;
+    }
     const auto& hills = Terrain::instance().hills;
     const Colour far = scene.infrared ? Colour{78, 128, 128} : Colour{146, 136, 122};
     const Colour haze = hazeColour(scene.infrared);
@@ -255,24 +267,24 @@ Colour Scene::hazed(Colour colour, double distance_m) const {
     return {mix(colour.y, haze.y), mix(colour.u, haze.u), mix(colour.v, haze.v)};
 }
 
-Colour hazeColour(bool infrared) {
-    return infrared ? Colour{96, 128, 128} : Colour{196, 133, 124};
-}
+Colour hazeColour(bool infrared) { return infrared ? Colour{96, 128, 128} : Colour{196, 133, 124}; }
 
 void drawGroundAndSky(const Scene& scene) {
     std::vector<std::uint8_t> scratch(static_cast<std::size_t>(scene.canvas.width));
     GroundRow ground;
     for (int row = 0; row < scene.canvas.height; ++row) {
-        if (groundRow(scene, row + 0.5, 1, ground))
+        if (groundRow(scene, row + 0.5, 1, ground)) {
             drawGroundLuma(scene, row, ground);
-        else
+        } else {
             drawSkyLuma(scene, row, scratch);
+        }
     }
     for (int row = 0; scene.canvas.u && row < scene.canvas.height / 2; ++row) {
-        if (groundRow(scene, row * 2 + 1, 2, ground))
+        if (groundRow(scene, row * 2 + 1, 2, ground)) {
             drawGroundChroma(scene, row, ground);
-        else
+        } else {
             drawSkyChroma(scene, row, scratch);
+        }
     }
     drawHills(scene);
 }

@@ -23,7 +23,9 @@ Span spanAt(const Point* p, int n, double y) {
     for (int i = 0; i < n; ++i) {
         const Point& a = p[i];
         const Point& b = p[i + 1 == n ? 0 : i + 1];
-        if ((a.y <= y) == (b.y <= y)) continue;
+        if ((a.y <= y) == (b.y <= y)) {
+            continue;
+        }
         const double x = a.x + (b.x - a.x) * (y - a.y) / (b.y - a.y);
         span.left = std::min(span.left, x);
         span.right = std::max(span.right, x);
@@ -42,7 +44,9 @@ void fillRow(const Canvas& c, int row, const Span (&spans)[4], Colour colour, in
     }
     left = std::max(left, 0.0);
     right = std::min(right, static_cast<double>(c.width));
-    if (left >= right) return;
+    if (left >= right) {
+        return;
+    }
     const int from = static_cast<int>(left), to = std::min(c.width, static_cast<int>(std::ceil(right)));
     const int solid_from = static_cast<int>(std::ceil(std::clamp(inner_left, left, right)));
     const int solid_to = static_cast<int>(std::clamp(inner_right, left, right));
@@ -63,8 +67,9 @@ void fillRow(const Canvas& c, int row, const Span (&spans)[4], Colour colour, in
             continue;
         }
         double cover = 0;
-        for (const Span& s : spans)
+        for (const Span& s : spans) {
             cover += std::max(0.0, std::min(s.right, x + 1.0) - std::max(s.left, static_cast<double>(x)));
+        }
         const int share = static_cast<int>(cover * opacity / 4);
         mix(y[x], colour.y, share);
         if (chroma && (x & 1) == 0) {
@@ -80,9 +85,12 @@ void drawGlyph(const Canvas& c, int x, int y, unsigned char sign, int scale, Col
     for (int j = 0; j < kGlyphHeight; ++j) {
         for (int i = 0; i < kGlyphWidth;) {
             int run = 0;
-            while (i + run < kGlyphWidth && (rows[j] >> (kGlyphWidth - 1 - i - run) & 1))
+            while (i + run < kGlyphWidth && (rows[j] >> (kGlyphWidth - 1 - i - run) & 1)) {
                 ++run;
-            if (run > 0) fillRect(c, x + i * scale + dx, y + j * scale + dy, run * scale, scale, colour);
+            }
+            if (run > 0) {
+                fillRect(c, x + i * scale + dx, y + j * scale + dy, run * scale, scale, colour);
+            }
             i += run + 1;
         }
     }
@@ -108,7 +116,9 @@ void fillConvex(const Canvas& c, const Point* p, int n, Colour colour, int opaci
         right = std::max(right, p[i].x);
     }
     // Written so that a coordinate that is not a number draws nothing.
-    if (!(top < c.height && bottom > 0 && left < c.width && right > 0)) return;
+    if (!(top < c.height && bottom > 0 && left < c.width && right > 0)) {
+        return;
+    }
     const int from = static_cast<int>(std::max(0.0, top));
     const int to = static_cast<int>(std::min<double>(c.height, std::ceil(bottom)));
     for (int row = from; row < to; ++row) {
@@ -123,9 +133,12 @@ void fillRect(const Canvas& c, int x, int y, int width, int height, Colour colou
     const int x1 = std::min(c.width, x + width), y1 = std::min(c.height, y + height);
     for (int row = y0; row < y1; ++row) {
         std::uint8_t* line = c.y + static_cast<std::ptrdiff_t>(row) * c.y_stride;
-        for (int i = x0; i < x1; ++i)
+        for (int i = x0; i < x1; ++i) {
             mix(line[i], colour.y, opacity);
-        if (!c.u || (row & 1) != 0) continue;
+        }
+        if (!c.u || (row & 1) != 0) {
+            continue;
+        }
         std::uint8_t* u = c.u + static_cast<std::ptrdiff_t>(row / 2) * c.c_stride;
         std::uint8_t* v = c.v + static_cast<std::ptrdiff_t>(row / 2) * c.c_stride;
         for (int i = (x0 + 1) / 2; i < (x1 + 1) / 2; ++i) {
@@ -146,7 +159,9 @@ void frameRect(const Canvas& c, int x, int y, int width, int height, int thickne
 void drawLine(const Canvas& c, Point a, Point b, double thickness, Colour colour, int opacity) {
     const double dx = b.x - a.x, dy = b.y - a.y;
     const double norm = std::sqrt(dx * dx + dy * dy);
-    if (!(norm > 0)) return;
+    if (!(norm > 0)) {
+        return;
+    }
     const double nx = -dy / norm * thickness / 2, ny = dx / norm * thickness / 2;
     const Point quad[4] = {
         {a.x + nx, a.y + ny}, {b.x + nx, b.y + ny}, {b.x - nx, b.y - ny}, {a.x - nx, a.y - ny}};
@@ -164,8 +179,9 @@ void drawText(const Canvas& c, int x, int y, const char* text, int scale, Colour
                 drawGlyph(c, at, y, sign, scale, colour, 0, 0);
                 continue;
             }
-            for (const auto& d : kAround)
+            for (const auto& d : kAround) {
                 drawGlyph(c, at, y, sign, scale, kRim, d[0], d[1]);
+            }
         }
     }
 }

@@ -15,10 +15,11 @@ struct Paint {
 
 Colour colourOf(const Scene& scene, const Paint& paint, double light, double distance) {
     Colour c = paint.visible;
-    if (scene.infrared)
+    if (scene.infrared) {
         c.y = static_cast<std::uint8_t>(paint.radiance * (0.85 + 0.15 * light));
-    else
+    } else {
         c.y = static_cast<std::uint8_t>(std::clamp(c.y * light, 0.0, 255.0));
+    }
     return scene.hazed(c, distance);
 }
 
@@ -27,11 +28,15 @@ void drawFace(const Scene& scene, const Vec3* corners, int n, const Paint& paint
     const Vec3 a = corners[1] - corners[0], b = corners[2] - corners[0];
     Vec3 normal = {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
     const Vec3 to_camera = scene.camera.position - corners[0];
-    if (dot(normal, to_camera) <= 0 && !both_sides) return;
+    if (dot(normal, to_camera) <= 0 && !both_sides) {
+        return;
+    }
     Point points[16];
     double depth = 0;
     for (int i = 0; i < n; ++i) {
-        if (!scene.camera.project(corners[i], points[i].x, points[i].y, depth)) return;
+        if (!scene.camera.project(corners[i], points[i].x, points[i].y, depth)) {
+            return;
+        }
     }
     const double sun = (normal.x * kSunX + normal.y * kSunY + normal.z * kSunTan) /
                        (std::max(1e-9, length(normal)) * std::sqrt(1 + kSunTan * kSunTan));
@@ -76,15 +81,18 @@ int hullOf(Point* points, Point* hull) {
     auto add = [&](const Point& p, int keep) {
         while (k >= keep + 2 && (hull[k - 1].x - hull[k - 2].x) * (p.y - hull[k - 2].y) -
                                         (hull[k - 1].y - hull[k - 2].y) * (p.x - hull[k - 2].x) <=
-                                    0)
+                                    0) {
             --k;
+        }
         hull[k++] = p;
     };
-    for (int i = 0; i < n; ++i)
+    for (int i = 0; i < n; ++i) {
         add(points[i], 0);
+    }
     const int half = k - 1;
-    for (int i = n - 2; i >= 0; --i)
+    for (int i = n - 2; i >= 0; --i) {
         add(points[i], half);
+    }
     return k - 1;
 }
 
@@ -95,14 +103,19 @@ void drawShadow(const Scene& scene, const Frame& f, double half_length, double h
     double depth = 0;
     for (int i = 0; i < 8; ++i) {
         Vec3 p = f.at(kCorners[i & 3][0] * half_length, kCorners[i & 3][1] * half_width, 0.02);
-        if (i >= 4) p = p - Vec3{kSunX * height / kSunTan, kSunY * height / kSunTan, 0};
-        if (!scene.camera.project(p, points[i].x, points[i].y, depth)) return;
+        if (i >= 4) {
+            p = p - Vec3{kSunX * height / kSunTan, kSunY * height / kSunTan, 0};
+        }
+        if (!scene.camera.project(p, points[i].x, points[i].y, depth)) {
+            return;
+        }
     }
     const int n = hullOf(points, hull);
-    if (scene.infrared)
+    if (scene.infrared) {
         fillConvex(scene.canvas, hull, n, {110, 128, 128}, 60);
-    else
+    } else {
         fillConvex(scene.canvas, hull, n, {30, 130, 127}, 128);
+    }
 }
 
 constexpr Paint kGlass = {{46, 132, 126}, 150};
@@ -179,7 +192,9 @@ void drawWake(const Scene& scene, const Frame& f, double l, double w) {
         Point points[4];
         double depth = 0;
         for (int i = 0; i < 4; ++i) {
-            if (!scene.camera.project(corners[i], points[i].x, points[i].y, depth)) return;
+            if (!scene.camera.project(corners[i], points[i].x, points[i].y, depth)) {
+                return;
+            }
         }
         fillConvex(scene.canvas, points, 4, foam, opacity);
     };
@@ -201,32 +216,33 @@ void drawWake(const Scene& scene, const Frame& f, double l, double w) {
 // The bridge in pieces along the road, and its ramps: banks of earth that end in walls under the deck's ends.
 class Bridge {
 public:
-    Bridge(const Scene& scene, double dx, double dy) : scene_(scene), dx_(dx), dy_(dy) {}
+    Bridge(const Scene& scene, double dx, double dy) : m_scene(scene), m_dx(dx), m_dy(dy) {}
 
     void drawPiersAndWalls() const {
         for (double x = World::bridgeWest() + 9; x < World::bridgeEast() - 6;
              x += (World::bridgeEast() - World::bridgeWest() - 18) / 2) {
             const Vec3 foot = at(x, 0, 0);
-            drawBox(scene_, {foot.x, foot.y, 0, 1, 0}, -1, 1, World::kMainHalf - 1, 0,
+            drawBox(m_scene, {foot.x, foot.y, 0, 1, 0}, -1, 1, World::kMainHalf - 1, 0,
                     World::mainRoadZ(x) - 1, kConcrete, kConcrete);
         }
-        for (const double x : {wall_west_, wall_east_}) {
+        for (const double x : {m_wallWest, m_wallEast}) {
             const double z = World::mainRoadZ(x), foot = kEdge + kSpread * z;
             const Vec3 wall[4] = {at(x, -foot, 0), at(x, foot, 0), at(x, kEdge, z), at(x, -kEdge, z)};
-            drawFace(scene_, wall, 4, kConcrete, true);
+            drawFace(m_scene, wall, 4, kConcrete, true);
         }
     }
 
     void drawSides() const {
-        drawBank(from_, wall_west_);
-        for (double x = wall_west_; x < wall_east_; x += kStep)
-            drawSide(x, std::min(x + kStep, wall_east_) + kOverlap, 0.8, 1, 0, kConcrete);
-        drawBank(wall_east_, to_);
+        drawBank(m_from, m_wallWest);
+        for (double x = m_wallWest; x < m_wallEast; x += kStep) {
+            drawSide(x, std::min(x + kStep, m_wallEast) + kOverlap, 0.8, 1, 0, kConcrete);
+        }
+        drawBank(m_wallEast, m_to);
     }
 
     void drawDeck() const {
-        for (double x = from_; x < to_; x += kStep) {
-            const double n = std::min(x + kStep, to_);
+        for (double x = m_from; x < m_to; x += kStep) {
+            const double n = std::min(x + kStep, m_to);
             strip(x, n, -kEdge, -World::kMainHalf, 0, kConcrete);
             strip(x, n, World::kMainHalf, kEdge, 0, kConcrete);
             strip(x, n, -World::kMainHalf, World::kMainHalf, 0, kDeck);
@@ -234,7 +250,7 @@ public:
                 const double half = line == 0 ? 0.3 : 0.16;
                 strip(x, n, line - half, line + half, 0.02, kLine);
             }
-            if (static_cast<int>(std::floor((x - from_) / kStep)) % 2 == 0) {
+            if (static_cast<int>(std::floor((x - m_from) / kStep)) % 2 == 0) {
                 strip(x, n, -3.81, -3.49, 0.02, kLine);
                 strip(x, n, 3.49, 3.81, 0.02, kLine);
             }
@@ -249,7 +265,9 @@ private:
     static constexpr double kStep = 6, kEdge = World::kMainHalf + 0.8, kSpread = 1.5;
     static constexpr double kOverlap = 0.12;  // of neighbouring pieces, against seams
 
-    Vec3 at(double x, double left, double z) const { return {x + dx_, World::mainRoadY(x) + dy_ + left, z}; }
+    Vec3 at(double x, double left, double z) const {
+        return {x + m_dx, World::mainRoadY(x) + m_dy + left, z};
+    }
 
     // Both sides between x and n; low and high are shares of the height between ground and deck.
     void drawSide(double x, double n, double low, double high, double spread, const Paint& paint) const {
@@ -261,8 +279,8 @@ private:
                                point(x, z0, high, -1)};
         const Vec3 north[4] = {point(n, z1, low, 1), point(x, z0, low, 1), point(x, z0, high, 1),
                                point(n, z1, high, 1)};
-        drawFace(scene_, south, 4, paint);
-        drawFace(scene_, north, 4, paint);
+        drawFace(m_scene, south, 4, paint);
+        drawFace(m_scene, north, 4, paint);
     }
 
     void drawBank(double from, double to) const {
@@ -282,23 +300,25 @@ private:
     void strip(double x, double n, double a, double b, double lift, const Paint& paint) const {
         const double z0 = World::mainRoadZ(x) + lift, z1 = World::mainRoadZ(n) + lift;
         const Vec3 face[4] = {at(x, a, z0), at(n + kOverlap, a, z1), at(n + kOverlap, b, z1), at(x, b, z0)};
-        drawFace(scene_, face, 4, paint);
+        drawFace(m_scene, face, 4, paint);
     }
 
     void drawRails(double x, double n) const {
         const double z0 = World::mainRoadZ(x), z1 = World::mainRoadZ(n);
-        if (z0 < 1.5 || z1 < 1.5) return;
+        if (z0 < 1.5 || z1 < 1.5) {
+            return;
+        }
         for (const double side : {-kEdge, kEdge}) {
             const Vec3 rail[4] = {at(x, side, z0 + 0.55), at(n, side, z1 + 0.55), at(n, side, z1 + 1.0),
                                   at(x, side, z0 + 1.0)};
-            drawFace(scene_, rail, 4, kRail, true);
+            drawFace(m_scene, rail, 4, kRail, true);
         }
     }
 
-    const Scene& scene_;
-    double dx_, dy_;
-    double from_ = World::bridgeWest() - 60, to_ = World::bridgeEast() + 60;
-    double wall_west_ = World::bridgeWest() - 2, wall_east_ = World::bridgeEast() + 2;
+    const Scene& m_scene;
+    double m_dx, m_dy;
+    double m_from = World::bridgeWest() - 60, m_to = World::bridgeEast() + 60;
+    double m_wallWest = World::bridgeWest() - 2, m_wallEast = World::bridgeEast() + 2;
 };
 
 }  // namespace
@@ -313,7 +333,9 @@ void drawHouse(const Scene& scene, const House& h, double x, double y) {
     const Paint& wall = kWalls[h.colour];
     const Paint& tiles = kRoofs[h.colour];
     auto windows = [&] {
-        if (scene.camera.focal_px / length(scene.camera.position - Vec3{x, y, 0}) < 2.5) return;
+        if (scene.camera.focal_px / length(scene.camera.position - Vec3{x, y, 0}) < 2.5) {
+            return;
+        }
         drawWindows(scene, f, h.length, -w - 0.03, h.wall);
         drawWindows(scene, f, h.length, w + 0.03, h.wall);
     };
@@ -347,12 +369,13 @@ void drawVehicle(const Scene& scene, const Traffic& t, const TrafficState& state
     const Frame f = {state.position.x, state.position.y, state.position.z - t.height_m / 2,
                      std::cos(state.heading), std::sin(state.heading)};
     drawShadow(scene, f, t.length_m / 2, t.width_m / 2, t.height_m * 0.8);
-    if (t.type == kBus)
+    if (t.type == kBus) {
         drawBus(scene, f, t);
-    else if (t.type == kTruck)
+    } else if (t.type == kTruck) {
         drawTruck(scene, f, t);
-    else
+    } else {
         drawCar(scene, f, t);
+    }
 }
 
 void drawBoat(const Scene& scene, const Traffic& t, const TrafficState& state) {

@@ -37,9 +37,7 @@ constexpr Material kMarking = {205, 127, 128, 160, 6, 0, 4};
 constexpr Material kDirt = {146, 116, 138, 158, 18, 0, 4};
 constexpr Material kYard = {126, 119, 133, 138, 20, 0, 4};
 
-std::uint8_t clampByte(int v) {
-    return static_cast<std::uint8_t>(std::clamp(v, 0, 255));
-}
+std::uint8_t clampByte(int v) { return static_cast<std::uint8_t>(std::clamp(v, 0, 255)); }
 
 std::uint32_t hash(std::uint32_t x) {
     x ^= x >> 16;
@@ -74,17 +72,18 @@ void makeNoise(std::uint8_t* out, int size) {
         }
         total += weight;
     }
-    for (std::size_t i = 0; i < sum.size(); ++i)
+    for (std::size_t i = 0; i < sum.size(); ++i) {
         out[i] = clampByte(static_cast<int>(128 + 230 * sum[i] / total));
+    }
 }
 
 // The four textures while they are painted.
 class Painter {
 public:
     Painter(Texture& luma, Texture& u, Texture& v, Texture& infrared, const std::uint8_t* noise)
-        : y_(luma.base()), u_(u.base()), v_(v.base()), ir_(infrared.base()), noise_(noise) {}
+        : m_y(luma.base()), m_u(u.base()), m_v(v.base()), m_ir(infrared.base()), m_noise(noise) {}
 
-    int noiseAt(int i, int j) const { return noise_[(j & 255) * 256 + (i & 255)] - 128; }
+    int noiseAt(int i, int j) const { return m_noise[(j & 255) * 256 + (i & 255)] - 128; }
 
     // The same eight times as large, without steps.
     int smoothNoiseAt(int i, int j) const {
@@ -96,9 +95,9 @@ public:
 
     void setCoarse(int i, int j, const Material& m, int shade) {
         const std::size_t at = static_cast<std::size_t>(j) * kCoarse + static_cast<std::size_t>(i);
-        u_[at] = m.u;
-        v_[at] = m.v;
-        ir_[at] = clampByte(m.infrared + shade / 2);
+        m_u[at] = m.u;
+        m_v[at] = m.v;
+        m_ir[at] = clampByte(m.infrared + shade / 2);
     }
 
     // One texel of the fine texture; i and j wrap. strength of 256 is opaque.
@@ -106,20 +105,22 @@ public:
         i &= kFine - 1;
         j &= kFine - 1;
         const int shade = noiseAt(i, j) * m.noise >> 7;
-        std::uint8_t& y = y_[static_cast<std::size_t>(j) * kFine + static_cast<std::size_t>(i)];
+        std::uint8_t& y = m_y[static_cast<std::size_t>(j) * kFine + static_cast<std::size_t>(i)];
         y = clampByte(y + ((m.y + shade - y) * strength >> 8));
-        if (((i | j) & 1) == 0 && strength > 128) setCoarse(i / 2, j / 2, m, shade);
+        if (((i | j) & 1) == 0 && strength > 128) {
+            setCoarse(i / 2, j / 2, m, shade);
+        }
     }
 
     // Multiplies the brightness, for shadows; factor in 1/256.
     void darken(int i, int j, int factor) {
         i &= kFine - 1;
         j &= kFine - 1;
-        std::uint8_t& y = y_[static_cast<std::size_t>(j) * kFine + static_cast<std::size_t>(i)];
+        std::uint8_t& y = m_y[static_cast<std::size_t>(j) * kFine + static_cast<std::size_t>(i)];
         y = static_cast<std::uint8_t>(y * factor >> 8);
         if (((i | j) & 1) == 0) {
             std::uint8_t& ir =
-                ir_[static_cast<std::size_t>(j / 2) * kCoarse + static_cast<std::size_t>(i / 2)];
+                m_ir[static_cast<std::size_t>(j / 2) * kCoarse + static_cast<std::size_t>(i / 2)];
             ir = static_cast<std::uint8_t>(ir * (512 + factor) / 768);
         }
     }
@@ -134,8 +135,8 @@ public:
         for (int j = 0; j < kFine; ++j) {
             const std::uint8_t* a = &half[static_cast<std::size_t>(j / 2) * kCoarse];
             const std::uint8_t* b = &half[static_cast<std::size_t>((j + 1) / 2 % kCoarse) * kCoarse];
-            const std::uint8_t* grain = &noise_[(j * 5 & 255) * 256];
-            std::uint8_t* out = y_ + static_cast<std::size_t>(j) * kFine;
+            const std::uint8_t* grain = &m_noise[(j * 5 & 255) * 256];
+            std::uint8_t* out = m_y + static_cast<std::size_t>(j) * kFine;
             for (int i = 0; i < kFine; i += 2) {
                 const int h = i / 2, next = (h + 1) & (kCoarse - 1);
                 const int left = a[h] + b[h], right = a[next] + b[next];
@@ -146,11 +147,11 @@ public:
     }
 
 private:
-    std::uint8_t* y_;
-    std::uint8_t* u_;
-    std::uint8_t* v_;
-    std::uint8_t* ir_;
-    const std::uint8_t* noise_;
+    std::uint8_t* m_y;
+    std::uint8_t* m_u;
+    std::uint8_t* m_v;
+    std::uint8_t* m_ir;
+    const std::uint8_t* m_noise;
 };
 
 // Fields: cells around jittered points, each with a crop and a direction of its rows.
@@ -159,7 +160,7 @@ public:
     FieldMap() {
         for (int k = 0; k < kColumns * kRows; ++k) {
             const std::uint32_t h = hash(static_cast<std::uint32_t>(k) + 4242);
-            Cell& c = cells_[static_cast<std::size_t>(k)];
+            Cell& c = m_cells[static_cast<std::size_t>(k)];
             c.x = (static_cast<float>(k % kColumns) + 0.15f + 0.7f * static_cast<float>(h & 255) / 255) *
                   kCellX;
             c.y = (static_cast<float>(k / kColumns) + 0.15f + 0.7f * static_cast<float>(h >> 8 & 255) / 255) *
@@ -167,7 +168,9 @@ public:
             c.material = static_cast<int>((h >> 16) % std::size(kFields));
             // Around the village the cattle graze.
             const double to_village = std::hypot(nearImage(c.x, 0) + 34, nearImage(c.y, 0));
-            if (to_village < 160) c.material = h >> 16 & 1 ? 0 : 6;
+            if (to_village < 160) {
+                c.material = h >> 16 & 1 ? 0 : 6;
+            }
             const float angle = static_cast<float>(h >> 24) / 255 * 0.5f + (h & 1 ? 1.57f : 0) - 0.25f;
             const float scale = 256 / kFields[c.material].row_m * static_cast<float>(kCoarseM);
             c.row_u = static_cast<int>(256 * scale * std::cos(angle)) / 256.0f;
@@ -178,8 +181,9 @@ public:
 
     void paint(Painter& painter, std::vector<std::uint8_t>& half) {
         std::array<int, 256> wave;
-        for (int i = 0; i < 256; ++i)
+        for (int i = 0; i < 256; ++i) {
             wave[static_cast<std::size_t>(i)] = static_cast<int>(127 * std::sin(2 * kPi * i / 256));
+        }
         for (int j = 0; j < kCoarse; ++j) {
             for (int i = 0; i < kCoarse; ++i) {
                 float border = 0;
@@ -215,7 +219,7 @@ private:
         for (int b = -1; b <= 1; ++b) {
             for (int a = -1; a <= 1; ++a) {
                 const int wi = (ci + a + kColumns) % kColumns, wj = (cj + b + kRows) % kRows;
-                const Cell& c = cells_[static_cast<std::size_t>(wj * kColumns + wi)];
+                const Cell& c = m_cells[static_cast<std::size_t>(wj * kColumns + wi)];
                 const float dx = (c.x + static_cast<float>(ci + a - wi) * kCellX - x) * (kCellY / kCellX);
                 const float dy = c.y + static_cast<float>(cj + b - wj) * kCellY - y;
                 const float d = dx * dx + dy * dy;
@@ -232,7 +236,7 @@ private:
         return *found;
     }
 
-    std::array<Cell, kColumns * kRows> cells_{};
+    std::array<Cell, kColumns * kRows> m_cells{};
 };
 
 constexpr Material FieldMap::kHedge;
@@ -247,20 +251,21 @@ void alongLine(Line line, double reach_m, Paint paint) {
         const double squeeze = 1 / std::sqrt(1 + slope * slope);
         const int from = static_cast<int>(std::floor((centre - reach_m / squeeze) / kFineM));
         const int to = static_cast<int>(std::ceil((centre + reach_m / squeeze) / kFineM));
-        for (int c = from; c <= to; ++c)
+        for (int c = from; c <= to; ++c) {
             paint(c, s, ((c + 0.5) * kFineM - centre) * squeeze);
+        }
     }
 }
 
-bool dash(int s, double on_m, double period_m) {
-    return std::fmod(s * kFineM, period_m) < on_m;
-}
+bool dash(int s, double on_m, double period_m) { return std::fmod(s * kFineM, period_m) < on_m; }
 
 void paintRiver(Painter& p) {
     alongLine(World::riverX, 34, [&](int c, int s, double d) {
         const double half = World::riverHalfWidth((s + 0.5) * kFineM) + 0.9 * p.noiseAt(s >> 2, 9) / 128.0;
         const double inside = half - std::fabs(d);
-        if (inside < -4) return;
+        if (inside < -4) {
+            return;
+        }
         if (inside < 0.4) {
             p.set(c, s, kSand, static_cast<int>(256 * std::min(1.0, (inside + 4) / 2)));
             return;
@@ -276,13 +281,16 @@ void paintMainRoad(Painter& p) {
     alongLine(World::mainRoadY, World::kMainHalf + 3, [&](int c, int s, double d) {
         const double x = (s + 0.5) * kFineM;
         const double a = std::fabs(d);
-        if (x > World::bridgeWest() && x < World::bridgeEast()) return;
-        if (a > World::kMainHalf)
+        if (x > World::bridgeWest() && x < World::bridgeEast()) {
+            return;
+        }
+        if (a > World::kMainHalf) {
             p.set(s, c, kVerge, static_cast<int>(256 * std::clamp((World::kMainHalf + 3 - a) / 3, 0.0, 1.0)));
-        else if (a < 0.3 || std::fabs(a - 7.0) < 0.16 || (std::fabs(a - 3.65) < 0.16 && dash(s, 4, 10)))
+        } else if (a < 0.3 || std::fabs(a - 7.0) < 0.16 || (std::fabs(a - 3.65) < 0.16 && dash(s, 4, 10))) {
             p.set(s, c, kMarking);
-        else
+        } else {
             p.set(s, c, kAsphalt);
+        }
     });
 }
 
@@ -291,15 +299,16 @@ void paintCrossRoad(Painter& p) {
         const double a = std::fabs(d);
         const double y = (s + 0.5) * kFineM;
         const double junction = std::fabs(nearImage(y, 0) - World::mainRoadY(World::crossRoadX(0)));
-        if (a > World::kCrossHalf)
+        if (a > World::kCrossHalf) {
             p.set(c, s, kVerge,
                   static_cast<int>(256 * std::clamp((World::kCrossHalf + 2.5 - a) / 2.5, 0.0, 1.0)));
-        else if (junction > 9 && junction < 12 && std::fmod(a + 0.25, 1.2) < 0.6)
+        } else if (junction > 9 && junction < 12 && std::fmod(a + 0.25, 1.2) < 0.6) {
             p.set(c, s, kMarking);  // pedestrian crossing
-        else if (junction > 12 && a < 0.14 && dash(s, 3, 7))
+        } else if (junction > 12 && a < 0.14 && dash(s, 3, 7)) {
             p.set(c, s, kMarking);
-        else
+        } else {
             p.set(c, s, kAsphalt);
+        }
     });
 }
 
@@ -320,8 +329,9 @@ void forBox(double x, double y, double reach, Paint paint) {
     const int j0 = static_cast<int>(std::floor((y - reach) / kFineM)),
               j1 = static_cast<int>((y + reach) / kFineM) + 1;
     for (int j = j0; j <= j1; ++j) {
-        for (int i = i0; i <= i1; ++i)
+        for (int i = i0; i <= i1; ++i) {
             paint(i, j, (i + 0.5) * kFineM - x, (j + 0.5) * kFineM - y);
+        }
     }
 }
 
@@ -333,7 +343,9 @@ void paintHouse(Painter& p, const House& h) {
         const double a = std::fabs(dx * c + dy * s) - h.length / 2,
                      b = std::fabs(dy * c - dx * s) - h.width / 2;
         const double out = std::max(a, b) + p.noiseAt(i, j) / 90.0;
-        if (out < 3.5) p.set(i, j, kYard, static_cast<int>(200 * std::clamp((3.5 - out) / 2, 0.0, 1.0)));
+        if (out < 3.5) {
+            p.set(i, j, kYard, static_cast<int>(200 * std::clamp((3.5 - out) / 2, 0.0, 1.0)));
+        }
     });
     forBox(h.x + shadow_x / 2, h.y + shadow_y / 2, h.length / 2 + 8, [&](int i, int j, double dx, double dy) {
         // In shadow if the way to the sun meets the house.
@@ -353,7 +365,9 @@ void paintTreeShadow(Painter& p, const Tree& t) {
     forBox(t.x - kSunX * lift, t.y - kSunY * lift, t.radius * 1.4, [&](int i, int j, double dx, double dy) {
         const double a = (dx * kSunX + dy * kSunY) / stretch, b = dx * kSunY - dy * kSunX;
         const double r = std::sqrt(a * a + b * b) / t.radius + p.noiseAt(i, j) / 500.0;
-        if (r < 1) p.darken(i, j, 256 - static_cast<int>(126 * std::min(1.0, (1 - r) * 5)));
+        if (r < 1) {
+            p.darken(i, j, 256 - static_cast<int>(126 * std::min(1.0, (1 - r) * 5)));
+        }
     });
 }
 
@@ -363,7 +377,9 @@ void paintBridgeShadow(Painter& p) {
         const double z = World::mainRoadZ(x);
         // The shadow falls to the side away from the sun.
         const double off = d + (kSunY > 0 ? 1 : -1) * std::fabs(kSunY) * z / kSunTan;
-        if (z > 0.5 && std::fabs(off) < World::kMainHalf + 0.5) p.darken(s, c, 150);
+        if (z > 0.5 && std::fabs(off) < World::kMainHalf + 0.5) {
+            p.darken(s, c, 150);
+        }
     });
 }
 
@@ -424,9 +440,10 @@ void Texture::buildMips() {
         for (std::size_t j = 0; j < w; ++j) {
             const std::uint8_t* a = &in[2 * j * 2 * w];
             const std::uint8_t* b = a + 2 * w;
-            for (std::size_t i = 0; i < w; ++i)
+            for (std::size_t i = 0; i < w; ++i) {
                 out[j * w + i] =
                     static_cast<std::uint8_t>((a[2 * i] + a[2 * i + 1] + b[2 * i] + b[2 * i + 1] + 2) >> 2);
+            }
         }
         levels.push_back(std::move(out));
     }
@@ -453,15 +470,19 @@ Terrain::Terrain() {
     paintCrossRoad(painter);
     paintMainRoad(painter);
     const World& world = World::instance();
-    for (const House& h : world.houses())
+    for (const House& h : world.houses()) {
         paintHouse(painter, h);
+    }
     paintBridgeShadow(painter);
-    for (const Tree& t : world.trees())
+    for (const Tree& t : world.trees()) {
         paintTreeShadow(painter, t);
-    for (Texture* t : {&luma, &u, &v, &infrared, &noise})
+    }
+    for (Texture* t : {&luma, &u, &v, &infrared, &noise}) {
         t->buildMips();
-    for (int i = 0; i < 4; ++i)
+    }
+    for (int i = 0; i < 4; ++i) {
         trees[static_cast<std::size_t>(i)] = makeTree(i, noise.base());
+    }
     for (std::size_t i = 0; i < hills.size(); ++i) {
         const double a = 2 * kPi * static_cast<double>(i) / static_cast<double>(hills.size());
         const double shape = 0.5 + 0.32 * std::sin(3 * a + 1) + 0.22 * std::sin(7 * a + 2) +

@@ -15,21 +15,11 @@ namespace podsim {
 struct Vec3 {
     double x = 0, y = 0, z = 0;
 };
-inline Vec3 operator+(const Vec3& a, const Vec3& b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-inline Vec3 operator-(const Vec3& a, const Vec3& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-inline Vec3 operator*(const Vec3& a, double k) {
-    return {a.x * k, a.y * k, a.z * k};
-}
-inline double dot(const Vec3& a, const Vec3& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-inline double length(const Vec3& a) {
-    return std::sqrt(dot(a, a));
-}
+inline Vec3 operator+(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+inline Vec3 operator-(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+inline Vec3 operator*(const Vec3& a, double k) { return {a.x * k, a.y * k, a.z * k}; }
+inline double dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline double length(const Vec3& a) { return std::sqrt(dot(a, a)); }
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kDeg = kPi / 180.0;
@@ -40,7 +30,7 @@ constexpr double kGroundAltitude = 25.0;
 constexpr double kSunX = 0.74, kSunY = -0.67, kSunTan = 0.9;
 
 enum ObjectType { kCar = 1, kTruck = 2, kBus = 3, kBoat = 4 };
-enum class Route : std::uint8_t { MainRoad, CrossRoad, NorthLane, EastLane, River };
+enum class Route : std::uint8_t { kMainRoad, kCrossRoad, kNorthLane, kEastLane, kRiver };
 
 struct Traffic {
     int id;  // 1..255
@@ -78,9 +68,9 @@ class World {
 public:
     static const World& instance();
 
-    const std::vector<Traffic>& traffic() const { return traffic_; }
-    const std::vector<Tree>& trees() const { return trees_; }
-    const std::vector<House>& houses() const { return houses_; }
+    const std::vector<Traffic>& traffic() const { return m_traffic; }
+    const std::vector<Tree>& trees() const { return m_trees; }
+    const std::vector<House>& houses() const { return m_houses; }
     TrafficState state(const Traffic& object, double time_s) const;
 
     // True when something stands between the camera and the point; the point's own height counts.
@@ -113,10 +103,10 @@ private:
     std::uint32_t random();
     double uniform(double low, double high);
 
-    std::uint32_t random_ = 20260601;
-    std::vector<Traffic> traffic_;
-    std::vector<Tree> trees_;
-    std::vector<House> houses_;
+    std::uint32_t m_random = 20260601;
+    std::vector<Traffic> m_traffic;
+    std::vector<Tree> m_trees;
+    std::vector<House> m_houses;
 };
 
 // v moved by whole periods to within half a period of reference.

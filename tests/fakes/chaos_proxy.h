@@ -30,7 +30,7 @@ struct Fate {
 // The sequence of fates of one direction.
 class Dice {
 public:
-    explicit Dice(std::uint64_t seed) : state_(seed) {}
+    explicit Dice(std::uint64_t seed) : m_state(seed) {}
     // Takes the same number of draws whatever the faults are, so that switching one on leaves the others in
     // place.
     Fate next(const Faults& faults, std::size_t size);
@@ -39,7 +39,7 @@ public:
 
 private:
     std::uint64_t draw();
-    std::uint64_t state_;
+    std::uint64_t m_state;
 };
 
 // Datagrams, or with TCP bytes (`lost`, `duplicated`, `reordered` stay 0).
@@ -61,17 +61,17 @@ public:
     UdpProxy(std::uint16_t listen_port, std::uint16_t target_port, std::uint64_t seed);
     ~UdpProxy();
 
-    std::uint16_t port() const;                  // for the client to write to
-    std::uint16_t target_side() const;           // where the target's datagrams have to arrive
-    void set_client(std::uint16_t client_port);  // for a target that speaks first
-    void set_faults(const Faults& to_target, const Faults& to_client);
+    std::uint16_t port() const;                 // for the client to write to
+    std::uint16_t targetSide() const;           // where the target's datagrams have to arrive
+    void setClient(std::uint16_t client_port);  // for a target that speaks first
+    void setFaults(const Faults& toTarget, const Faults& toClient);
     void stall(bool stalled);  // a stalled network of datagrams loses them all
-    Counts to_target() const;
-    Counts to_client() const;
+    Counts toTarget() const;
+    Counts toClient() const;
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    std::unique_ptr<Impl> m_impl;
 };
 
 class TcpProxy {
@@ -81,15 +81,15 @@ public:
     ~TcpProxy();
 
     std::uint16_t port() const;
-    void set_faults(const Faults& to_target, const Faults& to_client);
+    void setFaults(const Faults& toTarget, const Faults& toClient);
     void stall(bool stalled);  // bytes wait in the senders' buffers, as behind a dead radio link
     void cut();                // resets every connection; new ones are accepted
-    Counts to_target() const;
-    Counts to_client() const;
+    Counts toTarget() const;
+    Counts toClient() const;
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    std::unique_ptr<Impl> m_impl;
 };
 
 }  // namespace chaos

@@ -21,9 +21,7 @@ using namespace std::chrono_literals;
 
 constexpr auto deadline = 10s;
 
-udp::endpoint loopback(std::uint16_t port) {
-    return {asio::ip::address_v4::loopback(), port};
-}
+udp::endpoint loopback(std::uint16_t port) { return {asio::ip::address_v4::loopback(), port}; }
 
 // A UDP socket on loopback whose receive gives up after the deadline, or earlier where silence is expected.
 struct Peer {
@@ -92,8 +90,9 @@ TEST(Dice, AFaultMoreLeavesTheOthersInPlace) {
     both.corruption = 0.5;
     chaos::Dice one(3);
     chaos::Dice two(3);
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         ASSERT_EQ(one.next(loss, 20).lost, two.next(both, 20).lost);
+    }
 }
 
 TEST(UdpProxy, CarriesBothWaysUnharmed) {
@@ -102,8 +101,8 @@ TEST(UdpProxy, CarriesBothWaysUnharmed) {
     chaos::UdpProxy proxy(0, target.port(), 1);
     client.send(proxy.port(), "up");
     EXPECT_EQ(target.receive(), "up");
-    EXPECT_EQ(target.sender.port(), proxy.target_side());
-    target.send(proxy.target_side(), "down");
+    EXPECT_EQ(target.sender.port(), proxy.targetSide());
+    target.send(proxy.targetSide(), "down");
     EXPECT_EQ(client.receive(), "down");
 }
 
@@ -111,35 +110,38 @@ TEST(UdpProxy, TargetMaySpeakFirst) {
     Peer client;
     Peer target;
     chaos::UdpProxy proxy(0, target.port(), 1);
-    proxy.set_client(client.port());
-    target.send(proxy.target_side(), "report");
+    proxy.setClient(client.port());
+    target.send(proxy.targetSide(), "report");
     EXPECT_EQ(client.receive(), "report");
 }
 
 // The same seed loses and repeats the same datagrams; a good one at the end tells that all have come.
-std::vector<std::string> through_faults(std::uint64_t seed, const chaos::Faults& faults,
-                                        chaos::Counts& counts) {
+std::vector<std::string> throughFaults(std::uint64_t seed, const chaos::Faults& faults,
+                                       chaos::Counts& counts) {
     Peer client;
     Peer target;
     chaos::UdpProxy proxy(0, target.port(), seed);
-    proxy.set_faults(faults, {});
-    for (int i = 0; i < 200; ++i)
+    proxy.setFaults(faults, {});
+    for (int i = 0; i < 200; ++i) {
         client.send(proxy.port(), "datagram " + std::to_string(i));
+    }
     const auto until = std::chrono::steady_clock::now() + deadline;
-    while (proxy.to_target().arrived < 200 && std::chrono::steady_clock::now() < until)
+    while (proxy.toTarget().arrived < 200 && std::chrono::steady_clock::now() < until) {
         std::this_thread::yield();
-    counts = proxy.to_target();
-    proxy.set_faults({}, {});
+    }
+    counts = proxy.toTarget();
+    proxy.setFaults({}, {});
     client.send(proxy.port(), "end");
     client.send(proxy.port(), "end");
     // Between the two comes one that was held back at last.
     std::vector<std::string> came;
     for (int ends = 0; ends < 2;) {
         const auto text = target.receive();
-        if (text.empty() || text == "end")
+        if (text.empty() || text == "end") {
             ++ends;
-        else
+        } else {
             came.push_back(text);
+        }
     }
     return came;
 }
@@ -150,23 +152,24 @@ TEST(UdpProxy, LosesAndRepeatsBySeed) {
     faults.duplication = 0.2;
     chaos::Counts counts;
     chaos::Counts again;
-    const auto first = through_faults(11, faults, counts);
-    EXPECT_EQ(first, through_faults(11, faults, again));
+    const auto first = throughFaults(11, faults, counts);
+    EXPECT_EQ(first, throughFaults(11, faults, again));
     EXPECT_GT(counts.lost, 10u);
     EXPECT_GT(counts.duplicated, 10u);
     EXPECT_EQ(first.size(), 200 - counts.lost + counts.duplicated);
-    EXPECT_NE(first, through_faults(12, faults, again));
+    EXPECT_NE(first, throughFaults(12, faults, again));
 }
 
 TEST(UdpProxy, ReordersWithoutLoss) {
     chaos::Faults faults;
     faults.reordering = 0.3;
     chaos::Counts counts;
-    auto came = through_faults(5, faults, counts);
+    auto came = throughFaults(5, faults, counts);
     EXPECT_GT(counts.reordered, 10u);
     std::vector<std::string> sent;
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         sent.push_back("datagram " + std::to_string(i));
+    }
     EXPECT_NE(came, sent);
     std::sort(came.begin(), came.end());
     std::sort(sent.begin(), sent.end());
@@ -179,7 +182,7 @@ TEST(UdpProxy, FlipsOneBit) {
     chaos::UdpProxy proxy(0, target.port(), 2);
     chaos::Faults faults;
     faults.corruption = 1;
-    proxy.set_faults(faults, {});
+    proxy.setFaults(faults, {});
     const std::string sent = "0123456789";
     client.send(proxy.port(), sent);
     const auto came = target.receive();
@@ -187,8 +190,9 @@ TEST(UdpProxy, FlipsOneBit) {
     int bits = 0;
     for (std::size_t i = 0; i < sent.size(); ++i) {
         for (unsigned difference = static_cast<unsigned char>(sent[i] ^ came[i]); difference != 0;
-             difference >>= 1)
+             difference >>= 1) {
             bits += difference & 1;
+        }
     }
     EXPECT_EQ(bits, 1);
 }
@@ -200,9 +204,10 @@ TEST(UdpProxy, AStallLosesAndEnds) {
     proxy.stall(true);
     client.send(proxy.port(), "lost");
     const auto until = std::chrono::steady_clock::now() + deadline;
-    while (proxy.to_target().lost == 0 && std::chrono::steady_clock::now() < until)
+    while (proxy.toTarget().lost == 0 && std::chrono::steady_clock::now() < until) {
         std::this_thread::yield();
-    EXPECT_EQ(proxy.to_target().lost, 1u);
+    }
+    EXPECT_EQ(proxy.toTarget().lost, 1u);
     proxy.stall(false);
     client.send(proxy.port(), "heard");
     EXPECT_EQ(target.receive(), "heard");
@@ -214,7 +219,7 @@ TEST(UdpProxy, DelayedDatagramsArrive) {
     chaos::UdpProxy proxy(0, target.port(), 2);
     chaos::Faults faults;
     faults.delay = 20ms;
-    proxy.set_faults(faults, faults);
+    proxy.setFaults(faults, faults);
     client.send(proxy.port(), "late");
     EXPECT_EQ(target.receive(), "late");
 }
@@ -235,7 +240,7 @@ struct TcpPair {
     tcp::socket target;
 };
 
-std::vector<std::uint8_t> counting_bytes(std::size_t size) {
+std::vector<std::uint8_t> countingBytes(std::size_t size) {
     std::vector<std::uint8_t> bytes(size);
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
     return bytes;
@@ -245,8 +250,8 @@ TEST(TcpProxy, CarriesBothWaysInSmallChunks) {
     TcpPair pair(1);
     chaos::Faults faults;
     faults.largest_chunk = 7;
-    pair.proxy.set_faults(faults, faults);
-    const auto sent = counting_bytes(5000);
+    pair.proxy.setFaults(faults, faults);
+    const auto sent = countingBytes(5000);
     std::vector<std::uint8_t> came(sent.size());
     asio::write(pair.client, asio::buffer(sent));
     asio::read(pair.target, asio::buffer(came));
@@ -255,16 +260,16 @@ TEST(TcpProxy, CarriesBothWaysInSmallChunks) {
     asio::write(pair.target, asio::buffer(sent));
     asio::read(pair.client, asio::buffer(came));
     EXPECT_EQ(came, sent);
-    EXPECT_EQ(pair.proxy.to_client().arrived, sent.size());
+    EXPECT_EQ(pair.proxy.toClient().arrived, sent.size());
 }
 
 TEST(TcpProxy, DamagesTheSameBytesBySeed) {
-    const auto sent = counting_bytes(5000);
+    const auto sent = countingBytes(5000);
     const auto through = [&] {
         TcpPair pair(9);
         chaos::Faults faults;
         faults.corruption = 0.01;
-        pair.proxy.set_faults(faults, {});
+        pair.proxy.setFaults(faults, {});
         std::vector<std::uint8_t> came(sent.size());
         asio::write(pair.client, asio::buffer(sent));
         asio::read(pair.target, asio::buffer(came));
@@ -278,7 +283,7 @@ TEST(TcpProxy, DamagesTheSameBytesBySeed) {
 TEST(TcpProxy, AStallHoldsBytesBack) {
     TcpPair pair(1);
     pair.proxy.stall(true);
-    const auto sent = counting_bytes(100);
+    const auto sent = countingBytes(100);
     std::vector<std::uint8_t> came(sent.size());
     asio::write(pair.client, asio::buffer(sent));
     pair.proxy.stall(false);
@@ -288,7 +293,7 @@ TEST(TcpProxy, AStallHoldsBytesBack) {
 
 TEST(TcpProxy, CutResetsTheConnectionAndTakesNewOnes) {
     TcpPair pair(1);
-    const auto sent = counting_bytes(10);
+    const auto sent = countingBytes(10);
     std::vector<std::uint8_t> came(sent.size());
     asio::write(pair.client, asio::buffer(sent));
     asio::read(pair.target, asio::buffer(came));

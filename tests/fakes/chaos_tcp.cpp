@@ -16,9 +16,7 @@ namespace {
 
 using asio::ip::tcp;
 
-tcp::endpoint loopback(std::uint16_t port) {
-    return {asio::ip::address_v4::loopback(), port};
-}
+tcp::endpoint loopback(std::uint16_t port) { return {asio::ip::address_v4::loopback(), port}; }
 
 // What all connections of a direction have in common.
 struct Lane {
@@ -47,9 +45,9 @@ struct Pair {
     }
     void reset() {
         asio::error_code unimportant;
-        const asio::socket_base::linger reset_on_close(true, 0);
-        client.set_option(reset_on_close, unimportant);
-        target.set_option(reset_on_close, unimportant);
+        const asio::socket_base::linger resetOnClose(true, 0);
+        client.set_option(resetOnClose, unimportant);
+        target.set_option(resetOnClose, unimportant);
         close();
     }
 };
@@ -58,81 +56,85 @@ struct Pair {
 class Pump : public std::enable_shared_from_this<Pump> {
 public:
     Pump(std::shared_ptr<Pair> pair, tcp::socket& from, tcp::socket& to, Lane& lane, Gate& gate)
-        : pair_(std::move(pair)),
-          from_(from),
-          to_(to),
-          lane_(lane),
-          gate_(gate),
-          timer_(from.get_executor()) {}
+        : m_pair(std::move(pair)),
+          m_from(from),
+          m_to(to),
+          m_lane(lane),
+          m_gate(gate),
+          m_timer(from.get_executor()) {}
 
     void read() {
-        if (gate_.stalled) {
-            gate_.parked.push_back([self = shared_from_this()] { self->read(); });
+        if (m_gate.stalled) {
+            m_gate.parked.push_back([self = shared_from_this()] { self->read(); });
             return;
         }
-        from_.async_read_some(asio::buffer(buffer_),
-                              [self = shared_from_this()](const asio::error_code& error, std::size_t size) {
-                                  if (error) {
-                                      self->pair_->close();
-                                      return;
-                                  }
-                                  self->damage(size);
-                                  self->begin_ = 0;
-                                  self->end_ = size;
-                                  self->wait_and_write();
-                              });
+        m_from.async_read_some(asio::buffer(m_buffer),
+                               [self = shared_from_this()](const asio::error_code& error, std::size_t size) {
+                                   if (error) {
+                                       self->m_pair->close();
+                                       return;
+                                   }
+                                   self->damage(size);
+                                   self->m_begin = 0;
+                                   self->m_end = size;
+                                   self->waitAndWrite();
+                               });
     }
 
 private:
     void damage(std::size_t size) {
-        lane_.counts.arrived += size;
+        m_lane.counts.arrived += size;
         for (std::size_t i = 0; i < size; ++i) {
-            if (!lane_.dice.happens(lane_.faults.corruption)) continue;
-            ++lane_.counts.corrupted;
-            buffer_[i] ^= static_cast<std::uint8_t>(1u << lane_.dice.below(8));
+            if (!m_lane.dice.happens(m_lane.faults.corruption)) {
+                continue;
+            }
+            ++m_lane.counts.corrupted;
+            m_buffer[i] ^= static_cast<std::uint8_t>(1u << m_lane.dice.below(8));
         }
     }
 
-    void wait_and_write() {
-        if (lane_.faults.delay.count() == 0) {
+    void waitAndWrite() {
+        if (m_lane.faults.delay.count() == 0) {
             write();
             return;
         }
-        timer_.expires_after(lane_.faults.delay);
-        timer_.async_wait([self = shared_from_this()](const asio::error_code&) { self->write(); });
+        m_timer.expires_after(m_lane.faults.delay);
+        m_timer.async_wait([self = shared_from_this()](const asio::error_code&) { self->write(); });
     }
 
     void write() {
-        if (gate_.stalled) {
-            gate_.parked.push_back([self = shared_from_this()] { self->write(); });
+        if (m_gate.stalled) {
+            m_gate.parked.push_back([self = shared_from_this()] { self->write(); });
             return;
         }
-        std::size_t size = end_ - begin_;
-        if (lane_.faults.largest_chunk > 0)
-            size = std::min(size, 1 + lane_.chunk_dice.below(lane_.faults.largest_chunk));
-        asio::async_write(to_, asio::buffer(buffer_.data() + begin_, size),
+        std::size_t size = m_end - m_begin;
+        if (m_lane.faults.largest_chunk > 0) {
+            size = std::min(size, 1 + m_lane.chunk_dice.below(m_lane.faults.largest_chunk));
+        }
+        asio::async_write(m_to, asio::buffer(m_buffer.data() + m_begin, size),
                           [self = shared_from_this()](const asio::error_code& error, std::size_t written) {
                               if (error) {
-                                  self->pair_->close();
+                                  self->m_pair->close();
                                   return;
                               }
-                              self->begin_ += written;
-                              if (self->begin_ < self->end_)
+                              self->m_begin += written;
+                              if (self->m_begin < self->m_end) {
                                   self->write();
-                              else
+                              } else {
                                   self->read();
+                              }
                           });
     }
 
-    std::shared_ptr<Pair> pair_;
-    tcp::socket& from_;
-    tcp::socket& to_;
-    Lane& lane_;
-    Gate& gate_;
-    asio::steady_timer timer_;
-    std::array<std::uint8_t, 4096> buffer_;
-    std::size_t begin_ = 0;
-    std::size_t end_ = 0;
+    std::shared_ptr<Pair> m_pair;
+    tcp::socket& m_from;
+    tcp::socket& m_to;
+    Lane& m_lane;
+    Gate& m_gate;
+    asio::steady_timer m_timer;
+    std::array<std::uint8_t, 4096> m_buffer;
+    std::size_t m_begin = 0;
+    std::size_t m_end = 0;
 };
 
 }  // namespace
@@ -140,8 +142,8 @@ private:
 struct TcpProxy::Impl {
     Impl(std::uint16_t listen_port, std::uint16_t target_port, std::uint64_t seed)
         : target(loopback(target_port)),
-          to_target(seed),
-          to_client(~seed),
+          toTarget(seed),
+          toClient(~seed),
           acceptor(loop.io, loopback(listen_port)) {
         accept();
         loop.start();
@@ -151,8 +153,12 @@ struct TcpProxy::Impl {
     void accept() {
         auto pair = std::make_shared<Pair>(loop.io);
         acceptor.async_accept(pair->client, [this, pair](const asio::error_code& error) {
-            if (error == asio::error::operation_aborted) return;
-            if (!error) connect(pair);
+            if (error == asio::error::operation_aborted) {
+                return;
+            }
+            if (!error) {
+                connect(pair);
+            }
             accept();
         });
     }
@@ -168,31 +174,36 @@ struct TcpProxy::Impl {
             asio::error_code unimportant;
             pair->client.set_option(tcp::no_delay(true), unimportant);
             pair->target.set_option(tcp::no_delay(true), unimportant);
-            std::make_shared<Pump>(pair, pair->client, pair->target, to_target, gate)->read();
-            std::make_shared<Pump>(pair, pair->target, pair->client, to_client, gate)->read();
+            std::make_shared<Pump>(pair, pair->client, pair->target, toTarget, gate)->read();
+            std::make_shared<Pump>(pair, pair->target, pair->client, toClient, gate)->read();
         });
     }
 
-    void set_stalled(bool stalled) {
+    void setStalled(bool stalled) {
         gate.stalled = stalled;
-        if (stalled) return;
+        if (stalled) {
+            return;
+        }
         std::vector<std::function<void()>> parked;
         parked.swap(gate.parked);
-        for (const auto& go_on : parked)
+        for (const auto& go_on : parked) {
             go_on();
+        }
     }
 
     void cut() {
         for (const auto& known : pairs) {
-            if (const auto pair = known.lock()) pair->reset();
+            if (const auto pair = known.lock()) {
+                pair->reset();
+            }
         }
         // What waits for the end of a stall would keep the dead connections.
         gate.parked.clear();
     }
 
     tcp::endpoint target;
-    Lane to_target;
-    Lane to_client;
+    Lane toTarget;
+    Lane toClient;
     Loop loop;
     Gate gate;
     std::list<std::weak_ptr<Pair>> pairs;
@@ -200,38 +211,36 @@ struct TcpProxy::Impl {
 };
 
 TcpProxy::TcpProxy(std::uint16_t listen_port, std::uint16_t target_port, std::uint64_t seed)
-    : impl_(std::make_unique<Impl>(listen_port, target_port, seed)) {}
+    : m_impl(std::make_unique<Impl>(listen_port, target_port, seed)) {}
 
 TcpProxy::~TcpProxy() = default;
 
-std::uint16_t TcpProxy::port() const {
-    return impl_->acceptor.local_endpoint().port();
-}
+std::uint16_t TcpProxy::port() const { return m_impl->acceptor.local_endpoint().port(); }
 
-void TcpProxy::set_faults(const Faults& to_target, const Faults& to_client) {
-    impl_->loop.run([&] {
-        impl_->to_target.faults = to_target;
-        impl_->to_client.faults = to_client;
+void TcpProxy::setFaults(const Faults& toTarget, const Faults& toClient) {
+    m_impl->loop.run([&] {
+        m_impl->toTarget.faults = toTarget;
+        m_impl->toClient.faults = toClient;
     });
 }
 
 void TcpProxy::stall(bool stalled) {
-    impl_->loop.run([&] { impl_->set_stalled(stalled); });
+    m_impl->loop.run([&] { m_impl->setStalled(stalled); });
 }
 
 void TcpProxy::cut() {
-    impl_->loop.run([&] { impl_->cut(); });
+    m_impl->loop.run([&] { m_impl->cut(); });
 }
 
-Counts TcpProxy::to_target() const {
+Counts TcpProxy::toTarget() const {
     Counts counts;
-    impl_->loop.run([&] { counts = impl_->to_target.counts; });
+    m_impl->loop.run([&] { counts = m_impl->toTarget.counts; });
     return counts;
 }
 
-Counts TcpProxy::to_client() const {
+Counts TcpProxy::toClient() const {
     Counts counts;
-    impl_->loop.run([&] { counts = impl_->to_client.counts; });
+    m_impl->loop.run([&] { counts = m_impl->toClient.counts; });
     return counts;
 }
 

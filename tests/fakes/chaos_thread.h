@@ -11,17 +11,19 @@ namespace chaos {
 
 class Loop {
 public:
-    Loop() : work_(io.get_executor()) {}
+    Loop() : m_work(io.get_executor()) {}
     ~Loop() { stop(); }
 
     void start() {
-        thread_ = std::thread([this] { io.run(); });
+        m_thread = std::thread([this] { io.run(); });
     }
 
     // Before anything that handlers use goes away.
     void stop() {
         io.stop();
-        if (thread_.joinable()) thread_.join();
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
     }
 
     // Runs `work` on the thread and waits for it.
@@ -38,8 +40,8 @@ public:
     asio::io_context io;
 
 private:
-    asio::executor_work_guard<asio::io_context::executor_type> work_;
-    std::thread thread_;
+    asio::executor_work_guard<asio::io_context::executor_type> m_work;
+    std::thread m_thread;
 };
 
 }  // namespace chaos

@@ -17,19 +17,17 @@ using Datagram = std::vector<std::uint8_t>;
 
 constexpr std::chrono::milliseconds longest_hold{50};
 
-udp::endpoint loopback(std::uint16_t port) {
-    return {asio::ip::address_v4::loopback(), port};
-}
+udp::endpoint loopback(std::uint16_t port) { return {asio::ip::address_v4::loopback(), port}; }
 
 // What happens to datagrams on their way in one direction.
 class Lane {
 public:
     Lane(asio::io_context& io, std::uint64_t seed, std::function<void(const Datagram&)> out)
-        : io_(io), dice_(seed), out_(std::move(out)), release_(io) {}
+        : m_io(io), m_dice(seed), m_out(std::move(out)), m_release(io) {}
 
     void take(Datagram datagram) {
         ++counts.arrived;
-        const Fate fate = dice_.next(faults, datagram.size());
+        const Fate fate = m_dice.next(faults, datagram.size());
         if (stalled || fate.lost) {
             ++counts.lost;
             return;
@@ -39,7 +37,7 @@ public:
             datagram[static_cast<std::size_t>(fate.flipped_bit) / 8] ^=
                 static_cast<std::uint8_t>(1u << (fate.flipped_bit % 8));
         }
-        if (fate.held_back && !held_) {
+        if (fate.held_back && !m_held) {
             hold(std::move(datagram));
             return;
         }
@@ -48,8 +46,10 @@ public:
             ++counts.duplicated;
             pass(datagram);
         }
-        if (held_) ++counts.reordered;
-        release_held();
+        if (m_held) {
+            ++counts.reordered;
+        }
+        releaseHeld();
     }
 
     Faults faults;
@@ -58,36 +58,42 @@ public:
 
 private:
     void hold(Datagram datagram) {
-        held_ = std::move(datagram);
-        release_.expires_after(longest_hold);
-        release_.async_wait([this](const asio::error_code& error) {
-            if (!error) release_held();
+        m_held = std::move(datagram);
+        m_release.expires_after(longest_hold);
+        m_release.async_wait([this](const asio::error_code& error) {
+            if (!error) {
+                releaseHeld();
+            }
         });
     }
 
-    void release_held() {
-        if (!held_) return;
-        release_.cancel();
-        pass(*held_);
-        held_.reset();
+    void releaseHeld() {
+        if (!m_held) {
+            return;
+        }
+        m_release.cancel();
+        pass(*m_held);
+        m_held.reset();
     }
 
     void pass(const Datagram& datagram) {
         if (faults.delay.count() == 0) {
-            out_(datagram);
+            m_out(datagram);
             return;
         }
-        auto timer = std::make_shared<asio::steady_timer>(io_, faults.delay);
+        auto timer = std::make_shared<asio::steady_timer>(m_io, faults.delay);
         timer->async_wait([this, timer, datagram](const asio::error_code& error) {
-            if (!error) out_(datagram);
+            if (!error) {
+                m_out(datagram);
+            }
         });
     }
 
-    asio::io_context& io_;
-    Dice dice_;
-    std::function<void(const Datagram&)> out_;
-    asio::steady_timer release_;
-    std::optional<Datagram> held_;
+    asio::io_context& m_io;
+    Dice m_dice;
+    std::function<void(const Datagram&)> m_out;
+    asio::steady_timer m_release;
+    std::optional<Datagram> m_held;
 };
 
 }  // namespace
@@ -97,40 +103,48 @@ struct UdpProxy::Impl {
         : target(loopback(target_port)),
           front(loop.io, loopback(listen_port)),
           back(loop.io, loopback(0)),
-          to_target(loop.io, seed, [this](const Datagram& data) { send(back, target, data); }),
-          to_client(loop.io, ~seed, [this](const Datagram& data) { send(front, client, data); }) {
-        for (auto* socket : {&front, &back})
+          toTarget(loop.io, seed, [this](const Datagram& data) { send(back, target, data); }),
+          toClient(loop.io, ~seed, [this](const Datagram& data) { send(front, client, data); }) {
+        for (auto* socket : {&front, &back}) {
             socket->set_option(asio::socket_base::receive_buffer_size(1 << 20));
-        listen_front();
-        listen_back();
+        }
+        listenFront();
+        listenBack();
         loop.start();
     }
     ~Impl() { loop.stop(); }
 
     static void send(udp::socket& socket, const udp::endpoint& to, const Datagram& data) {
         asio::error_code lost_like_any_other;
-        if (to.port() != 0) socket.send_to(asio::buffer(data), to, 0, lost_like_any_other);
+        if (to.port() != 0) {
+            socket.send_to(asio::buffer(data), to, 0, lost_like_any_other);
+        }
     }
 
-    void listen_front() {
+    void listenFront() {
         front.async_receive_from(asio::buffer(front_buffer), front_sender,
                                  [this](const asio::error_code& error, std::size_t size) {
-                                     if (error == asio::error::operation_aborted) return;
+                                     if (error == asio::error::operation_aborted) {
+                                         return;
+                                     }
                                      if (!error) {
                                          client = front_sender;
-                                         to_target.take({front_buffer.begin(), front_buffer.begin() + size});
+                                         toTarget.take({front_buffer.begin(), front_buffer.begin() + size});
                                      }
-                                     listen_front();
+                                     listenFront();
                                  });
     }
 
-    void listen_back() {
+    void listenBack() {
         back.async_receive_from(asio::buffer(back_buffer), back_sender,
                                 [this](const asio::error_code& error, std::size_t size) {
-                                    if (error == asio::error::operation_aborted) return;
-                                    if (!error)
-                                        to_client.take({back_buffer.begin(), back_buffer.begin() + size});
-                                    listen_back();
+                                    if (error == asio::error::operation_aborted) {
+                                        return;
+                                    }
+                                    if (!error) {
+                                        toClient.take({back_buffer.begin(), back_buffer.begin() + size});
+                                    }
+                                    listenBack();
                                 });
     }
 
@@ -143,47 +157,43 @@ struct UdpProxy::Impl {
     Loop loop;
     udp::socket front;
     udp::socket back;
-    Lane to_target;
-    Lane to_client;
+    Lane toTarget;
+    Lane toClient;
 };
 
 UdpProxy::UdpProxy(std::uint16_t listen_port, std::uint16_t target_port, std::uint64_t seed)
-    : impl_(std::make_unique<Impl>(listen_port, target_port, seed)) {}
+    : m_impl(std::make_unique<Impl>(listen_port, target_port, seed)) {}
 
 UdpProxy::~UdpProxy() = default;
 
-std::uint16_t UdpProxy::port() const {
-    return impl_->front.local_endpoint().port();
+std::uint16_t UdpProxy::port() const { return m_impl->front.local_endpoint().port(); }
+
+std::uint16_t UdpProxy::targetSide() const { return m_impl->back.local_endpoint().port(); }
+
+void UdpProxy::setClient(std::uint16_t client_port) {
+    m_impl->loop.run([&] { m_impl->client = loopback(client_port); });
 }
 
-std::uint16_t UdpProxy::target_side() const {
-    return impl_->back.local_endpoint().port();
-}
-
-void UdpProxy::set_client(std::uint16_t client_port) {
-    impl_->loop.run([&] { impl_->client = loopback(client_port); });
-}
-
-void UdpProxy::set_faults(const Faults& to_target, const Faults& to_client) {
-    impl_->loop.run([&] {
-        impl_->to_target.faults = to_target;
-        impl_->to_client.faults = to_client;
+void UdpProxy::setFaults(const Faults& toTarget, const Faults& toClient) {
+    m_impl->loop.run([&] {
+        m_impl->toTarget.faults = toTarget;
+        m_impl->toClient.faults = toClient;
     });
 }
 
 void UdpProxy::stall(bool stalled) {
-    impl_->loop.run([&] { impl_->to_target.stalled = impl_->to_client.stalled = stalled; });
+    m_impl->loop.run([&] { m_impl->toTarget.stalled = m_impl->toClient.stalled = stalled; });
 }
 
-Counts UdpProxy::to_target() const {
+Counts UdpProxy::toTarget() const {
     Counts counts;
-    impl_->loop.run([&] { counts = impl_->to_target.counts; });
+    m_impl->loop.run([&] { counts = m_impl->toTarget.counts; });
     return counts;
 }
 
-Counts UdpProxy::to_client() const {
+Counts UdpProxy::toClient() const {
     Counts counts;
-    impl_->loop.run([&] { counts = impl_->to_client.counts; });
+    m_impl->loop.run([&] { counts = m_impl->toClient.counts; });
     return counts;
 }
 

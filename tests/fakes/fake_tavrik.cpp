@@ -7,9 +7,7 @@ State& state() {
     return the_state;
 }
 
-void reset() {
-    state() = State();
-}
+void reset() { state() = State(); }
 
 namespace {
 void note(const char* what, int handle) {
@@ -24,9 +22,7 @@ namespace tavrik {
 using fake_tavrik::note;
 using fake_tavrik::state;
 
-int list_decoders() {
-    return state().decoders;
-}
+int list_decoders() { return state().decoders; }
 
 int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on_audio, std::string local_ip,
              bool is_rtsp, std::string av_options, SeiCallback on_sei, std::uint8_t decoder) {
@@ -55,33 +51,21 @@ int feedPull(FrameCallback on_frame, ReadCallback on_read, std::uint8_t decoder)
 
 void feedClose(int handle) {
     note("close", handle);
-    if (state().at_close) state().at_close();
+    if (state().at_close) {
+        state().at_close();
+    }
 }
-void feedHold(int handle) {
-    note("hold", handle);
-}
-void feedResume(int handle) {
-    note("resume", handle);
-}
-void captureBegin(const char* /*path*/, int handle, int /*format*/) {
-    note("captureBegin", handle);
-}
-void captureEnd(int handle) {
-    note("captureEnd", handle);
-}
+void feedHold(int handle) { note("hold", handle); }
+void feedResume(int handle) { note("resume", handle); }
+void captureBegin(const char* /*path*/, int handle, int /*format*/) { note("captureBegin", handle); }
+void captureEnd(int handle) { note("captureEnd", handle); }
 void StillBegin(int handle, const char* /*directory*/, int /*reserved*/, int /*count*/,
                 const char* /*path*/) {
     note("StillBegin", handle);
 }
-void StillEnd(int handle) {
-    note("StillEnd", handle);
-}
-int clipOpen(const char* /*path*/, FrameCallback /*on_frame*/, std::uint8_t /*decoder*/) {
-    return 0;
-}
+void StillEnd(int handle) { note("StillEnd", handle); }
+int clipOpen(const char* /*path*/, FrameCallback /*on_frame*/, std::uint8_t /*decoder*/) { return 0; }
 void ClipHooks(ReplayHook /*on_replay_start*/, ReplayHook /*on_replay_end*/) {}
-std::int32_t ClipLengthMs() {
-    return 0;
-}
+std::int32_t ClipLengthMs() { return 0; }
 
 }  // namespace tavrik

@@ -11,9 +11,7 @@ namespace fuzz {
 inline std::atomic<unsigned long long> accepted_count{0};
 
 // Call for each frame, picture or unit that the code under test took for whole and good. Any thread.
-inline void countAccepted() {
-    accepted_count.fetch_add(1, std::memory_order_relaxed);
-}
+inline void countAccepted() { accepted_count.fetch_add(1, std::memory_order_relaxed); }
 
 namespace detail {
 

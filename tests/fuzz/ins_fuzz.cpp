@@ -9,9 +9,13 @@ namespace {
 
 // The received checksum takes no part; what a frame needs is its length and a sum that is not zero.
 std::size_t mend(std::uint8_t* frame, std::size_t rest) {
-    if (rest < 58 || frame[0] != 0xAA || frame[1] != 0x55) return 0;
+    if (rest < 58 || frame[0] != 0xAA || frame[1] != 0x55) {
+        return 0;
+    }
     frame[3] = 58;
-    if ((sorvane::frameSum(frame, 57) & 0xFFU) == 0) ++frame[2];
+    if ((sorvane::frameSum(frame, 57) & 0xFFU) == 0) {
+        ++frame[2];
+    }
     return 58;
 }
 
@@ -37,7 +41,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         });
         const std::int32_t most =
             result == sorvane::InsFeed::kStuck ? sorvane::InsReassembler::kCapacity : 57;
-        if (reassembler.held() < 0 || reassembler.held() > most) __builtin_trap();
+        if (reassembler.held() < 0 || reassembler.held() > most) {
+            __builtin_trap();
+        }
     });
     return 0;
 }

@@ -7,7 +7,9 @@ namespace {
 
 // This path has no checksum: the end byte is all there is to mend.
 std::size_t mend(std::uint8_t* frame, std::size_t rest) {
-    if (rest < 44 || frame[0] != 0xFB || frame[1] != 0x2C) return 0;
+    if (rest < 44 || frame[0] != 0xFB || frame[1] != 0x2C) {
+        return 0;
+    }
     frame[43] = 0xF0;
     return 44;
 }

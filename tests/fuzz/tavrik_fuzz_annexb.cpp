@@ -14,8 +14,12 @@ using tavrik::Codec;
 using tavrik::PictureStream;
 
 void check(Codec codec, const AccessUnit& unit) {
-    if (!unit.has_picture || unit.bytes.size() < 4) __builtin_trap();
-    if (codec != Codec::H264 && codec != Codec::H265) __builtin_trap();
+    if (!unit.has_picture || unit.bytes.size() < 4) {
+        __builtin_trap();
+    }
+    if (codec != Codec::kH264 && codec != Codec::kH265) {
+        __builtin_trap();
+    }
     fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
     fuzz::touch(unit.sei.data(), static_cast<std::int32_t>(unit.sei.size()));
     fuzz::countAccepted();
@@ -44,16 +48,26 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < 2) return 0;
-    const Codec codecs[] = {Codec::Unknown, Codec::H264, Codec::H265};
+    if (size < 2) {
+        return 0;
+    }
+    const Codec codecs[] = {Codec::kUnknown, Codec::kH264, Codec::kH265};
     PictureStream stream(codecs[data[0] / 16 % 3], check);
     fuzz::inPieces(data, size, [&](const std::uint8_t* piece, std::int32_t n) {
         stream.push(piece, static_cast<std::size_t>(n));
-        if (piece[0] % 5 == 0) stream.endOfPicture();
-        if (piece[0] % 7 == 0) stream.idle();
-        if (stream.idleMs() < 3 || stream.idleMs() > 48) __builtin_trap();
+        if (piece[0] % 5 == 0) {
+            stream.endOfPicture();
+        }
+        if (piece[0] % 7 == 0) {
+            stream.idle();
+        }
+        if (stream.idleMs() < 3 || stream.idleMs() > 48) {
+            __builtin_trap();
+        }
     });
     stream.idle();
-    if (stream.pending()) __builtin_trap();
+    if (stream.pending()) {
+        __builtin_trap();
+    }
     return 0;
 }

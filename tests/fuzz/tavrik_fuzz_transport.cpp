@@ -34,13 +34,16 @@ Bytes sample(unsigned kind) {
 // A table behind a packet head at `p` gets a good sum, if one fits.
 std::size_t mendPacket(std::uint8_t* p, std::size_t rest) {
     constexpr std::size_t kPacket = tavrik::TsDemuxer::kPacketBytes;
-    if (rest < kPacket || p[0] != tavrik::TsDemuxer::kSync) return 0;
+    if (rest < kPacket || p[0] != tavrik::TsDemuxer::kSync) {
+        return 0;
+    }
     const bool table = (p[1] & 0x40) != 0 && (p[3] & 0x30) == 0x10 && p[4] == 0 && (p[5] == 0 || p[5] == 2);
     const std::size_t length = 3u + ((p[6] & 0x0Fu) << 8) + p[7];
     if (table && length >= 12 && length <= kPacket - 5) {
         const std::uint32_t sum = tavrik::crc32Mpeg(p + 5, length - 4);
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             p[5 + length - 4 + static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(sum >> (24 - 8 * i));
+        }
     }
     return kPacket;
 }
@@ -63,7 +66,9 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     tavrik::ByteStream stream(
         [](tavrik::Codec, const tavrik::AccessUnit& unit) {
-            if (!unit.has_picture) __builtin_trap();
+            if (!unit.has_picture) {
+                __builtin_trap();
+            }
             fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
             fuzz::countAccepted();
         },
@@ -72,9 +77,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         });
     fuzz::inPieces(data, size, [&](const std::uint8_t* piece, std::int32_t n) {
         stream.push(piece, static_cast<std::size_t>(n));
-        if (piece[0] % 11 == 0) stream.idle();
+        if (piece[0] % 11 == 0) {
+            stream.idle();
+        }
     });
     stream.idle();
-    if (stream.pending()) __builtin_trap();
+    if (stream.pending()) {
+        __builtin_trap();
+    }
     return 0;
 }

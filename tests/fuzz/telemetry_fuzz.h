@@ -15,7 +15,9 @@ namespace fuzz {
 // that a read beyond it is found.
 template <typename Take>
 void inPieces(const std::uint8_t* data, std::size_t size, Take&& take) {
-    if (size < 2) return;
+    if (size < 2) {
+        return;
+    }
     std::minstd_rand random(data[0] + 1U);
     const std::size_t largest = 1U + (data[0] & 0x0FU) * 70U;
     for (std::size_t at = 1; at < size;) {
@@ -29,8 +31,9 @@ void inPieces(const std::uint8_t* data, std::size_t size, Take&& take) {
 // Reads every byte, so that a sanitizer sees a payload that is not all there.
 inline void touch(const std::uint8_t* bytes, std::int32_t size) {
     volatile std::uint8_t sum = 0;
-    for (std::int32_t i = 0; i < size; ++i)
+    for (std::int32_t i = 0; i < size; ++i) {
         sum = static_cast<std::uint8_t>(sum + bytes[i]);
+    }
 }
 
 // Mutates as usual; then, two times in three, writes a frame's fixed bytes at a random place where
@@ -50,9 +53,12 @@ std::size_t mutate(std::uint8_t* data, std::size_t size, std::size_t max_size, u
         plant(data + at, random);
     }
     // One input in eight keeps its broken checksums.
-    if (random() % 8 == 0) return size;
-    for (std::size_t at = 1; at < size;)
+    if (random() % 8 == 0) {
+        return size;
+    }
+    for (std::size_t at = 1; at < size;) {
         at += std::max<std::size_t>(mend(data + at, size - at), 1);
+    }
     return size;
 }
 

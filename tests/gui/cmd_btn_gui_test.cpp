@@ -41,7 +41,9 @@ public:
 private:
     void note(QEvent* e) {
         const int type = e->type();
-        if (type != EVT_CMD_BTN_DOWN && type != EVT_CMD_BTN_UP) return;
+        if (type != EVT_CMD_BTN_DOWN && type != EVT_CMD_BTN_UP) {
+            return;
+        }
         types.push_back(type);
         sender = static_cast<QMyEvent*>(e)->sender;
     }
@@ -56,16 +58,14 @@ QTouchDevice* touchScreen() {
     return device;
 }
 
-void touchPress(QWidget* w) {
-    QTest::touchEvent(w, touchScreen()).press(0, w->rect().center(), w);
-}
-void touchRelease(QWidget* w, const QPoint& at) {
-    QTest::touchEvent(w, touchScreen()).release(0, at, w);
-}
+void touchPress(QWidget* w) { QTest::touchEvent(w, touchScreen()).press(0, w->rect().center(), w); }
+void touchRelease(QWidget* w, const QPoint& at) { QTest::touchEvent(w, touchScreen()).release(0, at, w); }
 
 QStringList* g_log = nullptr;
 void keepLog(QtMsgType, const QMessageLogContext&, const QString& text) {
-    if (g_log != nullptr) *g_log << text;
+    if (g_log != nullptr) {
+        *g_log << text;
+    }
 }
 
 class CmdBtnTest : public ::testing::Test {
@@ -223,8 +223,9 @@ protected:
     std::vector<QMyCmdBtn*> buttons() const {
         std::vector<QMyCmdBtn*> all;
         for (QWidget* page : {ui().tab_test, ui().tab_ctl_ex}) {
-            for (auto* b : page->findChildren<QMyCmdBtn*>())
+            for (auto* b : page->findChildren<QMyCmdBtn*>()) {
                 all.push_back(b);
+            }
         }
         return all;
     }
@@ -232,14 +233,18 @@ protected:
         window->show();
         ui().tabWidget->show();
         for (int page = 0; page < 2; ++page) {
-            if (ui().tabWidget->widget(page)->isAncestorOf(b)) ui().tabWidget->setCurrentIndex(page);
+            if (ui().tabWidget->widget(page)->isAncestorOf(b)) {
+                ui().tabWidget->setCurrentIndex(page);
+            }
         }
         for (int servo_frame = 0; servo_frame < 2 && !b->isVisible(); ++servo_frame) {
             window->setServoFrame(servo_frame);
         }
         b->setEnabled(true);
         for (QWidget* w = b->parentWidget(); w != nullptr; w = w->parentWidget()) {
-            if (auto* scrolled = qobject_cast<QScrollArea*>(w)) scrolled->ensureWidgetVisible(b);
+            if (auto* scrolled = qobject_cast<QScrollArea*>(w)) {
+                scrolled->ensureWidgetVisible(b);
+            }
         }
         ASSERT_TRUE(b->isVisible());
     }
@@ -249,7 +254,9 @@ protected:
         const auto all = buttons();
         std::set<std::string> listed;
         for (const auto& row : sorvane::commandCatalogue()) {
-            if (row.kind == sorvane::ControlKind::kButton) listed.insert(row.object);
+            if (row.kind == sorvane::ControlKind::kButton) {
+                listed.insert(row.object);
+            }
         }
         EXPECT_EQ(all.size(), listed.size());
         for (QMyCmdBtn* b : all) {
@@ -259,7 +266,9 @@ protected:
             EXPECT_EQ(recorder.take(), kDown);
             fault(b);
             EXPECT_EQ(recorder.take(), kUp);
-            if (!survives) continue;
+            if (!survives) {
+                continue;
+            }
             EXPECT_FALSE(b->isHeld());
             EXPECT_FALSE(b->isDown());
             b->setEnabled(true);
@@ -377,7 +386,9 @@ TEST_F(HoldFaultsTest, ClosingSendsTheReleaseFramesInPeriodicMode) {
     const auto lastParts = [this] {
         std::vector<QByteArray> parts;
         for (const QByteArray& f : peer.frames()) {
-            if (f.size() == 44) parts.push_back(f.mid(2, 5) + f.mid(37, 5));
+            if (f.size() == 44) {
+                parts.push_back(f.mid(2, 5) + f.mid(37, 5));
+            }
         }
         return parts;
     };
@@ -412,8 +423,9 @@ TEST_F(HoldFaultsTest, ClosingRightAfterTheReleaseStillEndsTheMovementInPeriodic
     window->close();
     std::vector<QByteArray> codes;
     ASSERT_TRUE(waitFor([&] {
-        for (const QByteArray& f : peer.take())
+        for (const QByteArray& f : peer.take()) {
             codes.push_back(f.mid(2, 3));
+        }
         return codes.size() >= 3;
     }));
     ASSERT_GE(codes.size(), 3U);

@@ -25,7 +25,9 @@ struct Golden {
 std::vector<QByteArray> framesOf(const QString& text) {
     std::vector<QByteArray> frames;
     for (const QString& word : text.split(' ', Qt::SkipEmptyParts)) {
-        if (word != "-") frames.push_back(QByteArray::fromHex(word.toLatin1()));
+        if (word != "-") {
+            frames.push_back(QByteArray::fromHex(word.toLatin1()));
+        }
     }
     return frames;
 }
@@ -36,7 +38,9 @@ Golden readGolden() {
     EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << file.fileName().toStdString();
     while (!file.atEnd()) {
         const QString line = QString::fromUtf8(file.readLine()).trimmed();
-        if (line.isEmpty() || line.startsWith('#')) continue;
+        if (line.isEmpty() || line.startsWith('#')) {
+            continue;
+        }
         const QStringList words = line.section('|', 0, 0).split(' ', Qt::SkipEmptyParts);
         if (words[0] == "set") {
             golden.sets.push_back({words[1], words[2]});
@@ -54,15 +58,18 @@ Golden readGolden() {
 
 std::string hexOf(const std::vector<QByteArray>& frames) {
     std::string text;
-    for (const QByteArray& f : frames)
+    for (const QByteArray& f : frames) {
         text += "\n  " + f.toHex().toUpper().toStdString();
+    }
     return text;
 }
 
 std::vector<QByteArray> withoutRepeats(const std::vector<QByteArray>& frames) {
     std::vector<QByteArray> result;
     for (const QByteArray& f : frames) {
-        if (result.empty() || result.back() != f) result.push_back(f);
+        if (result.empty() || result.back() != f) {
+            result.push_back(f);
+        }
     }
     return result;
 }
@@ -75,8 +82,9 @@ protected:
         in().m_localClock() = [this] { return golden.clock; };
         openUdp();
         ui().tabWidget->show();
-        for (const QStringList& set : golden.sets)
+        for (const QStringList& set : golden.sets) {
             fill(set[0], set[1]);
+        }
         letTheStartEnd();
         fire(in().m_stopTimer());
         tick();
@@ -96,7 +104,9 @@ protected:
 
     // Lets one of the window's timers expire now.
     void fire(int timer) {
-        if (timer <= 0) return;
+        if (timer <= 0) {
+            return;
+        }
         QTimerEvent e(timer);
         QCoreApplication::sendEvent(window.get(), &e);
     }
@@ -111,20 +121,28 @@ protected:
         in().m_lastCode() = last;
         EXPECT_TRUE(waitFor([&] { return peer.count() > 0 && peer.frames().back() == marker; }));
         std::vector<QByteArray> frames = peer.take();
-        if (!frames.empty()) frames.pop_back();
+        if (!frames.empty()) {
+            frames.pop_back();
+        }
         return frames;
     }
 
     void bringUp(QWidget* widget) {
         for (int page = 0; page < 2; ++page) {
-            if (ui().tabWidget->widget(page)->isAncestorOf(widget)) ui().tabWidget->setCurrentIndex(page);
+            if (ui().tabWidget->widget(page)->isAncestorOf(widget)) {
+                ui().tabWidget->setCurrentIndex(page);
+            }
         }
         // One box belongs to the gyro mode.
-        if (widget == ui().comboBox) ui().radioButton_14->setChecked(true);
+        if (widget == ui().comboBox) {
+            ui().radioButton_14->setChecked(true);
+        }
         for (int servo_frame = 0; servo_frame < 2 && !widget->isVisible(); ++servo_frame) {
             window->setServoFrame(servo_frame);
         }
-        if (!widget->isEnabled()) window->on_toggled_li(true);
+        if (!widget->isEnabled()) {
+            window->on_toggled_li(true);
+        }
         fire(in().m_stopTimer());
         if (in().m_periodTimer() > 0) {
             tick();
@@ -137,9 +155,15 @@ protected:
 
     QWidget* control(const GoldenRow& row) const {
         QWidget* found = nullptr;
-        if (row.kind == "button") found = ui().tabWidget->findChild<QMyCmdBtn*>(row.name);
-        if (row.kind == "combo") found = ui().tabWidget->findChild<QComboBox*>(row.name);
-        if (row.kind == "switch") found = ui().tabWidget->findChild<SwitchControl*>(row.name);
+        if (row.kind == "button") {
+            found = ui().tabWidget->findChild<QMyCmdBtn*>(row.name);
+        }
+        if (row.kind == "combo") {
+            found = ui().tabWidget->findChild<QComboBox*>(row.name);
+        }
+        if (row.kind == "switch") {
+            found = ui().tabWidget->findChild<SwitchControl*>(row.name);
+        }
         return found;
     }
 
@@ -163,12 +187,16 @@ protected:
         }
     }
     void release(const GoldenRow& row, QWidget* widget) {
-        if (row.kind == "button") QTest::mouseRelease(widget, Qt::LeftButton);
+        if (row.kind == "button") {
+            QTest::mouseRelease(widget, Qt::LeftButton);
+        }
         fire(in().m_stopTimer());
     }
 
     void chooseServo(const GoldenRow& row) {
-        if (row.kind != "button") return;
+        if (row.kind != "button") {
+            return;
+        }
         (row.condition == "gyro" ? ui().radioButton_14 : ui().radioButton_13)->setChecked(true);
     }
 
@@ -180,8 +208,9 @@ protected:
         press(row, widget);
         const std::vector<QByteArray> pressed = takeUpToMarker();
         EXPECT_EQ(pressed, row.press) << hexOf(pressed);
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             tick();
+        }
         const std::vector<QByteArray> held = takeUpToMarker();
         EXPECT_TRUE(held.empty()) << hexOf(held);
         release(row, widget);
@@ -195,16 +224,18 @@ protected:
         chooseServo(row);
         bringUp(widget);
         press(row, widget);
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             tick();
+        }
         const std::vector<QByteArray> held = takeUpToMarker();
         EXPECT_GE(held.size(), 3U);
         EXPECT_EQ(withoutRepeats(held), row.held) << hexOf(held);
         release(row, widget);
         const std::vector<QByteArray> silent = takeUpToMarker();
         EXPECT_TRUE(silent.empty()) << "the release waits for the tick" << hexOf(silent);
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             tick();
+        }
         std::vector<QByteArray> expected = row.held;
         expected.insert(expected.end(), row.after.begin(), row.after.end());
         const std::vector<QByteArray> after = takeUpToMarker();
@@ -228,12 +259,15 @@ TEST_F(CommandsTest, TableNamesEveryControlOfBothPages) {
             << kind << " " << widget->objectName().toStdString();
     };
     for (QWidget* page : {ui().tab_test, ui().tab_ctl_ex}) {
-        for (const auto* w : page->findChildren<QMyCmdBtn*>())
+        for (const auto* w : page->findChildren<QMyCmdBtn*>()) {
             check(w, "button");
-        for (const auto* w : page->findChildren<QComboBox*>())
+        }
+        for (const auto* w : page->findChildren<QComboBox*>()) {
             check(w, "combo");
-        for (const auto* w : page->findChildren<SwitchControl*>())
+        }
+        for (const auto* w : page->findChildren<SwitchControl*>()) {
             check(w, "switch");
+        }
     }
     EXPECT_EQ(controls, listed.size());
 }
@@ -258,7 +292,9 @@ TEST_F(CommandsTest, PeriodicModeFramesOfEveryControl) {
 TEST_F(CommandsTest, OtherButtonsAreTheSameInGyroMode) {
     startLinked(true);
     for (GoldenRow row : golden.rows) {
-        if (row.kind != "button" || row.condition != "any") continue;
+        if (row.kind != "button" || row.condition != "any") {
+            continue;
+        }
         row.condition = "gyro";
         SCOPED_TRACE(row.name.toStdString());
         runSingle(row);
@@ -273,16 +309,18 @@ TEST_F(CommandsTest, HeldCommandGoesOutAgainWithTheRealTimer) {
     QTest::mousePress(ui().pushButton_119, Qt::LeftButton);
     const auto zoomFrames = [this] {
         int n = 0;
-        for (const QByteArray& f : peer.frames())
+        for (const QByteArray& f : peer.frames()) {
             n += f.mid(2, 5) == hex("4503040000") ? 1 : 0;
+        }
         return n;
     };
     ASSERT_TRUE(waitFor([&] { return zoomFrames() >= 4; }));
     QTest::mouseRelease(ui().pushButton_119, Qt::LeftButton);
     ASSERT_TRUE(waitFor([this] { return peer.frames().back().mid(2, 5) == hex("0000000000"); }));
     std::vector<QByteArray> parts;
-    for (const QByteArray& f : peer.take())
+    for (const QByteArray& f : peer.take()) {
         parts.push_back(f.mid(2, 5));
+    }
     parts = withoutRepeats(parts);
     ASSERT_GE(parts.size(), 3U);
     EXPECT_EQ(std::vector<QByteArray>(parts.end() - 3, parts.end()),

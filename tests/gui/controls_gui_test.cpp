@@ -9,8 +9,9 @@ namespace {
 // Code and parameters of each variable frame.
 std::vector<QByteArray> commandsOf(const std::vector<QByteArray>& frames) {
     std::vector<QByteArray> commands;
-    for (const QByteArray& f : frames)
+    for (const QByteArray& f : frames) {
         commands.push_back(f.mid(4, 1) + f.mid(6, f.size() - 7));
+    }
     return commands;
 }
 
@@ -31,15 +32,18 @@ protected:
         in().m_lastCode() = last;
         EXPECT_TRUE(waitFor([&] { return peer.count() > 0 && peer.frames().back() == marker; }));
         std::vector<QByteArray> frames = peer.take();
-        if (!frames.empty()) frames.pop_back();
+        if (!frames.empty()) {
+            frames.pop_back();
+        }
         return frames;
     }
     std::vector<QByteArray> sent() { return commandsOf(takeUpToMarker()); }
     void click(QMyCmdBtn* button) { QTest::mouseClick(button, Qt::LeftButton); }
     static QStringList items(const QComboBox* box) {
         QStringList texts;
-        for (int i = 0; i < box->count(); ++i)
+        for (int i = 0; i < box->count(); ++i) {
             texts << box->itemText(i);
+        }
         return texts;
     }
 };
@@ -276,8 +280,9 @@ TEST_F(ControlsTest, StopTimerStartsAnewAndIsNotDoubled) {
         return n;
     };
     EXPECT_EQ(hundreds(), 1) << "the main tick";
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         window->startStopTimer();
+    }
     EXPECT_EQ(hundreds(), 2);
     EXPECT_TRUE(waitFor([this] { return in().m_stopTimer() == 0; }));
     EXPECT_EQ(hundreds(), 1);
@@ -349,8 +354,9 @@ TEST_F(ControlsTest, DisplayPageOfTheSettingsReachesTheChain) {
     auto& page = *in().m_settings()->ui;
     window->OnFileSettings();
     page.stackedWidget->setCurrentWidget(page.page_osd);
-    for (auto* toggle : page.page_osd->findChildren<SwitchControl*>())
+    for (auto* toggle : page.page_osd->findChildren<SwitchControl*>()) {
         toggle->setToggle(false);
+    }
     click(page.pushButton_13);
     click(page.pushButton_15);
     EXPECT_EQ(sent(), (Commands{hex("3703F77668"), hex("3703F77768")}));
@@ -368,8 +374,9 @@ TEST_F(ControlsTest, DisplayPageOfTheSettingsReachesTheChain) {
 // The counter is the process's, so the first press of this test may find it anywhere.
 TEST_F(ControlsTest, OsdNextGoesRoundWithoutTouchingTheBox) {
     startLinked();
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         window->osdNext();
+    }
     const Commands commands = sent();
     ASSERT_EQ(commands.size(), 4U);
     for (std::size_t i = 0; i < 4; ++i) {

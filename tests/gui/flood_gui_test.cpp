@@ -24,7 +24,9 @@ public:
     ~Flood() { stop(); }
     void stop() {
         m_stop = true;
-        if (m_thread.joinable()) m_thread.join();
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
     }
     long sent() const { return m_sent; }
 
@@ -113,9 +115,10 @@ TEST_F(Floods, OfNoiseLeavesTheWindowAnswering) {
     std::vector<Bytes> noise;
     for (int i = 0; i < 64; ++i) {
         Bytes d(1 + random() % 1200);
-        for (std::uint8_t& byte : d)
+        for (std::uint8_t& byte : d) {
             byte =
                 static_cast<std::uint8_t>(random() % 4 == 0 ? (random() % 2 == 0 ? 0xFC : 0x2C) : random());
+        }
         noise.push_back(d);
     }
     Flood flood(pod, station, noise);

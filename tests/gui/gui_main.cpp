@@ -9,9 +9,7 @@
 
 #ifdef SORVANE_SANITIZED
 // A library that stays loaded keeps its name in a report of its leaks, and so can be told from ours.
-extern "C" int dlclose(void* /*handle*/) {
-    return 0;
-}
+extern "C" int dlclose(void* /*handle*/) { return 0; }
 #endif
 
 int main(int argc, char* argv[]) {

@@ -28,9 +28,7 @@ struct KorvathAccess {
     Korvath& w;
 
 #define SORVANE_FIELD(name) \
-    auto& name() const {    \
-        return w.name;      \
-    }
+    auto& name() const { return w.name; }
     SORVANE_FIELD(ui)
     SORVANE_FIELD(ui_connection)
     SORVANE_FIELD(ui_sei_info)
@@ -85,15 +83,9 @@ struct KorvathAccess {
     SORVANE_FIELD(frame_cache)
 #undef SORVANE_FIELD
 
-    auto& m_localClock() const {
-        return w.m_parts->sender->local_clock;
-    }
-    int m_interfaceHandle() const {
-        return w.m_parts->intake->interfaceHandle();
-    }
-    VideoSurface* findSurface(QWidget* widget) const {
-        return w.m_parts->presenter->findSurface(widget);
-    }
+    auto& m_localClock() const { return w.m_parts->sender->local_clock; }
+    int m_interfaceHandle() const { return w.m_parts->intake->interfaceHandle(); }
+    VideoSurface* findSurface(QWidget* widget) const { return w.m_parts->presenter->findSurface(widget); }
 };
 
 class KorvathTest : public ::testing::Test {

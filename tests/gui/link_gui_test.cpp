@@ -23,9 +23,7 @@ bool isFixed(const QByteArray& f) {
            static_cast<quint8>(f[42]) == sorvane::frameXor(f.constData() + 2, 40);
 }
 
-bool isNav(const QByteArray& f) {
-    return f.size() == 37 && f.startsWith(hex("FB2CAA200204"));
-}
+bool isNav(const QByteArray& f) { return f.size() == 37 && f.startsWith(hex("FB2CAA200204")); }
 
 TEST_F(LinkTest, DialogIsFilledFromTheConfiguration) {
     start({{"connection/destination_address", "10.1.2.3"},
@@ -63,14 +61,17 @@ TEST_F(LinkTest, LocalFieldsFollowTheProtocol) {
 TEST_F(LinkTest, LocalAddressOnThePodsSubnetIsSelected) {
     QStringList own;
     for (const QHostAddress& a : QHostInfo::fromName(QHostInfo::localHostName()).addresses()) {
-        if (a.protocol() == QAbstractSocket::IPv4Protocol) own << a.toString();
+        if (a.protocol() == QAbstractSocket::IPv4Protocol) {
+            own << a.toString();
+        }
     }
     const QString last = own.isEmpty() ? QStringLiteral("203.0.113.1") : own.last();
     const QString subnet = last.left(last.lastIndexOf('.'));
     start({{"connection/destination_address", subnet + ".77"}});
     QStringList listed;
-    for (int i = 0; i < dialog().comboBox->count(); ++i)
+    for (int i = 0; i < dialog().comboBox->count(); ++i) {
         listed << dialog().comboBox->itemText(i);
+    }
     EXPECT_EQ(listed, own);
     if (!own.isEmpty()) {
         EXPECT_TRUE(dialog().comboBox->currentText().startsWith(subnet + "."));
@@ -232,11 +233,13 @@ TEST_F(LinkTest, PeriodicModeSendsTheFrameAgainAndAgain) {
     EXPECT_EQ(in().m_navTimer(), -1);
     // The start leaves the command of the language standing for a moment.
     ASSERT_TRUE(waitFor([this] { return peer.count() >= 3 && peer.frames().back()[2] == '\0'; }));
-    for (const QByteArray& f : peer.take())
+    for (const QByteArray& f : peer.take()) {
         EXPECT_TRUE(isFixed(f)) << f.toHex().toStdString();
+    }
     ASSERT_TRUE(waitFor([this] { return peer.count() >= 3; }));
-    for (const QByteArray& f : peer.take())
+    for (const QByteArray& f : peer.take()) {
         EXPECT_EQ(f.mid(2, 5), hex("0000000000"));
+    }
     window->sendCommand4(0x31, 1, 2, 3, 4);
     ASSERT_TRUE(waitFor([this] { return peer.count() >= 3; }));
     EXPECT_EQ(peer.take().back().mid(2, 5), hex("3101020304"));
@@ -321,8 +324,9 @@ TEST_F(LinkTest, LeavingSingleModeEndsTheStreamAndStartsTheFrame) {
     EXPECT_EQ(runningTimers(), timers) << "one timer in place of the other";
     peer.take();
     ASSERT_TRUE(waitFor([this] { return peer.count() >= 3; }));
-    for (const QByteArray& f : peer.take())
+    for (const QByteArray& f : peer.take()) {
         EXPECT_TRUE(isFixed(f)) << f.toHex().toStdString();
+    }
     const int period = in().m_periodTimer();
     chooseSingle();
     EXPECT_EQ(in().m_periodTimer(), -1);
@@ -333,8 +337,9 @@ TEST_F(LinkTest, LeavingSingleModeEndsTheStreamAndStartsTheFrame) {
 TEST_F(LinkTest, NoTimerIsLeftBehindByRepeatedChanges) {
     start({{"common/send_single", false}});
     const std::size_t before = runningTimers();
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         window->applySendMode();
+    }
     EXPECT_EQ(runningTimers(), before + 1);
     window->silenceLink();
     EXPECT_EQ(runningTimers(), before);

@@ -69,8 +69,12 @@ public:
         }
     }
     ~SerialPeer() {
-        if (m_master >= 0) ::close(m_master);
-        if (m_slave >= 0) ::close(m_slave);
+        if (m_master >= 0) {
+            ::close(m_master);
+        }
+        if (m_slave >= 0) {
+            ::close(m_slave);
+        }
     }
     SerialPeer(const SerialPeer&) = delete;
     SerialPeer& operator=(const SerialPeer&) = delete;
@@ -102,7 +106,9 @@ public:
     BoxWatcher() {
         connect(&m_poll, &QTimer::timeout, this, [this] {
             auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (box == nullptr) return;
+            if (box == nullptr) {
+                return;
+            }
             const auto* text = box->findChild<QLabel*>(QStringLiteral("textLabel"));
             seen << box->windowTitle() + ": " + (text != nullptr ? text->text() : QString());
             box->close();
@@ -115,9 +121,7 @@ private:
     QTimer m_poll;
 };
 
-inline QByteArray hex(const char* text) {
-    return QByteArray::fromHex(text);
-}
+inline QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
 
 // The window with its link through the real dialog.
 class LinkTest : public KorvathTest {
@@ -128,7 +132,9 @@ protected:
         dialog().cbb_ctrlConnIpAddr->setText("127.0.0.1");
         dialog().cbb_ctrlConnIpPort->setText(QString::number(port));
         dialog().cbb_ctrlConnLocalPort->setText("0");
-        if (dialog().comboBox->findText("127.0.0.1") < 0) dialog().comboBox->addItem("127.0.0.1");
+        if (dialog().comboBox->findText("127.0.0.1") < 0) {
+            dialog().comboBox->addItem("127.0.0.1");
+        }
         dialog().comboBox->setCurrentIndex(dialog().comboBox->findText("127.0.0.1"));
     }
     void openUdp() {
@@ -158,7 +164,9 @@ protected:
     }
     bool runs(int timer) const {
         for (const auto& info : QAbstractEventDispatcher::instance()->registeredTimers(window.get())) {
-            if (info.timerId == timer) return true;
+            if (info.timerId == timer) {
+                return true;
+            }
         }
         return false;
     }

@@ -102,9 +102,7 @@ struct Shown {
     int flags = 0;
 };
 
-inline QString plain(QString text) {
-    return text.remove(QLatin1Char('&'));
-}
+inline QString plain(QString text) { return text.remove(QLatin1Char('&')); }
 
 inline Shown shownByButton(const QAbstractButton* button) {
     QStyleOptionButton option;

@@ -46,10 +46,14 @@ protected:
         window->showNormal();
         const QRect target(QPoint(0, 0), look.size);
         ASSERT_TRUE(waitFor([&] {
-            if (window->geometry() != target) window->setGeometry(target);
+            if (window->geometry() != target) {
+                window->setGeometry(target);
+            }
             return !window->isMaximized() && window->geometry() == target;
         }));
-        if (!ui().tabWidget->isVisible()) in().m_btnCtrlPane()->click();
+        if (!ui().tabWidget->isVisible()) {
+            in().m_btnCtrlPane()->click();
+        }
         in().m_statPane()->show();
         ui().widget_stat->show();
         window->placePanes();
@@ -103,7 +107,9 @@ protected:
         for (const QRgb ground : grounds) {
             QSet<const QWidget*> once = *seen;
             expectNone(looks::weakTexts(top, looks::pictureOn(top, ground), kFixedStyle, &once), where);
-            if (ground == grounds.last()) *seen = once;
+            if (ground == grounds.last()) {
+                *seen = once;
+            }
         }
         expectNone(looks::cutTexts(top, kFixedGeometry), where);
         expectNone(looks::misplaced(top), where);
@@ -117,15 +123,21 @@ protected:
                           const std::function<void(const QString&)>& picture,
                           const QList<QRgb>& grounds = {qRgb(0, 0, 0)}) {
         QScrollBar* bar = area != nullptr ? area->verticalScrollBar() : nullptr;
-        if (bar != nullptr) bar->setValue(0);
+        if (bar != nullptr) {
+            bar->setValue(0);
+        }
         for (int view = 1;; ++view) {
             const QString name = view == 1 ? page : page + QStringLiteral("_view%1").arg(view);
             measure(top, name, seen, grounds);
             picture(name);
-            if (bar == nullptr || bar->value() >= bar->maximum()) break;
+            if (bar == nullptr || bar->value() >= bar->maximum()) {
+                break;
+            }
             bar->setValue(bar->value() + bar->pageStep() * 3 / 4);
         }
-        if (bar != nullptr) bar->setValue(0);
+        if (bar != nullptr) {
+            bar->setValue(0);
+        }
     }
 
     void mainWindow() {
@@ -197,7 +209,9 @@ protected:
         QTimer poll;
         QObject::connect(&poll, &QTimer::timeout, window.get(), [&] {
             QWidget* box = QApplication::activeModalWidget();
-            if (box == nullptr || !box->isVisible()) return;
+            if (box == nullptr || !box->isVisible()) {
+                return;
+            }
             poll.stop();
             seen_box = true;
             QSet<const QWidget*> seen;
@@ -213,7 +227,9 @@ protected:
 
     void everything(const Look& look) {
         choose(look);
-        if (HasFatalFailure()) return;
+        if (HasFatalFailure()) {
+            return;
+        }
         mainWindow();
         dialog(in().m_connectionDlg(), "connection");
         dialog(in().m_telemetryDlg(), "telemetry_info");
@@ -227,15 +243,17 @@ protected:
 
 TEST_F(Looks, OfTheSmallestScreen) {
     for (const int theme : {0, 1}) {
-        for (const int language : {0, 1})
+        for (const int language : {0, 1}) {
             everything({QSize(1366, 768), theme, language});
+        }
     }
 }
 
 TEST_F(Looks, OfTheLargeScreen) {
     for (const int theme : {0, 1}) {
-        for (const int language : {0, 1})
+        for (const int language : {0, 1}) {
             everything({QSize(1920, 1080), theme, language});
+        }
     }
 }
 

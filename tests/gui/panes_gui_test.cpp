@@ -23,7 +23,9 @@ protected:
     void put(const QRect& geometry) {
         window->showNormal();
         ASSERT_TRUE(waitFor([&] {
-            if (!window->isMaximized() && window->geometry() != geometry) window->setGeometry(geometry);
+            if (!window->isMaximized() && window->geometry() != geometry) {
+                window->setGeometry(geometry);
+            }
             return !window->isMaximized() && window->geometry() == geometry;
         }));
         settle();
@@ -64,8 +66,9 @@ protected:
             expect("m_ctrlSelect", in().m_ctrlSelect()->geometry(),
                    QRect(right - 20, window->y() + 60, 20, 200));
         }
-        if (in().m_ctrlSelect()->isVisible() != ui().tabWidget->isVisible())
+        if (in().m_ctrlSelect()->isVisible() != ui().tabWidget->isVisible()) {
             wrong << "m_ctrlSelect's visibility";
+        }
         expect("m_dragOverlay", in().m_dragOverlay()->geometry(),
                QRect(ui().widget_6->mapToGlobal(QPoint(0, 0)), ui().widget_6->size()));
         return wrong;
@@ -134,7 +137,9 @@ TEST_F(Panes, FollowAResize) {
 
 TEST_F(Panes, FollowAMoveWithBothPanesOpen) {
     in().m_btnCtrlPane()->click();
-    if (!ui().widget_stat->isVisible()) in().m_btnStatPane()->click();
+    if (!ui().widget_stat->isVisible()) {
+        in().m_btnStatPane()->click();
+    }
     put(QRect(60, 40, 1366, 768));
     put(QRect(200, 100, 1600, 900));
 }

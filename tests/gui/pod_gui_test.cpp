@@ -128,16 +128,16 @@ TEST_F(Pod, ABadNetworkLosesReportsAndNeverBadOnesGetThrough) {
     const int pod_port = probe.localPort();
     probe.close();
     chaos::UdpProxy proxy(0, static_cast<std::uint16_t>(pod_port), 7);
-    proxy.set_client(static_cast<std::uint16_t>(m_station_port));
+    proxy.setClient(static_cast<std::uint16_t>(m_station_port));
     chaos::Faults faults;
     faults.loss = 0.2;
     faults.duplication = 0.1;
     faults.reordering = 0.1;
     faults.corruption = 0.3;
-    proxy.set_faults(faults, faults);
+    proxy.setFaults(faults, faults);
     m_pod.start(QStringLiteral(SORVANE_PODSIM),
                 {"--udp", QString::number(pod_port), "--rtsp-port", "off", "--telemetry-hz", "200", "--peer",
-                 QStringLiteral("127.0.0.1:%1").arg(proxy.target_side())});
+                 QStringLiteral("127.0.0.1:%1").arg(proxy.targetSide())});
     ASSERT_TRUE(m_pod.waitForStarted());
     connectTo(proxy.port());
     int good = 0;
@@ -162,8 +162,8 @@ TEST_F(Pod, ABadNetworkLosesReportsAndNeverBadOnesGetThrough) {
     window->installEventFilter(&checker);
     EXPECT_TRUE(waitFor([&] { return good >= 300; }, 30000)) << good;
     EXPECT_EQ(impossible, 0);
-    EXPECT_GT(proxy.to_client().corrupted, 30U);
-    EXPECT_GT(proxy.to_client().lost, 20U);
+    EXPECT_GT(proxy.toClient().corrupted, 30U);
+    EXPECT_GT(proxy.toClient().lost, 20U);
     proxy.stall(true);
     proxy.stall(false);
     const int before = good;

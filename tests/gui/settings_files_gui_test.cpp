@@ -62,8 +62,9 @@ TEST_F(SettingsTest, EachSavingOptionIsItsOwnBitAndTheOthersAreDropped) {
         restartWith({{"dataSave/telemetry_saving_option", 0xF0 | 1 << bit}});
         const QList<QCheckBox*> boxes = {form().checkBox, form().checkBox_2, form().checkBox_3,
                                          form().checkBox_4};
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             EXPECT_EQ(boxes[i]->isChecked(), i == bit);
+        }
         show();
         close();
         EXPECT_EQ(config().telemetry_saving_option, 1 << bit);
@@ -93,7 +94,9 @@ public:
     explicit ChooserAnswer(const QString& path) {
         connect(&m_poll, &QTimer::timeout, this, [this, path] {
             auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (chooser == nullptr || !chooser->isVisible()) return;
+            if (chooser == nullptr || !chooser->isVisible()) {
+                return;
+            }
             m_poll.stop();
             title = chooser->windowTitle();
             directory = chooser->directory().absolutePath();
@@ -141,8 +144,9 @@ TEST_F(SettingsTest, ADirectoryChosenReachesTheEditAndTheConfigurationAtOnce) {
         EXPECT_EQ(config().*row.key, path) << row.edit;
     }
     stop();
-    for (const DirectoryCase& row : kDirectories)
+    for (const DirectoryCase& row : kDirectories) {
         EXPECT_EQ(stored(row.stored_key).toString(), path);
+    }
 }
 
 TEST_F(SettingsTest, TheFolderButtonShowsTheStoredDirectory) {

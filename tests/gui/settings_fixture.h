@@ -36,8 +36,9 @@ protected:
     }
     static QStringList items(const QComboBox* box) {
         QStringList texts;
-        for (int i = 0; i < box->count(); ++i)
+        for (int i = 0; i < box->count(); ++i) {
             texts << box->itemText(i);
+        }
         return texts;
     }
     template <typename T>

@@ -31,8 +31,9 @@ TEST_F(SettingsTest, TenPagesInOrderEachRowSelectsItsOwn) {
         EXPECT_TRUE(item->font().bold());
     }
     form().cbb_selLang->setCurrentIndex(1);
-    for (int row = 0; row < 10; ++row)
+    for (int row = 0; row < 10; ++row) {
         EXPECT_EQ(form().widget_title->item(row)->text(), english[row]);
+    }
 }
 
 TEST_F(SettingsTest, OneModelessDialogMovedByItsTitleAndClosedByItsButton) {
@@ -315,7 +316,9 @@ TEST_F(SettingsTest, NoOtherButtonOfTheDialogReachesTheCommands) {
     int pressed = 0;
     for (QPushButton* button : settings().findChildren<QPushButton*>()) {
         const QString name = button->objectName();
-        if (name == "pushButton_13" || name == "pushButton_14" || name == "pushButton_15") continue;
+        if (name == "pushButton_13" || name == "pushButton_14" || name == "pushButton_15") {
+            continue;
+        }
         QMyEvent event(EVT_CMD_BTN_DOWN, button, nullptr, 0);
         QCoreApplication::sendEvent(window.get(), &event);
         ++pressed;

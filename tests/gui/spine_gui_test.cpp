@@ -24,7 +24,9 @@ protected:
         query.start("xdotool", {"getwindowgeometry", "--shell", QString::number(window->winId())});
         query.waitForFinished();
         for (const QByteArray& line : query.readAllStandardOutput().split('\n')) {
-            if (line.startsWith("X=")) return line.mid(2).toInt();
+            if (line.startsWith("X=")) {
+                return line.mid(2).toInt();
+            }
         }
         return -1;
     }

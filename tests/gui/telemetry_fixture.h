@@ -21,7 +21,9 @@ protected:
 
     static void* block(const void* bytes, std::size_t size) {
         void* copy = std::malloc(size > 0 ? size : 1);
-        if (size > 0) std::memcpy(copy, bytes, size);
+        if (size > 0) {
+            std::memcpy(copy, bytes, size);
+        }
         return copy;
     }
     void send(int type, const void* bytes, std::size_t size, std::int32_t event_size = 0) {

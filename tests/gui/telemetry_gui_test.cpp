@@ -16,8 +16,9 @@ using sorvane::TelemetryRecord;
 template <std::size_t N>
 std::vector<std::string> namesOf(const ExpectedRow (&rows)[N]) {
     std::vector<std::string> names;
-    for (const ExpectedRow& row : rows)
+    for (const ExpectedRow& row : rows) {
         names.emplace_back(row.object_name);
+    }
     return names;
 }
 
@@ -25,12 +26,15 @@ std::vector<std::string> namesOf(const ExpectedRow (&rows)[N]) {
 std::vector<std::string> valuesOf(const QWidget* page) {
     QList<QLabel*> labels;
     for (QLabel* label : page->findChildren<QLabel*>()) {
-        if (label->property("role").toString() == QLatin1String("value")) labels.push_back(label);
+        if (label->property("role").toString() == QLatin1String("value")) {
+            labels.push_back(label);
+        }
     }
     std::sort(labels.begin(), labels.end(), [](const QLabel* a, const QLabel* b) { return a->y() < b->y(); });
     std::vector<std::string> names;
-    for (const QLabel* label : labels)
+    for (const QLabel* label : labels) {
         names.push_back(label->objectName().toStdString());
+    }
     return names;
 }
 
@@ -43,10 +47,12 @@ TEST_F(Telemetry, EachPageHasItsRowsInOrder) {
 }
 
 TEST_F(Telemetry, EachLabelCarriesADefaultTextBeforeTheFirstReport) {
-    for (const ExpectedRow& row : kPodPage)
+    for (const ExpectedRow& row : kPodPage) {
         EXPECT_EQ(text(row.object_name), "--") << row.object_name;
-    for (const ExpectedRow& row : kHealthPage)
+    }
+    for (const ExpectedRow& row : kHealthPage) {
         EXPECT_EQ(text(row.object_name), "--") << row.object_name;
+    }
 }
 
 TEST_F(Telemetry, AReportFillsEveryRowOfBothPages) {
@@ -188,11 +194,14 @@ class LayoutCounter : public QObject {
 public:
     explicit LayoutCounter(QWidget* page) {
         page->installEventFilter(this);
-        for (QWidget* child : page->findChildren<QWidget*>())
+        for (QWidget* child : page->findChildren<QWidget*>()) {
             child->installEventFilter(this);
+        }
     }
     bool eventFilter(QObject*, QEvent* e) override {
-        if (e->type() == QEvent::LayoutRequest) ++requests;
+        if (e->type() == QEvent::LayoutRequest) {
+            ++requests;
+        }
         return false;
     }
     int requests = 0;
@@ -246,7 +255,9 @@ class MarkingTranslator : public QTranslator {
 public:
     bool isEmpty() const override { return false; }
     QString translate(const char* context, const char* source, const char*, int) const override {
-        if (std::strcmp(context, "KorvathClass") != 0 && std::strcmp(context, "Korvath") != 0) return {};
+        if (std::strcmp(context, "KorvathClass") != 0 && std::strcmp(context, "Korvath") != 0) {
+            return {};
+        }
         return QStringLiteral("#") + QString::fromUtf8(source);
     }
 };

@@ -20,7 +20,9 @@ using sorvane::NavBlock;
 
 QStringList* debug_lines = nullptr;
 void keepLine(QtMsgType, const QMessageLogContext&, const QString& line) {
-    if (debug_lines != nullptr) debug_lines->push_back(line);
+    if (debug_lines != nullptr) {
+        debug_lines->push_back(line);
+    }
 }
 
 TEST_F(Telemetry, ARecordInAReplyKeepsItsPositionsAndReachesTheSettingsDialogToo) {
@@ -99,8 +101,9 @@ TEST_F(Telemetry, AnInsFrameFillsTheBlockAndShowsNothing) {
     const NavBlock block = in().m_navBlock();
     EXPECT_EQ(+block.pitch, -1050);
     EXPECT_EQ(+block.hour, 20);
-    for (const ExpectedRow& row : kAircraftPage)
+    for (const ExpectedRow& row : kAircraftPage) {
         EXPECT_EQ(text(row.object_name), "") << row.object_name;
+    }
 }
 
 // A pseudo terminal: the far end is ours, the near end opens as a serial port.
@@ -109,10 +112,14 @@ struct Terminal {
     char near_name[64] = {};
     Terminal() {
         int near_end = -1;
-        if (openpty(&far_end, &near_end, near_name, nullptr, nullptr) == 0) ::close(near_end);
+        if (openpty(&far_end, &near_end, near_name, nullptr, nullptr) == 0) {
+            ::close(near_end);
+        }
     }
     ~Terminal() {
-        if (far_end >= 0) ::close(far_end);
+        if (far_end >= 0) {
+            ::close(far_end);
+        }
     }
     bool write(const Bytes& bytes) const {
         return ::write(far_end, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
@@ -159,13 +166,15 @@ TEST_F(Telemetry, AReopenedInsPortBeginsWithTheFrameThatHeldIt) {
     // Each thread stands for a port's.
     std::thread([&] {
         feed(onInsLinkData, bad);
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < 20; ++i) {
             feed(onInsLinkData, insFrame());
+        }
     }).join();
     std::thread([&] {
         feed(onInsLinkData, Bytes(4, 0));
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < 20; ++i) {
             feed(onInsLinkData, insFrame());
+        }
     }).join();
     QCoreApplication::sendPostedEvents(window.get());
     EXPECT_EQ(+in().m_navBlock().longitude, 0);
@@ -211,8 +220,9 @@ TEST_F(Aircraft, TheStackHasThreePagesAndBeginsWithTheAircraft) {
 }
 
 TEST_F(Aircraft, AFrameOnTheInterfacePortFillsThePage) {
-    for (const ExpectedRow& row : kAircraftPage)
+    for (const ExpectedRow& row : kAircraftPage) {
         EXPECT_EQ(text(row.object_name), "") << row.object_name;
+    }
     sendDatagram(interfaceFrameOf(navByHand()));
     ASSERT_TRUE(waitFor([this] { return text("label_nav_pitch_val") == "-1050"; }));
     for (const ExpectedRow& row : kAircraftPage) {
@@ -225,14 +235,16 @@ TEST_F(Aircraft, AFrameOnTheInterfacePortFillsThePage) {
 TEST_F(Aircraft, ThePageStaysBlankWhileAnotherSourceWritesTheBlock) {
     std::thread([] { feed(onInsLinkData, insFrame()); }).join();
     ASSERT_TRUE(waitFor([this] { return in().m_navBlock().longitude == 1145000000; }));
-    for (const ExpectedRow& row : kAircraftPage)
+    for (const ExpectedRow& row : kAircraftPage) {
         EXPECT_EQ(text(row.object_name), "") << row.object_name;
+    }
 }
 
 TEST_F(Aircraft, NoiseOnTheInterfacePortShowsNothingAndAFrameBehindItIsFound) {
     Bytes noise;
-    for (int i = 0; i < 900; ++i)
+    for (int i = 0; i < 900; ++i) {
         noise.push_back(static_cast<std::uint8_t>(i * 37 + i / 7));
+    }
     sendDatagram(noise);
     sendDatagram(Bytes(1400, 0xFB));
     sendDatagram(interfaceFrameOf(navByHand()));

@@ -24,9 +24,7 @@ QByteArray readAll(const QString& path) {
 QImage iconImage(const QIcon& icon) {
     return icon.pixmap(QSize(22, 22)).toImage().convertToFormat(QImage::Format_ARGB32);
 }
-QImage fileImage(const QString& name) {
-    return iconImage(QIcon("res/" + name + ".png"));
-}
+QImage fileImage(const QString& name) { return iconImage(QIcon("res/" + name + ".png")); }
 
 class ThemeTest : public LinkTest {
 protected:
@@ -48,8 +46,9 @@ protected:
     }
     QToolButton* viewButton() const {
         for (QToolButton* button : window->findChildren<QToolButton*>()) {
-            if (button->menu() != nullptr && button->menu()->actions().contains(ui().action_videoWin1))
+            if (button->menu() != nullptr && button->menu()->actions().contains(ui().action_videoWin1)) {
                 return button;
+            }
         }
         return nullptr;
     }
@@ -66,7 +65,9 @@ protected:
         QList<QWidget*> tops = {window.get()};
         for (QWidget* top : tops) {
             for (const QWidget* widget : top->findChildren<QWidget*>()) {
-                if (widget->objectName().isEmpty() || widget->objectName().startsWith("qt_")) continue;
+                if (widget->objectName().isEmpty() || widget->objectName().startsWith("qt_")) {
+                    continue;
+                }
                 QString path = widget->objectName();
                 for (const QWidget* p = widget->parentWidget(); p != nullptr; p = p->parentWidget()) {
                     path = p->objectName() + "/" + path;
@@ -75,12 +76,14 @@ protected:
                 if (const auto* button = qobject_cast<const QAbstractButton*>(widget)) {
                     parts << button->text() << (button->isChecked() ? "on" : "off");
                 } else if (const auto* combo = qobject_cast<const QComboBox*>(widget)) {
-                    for (int i = 0; i < combo->count(); ++i)
+                    for (int i = 0; i < combo->count(); ++i) {
                         parts << combo->itemText(i);
+                    }
                     parts << QString::number(combo->currentIndex());
                 } else if (const auto* list = qobject_cast<const QListWidget*>(widget)) {
-                    for (int i = 0; i < list->count(); ++i)
+                    for (int i = 0; i < list->count(); ++i) {
                         parts << list->item(i)->text();
+                    }
                 }
                 all[path] = parts.join('|');
             }
@@ -257,12 +260,17 @@ TEST_F(ThemeTest, EnglishReachesEveryFormAndNothingChineseIsLeft) {
     EXPECT_GT(all.size(), 300);
     for (auto it = all.begin(); it != all.end(); ++it) {
         // One caption stands as it is in every language.
-        if (it.key().endsWith("/label_140")) continue;
-        if (looks::hasChinese(it.value())) chinese << it.key() + ": " + it.value();
+        if (it.key().endsWith("/label_140")) {
+            continue;
+        }
+        if (looks::hasChinese(it.value())) {
+            chinese << it.key() + ": " + it.value();
+        }
     }
     for (const QAction* action : window->findChildren<QAction*>()) {
-        if (looks::hasChinese(action->text() + action->toolTip()))
+        if (looks::hasChinese(action->text() + action->toolTip())) {
             chinese << "action " + action->objectName();
+        }
     }
     EXPECT_TRUE(chinese.isEmpty()) << chinese.join("\n").toStdString();
     EXPECT_EQ(in().m_statusVideo()->text(), "No video");
@@ -286,8 +294,9 @@ TEST_F(ThemeTest, ALanguageChangeKeepsWhatWasTypedButForTheFieldsThatReturnToThe
     QList<QLineEdit*> edits;
     for (QLineEdit* edit : window->findChildren<QLineEdit*>()) {
         // An edit inside an editable box is the box's; the slider follows the speed.
-        if (edit->objectName().isEmpty() || edit->objectName().startsWith("qt_") || edit == ui().lineEdit_3)
+        if (edit->objectName().isEmpty() || edit->objectName().startsWith("qt_") || edit == ui().lineEdit_3) {
             continue;
+        }
         edits << edit;
         start_texts[edit] = edit->text();
         edit->setText("7");

@@ -22,14 +22,16 @@ protected:
             {"system_function/video_type", stream_type},
             {"decode/av_dict_set", "rtsp_transport=udp"},
             {"decode/decode_method", 0}};
-        for (auto it = more.begin(); it != more.end(); ++it)
+        for (auto it = more.begin(); it != more.end(); ++it) {
             values[it.key()] = it.value();
+        }
         start(values);
     }
     QStringList offered() const {
         QStringList texts;
-        for (int i = 0; i < connection().comboBox_2->count(); ++i)
+        for (int i = 0; i < connection().comboBox_2->count(); ++i) {
             texts << connection().comboBox_2->itemText(i);
+        }
         return texts;
     }
     QString videoStatus() const { return in().m_statusVideo()->text(); }
@@ -169,8 +171,9 @@ TEST_F(Channels, StreamTypesHaveTheirNamesAndTheConfiguredOneIsSelected) {
     startWith(3);
     const QStringList names = {"RTSP", "UDP Raw", "UDP 422", "UDP TS"};
     ASSERT_EQ(connection().cbb_stream_type->count(), 4);
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(connection().cbb_stream_type->itemText(i), names[i]);
+    }
     EXPECT_EQ(connection().cbb_stream_type->currentIndex(), 3);
 }
 
@@ -259,8 +262,9 @@ TEST_F(Channels, CachedPicturesOfTheBlockTypeAreDrawnAtTheClose) {
     connection().cbb_stream_type->setCurrentIndex(2);
     // The test of the type holds for every channel.
     const auto second = library().opens[0].on_frame;
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         deliver(second, makeFrame(320 + 2 * i, 256, kGrey, kGrey));
+    }
     ASSERT_TRUE(waitFor([this] { return in().frame_cache().size() == 2; }));
     EXPECT_EQ(in().m_frameTimer(), 0);
     EXPECT_EQ(in().frame_width(), 1920);
@@ -305,8 +309,9 @@ TEST_F(Channels, SoundNeverHoldsTheCloseUpWithOrWithoutADevice) {
     library().at_close = [&] {
         stop = true;
         const QDeadlineTimer deadline(5000);
-        while (packets >= 0 && !deadline.hasExpired())
+        while (packets >= 0 && !deadline.hasExpired()) {
             std::this_thread::yield();
+        }
         EXPECT_EQ(packets, -1);
     };
     connection().pushButton_22->click();
@@ -324,8 +329,9 @@ TEST_F(Channels, ClosingTheWindowClosesEveryStream) {
     startWith(0);
     connection().pushButton_22->click();
     connection().pushButton_23->click();
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         deliver(320, 256, kGrey);
+    }
     window->close();
     EXPECT_EQ(std::count(library().calls.begin(), library().calls.end(), "close 1"), 1);
     EXPECT_EQ(std::count(library().calls.begin(), library().calls.end(), "close 2"), 1);

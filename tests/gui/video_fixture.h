@@ -33,7 +33,9 @@ inline AVFrame* makeFrame(int width, int height, Yuv colour, Yuv corner) {
     frame->height = height;
     frame->format = AV_PIX_FMT_YUV420P;
     frame->colorspace = AVCOL_SPC_BT470BG;
-    if (av_frame_get_buffer(frame, 0) != 0) return frame;
+    if (av_frame_get_buffer(frame, 0) != 0) {
+        return frame;
+    }
     const auto fill = [frame](int plane, int w, int h, int value, int corner_value) {
         for (int row = 0; row < h; ++row) {
             for (int x = 0; x < w; ++x) {
@@ -71,7 +73,9 @@ protected:
 
     // Without a compositor the server has the floating pane's pixels in the picture's place.
     void foldStatusPane() const {
-        if (ui().widget_stat->isVisible()) window->OnButtonStatPaneClicked();
+        if (ui().widget_stat->isVisible()) {
+            window->OnButtonStatPaneClicked();
+        }
         ASSERT_TRUE(waitFor([this] { return !in().m_statPane()->isVisible(); }));
     }
     // The widget's pixels as the X server has them.

@@ -8,9 +8,7 @@
 
 namespace {
 
-QByteArray hex(const char* text) {
-    return QByteArray::fromHex(text);
-}
+QByteArray hex(const char* text) { return QByteArray::fromHex(text); }
 // A frame of the single mode with a payload of four bytes; the check byte by hand.
 const QByteArray kTrackStop = hex("fb2caa063b00000000003d");
 const QByteArray kRateStop =
@@ -30,8 +28,9 @@ protected:
                                           {"connection/destination_address", "127.0.0.1"},
                                           {"connection/destination_port", pod.port()},
                                           {"connection/local_bind_port", 0}};
-        for (auto it = more.begin(); it != more.end(); ++it)
+        for (auto it = more.begin(); it != more.end(); ++it) {
             values[it.key()] = it.value();
+        }
         start(values);
         connection().comboBox->addItem("127.0.0.1");
         connection().comboBox->setCurrentIndex(connection().comboBox->count() - 1);
@@ -47,7 +46,9 @@ protected:
         const bool found = waitFor([&] {
             for (const QByteArray& bytes : pod.take()) {
                 all.push_back(bytes);
-                if (last(bytes)) return true;
+                if (last(bytes)) {
+                    return true;
+                }
             }
             return false;
         });
@@ -59,15 +60,21 @@ protected:
         oskel::push_bytes(marker.constData(), marker.size(), in().m_linkHandle());
         std::vector<QByteArray> all = receive([&](const QByteArray& b) { return b == marker; });
         EXPECT_FALSE(all.empty());
-        if (!all.empty()) all.pop_back();
+        if (!all.empty()) {
+            all.pop_back();
+        }
         return all;
     }
 
     // To the widget's own native window, at once, with the button that is held; from there the toolkit finds
     // its way as it does for the window system's events.
     void mouse(QWidget* w, QEvent::Type type, const QPoint& p, Qt::MouseButton button) {
-        if (type == QEvent::MouseButtonPress) held |= button;
-        if (type == QEvent::MouseButtonRelease) held &= ~Qt::MouseButtons(button);
+        if (type == QEvent::MouseButtonPress) {
+            held |= button;
+        }
+        if (type == QEvent::MouseButtonRelease) {
+            held &= ~Qt::MouseButtons(button);
+        }
         QMouseEvent e(type, p, p, w->mapToGlobal(p), button, held, Qt::NoModifier);
         QCoreApplication::sendEvent(w->windowHandle(), &e);
     }
@@ -117,8 +124,9 @@ QByteArray trackPointFrame(std::int16_t x, std::int16_t y) {
         f.append(static_cast<char>((v >> 8) & 0xff));
     }
     char check = 0;
-    for (int i = 3; i < f.size(); ++i)
+    for (int i = 3; i < f.size(); ++i) {
         check = static_cast<char>(check ^ f[i]);
+    }
     f.append(check);
     return f;
 }
@@ -324,7 +332,9 @@ TEST_F(Gestures, WhateverEndsTheHoldSendsTheStopOnce) {
         QCoreApplication::sendEvent(win1(), &up);
         EXPECT_TRUE(sentSoFar().empty()) << name;
         for (QDialog* box : window->findChildren<QDialog*>()) {
-            if (box->isModal()) box->close();
+            if (box->isModal()) {
+                box->close();
+            }
         }
         win1()->setEnabled(true);
         win1()->show();
@@ -362,8 +372,9 @@ TEST_F(Gestures, EdgeResizeHoldsTheDragBack) {
     const QPoint start = win1()->rect().center();
     press(win1(), start);
     in().m_hitEdge() = 4;
-    for (int d : {0, 20, 40, 60})
+    for (int d : {0, 20, 40, 60}) {
         move(win1(), start + QPoint(d, 0));
+    }
     EXPECT_FALSE(in().m_dragOverlay()->isVisible());
     in().m_hitEdge() = 0;
     release(win1(), start);

@@ -10,8 +10,9 @@ protected:
     void startPlaying(const QMap<QString, QVariant>& more = {}) {
         QMap<QString, QVariant> values = {{"common/video_display_mode", 2},
                                           {"common/check_video_ms", 600000}};
-        for (auto it = more.begin(); it != more.end(); ++it)
+        for (auto it = more.begin(); it != more.end(); ++it) {
             values[it.key()] = it.value();
+        }
         start(values);
         foldStatusPane();
         window->OnOpenVideo1();
@@ -36,8 +37,9 @@ protected:
     static int litPixels(const QImage& image, const QRect& where, const std::function<bool(QRgb)>& lit) {
         int n = 0;
         for (int y = where.top(); y <= where.bottom(); ++y) {
-            for (int x = where.left(); x <= where.right(); ++x)
+            for (int x = where.left(); x <= where.right(); ++x) {
                 n += lit(image.pixel(x, y)) ? 1 : 0;
+            }
         }
         return n;
     }

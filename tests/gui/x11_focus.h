@@ -8,7 +8,9 @@
 inline bool giveFocusAway() {
     // The connection stays open for the rest of the test, and the window with it.
     static Display* const display = XOpenDisplay(nullptr);
-    if (display == nullptr) return false;
+    if (display == nullptr) {
+        return false;
+    }
     const Window root = DefaultRootWindow(display);
     XSetWindowAttributes attributes{};
     attributes.override_redirect = 1;

@@ -48,7 +48,9 @@ struct Catalogue : SenderFixture {
     Bytes wire(ControlKind kind, const char* object, int value = 0) {
         sent.clear();
         send(sender, command(kind, object, value));
-        if (sent.empty()) return {};
+        if (sent.empty()) {
+            return {};
+        }
         EXPECT_EQ(sent.size(), 1U);
         EXPECT_EQ(sent[0][5], 0);
         Bytes b = {sent[0][4]};
@@ -80,8 +82,9 @@ TEST_F(Catalogue, ConstantButtons) {
         {"pushButton_129", {63, 0, 0, 0, 0}},  {"pushButton_160", {147, 0, 0, 0, 0}},
         {"pushButton_116", {144, 0, 0, 0, 0}}, {"pushButton_117", {144, 1, 0, 0, 0}},
     };
-    for (const auto& [object, bytes] : expected)
+    for (const auto& [object, bytes] : expected) {
         EXPECT_EQ(press(object), bytes) << object;
+    }
 }
 
 TEST_F(Catalogue, ArrowsInFrameModeSendTheSliderAsRate) {
@@ -244,8 +247,9 @@ TEST_F(Catalogue, DisplayItemsAllOff) {
 }
 
 TEST_F(Catalogue, DisplayItemsAllOn) {
-    for (int i = 1; i < 30; ++i)
+    for (int i = 1; i < 30; ++i) {
         controls.values["widget_" + std::to_string(i)] = 1;
+    }
     controls.values["widget"] = 1;
     controls.values["radioButton_2"] = 1;
     controls.values["radioButton_3"] = 1;
@@ -273,7 +277,9 @@ TEST_F(Catalogue, DisplayStyleWithoutItsControls) {
 TEST_F(Catalogue, OnlyTwoButtonsStartTheStopTimer) {
     std::set<std::string> names;
     for (const CatalogueRow& row : commandCatalogue()) {
-        if (row.kind == ControlKind::kButton && row.starts_stop_timer) names.insert(row.object);
+        if (row.kind == ControlKind::kButton && row.starts_stop_timer) {
+            names.insert(row.object);
+        }
     }
     EXPECT_EQ(names, (std::set<std::string>{"pushButton_157", "pushButton_1571"}));
 }
@@ -322,7 +328,9 @@ TEST_F(Catalogue, UnknownNamesAreNotFound) {
 TEST_F(Catalogue, NoRowIsHiddenByAnEarlierOne) {
     for (const ServoMode mode : {ServoMode::kFrame, ServoMode::kGyro}) {
         for (const CatalogueRow& row : commandCatalogue()) {
-            if (row.servo != ServoMode::kAny && row.servo != mode) continue;
+            if (row.servo != ServoMode::kAny && row.servo != mode) {
+                continue;
+            }
             EXPECT_EQ(findControl(row.kind, row.object, mode), &row) << row.object;
         }
     }
@@ -341,8 +349,9 @@ TEST_F(Catalogue, WheelZoomByWindowAndPicture) {
     EXPECT_EQ(zoom(1, 2, 3), (Bytes{80, 16, 0}));
     EXPECT_EQ(zoom(2, 1, 1), (Bytes{80, 1, 7}));
     EXPECT_EQ(zoom(2, 2, 0), (Bytes{80, 2, 7}));
-    for (const int window : {0, 3, -1})
+    for (const int window : {0, 3, -1}) {
         EXPECT_TRUE(zoom(window, 1, 1).empty());
+    }
 }
 
 TEST_F(Catalogue, ZoomBySource) {

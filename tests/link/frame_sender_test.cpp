@@ -37,8 +37,9 @@ TEST_F(PeriodicSender, GoldenBytesOfAWholeTick) {
                             0,    0,    0, 0,  0,  0, 0, 0x70, 0xEC, 0xFF, 0x07, 0, 0xA6, 0xF0};
     ASSERT_EQ(expected.size(), 44U);
     std::uint8_t x = 0;
-    for (int i = 2; i < 42; ++i)
+    for (int i = 2; i < 42; ++i) {
         x = static_cast<std::uint8_t>(x ^ expected[static_cast<std::size_t>(i)]);
+    }
     ASSERT_EQ(x, expected[42]) << "the golden bytes contradict themselves";
     EXPECT_EQ(sent, (Parts{expected}));
 }
@@ -91,7 +92,9 @@ TEST_F(PeriodicSender, RateReleaseKeepsTheRateCodeWithZeroRates) {
 TEST_F(PeriodicSender, TrackPointIsSentOnceWhateverTheRelease) {
     for (const bool released : {false, true}) {
         sender.sendCommandWord(0x3A, -2, 300);
-        if (released) sender.stopCommand(0);
+        if (released) {
+            sender.stopCommand(0);
+        }
         EXPECT_EQ(tick(), (Parts{{0x3A, 0xFE, 0xFF, 0x2C, 0x01, 0, 0, 0, 0, 0}}));
         EXPECT_EQ(tick(), (Parts{kIdle}));
     }
@@ -133,8 +136,9 @@ TEST_F(PeriodicSender, OtherPayloadsAreOverwrittenByTheNavBlock) {
 
 TEST_F(PeriodicSender, PayloadBadInputChangesNothing) {
     const Bytes payload(300, 0xAA);
-    for (const int n : {40, 254, -1})
+    for (const int n : {40, 254, -1}) {
         sender.sendCommandPayload(0x20, payload.data(), n);
+    }
     sender.sendCommandPayload(0x20, nullptr, 9);
     EXPECT_TRUE(release);
     EXPECT_EQ(tick(), (Parts{kIdle}));
@@ -182,8 +186,9 @@ TEST_F(PeriodicSender, FrameOutlivesAClosedLink) {
 
 TEST_F(PeriodicSender, DragDoesNotThrottleTheFixedFrame) {
     drag = true;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(tick().size(), 1U);
+    }
     EXPECT_EQ(clock_reads, 0);
 }
 

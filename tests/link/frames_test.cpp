@@ -65,8 +65,9 @@ TEST(FixedFrame, GoldenBytesWithPositionAsFloats) {
 
     Bytes expected = {0xFB, 0x2C, 0x45, 3, 4, 0, 0};
     expected.insert(expected.end(), kNavOnFixedFrame.begin(), kNavOnFixedFrame.end());
-    for (const int b : {0x70, 0xFE, 0xFF, 0x01, 0x02, 0x29, 0xF0})
+    for (const int b : {0x70, 0xFE, 0xFF, 0x01, 0x02, 0x29, 0xF0}) {
         expected.push_back(static_cast<std::uint8_t>(b));
+    }
     ASSERT_EQ(expected.size(), 44U);
     EXPECT_EQ(bytesOf(frame), expected);
 }
@@ -85,8 +86,9 @@ TEST(FixedFrame, LongPayloadsKeepTheirBytes) {
     for (const int code : {0x20, 0x1B, 0x1C}) {
         FixedCommandFrame frame;
         frame.code = static_cast<std::uint8_t>(code);
-        for (int i = 0; i < 12; ++i)
+        for (int i = 0; i < 12; ++i) {
             frame.bytes()[3 + i] = static_cast<std::uint8_t>(0xA0 + i);
+        }
         const Bytes before = bytesOf(frame);
         const CalendarTime now{2031, 1, 2, 3, 4, 5, 67};
         completeFixedFrame(frame, sampleNav(), &now);

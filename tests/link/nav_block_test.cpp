@@ -15,8 +15,9 @@ TEST(NavBlock, LocalTimeWritesSevenBytesOnly) {
     std::memcpy(b, &block, sizeof b);
     // Year modulo 1000 is 26.
     const std::uint8_t expected[] = {26, 11, 21, 7, 9, 45, 67};
-    for (int i = 0; i < 30; ++i)
+    for (int i = 0; i < 30; ++i) {
         EXPECT_EQ(b[i], i >= 6 && i < 13 ? expected[i - 6] : 0xEE) << i;
+    }
 }
 
 TEST(NavBlock, YearIsModuloAThousandThenItsLowByte) {

@@ -11,12 +11,8 @@ using sorvane::osdWord;
 
 namespace {
 
-bool allOff(const char*) {
-    return false;
-}
-bool allOn(const char*) {
-    return true;
-}
+bool allOff(const char*) { return false; }
+bool allOn(const char*) { return true; }
 
 TEST(OsdWords, AllSwitchesOffSetTheInvertedBits) {
     std::uint32_t expected = 0;
@@ -27,9 +23,7 @@ TEST(OsdWords, AllSwitchesOffSetTheInvertedBits) {
     EXPECT_EQ(osdWord(allOff, false), 0x6876F7U);
 }
 
-TEST(OsdWords, AllSwitchesOnSetTheOthers) {
-    EXPECT_EQ(osdWord(allOn, false), 0x078808U);
-}
+TEST(OsdWords, AllSwitchesOnSetTheOthers) { EXPECT_EQ(osdWord(allOn, false), 0x078808U); }
 
 TEST(OsdWords, SavingIsBitEightAlone) {
     EXPECT_EQ(osdWord(allOff, true), osdWord(allOff, false) | 0x100U);

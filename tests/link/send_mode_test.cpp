@@ -53,7 +53,9 @@ TEST_F(SingleSender, StopFramesForTheThreeHeldCodesOnly) {
         EXPECT_EQ(sent, (Frames{{0xFB, 0x2C, 0xAA, 6, c, 0, 0, 0, 0, 0, static_cast<std::uint8_t>(6 ^ c)}}));
     }
     for (int code = 0; code < 256; ++code) {
-        if (code == 0x70 || code == 0x45 || code == 0x50) continue;
+        if (code == 0x70 || code == 0x45 || code == 0x50) {
+            continue;
+        }
         sender.sendCommand4(static_cast<std::uint8_t>(code), 1, 1, 1, 1);
         sent.clear();
         sender.stopCommand(0);
@@ -102,8 +104,9 @@ TEST_F(SingleSender, NavTickGoldenBytes) {
                             0,    0,    0,    0,  0,    0,    0,    0,    0xA8, 0x01, 0x9C};
     ASSERT_EQ(expected.size(), 37U);
     std::uint8_t x = 0;
-    for (std::size_t i = 3; i < 36; ++i)
+    for (std::size_t i = 3; i < 36; ++i) {
         x = static_cast<std::uint8_t>(x ^ expected[i]);
+    }
     ASSERT_EQ(x, expected[36]) << "the golden bytes contradict themselves";
     EXPECT_EQ(sent, (Frames{expected}));
     EXPECT_EQ(nav.year, 26) << "this path stamps the kept block itself";
@@ -149,8 +152,9 @@ TEST_F(SingleSender, DroppedFrameIsNotTheLastCode) {
 }
 
 TEST_F(SingleSender, OutsideADragTheClockIsLeftAlone) {
-    for (int i = 0; i < 5; ++i)
+    for (int i = 0; i < 5; ++i) {
         sender.sendCommand4(0x45, 1, 1, 0, 0);
+    }
     EXPECT_EQ(sent.size(), 5U);
     EXPECT_EQ(clock_reads, 0);
     EXPECT_EQ(restarted_ms, 0);
@@ -158,8 +162,9 @@ TEST_F(SingleSender, OutsideADragTheClockIsLeftAlone) {
 
 TEST_F(SingleSender, BadInputSendsNothing) {
     const Bytes payload(300, 0xAA);
-    for (const int n : {254, 300, -1, -2147483647 - 1})
+    for (const int n : {254, 300, -1, -2147483647 - 1}) {
         sender.sendVariableFrame(0x12, payload.data(), n);
+    }
     sender.sendVariableFrame(0x12, nullptr, 4);
     sender.sendCommandPayload(0x12, payload.data(), 254);
     EXPECT_TRUE(sent.empty());

@@ -51,14 +51,16 @@ const char* const bad_addresses[] = {nullptr,
 const int bad_ports[] = {-1, 65536, 100000, INT_MAX, INT_MIN};
 
 TEST(BadText, AddressOfAStream) {
-    for (const char* text : bad_addresses)
+    for (const char* text : bad_addresses) {
         EXPECT_EQ(oskel::dialStream(text, 9, {}), 0) << (text ? text : "null");
+    }
     EXPECT_EQ(oskel::dialStream("", 9, {}), 0);
 }
 
 TEST(BadText, PortOfAStream) {
-    for (const int port : bad_ports)
+    for (const int port : bad_ports) {
         EXPECT_EQ(oskel::dialStream("127.0.0.1", port, {}), 0) << port;
+    }
     EXPECT_EQ(oskel::dialStream("127.0.0.1", 0, {}), 0);
 }
 
@@ -87,13 +89,14 @@ TEST(BadText, PortsOfADatagramPort) {
 }
 
 TEST(BadText, NameOfASerialPort) {
-    const std::string long_name(100000, 'x');
+    const std::string longName(100000, 'x');
     const char* const names[] = {nullptr,    "",          " ",         "no_such_port",   "COM",
                                  "COM99999", "COMx",      "tty\n",     "\x01",           "\xff\xfe",
                                  "/",        "/tmp",      "/dev/null", "/etc/hostname",  "../etc/hostname",
-                                 "C:",       "\\\\.\\C:", "\\\\.\\",   "\\\\.\\pipe\\x", long_name.c_str()};
-    for (const char* name : names)
+                                 "C:",       "\\\\.\\C:", "\\\\.\\",   "\\\\.\\pipe\\x", longName.c_str()};
+    for (const char* name : names) {
         EXPECT_EQ(oskel::dialSerial(name, 115200, {}), -1) << (name ? name : "null");
+    }
 }
 
 TEST(BadText, PushArguments) {

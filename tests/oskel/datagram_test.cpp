@@ -29,11 +29,15 @@ std::vector<std::string> loopbacks() {
     std::vector<std::string> found{"127.0.0.1"};
     asio::io_context io;
     asio::ip::udp::socket probe(io, asio::ip::udp::v4());
-    asio::ip::udp::socket probe_v6(io);
+    asio::ip::udp::socket probeV6(io);
     asio::error_code error;
-    probe_v6.open(asio::ip::udp::v6(), error);
-    if (!error) probe_v6.bind({asio::ip::address_v6::loopback(), 0}, error);
-    if (!error) found.push_back("::1");
+    probeV6.open(asio::ip::udp::v6(), error);
+    if (!error) {
+        probeV6.bind({asio::ip::address_v6::loopback(), 0}, error);
+    }
+    if (!error) {
+        found.push_back("::1");
+    }
     return found;
 }
 
@@ -43,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(Datagram, Loopback, testing::ValuesIn(loopbacks()));
 TEST_P(Loopback, SendsAndReceives) {
     const char* ip = GetParam().c_str();
     UdpPeer peer(ip);
-    const int local = free_udp_port(ip);
+    const int local = freeUdpPort(ip);
     Inbox inbox;
     const int handle = oskel::dialDatagram(ip, peer.port(), ip, local, inbox.callback());
     ASSERT_GE(handle, 1);
@@ -51,23 +55,23 @@ TEST_P(Loopback, SendsAndReceives) {
     EXPECT_EQ(peer.receive(), bytes("command"));
     EXPECT_EQ(peer.sender().port(), local);
     peer.send(bytes("report"), ip, local);
-    EXPECT_EQ(inbox.wait_for(6), bytes("report"));
-    EXPECT_TRUE(inbox.contexts_are_zero());
+    EXPECT_EQ(inbox.waitFor(6), bytes("report"));
+    EXPECT_TRUE(inbox.contextsAreZero());
     EXPECT_EQ(oskel::hang_up(handle), 0);
 }
 
 TEST(Datagram, EachDatagramIsARunOfItsOwn) {
     UdpPeer peer;
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram("127.0.0.1", peer.port(), "", local, inbox.callback());
     ASSERT_GE(handle, 1);
     peer.send(bytes("one"), "127.0.0.1", local);
     peer.send({}, "127.0.0.1", local);
     peer.send(bytes("two"), "127.0.0.1", local);
-    const auto largest = counting_bytes(60000);
+    const auto largest = countingBytes(60000);
     peer.send(largest, "127.0.0.1", local);
-    inbox.wait_for(6 + largest.size());
+    inbox.waitFor(6 + largest.size());
     EXPECT_THAT(inbox.runs(), ElementsAre(bytes("one"), bytes("two"), largest));
     oskel::hang_up(handle);
 }
@@ -79,7 +83,7 @@ TEST(Datagram, TakesFromTheRemoteAddressAloneButFromAnyOfItsPorts) {
     UdpPeer remote;
     UdpPeer same_address;
     UdpPeer stranger("127.0.0.2");
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram("127.0.0.1", remote.port(), "127.0.0.1", local, inbox.callback());
     ASSERT_GE(handle, 1);
@@ -87,7 +91,7 @@ TEST(Datagram, TakesFromTheRemoteAddressAloneButFromAnyOfItsPorts) {
     same_address.send(bytes("other port"), "127.0.0.1", local);
     stranger.send(bytes("strange"), "127.0.0.1", local);
     remote.send(bytes("remote"), "127.0.0.1", local);
-    inbox.wait_for(16);
+    inbox.waitFor(16);
     EXPECT_THAT(inbox.runs(), ElementsAre(bytes("other port"), bytes("remote")));
     oskel::hang_up(handle);
 }
@@ -97,14 +101,14 @@ TEST(Datagram, TakesFromTheRemoteAddressAloneButFromAnyOfItsPorts) {
 TEST(Datagram, WithoutARemoteItOnlyReceivesFromAnybody) {
     UdpPeer one;
     UdpPeer two("127.0.0.2");
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram("", 0, "", local, inbox.callback());
     ASSERT_GE(handle, 1);
     one.send(bytes("one"), "127.0.0.1", local);
-    inbox.wait_for(3);
+    inbox.waitFor(3);
     two.send(bytes("two"), "127.0.0.1", local);
-    inbox.wait_for(6);
+    inbox.waitFor(6);
     EXPECT_THAT(inbox.runs(), ElementsAre(bytes("one"), bytes("two")));
     EXPECT_EQ(push("nobody listens", handle), 0);
     oskel::hang_up(handle);
@@ -112,43 +116,44 @@ TEST(Datagram, WithoutARemoteItOnlyReceivesFromAnybody) {
 
 TEST(Datagram, RemotePortZeroTakesFromAnybody) {
     UdpPeer stranger("127.0.0.2");
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram("127.0.0.1", 0, "", local, inbox.callback());
     ASSERT_GE(handle, 1);
     stranger.send(bytes("strange"), "127.0.0.1", local);
-    EXPECT_EQ(inbox.wait_for(7), bytes("strange"));
+    EXPECT_EQ(inbox.waitFor(7), bytes("strange"));
     EXPECT_EQ(push("nobody listens", handle), 0);
     oskel::hang_up(handle);
 }
 
 TEST(Datagram, JoinsAGroup) {
     const std::string group = "239.255.77.77";
-    const int port = free_udp_port();
+    const int port = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram(group.c_str(), port, "127.0.0.1", port, inbox.callback());
     ASSERT_GE(handle, 1);
     UdpPeer sender("127.0.0.1");
     sender.socket().set_option(asio::ip::multicast::outbound_interface(asio::ip::address_v4::loopback()));
     sender.send(bytes("to all"), group, port);
-    EXPECT_EQ(inbox.wait_for(6), bytes("to all"));
+    EXPECT_EQ(inbox.waitFor(6), bytes("to all"));
     // What the port sends goes to the group, so it comes back as well.
     EXPECT_EQ(push("from here", handle), 9);
-    EXPECT_EQ(inbox.wait_for(15), bytes("to allfrom here"));
+    EXPECT_EQ(inbox.waitFor(15), bytes("to allfrom here"));
     oskel::hang_up(handle);
 }
 
 TEST(Datagram, ReceptionSurvivesARefusal) {
-    const int nobody = free_udp_port();
-    const int local = free_udp_port();
+    const int nobody = freeUdpPort();
+    const int local = freeUdpPort();
     Inbox inbox;
     const int handle = oskel::dialDatagram("127.0.0.1", nobody, "127.0.0.1", local, inbox.callback());
     ASSERT_GE(handle, 1);
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         push("knock", handle);
+    }
     UdpPeer late("127.0.0.1", nobody);
     late.send(bytes("here now"), "127.0.0.1", local);
-    EXPECT_EQ(inbox.wait_for(8), bytes("here now"));
+    EXPECT_EQ(inbox.waitFor(8), bytes("here now"));
     EXPECT_EQ(push("good", handle), 4);
     EXPECT_EQ(late.receive(), bytes("good"));
     oskel::hang_up(handle);
@@ -158,15 +163,15 @@ TEST(Datagram, WhatTheSystemDoesNotTakeIsDropped) {
     UdpPeer peer;
     const int handle = oskel::dialDatagram("127.0.0.1", peer.port(), "127.0.0.1", 0, {});
     ASSERT_GE(handle, 1);
-    const Bytes too_long(70000);
-    EXPECT_EQ(oskel::push_bytes(too_long.data(), static_cast<int>(too_long.size()), handle), 0);
+    const Bytes tooLong(70000);
+    EXPECT_EQ(oskel::push_bytes(tooLong.data(), static_cast<int>(tooLong.size()), handle), 0);
     EXPECT_EQ(push("fits", handle), 4);
     EXPECT_EQ(peer.receive(), bytes("fits"));
     oskel::hang_up(handle);
 }
 
 TEST(Datagram, LocalPortIsTakenOnceAndFreeAfterTheClose) {
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     const int first = oskel::dialDatagram("", 0, "127.0.0.1", local, {});
     ASSERT_GE(first, 1);
     EXPECT_EQ(oskel::dialDatagram("", 0, "127.0.0.1", local, {}), -1);
@@ -178,7 +183,7 @@ TEST(Datagram, LocalPortIsTakenOnceAndFreeAfterTheClose) {
 
 TEST(Datagram, CallbackMayPush) {
     UdpPeer peer;
-    const int local = free_udp_port();
+    const int local = freeUdpPort();
     std::atomic<int> handle{0};
     Signal known;
     handle = oskel::dialDatagram("127.0.0.1", peer.port(), "127.0.0.1", local,
@@ -199,18 +204,19 @@ TEST(Datagram, LossAndRepetitionOnTheWayShowAsTheyAre) {
     chaos::Faults bad;
     bad.loss = 0.3;
     bad.duplication = 0.2;
-    network.set_faults({}, bad);
-    const int local = free_udp_port();
-    network.set_client(static_cast<std::uint16_t>(local));
+    network.setFaults({}, bad);
+    const int local = freeUdpPort();
+    network.setClient(static_cast<std::uint16_t>(local));
     Inbox inbox;
     const int handle = oskel::dialDatagram("127.0.0.1", network.port(), "127.0.0.1", local, inbox.callback());
     ASSERT_GE(handle, 1);
-    for (int i = 0; i < 100; ++i)
-        pod.send({static_cast<std::uint8_t>(i)}, "127.0.0.1", network.target_side());
-    ASSERT_TRUE(wait_until([&] { return network.to_client().arrived == 100; }));
-    const auto counts = network.to_client();
+    for (int i = 0; i < 100; ++i) {
+        pod.send({static_cast<std::uint8_t>(i)}, "127.0.0.1", network.targetSide());
+    }
+    ASSERT_TRUE(waitUntil([&] { return network.toClient().arrived == 100; }));
+    const auto counts = network.toClient();
     const std::size_t expected = 100 - counts.lost + counts.duplicated;
-    const auto all = inbox.wait_for(expected);
+    const auto all = inbox.waitFor(expected);
     EXPECT_EQ(all.size(), expected);
     EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
     const std::set<std::uint8_t> distinct(all.begin(), all.end());

@@ -26,7 +26,7 @@ struct DatagramLine : Line {
     }
     void write(const Bytes& data) override { peer.send(data, "127.0.0.1", local); }
     UdpPeer peer;
-    int local = free_udp_port();
+    int local = freeUdpPort();
 };
 
 struct StreamLine : Line {
@@ -50,13 +50,14 @@ struct StreamLine : Line {
 class HangUp : public testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
-        if (GetParam())
+        if (GetParam()) {
             line = std::make_unique<StreamLine>();
-        else
+        } else {
             line = std::make_unique<DatagramLine>();
+        }
     }
 
-    static void expect_closes_in_time(int handle) {
+    static void expectClosesInTime(int handle) {
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(oskel::hang_up(handle), 0);
         EXPECT_LT(std::chrono::steady_clock::now() - begin, close_deadline);
@@ -70,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(Ports, HangUp, testing::Bool(),
 TEST_P(HangUp, OfASilentPort) {
     const int handle = line->dial({});
     ASSERT_GE(handle, 1);
-    expect_closes_in_time(handle);
+    expectClosesInTime(handle);
     EXPECT_EQ(push("late", handle), -1);
     EXPECT_EQ(oskel::hang_up(handle), -1);
 }
@@ -94,7 +95,7 @@ TEST_P(HangUp, LeavesAStuckCallbackBehind) {
     line->write(bytes("first"));
     ASSERT_TRUE(shared->entered.wait());
     line->write(bytes("second"));
-    expect_closes_in_time(handle);
+    expectClosesInTime(handle);
     EXPECT_EQ(push("late", handle), -1);
 
     // What the port held is free already.
@@ -102,12 +103,12 @@ TEST_P(HangUp, LeavesAStuckCallbackBehind) {
     const int again = line->dial(inbox.callback());
     ASSERT_GE(again, 1);
     line->write(bytes("to the new one"));
-    EXPECT_EQ(inbox.wait_for(14), bytes("to the new one"));
+    EXPECT_EQ(inbox.waitFor(14), bytes("to the new one"));
     oskel::hang_up(again);
 
     shared->release.set();
     // Let go, the thread ends without another call and frees what it used.
-    EXPECT_TRUE(wait_until([&] { return shared.use_count() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return shared.use_count() == 1; }));
     EXPECT_EQ(shared->calls, 1);
     shared.reset();
     EXPECT_TRUE(kept_by_callback.expired());
@@ -124,7 +125,7 @@ TEST_P(HangUp, WaitsForACallbackThatReturns) {
     ASSERT_GE(handle, 1);
     line->write(bytes("x"));
     ASSERT_TRUE(entered.wait());
-    expect_closes_in_time(handle);
+    expectClosesInTime(handle);
     EXPECT_TRUE(returned);
 }
 
@@ -153,7 +154,7 @@ TEST_P(HangUp, WorksFromWithinTheCallback) {
     EXPECT_EQ(shared->result, 0);
     EXPECT_EQ(shared->push_result, -1);
     EXPECT_EQ(oskel::hang_up(shared->handle), -1);
-    EXPECT_TRUE(wait_until([&] { return shared.use_count() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return shared.use_count() == 1; }));
     EXPECT_EQ(shared->calls, 1);
     const int again = line->dial({});
     EXPECT_GE(again, 1);
@@ -163,39 +164,39 @@ TEST_P(HangUp, WorksFromWithinTheCallback) {
 // A peer that writes as fast as it can, for as long as this lives.
 class Flood {
 public:
-    explicit Flood(Line& line) : line_(line), thread_([this] { run(); }) {}
+    explicit Flood(Line& line) : m_line(line), m_thread([this] { run(); }) {}
     ~Flood() {
-        stop_ = true;
-        thread_.join();
+        m_stop = true;
+        m_thread.join();
     }
 
     // No write goes on while `work` runs, for the line is not made for two threads.
     template <typename Work>
-    void pause_for(Work work) {
-        pause_ = true;  // a mutex alone need not ever let this thread in
-        std::lock_guard lock(mutex_);
+    void pauseFor(Work work) {
+        m_pause = true;  // a mutex alone need not ever let this thread in
+        std::lock_guard lock(m_mutex);
         work();
-        pause_ = false;
+        m_pause = false;
     }
 
 private:
     void run() {
         const Bytes run(500, 0x5A);
-        while (!stop_) {
-            if (pause_) {
+        while (!m_stop) {
+            if (m_pause) {
                 std::this_thread::yield();
                 continue;
             }
-            std::lock_guard lock(mutex_);
-            line_.write(run);
+            std::lock_guard lock(m_mutex);
+            m_line.write(run);
         }
     }
 
-    Line& line_;
-    std::atomic<bool> stop_{false};
-    std::atomic<bool> pause_{false};
-    std::mutex mutex_;
-    std::thread thread_;
+    Line& m_line;
+    std::atomic<bool> m_stop{false};
+    std::atomic<bool> m_pause{false};
+    std::mutex m_mutex;
+    std::thread m_thread;
 };
 
 TEST_P(HangUp, UnderAFloodInTime) {
@@ -203,8 +204,8 @@ TEST_P(HangUp, UnderAFloodInTime) {
     const int handle = line->dial(inbox.callback());
     ASSERT_GE(handle, 1);
     Flood flood(*line);
-    EXPECT_GE(inbox.wait_for(100000).size(), 100000u);
-    expect_closes_in_time(handle);
+    EXPECT_GE(inbox.waitFor(100000).size(), 100000u);
+    expectClosesInTime(handle);
 }
 
 TEST_P(HangUp, NoCallbackStartsAfterIt) {
@@ -217,9 +218,11 @@ TEST_P(HangUp, NoCallbackStartsAfterIt) {
         };
         auto shared = std::make_shared<Shared>();
         int handle = 0;
-        flood.pause_for([&] {
+        flood.pauseFor([&] {
             handle = line->dial([shared, &violated](const std::uint8_t*, std::int32_t, std::int32_t) {
-                if (shared->closed) violated = true;
+                if (shared->closed) {
+                    violated = true;
+                }
                 shared->called.set();
             });
         });
@@ -240,11 +243,14 @@ TEST_P(HangUp, OnlyOneOfSeveralCallersCloses) {
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([&] {
                 push("x", handle);
-                if (oskel::hang_up(handle) == 0) ++closed;
+                if (oskel::hang_up(handle) == 0) {
+                    ++closed;
+                }
             });
         }
-        for (auto& thread : threads)
+        for (auto& thread : threads) {
             thread.join();
+        }
         ASSERT_EQ(closed, 1);
     }
 }
@@ -276,7 +282,7 @@ TEST(HangUpBoth, PortsWhoseCallbacksCloseEachOther) {
     EXPECT_TRUE(shared->done[1].wait());
     oskel::hang_up(shared->handle[0]);
     oskel::hang_up(shared->handle[1]);
-    EXPECT_TRUE(wait_until([&] { return shared.use_count() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return shared.use_count() == 1; }));
 }
 
 }  // namespace

@@ -25,11 +25,9 @@ constexpr std::chrono::seconds deadline{10};
 // Five times the second in which a port must be closed.
 constexpr std::chrono::seconds close_deadline{5};
 
-inline Bytes bytes(const std::string& text) {
-    return {text.begin(), text.end()};
-}
+inline Bytes bytes(const std::string& text) { return {text.begin(), text.end()}; }
 
-inline Bytes counting_bytes(std::size_t size) {
+inline Bytes countingBytes(std::size_t size) {
     Bytes run(size);
     std::iota(run.begin(), run.end(), std::uint8_t{0});
     return run;
@@ -44,28 +42,28 @@ inline int push(const std::string& text, int handle) {
 class Inbox {
 public:
     oskel::ReceiveCallback callback() {
-        return [content = content_](const std::uint8_t* data, std::int32_t length, std::int32_t context) {
+        return [content = m_content](const std::uint8_t* data, std::int32_t length, std::int32_t context) {
             std::lock_guard lock(content->mutex);
             content->runs.emplace_back(data, data + length);
             content->all.insert(content->all.end(), data, data + length);
-            content->contexts_are_zero = content->contexts_are_zero && context == 0;
+            content->contextsAreZero = content->contextsAreZero && context == 0;
             content->changed.notify_all();
         };
     }
 
     // Waits for a number of bytes and returns what is there then.
-    Bytes wait_for(std::size_t size) {
-        std::unique_lock lock(content_->mutex);
-        content_->changed.wait_for(lock, deadline, [&] { return content_->all.size() >= size; });
-        return content_->all;
+    Bytes waitFor(std::size_t size) {
+        std::unique_lock lock(m_content->mutex);
+        m_content->changed.wait_for(lock, deadline, [&] { return m_content->all.size() >= size; });
+        return m_content->all;
     }
     std::vector<Bytes> runs() {
-        std::lock_guard lock(content_->mutex);
-        return content_->runs;
+        std::lock_guard lock(m_content->mutex);
+        return m_content->runs;
     }
-    bool contexts_are_zero() {
-        std::lock_guard lock(content_->mutex);
-        return content_->contexts_are_zero;
+    bool contextsAreZero() {
+        std::lock_guard lock(m_content->mutex);
+        return m_content->contextsAreZero;
     }
 
 private:
@@ -74,35 +72,37 @@ private:
         std::condition_variable changed;
         std::vector<Bytes> runs;
         Bytes all;
-        bool contexts_are_zero = true;
+        bool contextsAreZero = true;
     };
-    std::shared_ptr<Content> content_ = std::make_shared<Content>();
+    std::shared_ptr<Content> m_content = std::make_shared<Content>();
 };
 
 // Something that happens once, on any thread.
 class Signal {
 public:
     void set() {
-        std::lock_guard lock(mutex_);
-        is_set_ = true;
-        changed_.notify_all();
+        std::lock_guard lock(m_mutex);
+        m_isSet = true;
+        m_changed.notify_all();
     }
     bool wait(std::chrono::seconds limit = deadline) {
-        std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, limit, [this] { return is_set_; });
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, limit, [this] { return m_isSet; });
     }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    bool is_set_ = false;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isSet = false;
 };
 
 template <typename Condition>
-bool wait_until(Condition condition) {
+bool waitUntil(Condition condition) {
     const auto until = std::chrono::steady_clock::now() + deadline;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > until) return false;
+        if (std::chrono::steady_clock::now() > until) {
+            return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
@@ -112,56 +112,54 @@ bool wait_until(Condition condition) {
 class UdpPeer {
 public:
     explicit UdpPeer(const char* ip = "127.0.0.1", int port = 0)
-        : socket_(io_, {asio::ip::make_address(ip), static_cast<std::uint16_t>(port)}) {}
+        : m_socket(m_io, {asio::ip::make_address(ip), static_cast<std::uint16_t>(port)}) {}
 
-    int port() const { return socket_.local_endpoint().port(); }
-    asio::ip::udp::socket& socket() { return socket_; }
-    const asio::ip::udp::endpoint& sender() const { return sender_; }
+    int port() const { return m_socket.local_endpoint().port(); }
+    asio::ip::udp::socket& socket() { return m_socket; }
+    const asio::ip::udp::endpoint& sender() const { return m_sender; }
 
     void send(const Bytes& data, const std::string& ip, int port) {
         asio::error_code a_full_buffer_loses;
-        socket_.send_to(asio::buffer(data), {asio::ip::make_address(ip), static_cast<std::uint16_t>(port)}, 0,
-                        a_full_buffer_loses);
+        m_socket.send_to(asio::buffer(data), {asio::ip::make_address(ip), static_cast<std::uint16_t>(port)},
+                         0, a_full_buffer_loses);
     }
 
     // The next datagram; empty after the deadline.
     Bytes receive() {
         Bytes data(65536);
         std::size_t size = 0;
-        socket_.async_receive_from(
-            asio::buffer(data), sender_,
+        m_socket.async_receive_from(
+            asio::buffer(data), m_sender,
             [&](const asio::error_code& error, std::size_t n) { size = error ? 0 : n; });
-        io_.restart();
-        io_.run_for(deadline);
-        if (!io_.stopped()) {
-            socket_.cancel();
-            io_.run();
+        m_io.restart();
+        m_io.run_for(deadline);
+        if (!m_io.stopped()) {
+            m_socket.cancel();
+            m_io.run();
         }
         data.resize(size);
         return data;
     }
 
 private:
-    asio::io_context io_;
-    asio::ip::udp::socket socket_;
-    asio::ip::udp::endpoint sender_;
+    asio::io_context m_io;
+    asio::ip::udp::socket m_socket;
+    asio::ip::udp::endpoint m_sender;
 };
 
 // A port number that was free a moment ago.
-inline int free_udp_port(const char* ip = "127.0.0.1") {
-    return UdpPeer(ip).port();
-}
+inline int freeUdpPort(const char* ip = "127.0.0.1") { return UdpPeer(ip).port(); }
 
 // A TCP listener of the test with the one connection it takes.
 class TcpPeer {
 public:
     explicit TcpPeer(const char* ip = "127.0.0.1")
-        : acceptor_(io_, {asio::ip::make_address(ip), 0}), socket_(io_) {}
+        : m_acceptor(m_io, {asio::ip::make_address(ip), 0}), m_socket(m_io) {}
 
-    int port() const { return acceptor_.local_endpoint().port(); }
+    int port() const { return m_acceptor.local_endpoint().port(); }
     // The connection is in the system's queue as soon as the port's dial has returned.
-    void accept() { acceptor_.accept(socket_); }
-    asio::ip::tcp::socket& socket() { return socket_; }
+    void accept() { m_acceptor.accept(m_socket); }
+    asio::ip::tcp::socket& socket() { return m_socket; }
 
     // Reads until `size` bytes are there, the stream ends or the deadline passes.
     Bytes receive(std::size_t size) {
@@ -171,15 +169,15 @@ public:
         bool open = true;
         while (open && all.size() < size && std::chrono::steady_clock::now() < until) {
             std::size_t came = 0;
-            socket_.async_read_some(asio::buffer(chunk), [&](const asio::error_code& error, std::size_t n) {
+            m_socket.async_read_some(asio::buffer(chunk), [&](const asio::error_code& error, std::size_t n) {
                 open = !error;
                 came = n;
             });
-            io_.restart();
-            io_.run_until(until);
-            if (!io_.stopped()) {
-                socket_.cancel();
-                io_.run();
+            m_io.restart();
+            m_io.run_until(until);
+            if (!m_io.stopped()) {
+                m_socket.cancel();
+                m_io.run();
             }
             all.insert(all.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(came));
         }
@@ -187,9 +185,9 @@ public:
     }
 
 private:
-    asio::io_context io_;
-    asio::ip::tcp::acceptor acceptor_;
-    asio::ip::tcp::socket socket_;
+    asio::io_context m_io;
+    asio::ip::tcp::acceptor m_acceptor;
+    asio::ip::tcp::socket m_socket;
 };
 
 }  // namespace peers

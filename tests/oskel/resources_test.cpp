@@ -21,12 +21,10 @@ std::ptrdiff_t entries(const char* folder) {
     return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
 }
 
-std::ptrdiff_t open_descriptors() {
-    return entries("/proc/self/fd");
-}
+std::ptrdiff_t openDescriptors() { return entries("/proc/self/fd"); }
 
 // Threads of this process whose name begins so.
-int threads_named(const std::string& prefix) {
+int threadsNamed(const std::string& prefix) {
     int count = 0;
     std::error_code gone_meanwhile;
     for (const auto& task : fs::directory_iterator("/proc/self/task")) {
@@ -47,10 +45,12 @@ void cycle(TcpPeer& listener, UdpPeer& peer, const char* terminal) {
     ASSERT_GE(stream, 1);
     ASSERT_GE(serial, 1);
     listener.accept();
-    for (const int handle : {datagram, stream, serial})
+    for (const int handle : {datagram, stream, serial}) {
         ASSERT_EQ(push("x", handle), 1);
-    for (const int handle : {datagram, stream, serial})
+    }
+    for (const int handle : {datagram, stream, serial}) {
         ASSERT_EQ(oskel::hang_up(handle), 0);
+    }
     listener.socket().close();
 }
 
@@ -70,12 +70,13 @@ protected:
 
 TEST_F(Resources, TwoHundredCyclesLeakNothing) {
     cycle(listener, peer, name);
-    const auto descriptors = open_descriptors();
+    const auto descriptors = openDescriptors();
     const auto threads = entries("/proc/self/task");
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         cycle(listener, peer, name);
-    EXPECT_EQ(open_descriptors(), descriptors);
-    EXPECT_TRUE(wait_until([&] { return entries("/proc/self/task") <= threads; }));
+    }
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_TRUE(waitUntil([&] { return entries("/proc/self/task") <= threads; }));
 }
 
 TEST_F(Resources, FailedOpensLeakNothing) {
@@ -87,32 +88,34 @@ TEST_F(Resources, FailedOpensLeakNothing) {
         EXPECT_EQ(oskel::dialSerial("ptmx", 123456789, {}), -1);
     };
     open_badly();
-    const auto descriptors = open_descriptors();
+    const auto descriptors = openDescriptors();
     const auto threads = entries("/proc/self/task");
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         open_badly();
-    EXPECT_EQ(open_descriptors(), descriptors);
-    EXPECT_TRUE(wait_until([&] { return entries("/proc/self/task") <= threads; }));
+    }
+    EXPECT_EQ(openDescriptors(), descriptors);
+    EXPECT_TRUE(waitUntil([&] { return entries("/proc/self/task") <= threads; }));
 }
 
 TEST_F(Resources, OneThreadAPort) {
-    ASSERT_TRUE(wait_until([] { return threads_named("oskel-") == 0; }));
+    ASSERT_TRUE(waitUntil([] { return threadsNamed("oskel-") == 0; }));
     const int datagram = oskel::dialDatagram("", 0, "127.0.0.1", 0, {});
     const int stream = oskel::dialStream("127.0.0.1", listener.port(), {});
     const int serial = oskel::dialSerial(name, 9600, {});
-    EXPECT_TRUE(wait_until([] {
-        return threads_named("oskel-udp") == 1 && threads_named("oskel-tcp") == 1 &&
-               threads_named("oskel-serial") == 1;
+    EXPECT_TRUE(waitUntil([] {
+        return threadsNamed("oskel-udp") == 1 && threadsNamed("oskel-tcp") == 1 &&
+               threadsNamed("oskel-serial") == 1;
     }));
-    for (const int handle : {datagram, stream, serial})
+    for (const int handle : {datagram, stream, serial}) {
         oskel::hang_up(handle);
-    EXPECT_TRUE(wait_until([] { return threads_named("oskel-") == 0; }));
+    }
+    EXPECT_TRUE(waitUntil([] { return threadsNamed("oskel-") == 0; }));
 }
 
 // A port whose far end is gone has no thread left that could spin.
 TEST_F(Resources, AnEndedPortHasNoThread) {
-    ASSERT_TRUE(wait_until([] { return threads_named("oskel-") == 0; }));
-    const auto descriptors = open_descriptors();
+    ASSERT_TRUE(waitUntil([] { return threadsNamed("oskel-") == 0; }));
+    const auto descriptors = openDescriptors();
     const int stream = oskel::dialStream("127.0.0.1", listener.port(), {});
     const int serial = oskel::dialSerial(name, 9600, {});
     ASSERT_GE(stream, 1);
@@ -120,12 +123,12 @@ TEST_F(Resources, AnEndedPortHasNoThread) {
     listener.accept();
     listener.socket().close();
     ::close(terminal_peer);
-    EXPECT_TRUE(wait_until([&] { return push("x", stream) == -1 && push("x", serial) == -1; }));
-    EXPECT_TRUE(wait_until([] { return threads_named("oskel-") == 0; }));
+    EXPECT_TRUE(waitUntil([&] { return push("x", stream) == -1 && push("x", serial) == -1; }));
+    EXPECT_TRUE(waitUntil([] { return threadsNamed("oskel-") == 0; }));
     EXPECT_EQ(oskel::hang_up(stream), 0);
     EXPECT_EQ(oskel::hang_up(serial), 0);
     terminal_peer = -1;
-    EXPECT_EQ(open_descriptors(), descriptors - 1);
+    EXPECT_EQ(openDescriptors(), descriptors - 1);
 }
 
 TEST_F(Resources, ProgramsStartedMeanwhileGetNoPort) {
@@ -142,8 +145,9 @@ TEST_F(Resources, ProgramsStartedMeanwhileGetNoPort) {
     const int stream = oskel::dialStream("127.0.0.1", listener.port(), {});
     const int serial = oskel::dialSerial(name, 9600, {});
     EXPECT_EQ(inherited(), before);
-    for (const int handle : {datagram, stream, serial})
+    for (const int handle : {datagram, stream, serial}) {
         EXPECT_EQ(oskel::hang_up(handle), 0);
+    }
 }
 
 #ifndef SORVANE_SANITIZED
@@ -167,8 +171,9 @@ TEST_F(Resources, ASystemWithoutDescriptorsFailsTheOpen) {
             EXPECT_EQ(stream, 0);
             EXPECT_EQ(serial, -1);
         }
-        for (const int handle : {datagram, stream, serial})
+        for (const int handle : {datagram, stream, serial}) {
             opened += oskel::hang_up(handle) == 0;
+        }
     }
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
     EXPECT_GT(opened, 0);

@@ -23,8 +23,8 @@ public:
     Terminal() {
         int other = -1;
         char path[128] = {};
-        EXPECT_EQ(::openpty(&peer_, &other, path, nullptr, nullptr), 0);
-        name_ = path;
+        EXPECT_EQ(::openpty(&m_peer, &other, path, nullptr, nullptr), 0);
+        m_name = path;
         // Before the port opens its end nothing may be echoed, as on a real line.
         termios raw{};
         ::tcgetattr(other, &raw);
@@ -34,16 +34,18 @@ public:
     }
     ~Terminal() { unplug(); }
 
-    const char* name() const { return name_.c_str(); }
-    int peer() const { return peer_; }
+    const char* name() const { return m_name.c_str(); }
+    int peer() const { return m_peer; }
     void unplug() {
-        if (peer_ >= 0) ::close(peer_);
-        peer_ = -1;
+        if (m_peer >= 0) {
+            ::close(m_peer);
+        }
+        m_peer = -1;
     }
     void write(const Bytes& data) {
         std::size_t done = 0;
         while (done < data.size()) {
-            const auto count = ::write(peer_, data.data() + done, data.size() - done);
+            const auto count = ::write(m_peer, data.data() + done, data.size() - done);
             ASSERT_GT(count, 0);
             done += static_cast<std::size_t>(count);
         }
@@ -52,11 +54,15 @@ public:
         Bytes all;
         const auto until = std::chrono::steady_clock::now() + deadline;
         while (all.size() < size && std::chrono::steady_clock::now() < until) {
-            pollfd ready{peer_, POLLIN, 0};
-            if (::poll(&ready, 1, 100) <= 0 || (ready.revents & POLLIN) == 0) continue;
+            pollfd ready{m_peer, POLLIN, 0};
+            if (::poll(&ready, 1, 100) <= 0 || (ready.revents & POLLIN) == 0) {
+                continue;
+            }
             std::uint8_t chunk[4096];
-            const auto count = ::read(peer_, chunk, sizeof chunk);
-            if (count > 0) all.insert(all.end(), chunk, chunk + count);
+            const auto count = ::read(m_peer, chunk, sizeof chunk);
+            if (count > 0) {
+                all.insert(all.end(), chunk, chunk + count);
+            }
         }
         return all;
     }
@@ -70,8 +76,8 @@ public:
     }
 
 private:
-    int peer_ = -1;
-    std::string name_;
+    int m_peer = -1;
+    std::string m_name;
 };
 
 TEST(Serial, CarriesAll256ValuesBothWays) {
@@ -79,10 +85,10 @@ TEST(Serial, CarriesAll256ValuesBothWays) {
     Inbox inbox;
     const int handle = oskel::dialSerial(terminal.name(), 115200, inbox.callback());
     ASSERT_GE(handle, 1);
-    const auto run = counting_bytes(1024);
+    const auto run = countingBytes(1024);
     terminal.write(run);
-    EXPECT_EQ(inbox.wait_for(run.size()), run);
-    EXPECT_TRUE(inbox.contexts_are_zero());
+    EXPECT_EQ(inbox.waitFor(run.size()), run);
+    EXPECT_TRUE(inbox.contextsAreZero());
     EXPECT_EQ(oskel::push_bytes(run.data(), 1024, handle), 1024);
     EXPECT_EQ(terminal.read(run.size()), run);
     EXPECT_EQ(oskel::hang_up(handle), 0);
@@ -119,8 +125,9 @@ TEST(Serial, LineIsEightBitsNoParityOneStopBitAtTheRateAsked) {
 
 TEST(Serial, RatesThatTheSystemLacksFail) {
     Terminal terminal;
-    for (const int baud : {0, -1, -9600, 7, 123456789})
+    for (const int baud : {0, -1, -9600, 7, 123456789}) {
         EXPECT_EQ(oskel::dialSerial(terminal.name(), baud, {}), -1);
+    }
 }
 
 TEST(Serial, ADeviceThatVanishesEndsThePortQuietly) {
@@ -130,9 +137,9 @@ TEST(Serial, ADeviceThatVanishesEndsThePortQuietly) {
     const int handle = oskel::dialSerial(terminal.name(), 115200, inbox.callback());
     ASSERT_GE(handle, 1);
     terminal.write(bytes("last"));
-    EXPECT_EQ(inbox.wait_for(4), bytes("last"));
+    EXPECT_EQ(inbox.waitFor(4), bytes("last"));
     terminal.unplug();
-    EXPECT_TRUE(wait_until([&] { return push("anybody?", handle) == -1; }));
+    EXPECT_TRUE(waitUntil([&] { return push("anybody?", handle) == -1; }));
     EXPECT_EQ(oskel::hang_up(handle), 0);
     EXPECT_EQ(oskel::hang_up(handle), -1);
 }
@@ -144,14 +151,16 @@ TEST(Serial, QueueIsLimitedAndWholeRunsAreDropped) {
     Bytes taken;
     const auto until = std::chrono::steady_clock::now() + deadline;
     while (std::chrono::steady_clock::now() < until) {
-        const auto run = counting_bytes(1000);
-        if (oskel::push_bytes(run.data(), 1000, handle) == 0) break;
+        const auto run = countingBytes(1000);
+        if (oskel::push_bytes(run.data(), 1000, handle) == 0) {
+            break;
+        }
         taken.insert(taken.end(), run.begin(), run.end());
     }
     EXPECT_GE(taken.size(), 65000u);
     EXPECT_LE(taken.size(), 65536u + 1048576u);
     EXPECT_EQ(terminal.read(taken.size()), taken);
-    EXPECT_TRUE(wait_until([&] { return push("room", handle) == 4; }));
+    EXPECT_TRUE(waitUntil([&] { return push("room", handle) == 4; }));
     EXPECT_EQ(terminal.read(4), bytes("room"));
     oskel::hang_up(handle);
 }
@@ -161,8 +170,9 @@ TEST(Serial, HangsUpInTimeThoughNobodyReads) {
     const int handle = oskel::dialSerial(terminal.name(), 2400, {});
     ASSERT_GE(handle, 1);
     const Bytes run(1000);
-    while (oskel::push_bytes(run.data(), 1000, handle) == 1000)
+    while (oskel::push_bytes(run.data(), 1000, handle) == 1000) {
         continue;
+    }
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(oskel::hang_up(handle), 0);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, close_deadline);
@@ -187,7 +197,7 @@ TEST(Serial, LeavesAStuckCallbackBehind) {
     EXPECT_EQ(oskel::hang_up(handle), 0);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, close_deadline);
     shared->release.set();
-    EXPECT_TRUE(wait_until([&] { return shared.use_count() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return shared.use_count() == 1; }));
 }
 
 TEST(Serial, ThePortCanBeOpenedAgain) {
@@ -197,7 +207,7 @@ TEST(Serial, ThePortCanBeOpenedAgain) {
         const int handle = oskel::dialSerial(terminal.name(), 460800, inbox.callback());
         ASSERT_GE(handle, 1);
         terminal.write(bytes("again"));
-        EXPECT_EQ(inbox.wait_for(5), bytes("again"));
+        EXPECT_EQ(inbox.waitFor(5), bytes("again"));
         EXPECT_EQ(oskel::hang_up(handle), 0);
     }
 }

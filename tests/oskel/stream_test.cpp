@@ -20,12 +20,12 @@ TEST(Stream, CarriesEveryByteBothWays) {
     const int handle = oskel::dialStream("127.0.0.1", peer.port(), inbox.callback());
     ASSERT_GE(handle, 1);
     peer.accept();
-    const auto run = counting_bytes(5000);
+    const auto run = countingBytes(5000);
     EXPECT_EQ(oskel::push_bytes(run.data(), 5000, handle), 5000);
     EXPECT_EQ(peer.receive(run.size()), run);
     asio::write(peer.socket(), asio::buffer(run));
-    EXPECT_EQ(inbox.wait_for(run.size()), run);
-    EXPECT_TRUE(inbox.contexts_are_zero());
+    EXPECT_EQ(inbox.waitFor(run.size()), run);
+    EXPECT_TRUE(inbox.contextsAreZero());
     EXPECT_EQ(oskel::hang_up(handle), 0);
     EXPECT_TRUE(peer.receive(1).empty());
 }
@@ -35,16 +35,16 @@ TEST(Stream, CarriesBytesThroughANetworkThatCutsThemUp) {
     chaos::TcpProxy network(0, static_cast<std::uint16_t>(peer.port()), 4);
     chaos::Faults small;
     small.largest_chunk = 9;
-    network.set_faults(small, small);
+    network.setFaults(small, small);
     Inbox inbox;
     const int handle = oskel::dialStream("127.0.0.1", network.port(), inbox.callback());
     ASSERT_GE(handle, 1);
     peer.accept();
-    const auto run = counting_bytes(3000);
+    const auto run = countingBytes(3000);
     oskel::push_bytes(run.data(), 3000, handle);
     EXPECT_EQ(peer.receive(run.size()), run);
     asio::write(peer.socket(), asio::buffer(run));
-    EXPECT_EQ(inbox.wait_for(run.size()), run);
+    EXPECT_EQ(inbox.waitFor(run.size()), run);
     oskel::hang_up(handle);
 }
 
@@ -72,13 +72,15 @@ TEST(Stream, AnAddressThatDoesNotAnswerHoldsTheCallerForABoundedTime) {
 }
 
 // Takes until the port refuses a run for want of room; returns all that was taken.
-Bytes push_until_full(int handle) {
+Bytes pushUntilFull(int handle) {
     Bytes taken;
     const auto until = std::chrono::steady_clock::now() + deadline;
     while (std::chrono::steady_clock::now() < until) {
-        Bytes run = counting_bytes(16000);
+        Bytes run = countingBytes(16000);
         run[0] = static_cast<std::uint8_t>(taken.size() / run.size());
-        if (oskel::push_bytes(run.data(), static_cast<int>(run.size()), handle) == 0) return taken;
+        if (oskel::push_bytes(run.data(), static_cast<int>(run.size()), handle) == 0) {
+            return taken;
+        }
         taken.insert(taken.end(), run.begin(), run.end());
     }
     ADD_FAILURE() << "the port took " << taken.size() << " bytes that nobody reads";
@@ -90,11 +92,11 @@ TEST(Stream, QueueIsLimitedAndWholeRunsAreDropped) {
     const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
     ASSERT_GE(handle, 1);
     peer.accept();
-    const Bytes longer_than_the_queue(queue_limit + 1);
-    EXPECT_EQ(oskel::push_bytes(longer_than_the_queue.data(), queue_limit + 1, handle), 0);
-    const Bytes taken = push_until_full(handle);
+    const Bytes longerThanTheQueue(queue_limit + 1);
+    EXPECT_EQ(oskel::push_bytes(longerThanTheQueue.data(), queue_limit + 1, handle), 0);
+    const Bytes taken = pushUntilFull(handle);
     EXPECT_EQ(peer.receive(taken.size()), taken);
-    EXPECT_TRUE(wait_until([&] { return push("room again", handle) == 10; }));
+    EXPECT_TRUE(waitUntil([&] { return push("room again", handle) == 10; }));
     EXPECT_EQ(peer.receive(10), bytes("room again"));
     oskel::hang_up(handle);
 }
@@ -112,8 +114,9 @@ TEST(Stream, RunsPushedWhileTheCallbackIsBusyGoOut) {
     peer.accept();
     asio::write(peer.socket(), asio::buffer("x", 1));
     ASSERT_TRUE(busy->wait());
-    for (const char* run : {"one", "two", "three"})
+    for (const char* run : {"one", "two", "three"}) {
         push(run, handle);
+    }
     EXPECT_EQ(peer.receive(11), bytes("onetwothree"));
     go_on->set();
     oskel::hang_up(handle);
@@ -127,8 +130,8 @@ TEST(Stream, APeerThatClosesEndsThePortQuietly) {
     peer.accept();
     asio::write(peer.socket(), asio::buffer("last words", 10));
     peer.socket().close();
-    EXPECT_EQ(inbox.wait_for(10), bytes("last words"));
-    EXPECT_TRUE(wait_until([&] { return push("anybody?", handle) == -1; }));
+    EXPECT_EQ(inbox.waitFor(10), bytes("last words"));
+    EXPECT_TRUE(waitUntil([&] { return push("anybody?", handle) == -1; }));
     EXPECT_EQ(oskel::hang_up(handle), 0);
     EXPECT_EQ(oskel::hang_up(handle), -1);
 }
@@ -143,7 +146,7 @@ TEST(Stream, APeerThatResetsEndsThePortQuietly) {
     peer.accept();
     peer.socket().set_option(asio::socket_base::linger(true, 0));
     peer.socket().close();
-    EXPECT_TRUE(wait_until([&] { return push("anybody?", handle) == -1; }));
+    EXPECT_TRUE(waitUntil([&] { return push("anybody?", handle) == -1; }));
     EXPECT_EQ(oskel::hang_up(handle), 0);
 }
 
@@ -156,17 +159,20 @@ TEST(Stream, SeveralThreadsMayPush) {
     for (char letter = 'a'; letter < 'e'; ++letter) {
         threads.emplace_back([=] {
             const std::string run(8, letter);
-            for (int i = 0; i < 500; ++i)
+            for (int i = 0; i < 500; ++i) {
                 push(run, handle);
+            }
         });
     }
     const auto all = peer.receive(4 * 500 * 8);
-    for (auto& thread : threads)
+    for (auto& thread : threads) {
         thread.join();
+    }
     ASSERT_EQ(all.size(), 4u * 500u * 8u);
     // Runs are never mixed up.
-    for (std::size_t i = 0; i < all.size(); i += 8)
+    for (std::size_t i = 0; i < all.size(); i += 8) {
         ASSERT_TRUE(std::equal(all.begin() + i, all.begin() + i + 7, all.begin() + i + 1)) << i;
+    }
     oskel::hang_up(handle);
 }
 

@@ -41,9 +41,7 @@ __attribute__((noinline)) int crash_by_recursion(volatile int depth) {
     return crash_by_recursion(depth + 1) + page[0];
 }
 
-__attribute__((noinline)) void crash_by_abort() {
-    std::abort();
-}
+__attribute__((noinline)) void crash_by_abort() { std::abort(); }
 
 int main(int argc, char* argv[]) {
     platform::installCrashHandler();

@@ -68,22 +68,14 @@ protected:
     int m_status = 0;
 };
 
-TEST_F(CrashTest, NullWriteLeavesOneDump) {
-    expectOneDump(run("null"));
-}
+TEST_F(CrashTest, NullWriteLeavesOneDump) { expectOneDump(run("null")); }
 
-TEST_F(CrashTest, CrashInAnotherThreadLeavesOneDump) {
-    expectOneDump(run("thread"));
-}
+TEST_F(CrashTest, CrashInAnotherThreadLeavesOneDump) { expectOneDump(run("thread")); }
 
 #ifndef _WIN32
-TEST_F(CrashTest, AbortLeavesOneDump) {
-    expectOneDump(run("abort"));
-}
+TEST_F(CrashTest, AbortLeavesOneDump) { expectOneDump(run("abort")); }
 
-TEST_F(CrashTest, StackOverflowLeavesOneDump) {
-    expectOneDump(run("recursion"));
-}
+TEST_F(CrashTest, StackOverflowLeavesOneDump) { expectOneDump(run("recursion")); }
 
 TEST_F(CrashTest, TheNameHoldsTheLocalTime) {
     const std::time_t before = std::time(nullptr);

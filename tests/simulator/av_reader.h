@@ -21,20 +21,20 @@ class AvDecoder {
 public:
     explicit AvDecoder(AVCodecID id) {
         const AVCodec* codec = avcodec_find_decoder(id);
-        context_ = avcodec_alloc_context3(codec);
-        context_->thread_count = 1;
-        context_->flags |= AV_CODEC_FLAG_LOW_DELAY;
-        good_ = avcodec_open2(context_, codec, nullptr) == 0;
-        frame_ = av_frame_alloc();
+        m_context = avcodec_alloc_context3(codec);
+        m_context->thread_count = 1;
+        m_context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+        m_good = avcodec_open2(m_context, codec, nullptr) == 0;
+        m_frame = av_frame_alloc();
     }
     ~AvDecoder() {
-        av_frame_free(&frame_);
-        avcodec_free_context(&context_);
+        av_frame_free(&m_frame);
+        avcodec_free_context(&m_context);
     }
     AvDecoder(const AvDecoder&) = delete;
     AvDecoder& operator=(const AvDecoder&) = delete;
 
-    bool good() const { return good_; }
+    bool good() const { return m_good; }
     // The number of pictures that came out.
     int decode(const std::vector<std::uint8_t>& unit, const std::function<void(const AVFrame&)>& on_picture) {
         std::vector<std::uint8_t> padded = unit;
@@ -42,30 +42,30 @@ public:
         AVPacket* packet = av_packet_alloc();
         packet->data = padded.data();
         packet->size = static_cast<int>(unit.size());
-        avcodec_send_packet(context_, packet);
+        avcodec_send_packet(m_context, packet);
         av_packet_free(&packet);
         int pictures = 0;
-        while (avcodec_receive_frame(context_, frame_) == 0) {
+        while (avcodec_receive_frame(m_context, m_frame) == 0) {
             ++pictures;
-            on_picture(*frame_);
+            on_picture(*m_frame);
         }
         return pictures;
     }
 
 private:
-    AVCodecContext* context_ = nullptr;
-    AVFrame* frame_ = nullptr;
-    bool good_ = false;
+    AVCodecContext* m_context = nullptr;
+    AVFrame* m_frame = nullptr;
+    bool m_good = false;
 };
 
 // Opens an address and reads video packets until enough came or the time is over.
 class AvSource {
 public:
     explicit AvSource(std::chrono::seconds patience)
-        : deadline_(std::chrono::steady_clock::now() + patience), context_(avformat_alloc_context()) {
-        context_->interrupt_callback = {&AvSource::expired, this};
+        : m_deadline(std::chrono::steady_clock::now() + patience), m_context(avformat_alloc_context()) {
+        m_context->interrupt_callback = {&AvSource::expired, this};
     }
-    ~AvSource() { avformat_close_input(&context_); }
+    ~AvSource() { avformat_close_input(&m_context); }
     AvSource(const AvSource&) = delete;
     AvSource& operator=(const AvSource&) = delete;
 
@@ -76,15 +76,15 @@ public:
             av_dict_set(&options, each.first, each.second, 0);
         }
         const int result =
-            avformat_open_input(&context_, url.c_str(), av_find_input_format(format), &options);
+            avformat_open_input(&m_context, url.c_str(), av_find_input_format(format), &options);
         av_dict_free(&options);
         return result == 0;
     }
     // Reads `count` packets of the first video stream. False when they did not come in time.
     bool read(int count, std::vector<std::vector<std::uint8_t>>& packets) {
         AVPacket* packet = av_packet_alloc();
-        while (count > 0 && av_read_frame(context_, packet) >= 0) {
-            const AVStream* stream = context_->streams[packet->stream_index];
+        while (count > 0 && av_read_frame(m_context, packet) >= 0) {
+            const AVStream* stream = m_context->streams[packet->stream_index];
             if (stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO) {
                 codec = stream->codecpar->codec_id;
                 packets.emplace_back(packet->data, packet->data + packet->size);
@@ -99,10 +99,10 @@ public:
 
 private:
     static int expired(void* self) {
-        return std::chrono::steady_clock::now() > static_cast<AvSource*>(self)->deadline_;
+        return std::chrono::steady_clock::now() > static_cast<AvSource*>(self)->m_deadline;
     }
-    std::chrono::steady_clock::time_point deadline_;
-    AVFormatContext* context_;
+    std::chrono::steady_clock::time_point m_deadline;
+    AVFormatContext* m_context;
 };
 
 }  // namespace podsim

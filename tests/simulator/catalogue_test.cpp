@@ -35,8 +35,8 @@ std::vector<Case> catalogue() {
          26,
          {20, 0, 100, 0, 0, 'H', 'I'},
          CHANGED(!a.custom_text_on && b.custom_text == "HI")},
-        {"geo guide", 27, dwords({1144200000, 304500000, 250}), becomes(ServoState::DigitalGuide)},
-        {"geo track", 28, dwords({1144200000, 304500000, 250}), becomes(ServoState::Tracking)},
+        {"geo guide", 27, dwords({1144200000, 304500000, 250}), becomes(ServoState::kDigitalGuide)},
+        {"geo track", 28, dwords({1144200000, 304500000, 250}), becomes(ServoState::kTracking)},
         {"time sync", 32, {0xEB, 0x07, 5, 6, 7, 8, 9, 0, 0}, CHANGED(b.utc_ms - a.utc_ms > 86400000)},
         {"load enable",
          33,
@@ -45,7 +45,7 @@ std::vector<Case> catalogue() {
          [](Pod& pod) { send(pod, 34, {2}); }},
         {"load sleep", 34, {3}, CHANGED((a.module_bits & 1) && !(b.module_bits & 1))},
         {"sleep of the laser", 34, {4}, CHANGED(a.laser_on && !b.laser_on)},
-        {"sleep of the servo", 34, {1}, becomes(ServoState::Off)},
+        {"sleep of the servo", 34, {1}, becomes(ServoState::kOff)},
         {"sleep of the tracker", 34, {5}, CHANGED(a.tracker_on && !b.tracker_on)},
         {"sleep of the cooler", 34, {6}, CHANGED(a.cooler_on && !b.cooler_on)},
         {"template size", 35, {4}, CHANGED(a.template_width_px != 128 && b.template_width_px == 128)},
@@ -61,7 +61,7 @@ std::vector<Case> catalogue() {
         {"video mode",
          37,
          {5},
-         CHANGED(a.display_mode != b.display_mode && b.display_mode == DisplayMode::LeftRight)},
+         CHANGED(a.display_mode != b.display_mode && b.display_mode == DisplayMode::kLeftRight)},
         {"window defog", 40, {1, 1}, CHANGED(!a.window_defog && b.window_defog)},
         {"set ip", 41, {10, 20, 30, 40}, CHANGED(a.ip[0] != 10 && b.ip[0] == 10 && b.ip[3] == 40)},
         {"video switch", 49, {}, CHANGED(a.display_mode != b.display_mode)},
@@ -84,11 +84,11 @@ std::vector<Case> catalogue() {
          CHANGED(a.osd_word == 0 && b.osd_word == 0x080006 && b.config_saved)},
         {"osd style", 55, {4, 10, 0, 0}, CHANGED(a.osd_style != 10 && b.osd_style == 10)},
         {"reboot", 57, {9}, CHANGED((a.module_bits & 0x80) && !(b.module_bits & 0x80))},
-        {"track point", 58, words16({0, 0}), becomes(ServoState::Tracking)},
+        {"track point", 58, words16({0, 0}), becomes(ServoState::kTracking)},
         {"track stop",
          59,
          {},
-         CHANGED(a.track_state != TrackState::Idle && b.track_state == TrackState::Idle),
+         CHANGED(a.track_state != TrackState::kIdle && b.track_state == TrackState::kIdle),
          track},
         {"range single", 61, {}, CHANGED(a.laser_range_m == 0 && b.laser_range_m > 100)},
         {"range continuous",
@@ -158,24 +158,24 @@ std::vector<Case> catalogue() {
         {"encoder", 98, {0, 1}, CHANGED(a.encoder_codec == -1 && b.encoder_codec == 1)},
         {"bit rate", 98, {1, 0xA0, 0x0F}, CHANGED(b.encoder_bitrate_kbps - a.encoder_bitrate_kbps == 4000)},
         {"servo rate", 112, words16({10, 0}), CHANGED(b.rate_az_dps > a.rate_az_dps)},
-        {"centre", 113, {}, becomes(ServoState::Centring)},
-        {"digital guide", 114, words16({1000, 0}), becomes(ServoState::DigitalGuide)},
-        {"look down", 115, {}, becomes(ServoState::LookDown)},
-        {"stow", 116, {}, becomes(ServoState::Stowed)},
-        {"servo off", 117, {}, becomes(ServoState::Off)},
-        {"gyro rate", 118, {3, 5, 0}, becomes(ServoState::GyroManualDrift)},
-        {"gyro calibration", 118, {1}, becomes(ServoState::GyroAutoDrift)},
-        {"scan run", 121, {}, becomes(ServoState::Scan)},
-        {"heading lock", 122, {}, becomes(ServoState::HeadingLock)},
-        {"heading follow", 123, {}, becomes(ServoState::HeadingFollow)},
-        {"attitude guide", 124, words16({0, 0}), becomes(ServoState::AttitudeGuide)},
+        {"centre", 113, {}, becomes(ServoState::kCentring)},
+        {"digital guide", 114, words16({1000, 0}), becomes(ServoState::kDigitalGuide)},
+        {"look down", 115, {}, becomes(ServoState::kLookDown)},
+        {"stow", 116, {}, becomes(ServoState::kStowed)},
+        {"servo off", 117, {}, becomes(ServoState::kOff)},
+        {"gyro rate", 118, {3, 5, 0}, becomes(ServoState::kGyroManualDrift)},
+        {"gyro calibration", 118, {1}, becomes(ServoState::kGyroAutoDrift)},
+        {"scan run", 121, {}, becomes(ServoState::kScan)},
+        {"heading lock", 122, {}, becomes(ServoState::kHeadingLock)},
+        {"heading follow", 123, {}, becomes(ServoState::kHeadingFollow)},
+        {"attitude guide", 124, words16({0, 0}), becomes(ServoState::kAttitudeGuide)},
         {"locate mode", 132, {1}, CHANGED(a.locate_mode == 0 && b.locate_mode == 1)},
         {"track step", 144, {1}, CHANGED(b.template_step == a.template_step + 1), track},
         {"detection boxes", 145, {0}, CHANGED(a.ai_box && !b.ai_box)},
         {"track by id stops",
          147,
          {},
-         CHANGED(a.track_state != TrackState::Idle && b.track_state == TrackState::Idle),
+         CHANGED(a.track_state != TrackState::kIdle && b.track_state == TrackState::kIdle),
          track},
         {"auto track", 149, {1}, CHANGED(!a.auto_track && b.auto_track)},
         {"detection mode", 154, {1, 2}, CHANGED(a.ai_source == 0 && b.ai_source == 1 && b.ai_method == 2)},
@@ -206,7 +206,9 @@ TEST(Catalogue, EveryCommandShowsItsFeedbackItsNameAndItsState) {
         SCOPED_TRACE(c.name);
         Pod pod;
         run(pod, 3);
-        if (c.prepare) c.prepare(pod);
+        if (c.prepare) {
+            c.prepare(pod);
+        }
         pod.step(kTick);
         const Snapshot before = pod.snapshot();
         std::vector<std::string> names;
@@ -238,12 +240,15 @@ TEST(Catalogue, TheRestIsNamedAndAnswered) {
 
 TEST(Catalogue, NoKnownCodeIsLeftOut) {
     std::set<std::uint16_t> tried;
-    for (const Case& c : catalogue())
+    for (const Case& c : catalogue()) {
         tried.insert(c.code);
-    for (const Named& row : kWithoutAState)
+    }
+    for (const Named& row : kWithoutAState) {
         tried.insert(row.code);
-    for (std::size_t i = 0; i < commandCount(); ++i)
+    }
+    for (std::size_t i = 0; i < commandCount(); ++i) {
         EXPECT_EQ(tried.count(commandTable()[i].code), 1U) << commandTable()[i].name;
+    }
 }
 
 TEST(Catalogue, ScanSetUpShowsInTheScan) {
@@ -266,7 +271,7 @@ TEST(Catalogue, PitchScanSetUpShowsInTheScan) {
         lowest = std::min(lowest, pod.snapshot().frame_pitch_deg);
         highest = std::max(highest, pod.snapshot().frame_pitch_deg);
     }
-    EXPECT_EQ(pod.snapshot().servo_state, ServoState::Scan);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kScan);
     EXPECT_NEAR(lowest, -60, 3);
     EXPECT_NEAR(highest, -40, 3);
 }
@@ -276,7 +281,9 @@ TEST(Catalogue, TheStreamOfPositionsDoesNotHideTheFeedback) {
     for (int i = 0; i < 20; ++i) {
         send(pod, 1026, std::vector<std::uint8_t>(30));
         pod.step(kTick);
-        if (i == 10) send(pod, 75, {1});
+        if (i == 10) {
+            send(pod, 75, {1});
+        }
     }
     EXPECT_EQ(pod.snapshot().command_feedback, 75);
 }
@@ -292,7 +299,7 @@ TEST(Catalogue, TrackByIdLocksAnObjectOfThePicture) {
     EXPECT_EQ(pod.snapshot().command_feedback, 147);
     send(pod, 59);
     send(pod, 147, {1, 255});
-    EXPECT_EQ(pod.snapshot().track_state, TrackState::Idle);
+    EXPECT_EQ(pod.snapshot().track_state, TrackState::kIdle);
 }
 
 TEST(Catalogue, DisplayModesAndTheSwitchBetweenCameras) {
@@ -305,7 +312,7 @@ TEST(Catalogue, DisplayModesAndTheSwitchBetweenCameras) {
     }
     Pod pod;
     send(pod, 37, {7});
-    EXPECT_EQ(pod.snapshot().display_mode, DisplayMode::VisibleWide);
+    EXPECT_EQ(pod.snapshot().display_mode, DisplayMode::kVisibleWide);
     const double wide = pod.snapshot().vl_fov_deg;
     send(pod, 37, {6});
     EXPECT_LT(pod.snapshot().vl_fov_deg, wide / 3);

@@ -78,7 +78,9 @@ TEST_P(EncoderOf, MessageStandsAheadOfTheEncodersOwn) {
     ASSERT_LT(at, unit.bytes.size());
     // Nothing but parameter sets comes before.
     for (std::size_t i = 0; i + 3 < at; ++i) {
-        if (unit.bytes[i] != 0 || unit.bytes[i + 1] != 0 || unit.bytes[i + 2] != 1) continue;
+        if (unit.bytes[i] != 0 || unit.bytes[i + 1] != 0 || unit.bytes[i + 2] != 1) {
+            continue;
+        }
         const int header = unit.bytes[i + 3];
         const int type = GetParam() == Codec::kH264 ? header & 31 : header >> 1 & 63;
         const bool set = GetParam() == Codec::kH264 ? type == 7 || type == 8 : type >= 32 && type <= 34;

@@ -43,9 +43,7 @@ std::vector<Packet> plain(int count) {
     return all;
 }
 
-TEST(FaultInjector, NothingOnChangesNothing) {
-    EXPECT_EQ(runThrough({}, 3, 500), plain(500));
-}
+TEST(FaultInjector, NothingOnChangesNothing) { EXPECT_EQ(runThrough({}, 3, 500), plain(500)); }
 
 TEST(FaultInjector, EqualSeedsGiveEqualResults) {
     FaultSettings s;

@@ -33,10 +33,12 @@ Snapshot bare(Pod& pod) {
 
 double meanDifference(const I420Image& a, const I420Image& b) {
     double sum = 0;
-    for (std::size_t i = 0; i < a.y.size(); ++i)
+    for (std::size_t i = 0; i < a.y.size(); ++i) {
         sum += std::abs(a.y[i] - b.y[i]);
-    for (std::size_t i = 0; i < a.u.size(); ++i)
+    }
+    for (std::size_t i = 0; i < a.u.size(); ++i) {
         sum += std::abs(a.u[i] - b.u[i]) + std::abs(a.v[i] - b.v[i]);
+    }
     return sum / static_cast<double>(a.y.size());
 }
 
@@ -48,9 +50,10 @@ void shiftBetween(const I420Image& a, const I420Image& b, int reach, int& dx, in
         for (int sx = -reach; sx <= reach; ++sx) {
             long sum = 0;
             for (int y = kHeight / 2 - kHalf; y < kHeight / 2 + kHalf; y += 3) {
-                for (int x = kWidth / 2 - kHalf; x < kWidth / 2 + kHalf; x += 3)
+                for (int x = kWidth / 2 - kHalf; x < kWidth / 2 + kHalf; x += 3) {
                     sum += std::abs(a.y[static_cast<std::size_t>(y * kWidth + x)] -
                                     b.y[static_cast<std::size_t>((y + sy) * kWidth + x + sx)]);
+                }
             }
             if (best < 0 || sum < best) {
                 best = sum;
@@ -64,8 +67,9 @@ void shiftBetween(const I420Image& a, const I420Image& b, int reach, int& dx, in
 double meanLuma(const I420Image& p, int x0, int y0, int x1, int y1) {
     double sum = 0;
     for (int y = y0; y < y1; ++y) {
-        for (int x = x0; x < x1; ++x)
+        for (int x = x0; x < x1; ++x) {
             sum += p.y[static_cast<std::size_t>(y * p.width + x)];
+        }
     }
     return sum / ((x1 - x0) * (y1 - y0));
 }
@@ -84,8 +88,9 @@ TEST(Picture, FrameNumberStandsInTheTopEdgeOfBothChannels) {
     const char* bits = "1010010111000011";
     for (int k = 0; k < 16; ++k) {
         for (const int y : {0, 16, 31}) {
-            for (const int x : {k * 32, k * 32 + 31})
+            for (const int x : {k * 32, k * 32 + 31}) {
                 EXPECT_EQ(p.y[static_cast<std::size_t>(y * p.width + x)], bits[k] == '1' ? 235 : 16);
+            }
         }
     }
     EXPECT_EQ(p.u[0], 128);
@@ -138,19 +143,21 @@ TEST(Picture, VehiclesAreDrawnWhereTheyAreTold) {
     Pod pod;
     run(pod, 2);
     Snapshot s = bare(pod);
-    s.display_mode = DisplayMode::Infrared;
+    s.display_mode = DisplayMode::kInfrared;
     s.track_source_visible = false;
     const I420Image p = draw(s, kMainChannel, 0, 1280, 720);
     int checked = 0;
     for (const VisibleObject& o : visibleObjects(s, 1280, 720, kMainChannel)) {
-        if (o.occluded || o.type != 1 || o.x_px < 60 || o.x_px > 1220 || o.y_px < 80 || o.y_px > 660)
+        if (o.occluded || o.type != 1 || o.x_px < 60 || o.x_px > 1220 || o.y_px < 80 || o.y_px > 660) {
             continue;
+        }
         const int x = static_cast<int>(o.x_px), y = static_cast<int>(o.y_px);
         const int half_w = static_cast<int>(o.width_px / 2), half_h = static_cast<int>(o.height_px / 2);
         int hottest = 0;
         for (int py = y - half_h; py <= y + half_h; ++py) {
-            for (int px = x - half_w; px <= x + half_w; ++px)
+            for (int px = x - half_w; px <= x + half_w; ++px) {
                 hottest = std::max<int>(hottest, p.y[static_cast<std::size_t>(py * 1280 + px)]);
+            }
         }
         const double road = meanLuma(p, x - 2 * half_w - 6, y - 3, x - 2 * half_w, y + 3);
         EXPECT_GT(hottest, road + 30) << o.id;
@@ -174,7 +181,7 @@ TEST(Picture, TrackerBoxIsDrawnAroundTheObject) {
     tracked.frame_width = 1280;
     tracked.frame_height = 720;
     Snapshot idle = tracked;
-    idle.track_state = TrackState::Idle;
+    idle.track_state = TrackState::kIdle;
     const I420Image with = draw(tracked, kMainChannel, 0, 1280, 720),
                     without = draw(idle, kMainChannel, 0, 1280, 720);
     double x0 = 1e9, x1 = -1e9, y0 = 1e9, y1 = -1e9;
@@ -204,8 +211,9 @@ TEST(Picture, DisplayModesDiffer) {
         pictures.push_back(draw(bare(pod)));
     }
     for (std::size_t a = 0; a < pictures.size(); ++a) {
-        for (std::size_t b = 0; b < a; ++b)
+        for (std::size_t b = 0; b < a; ++b) {
             EXPECT_GT(meanDifference(pictures[a], pictures[b]), 2) << a << " " << b;
+        }
     }
 }
 
@@ -213,22 +221,25 @@ TEST(Picture, InfraredChannelIsInfraredInEveryMode) {
     Pod pod;
     Snapshot s = bare(pod);
     const I420Image one = draw(s, kInfraredChannel);
-    s.display_mode = DisplayMode::PipInfrared;
+    s.display_mode = DisplayMode::kPipInfrared;
     EXPECT_EQ(meanDifference(one, draw(s, kInfraredChannel)), 0);
-    for (const std::uint8_t u : one.u)
+    for (const std::uint8_t u : one.u) {
         ASSERT_EQ(u, 128);  // white hot has no colour
+    }
 }
 
 TEST(Picture, PalettesDiffer) {
     Pod pod;
     Snapshot s = bare(pod);
-    s.display_mode = DisplayMode::Infrared;
+    s.display_mode = DisplayMode::kInfrared;
     std::vector<I420Image> pictures;
-    for (s.ir_palette = 0; s.ir_palette < kPaletteCount; ++s.ir_palette)
+    for (s.ir_palette = 0; s.ir_palette < kPaletteCount; ++s.ir_palette) {
         pictures.push_back(draw(s));
+    }
     for (std::size_t a = 0; a < pictures.size(); ++a) {
-        for (std::size_t b = 0; b < a; ++b)
+        for (std::size_t b = 0; b < a; ++b) {
             EXPECT_GT(meanDifference(pictures[a], pictures[b]), 1) << a << " " << b;
+        }
     }
     // Black hot is white hot upside down.
     EXPECT_LT(pictures[1].y[200 * kWidth + 320] + pictures[0].y[200 * kWidth + 320], 16 + 235 + 4);
@@ -265,7 +276,9 @@ TEST(Picture, SettingsChangeIt) {
         Pod pod;
         run(pod, 1);
         Snapshot s = bare(pod);
-        if (row.infrared) s.display_mode = DisplayMode::Infrared;
+        if (row.infrared) {
+            s.display_mode = DisplayMode::kInfrared;
+        }
         const I420Image before = draw(s);
         row.change(s);
         EXPECT_GT(meanDifference(before, draw(s)), 0.3);

@@ -26,15 +26,18 @@ inline std::vector<std::uint8_t> words16(std::initializer_list<int> values) {
 inline std::vector<std::uint8_t> dwords(std::initializer_list<std::int32_t> values) {
     std::vector<std::uint8_t> bytes;
     for (const std::int32_t v : values) {
-        for (int shift = 0; shift < 32; shift += 8)
+        for (int shift = 0; shift < 32; shift += 8) {
             bytes.push_back(static_cast<std::uint8_t>(static_cast<std::uint32_t>(v) >> shift & 0xFF));
+        }
     }
     return bytes;
 }
 
 // A command that comes alone.
 inline void send(Pod& pod, std::uint16_t code, std::vector<std::uint8_t> payload = {}) {
-    if (payload.size() < 4) payload.resize(4);
+    if (payload.size() < 4) {
+        payload.resize(4);
+    }
     pod.apply(code, payload.data(), payload.size(), -1, 0, 0);
 }
 
@@ -47,12 +50,11 @@ inline void frame(Pod& pod, std::uint16_t code, std::vector<std::uint8_t> payloa
 }
 
 inline void run(Pod& pod, double seconds) {
-    for (double t = 0; t < seconds - kTick / 2; t += kTick)
+    for (double t = 0; t < seconds - kTick / 2; t += kTick) {
         pod.step(kTick);
+    }
 }
 
-inline double turned(double from_deg, double to_deg) {
-    return std::remainder(to_deg - from_deg, 360);
-}
+inline double turned(double from_deg, double to_deg) { return std::remainder(to_deg - from_deg, 360); }
 
 }  // namespace podsim

@@ -14,8 +14,9 @@ namespace {
 
 const VisibleObject* pickFree(const std::vector<VisibleObject>& objects, int width, int height) {
     for (const VisibleObject& o : objects) {
-        if (!o.occluded && o.x_px > 150 && o.x_px < width - 150 && o.y_px > 150 && o.y_px < height - 150)
+        if (!o.occluded && o.x_px > 150 && o.x_px < width - 150 && o.y_px > 150 && o.y_px < height - 150) {
             return &o;
+        }
     }
     return nullptr;
 }
@@ -34,15 +35,19 @@ TEST(PodTracker, LocksOnTheClickedObjectAndTheBoxStaysOnIt) {
     ASSERT_NE(target, nullptr);
     click(pod, *target, s.frame_width, s.frame_height, 6);
     EXPECT_EQ(pod.snapshot().locked_object_id, target->id);
-    EXPECT_EQ(pod.snapshot().servo_state, ServoState::Tracking);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kTracking);
     int checked = 0;
     for (int i = 0; i < 25 * 6; ++i) {
         pod.step(kTick);
         const Snapshot now = pod.snapshot();
-        ASSERT_NE(now.track_state, TrackState::Idle);
-        if (now.track_state != TrackState::Stable) continue;
+        ASSERT_NE(now.track_state, TrackState::kIdle);
+        if (now.track_state != TrackState::kStable) {
+            continue;
+        }
         for (const VisibleObject& o : visibleObjects(now, now.frame_width, now.frame_height, kMainChannel)) {
-            if (o.id != target->id) continue;
+            if (o.id != target->id) {
+                continue;
+            }
             EXPECT_LE(std::fabs(now.frame_width / 2.0 + now.track_x_px - o.x_px), 10);
             EXPECT_LE(std::fabs(now.frame_height / 2.0 - now.track_y_px - o.y_px), 10);
             EXPECT_NEAR(now.target_width_px, o.width_px, 1);
@@ -77,8 +82,9 @@ TEST(PodTracker, ObjectsAreLargeEnoughToClick) {
     for (int i = 0; i < 10; ++i) {
         run(pod, 1);
         const Snapshot s = pod.snapshot();
-        for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel))
+        for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
             longest = std::max(longest, o.width_px);
+        }
     }
     EXPECT_GE(longest, 40);
 }
@@ -92,26 +98,29 @@ TEST(PodTracker, TakesTheGroundWhereNothingMoves) {
     for (y = -250; y <= 250 && !free; y += 50) {
         for (x = -500; x <= 500 && !free; x += 50) {
             free = true;
-            for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel))
+            for (const VisibleObject& o : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
                 free = free &&
                        std::hypot(o.x_px - s.frame_width / 2.0 - x, s.frame_height / 2.0 - y - o.y_px) > 120;
-            if (free) send(pod, 58, words16({x, y}));
+            }
+            if (free) {
+                send(pod, 58, words16({x, y}));
+            }
         }
     }
     ASSERT_TRUE(free);
     s = pod.snapshot();
-    EXPECT_EQ(s.servo_state, ServoState::Tracking);
+    EXPECT_EQ(s.servo_state, ServoState::kTracking);
     EXPECT_EQ(s.locked_object_id, 0);
     EXPECT_EQ(s.target_type, 0);
     run(pod, 4);
-    EXPECT_EQ(pod.snapshot().track_state, TrackState::Stable);
+    EXPECT_EQ(pod.snapshot().track_state, TrackState::kStable);
     EXPECT_LT(std::hypot(pod.snapshot().track_x_px, pod.snapshot().track_y_px), 5);
 }
 
 TEST(PodTracker, ZeroZeroIsTheCentre) {
     Pod pod;
     send(pod, 58, words16({0, 0}));
-    EXPECT_NE(pod.snapshot().track_state, TrackState::Idle);
+    EXPECT_NE(pod.snapshot().track_state, TrackState::kIdle);
     EXPECT_LT(std::hypot(pod.snapshot().track_x_px, pod.snapshot().track_y_px), 60);
 }
 
@@ -122,8 +131,8 @@ TEST(PodTracker, StopEndsTrackingAndTheServoStands) {
     send(pod, 59);
     run(pod, 1);
     const Snapshot s = pod.snapshot();
-    EXPECT_EQ(s.track_state, TrackState::Idle);
-    EXPECT_EQ(s.servo_state, ServoState::Manual);
+    EXPECT_EQ(s.track_state, TrackState::kIdle);
+    EXPECT_EQ(s.servo_state, ServoState::kManual);
     EXPECT_DOUBLE_EQ(s.rate_az_dps, 0);
     EXPECT_DOUBLE_EQ(s.track_x_px, 0);
 }
@@ -133,8 +142,8 @@ TEST(PodTracker, SkyCannotBeTracked) {
     send(pod, 114, words16({0, 2500}));
     run(pod, 6);
     send(pod, 58, words16({0, 0}));
-    EXPECT_EQ(pod.snapshot().track_state, TrackState::Idle);
-    EXPECT_NE(pod.snapshot().servo_state, ServoState::Tracking);
+    EXPECT_EQ(pod.snapshot().track_state, TrackState::kIdle);
+    EXPECT_NE(pod.snapshot().servo_state, ServoState::kTracking);
 }
 
 TEST(PodTracker, CoastsBehindAnObstacleAndFindsItsObjectAgain) {
@@ -145,11 +154,11 @@ TEST(PodTracker, CoastsBehindAnObstacleAndFindsItsObjectAgain) {
         run(pod, 1);
         send(pod, 147, {1, static_cast<std::uint8_t>(id)});
         bool coasting = false;
-        for (int i = 0; i < 25 * 40 && pod.snapshot().track_state != TrackState::Idle; ++i) {
+        for (int i = 0; i < 25 * 40 && pod.snapshot().track_state != TrackState::kIdle; ++i) {
             pod.step(kTick);
             const TrackState state = pod.snapshot().track_state;
-            coasting = coasting || state == TrackState::Coasting;
-            found_again = found_again || (coasting && state == TrackState::Stable);
+            coasting = coasting || state == TrackState::kCoasting;
+            found_again = found_again || (coasting && state == TrackState::kStable);
         }
         coasted = coasted || coasting;
     }
@@ -219,12 +228,14 @@ TEST(PodLens, InfraredKeysWithASpeedZoom) {
 
 TEST(PodCommands, PeriodicCommandsActOnChangeOnly) {
     Pod pod;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         frame(pod, 51);
+    }
     EXPECT_TRUE(pod.snapshot().recording);
     frame(pod, 0);
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         frame(pod, 51);
+    }
     EXPECT_FALSE(pod.snapshot().recording);
     frame(pod, 65, {2, 1});
     frame(pod, 65, {2, 2});
@@ -313,8 +324,9 @@ TEST(PodClock, CalendarOfKnownInstants) {
     EXPECT_EQ(leap.day, 29);
     EXPECT_EQ(toCalendar(0).year, 1970);
     for (const std::int64_t ms : {std::int64_t{0}, std::int64_t{951782400000}, std::int64_t{1780300800123},
-                                  std::int64_t{4102444799999}})
+                                  std::int64_t{4102444799999}}) {
         EXPECT_EQ(fromCalendar(toCalendar(ms)), ms);
+    }
 }
 
 TEST(PodStorage, FillsWhileRecording) {
@@ -352,15 +364,18 @@ TEST(Pod, ThreadsMayCallItTogether) {
     int logged = 0;
     pod.setLog([&logged](const std::string&, const std::string&) { ++logged; });
     std::thread commands([&pod] {
-        for (int i = 0; i < 300; ++i)
+        for (int i = 0; i < 300; ++i) {
             send(pod, 58, words16({i - 150, 0}));
+        }
     });
     std::thread reader([&pod] {
-        for (int i = 0; i < 2000; ++i)
+        for (int i = 0; i < 2000; ++i) {
             EXPECT_GT(pod.snapshot().height_m, 0);
+        }
     });
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 300; ++i) {
         pod.snapshot();
+    }
     commands.join();
     reader.join();
     EXPECT_EQ(logged, 300);
@@ -372,8 +387,9 @@ TEST(Pod, SurvivesAnyPayload) {
     for (int i = 0; i < 20000; ++i) {
         random = random * 1664525U + 1013904223U;
         std::uint8_t payload[16];
-        for (std::uint8_t& b : payload)
+        for (std::uint8_t& b : payload) {
             b = static_cast<std::uint8_t>((random = random * 1664525U + 1013904223U) >> 24);
+        }
         const auto code = static_cast<std::uint16_t>(random >> 16 & 0xFF);
         pod.apply(code, payload, (random >> 8) % 17, (random & 1) ? -1 : static_cast<int>(random >> 4 & 0xFF),
                   static_cast<std::int16_t>(random >> 3), static_cast<std::int16_t>(random >> 5));

@@ -25,14 +25,16 @@ PodsimProcess::PodsimProcess(std::vector<std::string> arguments) {
     int in[2];
     int out[2];
     int err[2];
-    if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || pipe2(err, O_CLOEXEC)) std::abort();
+    if (pipe2(in, O_CLOEXEC) || pipe2(out, O_CLOEXEC) || pipe2(err, O_CLOEXEC)) {
+        std::abort();
+    }
     std::vector<char*> argv = {const_cast<char*>("podsim")};
     for (auto& each : arguments) {
         argv.push_back(each.data());
     }
     argv.push_back(nullptr);
-    pid_ = fork();
-    if (pid_ == 0) {
+    m_pid = fork();
+    if (m_pid == 0) {
         dup2(in[0], 0);
         dup2(out[1], 1);
         dup2(err[1], 2);
@@ -42,17 +44,17 @@ PodsimProcess::PodsimProcess(std::vector<std::string> arguments) {
     close(in[0]);
     close(out[1]);
     close(err[1]);
-    in_ = in[1];
-    out_ = out[0];
-    err_ = err[0];
+    m_in = in[1];
+    m_out = out[0];
+    m_err = err[0];
 }
 
 PodsimProcess::~PodsimProcess() {
-    if (!status_) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
+    if (!m_status) {
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, nullptr, 0);
     }
-    for (const int fd : {in_, out_, err_}) {
+    for (const int fd : {m_in, m_out, m_err}) {
         close(fd);
     }
 }
@@ -60,35 +62,41 @@ PodsimProcess::~PodsimProcess() {
 std::optional<std::string> PodsimProcess::readLine(std::chrono::milliseconds patience) {
     const auto deadline = Clock::now() + patience;
     for (;;) {
-        const std::size_t end = pending_.find('\n');
+        const std::size_t end = m_pending.find('\n');
         if (end != std::string::npos) {
-            std::string line = pending_.substr(0, end);
-            pending_.erase(0, end + 1);
+            std::string line = m_pending.substr(0, end);
+            m_pending.erase(0, end + 1);
             return line;
         }
-        pollfd ready{out_, POLLIN, 0};
-        if (poll(&ready, 1, millisecondsTo(deadline)) != 1) return std::nullopt;
+        pollfd ready{m_out, POLLIN, 0};
+        if (poll(&ready, 1, millisecondsTo(deadline)) != 1) {
+            return std::nullopt;
+        }
         char buffer[4096];
-        const ssize_t n = read(out_, buffer, sizeof buffer);
-        if (n <= 0) return std::nullopt;
-        pending_.append(buffer, static_cast<std::size_t>(n));
+        const ssize_t n = read(m_out, buffer, sizeof buffer);
+        if (n <= 0) {
+            return std::nullopt;
+        }
+        m_pending.append(buffer, static_cast<std::size_t>(n));
     }
 }
 
 bool PodsimProcess::waitReady() {
     const auto line = readLine();
-    if (!line || line->compare(0, 12, "podsim ready") != 0) return false;
+    if (!line || line->compare(0, 12, "podsim ready") != 0) {
+        return false;
+    }
     std::istringstream words(line->substr(12));
     for (std::string word; words >> word;) {
         const std::size_t equals = word.find('=');
-        addresses_[word.substr(0, equals)] = word.substr(equals + 1);
+        m_addresses[word.substr(0, equals)] = word.substr(equals + 1);
     }
     return true;
 }
 
 std::string PodsimProcess::address(const std::string& name) const {
-    const auto found = addresses_.find(name);
-    return found == addresses_.end() ? "" : found->second;
+    const auto found = m_addresses.find(name);
+    return found == m_addresses.end() ? "" : found->second;
 }
 
 int PodsimProcess::port(const std::string& name) const {
@@ -98,32 +106,32 @@ int PodsimProcess::port(const std::string& name) const {
 
 void PodsimProcess::writeLine(const std::string& line) {
     const std::string text = line + "\n";
-    if (write(in_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) std::abort();
+    if (write(m_in, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        std::abort();
+    }
 }
 
-void PodsimProcess::signal(int number) {
-    kill(pid_, number);
-}
+void PodsimProcess::signal(int number) { kill(m_pid, number); }
 
 std::optional<int> PodsimProcess::waitExit(std::chrono::milliseconds patience) {
     const auto deadline = Clock::now() + patience;
-    while (!status_) {
+    while (!m_status) {
         int status = 0;
-        if (waitpid(pid_, &status, WNOHANG) == pid_) {
-            status_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        if (waitpid(m_pid, &status, WNOHANG) == m_pid) {
+            m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
         } else if (Clock::now() > deadline) {
             return std::nullopt;
         } else {
             poll(nullptr, 0, 2);
         }
     }
-    return status_;
+    return m_status;
 }
 
 std::string PodsimProcess::errors() {
     std::string text;
     char buffer[4096];
-    for (ssize_t n; (n = read(err_, buffer, sizeof buffer)) > 0;) {
+    for (ssize_t n; (n = read(m_err, buffer, sizeof buffer)) > 0;) {
         text.append(buffer, static_cast<std::size_t>(n));
     }
     return text;

@@ -34,13 +34,13 @@ public:
     std::string errors();
 
 private:
-    pid_t pid_ = -1;
-    int in_ = -1;
-    int out_ = -1;
-    int err_ = -1;
-    std::string pending_;
-    std::map<std::string, std::string> addresses_;
-    std::optional<int> status_;
+    pid_t m_pid = -1;
+    int m_in = -1;
+    int m_out = -1;
+    int m_err = -1;
+    std::string m_pending;
+    std::map<std::string, std::string> m_addresses;
+    std::optional<int> m_status;
 };
 
 }  // namespace podsim

@@ -54,7 +54,9 @@ inline void connectTo(int fd, int port) {
 // One read of at most 64 KiB; empty when nothing comes in time.
 inline Bytes readOnce(int fd, std::chrono::milliseconds patience) {
     pollfd ready{fd, POLLIN, 0};
-    if (poll(&ready, 1, static_cast<int>(patience.count())) != 1) return {};
+    if (poll(&ready, 1, static_cast<int>(patience.count())) != 1) {
+        return {};
+    }
     Bytes buffer(65536);
     const ssize_t n = read(fd, buffer.data(), buffer.size());
     buffer.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
@@ -62,7 +64,9 @@ inline Bytes readOnce(int fd, std::chrono::milliseconds patience) {
 }
 
 inline bool isReport(const Bytes& f) {
-    if (f.size() != 64 || f[0] != 0xFC || f[1] != 0x2C || f[63] != 0xF0) return false;
+    if (f.size() != 64 || f[0] != 0xFC || f[1] != 0x2C || f[63] != 0xF0) {
+        return false;
+    }
     std::uint8_t x = 0;
     for (std::size_t i = 2; i < 62; ++i) {
         x = static_cast<std::uint8_t>(x ^ f[i]);
@@ -76,7 +80,9 @@ bool waitReport(int fd, Condition condition, std::chrono::seconds patience = 20s
     const auto deadline = Clock::now() + patience;
     while (Clock::now() < deadline) {
         const Bytes f = readOnce(fd, 1000ms);
-        if (isReport(f) && condition(f.data() + 2)) return true;
+        if (isReport(f) && condition(f.data() + 2)) {
+            return true;
+        }
     }
     return false;
 }
@@ -92,9 +98,7 @@ struct Pod : PodsimProcess {
     }
 };
 
-inline std::string tempPath(const char* name) {
-    return testing::TempDir() + name + std::to_string(getpid());
-}
+inline std::string tempPath(const char* name) { return testing::TempDir() + name + std::to_string(getpid()); }
 
 inline std::vector<std::string> linesOf(const std::string& path) {
     std::ifstream file(path);

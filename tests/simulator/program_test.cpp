@@ -95,8 +95,9 @@ TEST(Program, ReportsAndInertialFramesOnPseudoTerminals) {
             const Bytes some = readOnce(fd, 1000ms);
             stream.insert(stream.end(), some.begin(), some.end());
             const auto at = std::search(stream.begin(), stream.end(), begin.begin(), begin.end());
-            if (static_cast<std::size_t>(stream.end() - at) >= size)
+            if (static_cast<std::size_t>(stream.end() - at) >= size) {
                 return Bytes(at, at + static_cast<long>(size));
+            }
         }
         return Bytes();
     };

@@ -12,7 +12,9 @@ namespace {
 Bytes blockIn(const Bytes& unit, bool h264) {
     Bytes plain;
     // FFmpeg's parser leaves the first zero of a start code with the packet before.
-    if (unit.size() > 2 && unit[0] == 0 && unit[1] == 0 && unit[2] == 1) plain.push_back(0);
+    if (unit.size() > 2 && unit[0] == 0 && unit[1] == 0 && unit[2] == 1) {
+        plain.push_back(0);
+    }
     int zeros = 0;
     for (const std::uint8_t b : unit) {
         if (zeros >= 2 && b == 3) {
@@ -25,12 +27,16 @@ Bytes blockIn(const Bytes& unit, bool h264) {
     const Bytes pattern = h264 ? bytesOf("00 00 00 01 06") : bytesOf("00 00 00 01 4E 01");
     const auto at = std::search(plain.begin(), plain.end(), pattern.begin(), pattern.end());
     const auto body = static_cast<std::size_t>(at - plain.begin()) + pattern.size();
-    if (body + 101 > plain.size() || plain[body] != 5 || plain[body + 1] != 97) return {};
+    if (body + 101 > plain.size() || plain[body] != 5 || plain[body + 1] != 97) {
+        return {};
+    }
     unsigned sum = 0;
     for (auto b = at; b != plain.begin() + static_cast<long>(body) + 98; ++b) {
         sum += *b;
     }
-    if (plain[body + 98] != (sum & 255) || plain[body + 99] != 0 || plain[body + 100] != 0x80) return {};
+    if (plain[body + 98] != (sum & 255) || plain[body + 99] != 0 || plain[body + 100] != 0x80) {
+        return {};
+    }
     return Bytes(plain.begin() + static_cast<long>(body) + 2, plain.begin() + static_cast<long>(body) + 99);
 }
 
@@ -70,12 +76,8 @@ void pullRtsp(const std::string& codec, AVCodecID id) {
     unlink(log.c_str());
 }
 
-TEST(ProgramVideo, RtspH264) {
-    pullRtsp("h264", AV_CODEC_ID_H264);
-}
-TEST(ProgramVideo, RtspH265) {
-    pullRtsp("h265", AV_CODEC_ID_HEVC);
-}
+TEST(ProgramVideo, RtspH264) { pullRtsp("h264", AV_CODEC_ID_H264); }
+TEST(ProgramVideo, RtspH265) { pullRtsp("h265", AV_CODEC_ID_HEVC); }
 
 TEST(ProgramVideo, RtspViewersComeAndGo) {
     Pod pod({"--udp", "off", "--rtsp-port", "0", "--size0", "512x288", "--size1", "512x288"});
@@ -171,18 +173,10 @@ void pullUdp(const char* option, const char* format, const std::string& codec, A
     unlink(log.c_str());
 }
 
-TEST(ProgramVideo, TransportStreamH264) {
-    pullUdp("--ts1", "mpegts", "h264", AV_CODEC_ID_H264);
-}
-TEST(ProgramVideo, TransportStreamH265) {
-    pullUdp("--ts1", "mpegts", "h265", AV_CODEC_ID_HEVC);
-}
-TEST(ProgramVideo, RawH264) {
-    pullUdp("--raw1", "h264", "h264", AV_CODEC_ID_H264);
-}
-TEST(ProgramVideo, RawH265) {
-    pullUdp("--raw1", "hevc", "h265", AV_CODEC_ID_HEVC);
-}
+TEST(ProgramVideo, TransportStreamH264) { pullUdp("--ts1", "mpegts", "h264", AV_CODEC_ID_H264); }
+TEST(ProgramVideo, TransportStreamH265) { pullUdp("--ts1", "mpegts", "h265", AV_CODEC_ID_HEVC); }
+TEST(ProgramVideo, RawH264) { pullUdp("--raw1", "h264", "h264", AV_CODEC_ID_H264); }
+TEST(ProgramVideo, RawH265) { pullUdp("--raw1", "hevc", "h265", AV_CODEC_ID_HEVC); }
 
 TEST(ProgramVideo, StallStopsVideoAndGoesOn) {
     const int fd = udpSocket();

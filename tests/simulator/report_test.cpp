@@ -22,7 +22,7 @@ TEST(ReportOf, ScalesAndBits) {
     s.config_saved = true;
     s.vl_ezoom_index = 1;
     s.ir_palette = 9;
-    s.servo_state = ServoState::Tracking;
+    s.servo_state = ServoState::kTracking;
     s.frame_yaw_deg = -179.99;
     s.frame_pitch_deg = -45.125;
     s.load_version_major = 3;
@@ -36,7 +36,7 @@ TEST(ReportOf, ScalesAndBits) {
     s.target_longitude_deg = 114.25;
     s.target_latitude_deg = 30.5;
     s.target_altitude_m = 41.4;
-    s.track_state = TrackState::Coasting;
+    s.track_state = TrackState::kCoasting;
     s.track_x_px = -33.4;
     s.track_y_px = 12.6;
     s.max_temperature_c = -1.5;
@@ -73,7 +73,7 @@ TEST(ReportOf, TheShownVisibleCameraTellsItsField) {
     Snapshot s;
     s.vl_fov_deg = 40;
     s.tele_fov_deg = 2.5;
-    s.display_mode = DisplayMode::VisibleTele;
+    s.display_mode = DisplayMode::kVisibleTele;
     EXPECT_EQ(reportOf(s).vl_fov, 25);
 }
 
@@ -86,7 +86,7 @@ TEST(SeiFieldsOf, BoxFromTheUpperLeftCorner) {
     s.target_width_px = 64;
     s.target_height_px = 32;
     EXPECT_EQ(seiFieldsOf(s).box_width_px, 0);
-    s.track_state = TrackState::Stable;
+    s.track_state = TrackState::kStable;
     s.track_source_visible = false;
     const SeiFields f = seiFieldsOf(s);
     EXPECT_EQ(f.tracking_source, 2);

@@ -68,7 +68,9 @@ bool readBack(const std::vector<std::uint8_t>& nal, std::size_t header, std::vec
         zeros = b == 0 ? zeros + 1 : 0;
     }
     const std::size_t start = 4 + header;
-    if (plain.size() != start + 2 + 97 + 2 || plain[start] != 5 || plain[start + 1] != 97) return false;
+    if (plain.size() != start + 2 + 97 + 2 || plain[start] != 5 || plain[start + 1] != 97) {
+        return false;
+    }
     unsigned sum = 0;
     for (std::size_t i = 0; i < start + 2 + 96; ++i) {
         sum += plain[i];

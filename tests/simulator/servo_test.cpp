@@ -17,7 +17,7 @@ TEST(PodServo, RateMovesTheTwoAxesInTheirDirections) {
     send(pod, 112, words16({20, 10}));
     run(pod, 0.6);
     const Snapshot right_up = pod.snapshot();
-    EXPECT_EQ(right_up.servo_state, ServoState::Manual);
+    EXPECT_EQ(right_up.servo_state, ServoState::kManual);
     EXPECT_GT(right_up.frame_yaw_deg, before.frame_yaw_deg + 2);
     EXPECT_GT(right_up.attitude_pitch_deg, before.attitude_pitch_deg + 1);
     send(pod, 112, words16({-20, -10}));
@@ -95,7 +95,7 @@ TEST(PodServo, ZeroRateFramesDisturbNoOtherMovement) {
         frame(pod, 0, {}, 0x70, 0, 0);
         pod.step(kTick);
     }
-    EXPECT_EQ(pod.snapshot().servo_state, ServoState::Centring);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kCentring);
     EXPECT_NEAR(pod.snapshot().frame_yaw_deg, 0, 0.1);
 }
 
@@ -107,9 +107,9 @@ struct Goal {
 };
 
 TEST(PodServo, GoesToTheAnglesOfItsCommands) {
-    const Goal goals[] = {{113, {}, ServoState::Centring, 0, 0},
-                          {114, words16({-4550, -2025}), ServoState::DigitalGuide, -45.5, -20.25},
-                          {116, {}, ServoState::Stowed, 0, kElevationHigh}};
+    const Goal goals[] = {{113, {}, ServoState::kCentring, 0, 0},
+                          {114, words16({-4550, -2025}), ServoState::kDigitalGuide, -45.5, -20.25},
+                          {116, {}, ServoState::kStowed, 0, kElevationHigh}};
     for (const Goal& g : goals) {
         Pod pod;
         send(pod, g.code, g.payload);
@@ -124,7 +124,7 @@ TEST(PodServo, LooksStraightDown) {
     Pod pod;
     send(pod, 115);
     run(pod, 6);
-    EXPECT_EQ(pod.snapshot().servo_state, ServoState::LookDown);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kLookDown);
     EXPECT_NEAR(pod.snapshot().attitude_pitch_deg, -90, 0.1);
 }
 
@@ -146,10 +146,10 @@ TEST(PodServo, HeadingLockKeepsTheEarthAndFollowTheFrame) {
     const Snapshot start = lock.snapshot();
     run(lock, 5);
     run(follow, 5);
-    EXPECT_EQ(lock.snapshot().servo_state, ServoState::HeadingLock);
+    EXPECT_EQ(lock.snapshot().servo_state, ServoState::kHeadingLock);
     EXPECT_NEAR(turned(start.attitude_yaw_deg, lock.snapshot().attitude_yaw_deg), 0, 0.5);
     EXPECT_GT(std::fabs(lock.snapshot().frame_yaw_deg - start.frame_yaw_deg), 5);
-    EXPECT_EQ(follow.snapshot().servo_state, ServoState::HeadingFollow);
+    EXPECT_EQ(follow.snapshot().servo_state, ServoState::kHeadingFollow);
     EXPECT_NEAR(follow.snapshot().frame_yaw_deg, start.frame_yaw_deg, 1e-9);
     EXPECT_GT(std::fabs(turned(start.attitude_yaw_deg, follow.snapshot().attitude_yaw_deg)), 5);
 }
@@ -169,7 +169,7 @@ TEST(PodServo, ScansBetweenTheSetAngles) {
         el_low = std::min(el_low, s.frame_pitch_deg);
         el_high = std::max(el_high, s.frame_pitch_deg);
     }
-    EXPECT_EQ(pod.snapshot().servo_state, ServoState::Scan);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kScan);
     EXPECT_NEAR(low, -10, 3);
     EXPECT_NEAR(high, 30, 3);
     EXPECT_NEAR(el_low, -25, 2);

@@ -35,12 +35,18 @@ template <typename Done>
 bool pump(Transport& transport, Bytes& received, Done done) {
     const auto deadline = Clock::now() + std::chrono::seconds(5);
     while (!done()) {
-        if (Clock::now() > deadline) return false;
+        if (Clock::now() > deadline) {
+            return false;
+        }
         std::vector<pollfd> fds;
         transport.appendPollFds(fds);
-        if (poll(fds.data(), fds.size(), 10) <= 0) continue;
+        if (poll(fds.data(), fds.size(), 10) <= 0) {
+            continue;
+        }
         for (const pollfd& fd : fds) {
-            if (fd.revents == 0) continue;
+            if (fd.revents == 0) {
+                continue;
+            }
             transport.onReady(fd, [&](const std::uint8_t* data, std::size_t n) {
                 received.insert(received.end(), data, data + n);
             });
@@ -52,7 +58,9 @@ bool pump(Transport& transport, Bytes& received, Done done) {
 Bytes readSome(int fd) {
     pollfd ready{fd, POLLIN, 0};
     Bytes buffer(65536);
-    if (poll(&ready, 1, 5000) != 1) return {};
+    if (poll(&ready, 1, 5000) != 1) {
+        return {};
+    }
     const ssize_t n = read(fd, buffer.data(), buffer.size());
     buffer.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
     return buffer;
@@ -184,7 +192,9 @@ TEST(Tcp, StationThatStopsReadingHoldsNobody) {
         Bytes buffer(65536);
         const ssize_t n = read(client, buffer.data(), buffer.size());
         quiet = n > 0 ? 0 : quiet + 1;
-        if (n > 0) all.insert(all.end(), buffer.begin(), buffer.begin() + n);
+        if (n > 0) {
+            all.insert(all.end(), buffer.begin(), buffer.begin() + n);
+        }
     }
     total = all.size();
     EXPECT_GT(total, 65536u);
@@ -196,9 +206,7 @@ TEST(Tcp, StationThatStopsReadingHoldsNobody) {
     close(client);
 }
 
-std::string linkPath(const char* name) {
-    return testing::TempDir() + name + std::to_string(getpid());
-}
+std::string linkPath(const char* name) { return testing::TempDir() + name + std::to_string(getpid()); }
 
 TEST(Pty, CarriesEveryByteValueBothWays) {
     std::string error;
@@ -219,7 +227,9 @@ TEST(Pty, CarriesEveryByteValueBothWays) {
     Bytes back;
     while (back.size() < 256) {
         const Bytes some = readSome(station);
-        if (some.empty()) break;
+        if (some.empty()) {
+            break;
+        }
         back.insert(back.end(), some.begin(), some.end());
     }
     EXPECT_EQ(back, all);

@@ -66,7 +66,9 @@ TEST(TsMuxer, EverySizeIsWholePacketsWithTheBytesInOrder) {
                 ASSERT_EQ(p[3] & 15, (known->second + 1) % 16) << "pid " << pid;
             }
             counters[pid] = p[3] & 15;
-            if (pid != 0x100) continue;
+            if (pid != 0x100) {
+                continue;
+            }
             const std::size_t header = p[3] & 0x20 ? 5u + p[4] : 4u;
             ASSERT_LE(header, kTsPacketSize);
             pes.insert(pes.end(), p + header, p + kTsPacketSize);
@@ -86,7 +88,9 @@ struct Memory {
 int readMemory(void* opaque, std::uint8_t* to, int n) {
     auto* memory = static_cast<Memory*>(opaque);
     const std::size_t take = std::min(static_cast<std::size_t>(n), memory->bytes.size() - memory->at);
-    if (take == 0) return AVERROR_EOF;
+    if (take == 0) {
+        return AVERROR_EOF;
+    }
     std::copy_n(memory->bytes.begin() + static_cast<long>(memory->at), take, to);
     memory->at += take;
     return static_cast<int>(take);
@@ -141,12 +145,8 @@ void demuxesAndDecodes(Codec codec) {
     avio_context_free(&io);
 }
 
-TEST(TsMuxer, FfmpegReadsEveryPictureH264) {
-    demuxesAndDecodes(Codec::kH264);
-}
-TEST(TsMuxer, FfmpegReadsEveryPictureH265) {
-    demuxesAndDecodes(Codec::kH265);
-}
+TEST(TsMuxer, FfmpegReadsEveryPictureH264) { demuxesAndDecodes(Codec::kH264); }
+TEST(TsMuxer, FfmpegReadsEveryPictureH265) { demuxesAndDecodes(Codec::kH265); }
 
 }  // namespace
 }  // namespace podsim

@@ -41,7 +41,7 @@ TEST(World, BoatsGoOnWaterAndVehiclesOnRoads) {
             if (t.type == kBoat) {
                 EXPECT_LT(std::fabs(nearImage(World::riverX(p.y), p.x) - p.x) + t.width_m / 2,
                           World::riverHalfWidth(p.y));
-            } else if (t.route == Route::MainRoad) {
+            } else if (t.route == Route::kMainRoad) {
                 EXPECT_LT(std::fabs(World::mainRoadY(p.x) - p.y), World::kMainHalf);
             }
         }
@@ -62,8 +62,9 @@ TEST(Raster, PolygonsCoverTheirArea) {
     const Point triangle[3] = {{10.5, 10.25}, {50.5, 10.25}, {10.5, 50.25}};
     fillConvex(canvas, triangle, 3, {200, 100, 150});
     double area = 0;
-    for (const std::uint8_t value : y)
+    for (const std::uint8_t value : y) {
         area += value / 200.0;
+    }
     EXPECT_NEAR(area, 800, 16);
     EXPECT_EQ(u[8 * 32 + 8], 100);
     EXPECT_EQ(v[30 * 32 + 30], 128);
@@ -90,9 +91,10 @@ TEST(Raster, ClipsAtEveryEdge) {
 TEST(Font, SignsDifferAndSmallLettersAreCapitals) {
     std::set<std::vector<std::uint8_t>> shapes;
     for (int c = ' '; c <= 0x7F; ++c) {
-        if (c < 'a' || c > 'z')
+        if (c < 'a' || c > 'z') {
             shapes.insert(std::vector<std::uint8_t>(glyph(static_cast<unsigned char>(c)),
                                                     glyph(static_cast<unsigned char>(c)) + kGlyphHeight));
+        }
     }
     EXPECT_EQ(shapes.size(), 70U);
     EXPECT_EQ(glyph('q'), glyph('Q'));

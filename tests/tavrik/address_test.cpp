@@ -64,8 +64,9 @@ TEST(NetworkAddress, AcceptsTheseAndNoOthers) {
         {"192.168.1.160", false},
         {"rtsp://host/" + std::string(3000, 'a'), false},
     };
-    for (const auto& row : table)
+    for (const auto& row : table) {
         EXPECT_EQ(parseNetworkAddress(row.text).has_value(), row.good) << row.text;
+    }
 }
 
 TEST(NetworkAddress, KnowsLiterals) {

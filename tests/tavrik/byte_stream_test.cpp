@@ -68,10 +68,10 @@ struct Form {
 };
 
 std::vector<Form> forms() {
-    return {{rawH264(), ByteStream::Form::Raw, Codec::H264},
-            {rawH265(), ByteStream::Form::Raw, Codec::H265},
-            {transport(0x1B), ByteStream::Form::Transport, Codec::H264},
-            {transport(0x24), ByteStream::Form::Transport, Codec::H265}};
+    return {{rawH264(), ByteStream::Form::kRaw, Codec::kH264},
+            {rawH265(), ByteStream::Form::kRaw, Codec::kH265},
+            {transport(0x1B), ByteStream::Form::kTransport, Codec::kH264},
+            {transport(0x24), ByteStream::Form::kTransport, Codec::kH265}};
 }
 
 TEST(ByteStream, TellsFormAndCodecByTheBytesInAnyPieces) {
@@ -83,7 +83,7 @@ TEST(ByteStream, TellsFormAndCodecByTheBytesInAnyPieces) {
             EXPECT_EQ(listener.stream.form(), form.form) << piece;
             ASSERT_EQ(listener.units.size(), 19u) << piece;
             EXPECT_EQ(listener.codecs.front(), form.codec);
-            EXPECT_EQ(listener.sounds, form.form == ByteStream::Form::Transport ? 1 : 0);
+            EXPECT_EQ(listener.sounds, form.form == ByteStream::Form::kTransport ? 1 : 0);
         }
     }
 }
@@ -91,8 +91,9 @@ TEST(ByteStream, TellsFormAndCodecByTheBytesInAnyPieces) {
 TEST(ByteStream, FindsTheStreamAfterNoise) {
     std::mt19937 random(5);
     Bytes noise(300000);
-    for (auto& b : noise)
+    for (auto& b : noise) {
         b = static_cast<std::uint8_t>(random() | 2);
+    }
     for (const Form& form : forms()) {
         Listener listener;
         listener.feed(noise, 1000);
@@ -110,8 +111,9 @@ TEST(ByteStream, FollowsASenderThatChangesItsForm) {
             listener.feed(before.bytes, 1316);
             listener.units.clear();
             listener.codecs.clear();
-            for (int i = 0; i < 40; ++i)
+            for (int i = 0; i < 40; ++i) {
                 listener.feed(after.bytes, 1316);
+            }
             listener.stream.idle();
             EXPECT_EQ(listener.stream.form(), after.form);
             ASSERT_FALSE(listener.codecs.empty());
@@ -125,7 +127,7 @@ TEST(ByteStream, NeedsNoMoreThanNothing) {
     listener.stream.push(nullptr, 0);
     listener.stream.idle();
     EXPECT_FALSE(listener.stream.pending());
-    EXPECT_EQ(listener.stream.form(), ByteStream::Form::Unknown);
+    EXPECT_EQ(listener.stream.form(), ByteStream::Form::kUnknown);
 }
 
 TEST(ByteStream, SurvivesRandomDamage) {

@@ -33,7 +33,9 @@ template <class Condition>
 bool waitUntil(Condition condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs);
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
         std::this_thread::sleep_for(1ms);
     }
     return true;
@@ -41,7 +43,7 @@ bool waitUntil(Condition condition) {
 
 TEST(Close, IsQuickWhenTheServerNeverAnswersDescribe) {
     RtspServer::Settings settings;
-    settings.manner = RtspServer::Manner::SilentAtDescribe;
+    settings.manner = RtspServer::Manner::kSilentAtDescribe;
     RtspServer server(settings);
     Receiver receiver;
     int handle = 0;
@@ -53,7 +55,7 @@ TEST(Close, IsQuickWhenTheServerNeverAnswersDescribe) {
 
 TEST(Close, IsQuickWhenTheServerIsSilentOrAbsent) {
     RtspServer::Settings settings;
-    settings.manner = RtspServer::Manner::SilentAtAll;
+    settings.manner = RtspServer::Manner::kSilentAtAll;
     RtspServer server(settings);
     // A port that nobody listens on, and an address that swallows everything.
     for (const std::string& url :
@@ -82,7 +84,9 @@ TEST(Close, IsQuickWhenTheServerDiesOrStallsMidStream) {
         ASSERT_TRUE(stream(
             [&](int n) { server.sendPicture(encoder.encode(n), static_cast<std::uint32_t>(n) * 3600); },
             [&] { return receiver.numbers().size() >= 5; }));
-        if (dies) server.kill();
+        if (dies) {
+            server.kill();
+        }
         expectWithinDeadline([&] { feedClose(handle); });
     }
 }
@@ -98,8 +102,9 @@ TEST(Close, IsQuickDuringALookUp) {
 }
 
 TEST(Close, OfHandlesThatAreNotOpenIsNothing) {
-    for (const int handle : {0, -1, 123456789})
+    for (const int handle : {0, -1, 123456789}) {
         feedClose(handle);
+    }
     feedHold(0);
     feedResume(123456789);
 }
@@ -122,10 +127,11 @@ TEST(Close, ReleasesTheNameOfALiveServer) {
 // After each close the callback's target is gone: a late call would be seen, and by the sanitizers too.
 TEST(Close, LetsNoCallbackComeAfterIt) {
     const int port = freeUdpPort();
-    TestEncoder encoder(EncoderSettings{Codec::H264, kWidth, kHeight, 1, 1});
+    TestEncoder encoder(EncoderSettings{Codec::kH264, kWidth, kHeight, 1, 1});
     std::vector<Bytes> units;
-    for (int n = 0; n < 50; ++n)
-        units.push_back(withSei(Codec::H264, encoder.encode(n), seiNal(Codec::H264, {1, 2, 3})));
+    for (int n = 0; n < 50; ++n) {
+        units.push_back(withSei(Codec::kH264, encoder.encode(n), seiNal(Codec::kH264, {1, 2, 3})));
+    }
     std::atomic<bool> done{false};
     std::thread camera([&] {
         UdpSender sender(port);
@@ -144,7 +150,9 @@ TEST(Close, LetsNoCallbackComeAfterIt) {
         std::atomic<int> late{0};
         Target* const raw = target.get();
         const auto hit = [raw, &late] {
-            if (!raw->alive) ++late;
+            if (!raw->alive) {
+                ++late;
+            }
             ++raw->calls;
         };
         const int handle = feedOpen(
@@ -226,7 +234,9 @@ TEST(Close, FromInsideACallbackDoesNotHang) {
     handle = feedOpen(
         "", port,
         [&](AVFrame*, float, int) {
-            if (closed) ++after;
+            if (closed) {
+                ++after;
+            }
             feedClose(handle);
             closed = true;
         },

@@ -11,46 +11,53 @@ namespace {
 // Answers one GET with a transport stream that never ends.
 class HttpCamera {
 public:
-    HttpCamera() : listener_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    HttpCamera() : m_listener(::socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+        ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof(address));
         socklen_t size = sizeof(address);
-        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
-        ::listen(listener_, 4);
-        thread_ = std::thread([this] { serve(); });
+        ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
+        m_port = ntohs(address.sin_port);
+        ::listen(m_listener, 4);
+        m_thread = std::thread([this] { serve(); });
     }
     ~HttpCamera() {
-        ::shutdown(listener_, SHUT_RDWR);
-        thread_.join();
-        ::close(listener_);
-        if (client_ >= 0) ::close(client_);
+        ::shutdown(m_listener, SHUT_RDWR);
+        m_thread.join();
+        ::close(m_listener);
+        if (m_client >= 0) {
+            ::close(m_client);
+        }
     }
-    std::string url() const { return "http://127.0.0.1:" + std::to_string(port_) + "/live.ts"; }
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/live.ts"; }
     void send(const Bytes& bytes) {
-        if (ready_) ::send(client_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (m_ready) {
+            ::send(m_client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        }
     }
 
 private:
     void serve() {
-        client_ = ::accept(listener_, nullptr, nullptr);
-        if (client_ < 0) return;
+        m_client = ::accept(m_listener, nullptr, nullptr);
+        if (m_client < 0) {
+            return;
+        }
         std::string request;
         char byte = 0;
-        while (request.find("\r\n\r\n") == std::string::npos && ::recv(client_, &byte, 1, 0) == 1)
+        while (request.find("\r\n\r\n") == std::string::npos && ::recv(m_client, &byte, 1, 0) == 1) {
             request += byte;
+        }
         const std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: video/mp2t\r\n\r\n";
-        ::send(client_, answer.data(), answer.size(), MSG_NOSIGNAL);
-        ready_ = true;
+        ::send(m_client, answer.data(), answer.size(), MSG_NOSIGNAL);
+        m_ready = true;
     }
 
-    int listener_;
-    int port_ = 0;
-    int client_ = -1;
-    std::atomic<bool> ready_{false};
-    std::thread thread_;
+    int m_listener;
+    int m_port = 0;
+    int m_client = -1;
+    std::atomic<bool> m_ready{false};
+    std::thread m_thread;
 };
 
 TEST(Http, ShowsATransportStream) {
@@ -60,17 +67,18 @@ TEST(Http, ShowsATransportStream) {
     const int handle =
         feedOpen(camera.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", receiver.onSei(), 1);
     ASSERT_GT(handle, 0);
-    const Bytes sei = seiNal(Codec::H264, {4, 5, 6});
+    const Bytes sei = seiNal(Codec::kH264, {4, 5, 6});
     EXPECT_TRUE(stream(
         [&](int n) {
             camera.send(
-                muxTransportStream(Codec::H264, {withSei(Codec::H264, encoder.encode(n), sei)}, true));
+                muxTransportStream(Codec::kH264, {withSei(Codec::kH264, encoder.encode(n), sei)}, true));
         },
         [&] { return receiver.numbers().size() >= 20 && !receiver.sei().empty(); }, 5));
     feedClose(handle);
     const std::vector<int> numbers = receiver.numbers();
-    for (std::size_t i = 1; i < numbers.size(); ++i)
+    for (std::size_t i = 1; i < numbers.size(); ++i) {
         EXPECT_GT(numbers[i], numbers[i - 1]);
+    }
 }
 
 }  // namespace

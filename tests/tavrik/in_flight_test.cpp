@@ -69,20 +69,20 @@ TEST(FramesInFlight, OutlivesItsStream) {
 TEST(Stream, StopsAtTheBoundAndGoesOnAtAKeyPicture) {
     const int port = freeUdpPort();
     Receiver receiver;
-    receiver.keep_ = true;
+    receiver.m_keep = true;
     const int handle = feedOpen("", port, receiver.onFrame(), nullptr, "", false, "", receiver.onSei(), 1);
     ASSERT_GT(handle, 0);
     constexpr int kKeyInterval = 10;
-    TestEncoder encoder(EncoderSettings{Codec::H264, kWidth, kHeight, kKeyInterval, 1});
-    const Bytes sei = seiNal(Codec::H264, {1, 2, 3});
+    TestEncoder encoder(EncoderSettings{Codec::kH264, kWidth, kHeight, kKeyInterval, 1});
+    const Bytes sei = seiNal(Codec::kH264, {1, 2, 3});
     UdpSender sender(port);
     int next = 0;
-    const auto send = [&](int) { sender.send(withSei(Codec::H264, encoder.encode(next++), sei), 1400); };
+    const auto send = [&](int) { sender.send(withSei(Codec::kH264, encoder.encode(next++), sei), 1400); };
     // The SEI of every picture still comes, so the pictures beyond the bound have arrived and been dropped.
     ASSERT_TRUE(stream(
         send, [&] { return receiver.sei().size() >= 285; }, 3));
     EXPECT_EQ(receiver.numbers().size(), static_cast<std::size_t>(FramesInFlight::kMaxFrames));
-    receiver.keep_ = false;
+    receiver.m_keep = false;
     receiver.releaseKept();
     const int released_at = next;
     ASSERT_TRUE(stream(
@@ -110,11 +110,12 @@ TEST(Stream, ShowsFewerPicturesInsteadOfOldOnes) {
                 numbers.push_back(readNumber(frame));
             }
             blocked = true;
-            while (!go)
+            while (!go) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
         },
         nullptr, "", false, "", nullptr, 1);
-    TestEncoder encoder(EncoderSettings{Codec::H264, kWidth, kHeight, kKeyInterval, 1});
+    TestEncoder encoder(EncoderSettings{Codec::kH264, kWidth, kHeight, kKeyInterval, 1});
     UdpSender sender(port);
     int next = 0;
     const auto send = [&](int) { sender.send(encoder.encode(next++), 1400); };
@@ -140,15 +141,15 @@ TEST(Stream, ShowsFewerPicturesInsteadOfOldOnes) {
 TEST(Stream, FramesOutliveTheirStream) {
     const int port = freeUdpPort();
     Receiver receiver;
-    receiver.keep_ = true;
+    receiver.m_keep = true;
     const int handle = feedOpen("", port, receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
     TestEncoder encoder(EncoderSettings{});
     UdpSender sender(port);
     ASSERT_TRUE(stream([&](int n) { sender.send(encoder.encode(n), 1400); },
                        [&] { return receiver.numbers().size() >= 3; }));
     feedClose(handle);
-    ASSERT_FALSE(receiver.kept_.empty());
-    EXPECT_EQ(readNumber(receiver.kept_[0].get()), receiver.numbers()[0]);
+    ASSERT_FALSE(receiver.m_kept.empty());
+    EXPECT_EQ(readNumber(receiver.m_kept[0].get()), receiver.numbers()[0]);
     receiver.releaseKept();
 }
 

@@ -26,15 +26,17 @@ inline const Bytes kSuffix265{0x50, 0x01, 0x84, 0x02, 0x11, 0x22, 0x80};
 // A slice with `first` telling whether it begins the picture; `mark` makes it distinguishable.
 inline Bytes slice264(bool first, bool key, std::uint8_t mark, std::size_t size = 40) {
     Bytes nal{static_cast<std::uint8_t>(key ? 0x65 : 0x41), static_cast<std::uint8_t>(first ? 0x88 : 0x48)};
-    while (nal.size() < size)
+    while (nal.size() < size) {
         nal.push_back(static_cast<std::uint8_t>(mark | 0x80));
+    }
     return nal;
 }
 inline Bytes slice265(bool first, bool key, std::uint8_t mark, std::size_t size = 40) {
     Bytes nal{static_cast<std::uint8_t>((key ? 19 : 1) << 1), 0x01,
               static_cast<std::uint8_t>(first ? 0xAF : 0x2F)};
-    while (nal.size() < size)
+    while (nal.size() < size) {
         nal.push_back(static_cast<std::uint8_t>(mark | 0x80));
+    }
     return nal;
 }
 

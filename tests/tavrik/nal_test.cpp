@@ -40,8 +40,9 @@ TEST(NalSplitter, FindsTheSameUnitsForEachPairOfCutsAndBothStartCodes) {
 TEST(NalSplitter, FindsTheSameUnitsByteByByte) {
     const Bytes stream = joined(kUnits, 3);
     std::vector<std::size_t> cuts;
-    for (std::size_t i = 1; i < stream.size(); ++i)
+    for (std::size_t i = 1; i < stream.size(); ++i) {
         cuts.push_back(i);
+    }
     EXPECT_EQ(split(stream, cuts), kUnits);
 }
 
@@ -80,13 +81,16 @@ TEST(NalSplitter, StaysBoundedAndRecoversAfterAUnitWithoutEnd) {
     std::vector<Bytes> out;
     NalSplitter splitter([&](const std::uint8_t* nal, std::size_t size) {
         largest = std::max(largest, size);
-        if (size < 100) out.emplace_back(nal, nal + size);
+        if (size < 100) {
+            out.emplace_back(nal, nal + size);
+        }
     });
     const Bytes start{0, 0, 1, 0x65};
     splitter.push(start.data(), start.size());
     const Bytes block(1 << 20, 0xFF);
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 40; ++i) {
         splitter.push(block.data(), block.size());
+    }
     const Bytes good = joined({kSps264});
     splitter.push(good.data(), good.size());
     splitter.flush();
@@ -98,8 +102,9 @@ TEST(NalSplitter, AgreesWithAPlainScanOnRandomBytesRichInStartCodes) {
     std::mt19937 random(7);
     for (int round = 0; round < 2000; ++round) {
         Bytes stream(random() % 60);
-        for (auto& b : stream)
+        for (auto& b : stream) {
             b = static_cast<std::uint8_t>(random() % 4 == 0 ? random() % 3 + 1 : 0);
+        }
         // Plain model: after each 00 00 01 a unit up to the next one or the end, without its trailing zeros.
         std::vector<Bytes> expected;
         Bytes* open = nullptr;
@@ -115,8 +120,9 @@ TEST(NalSplitter, AgreesWithAPlainScanOnRandomBytesRichInStartCodes) {
             }
         }
         for (Bytes& nal : expected) {
-            while (!nal.empty() && nal.back() == 0)
+            while (!nal.empty() && nal.back() == 0) {
                 nal.pop_back();
+            }
         }
         expected.erase(std::remove(expected.begin(), expected.end(), Bytes{}), expected.end());
         const std::size_t cut = stream.empty() ? 0 : random() % stream.size();
@@ -125,44 +131,46 @@ TEST(NalSplitter, AgreesWithAPlainScanOnRandomBytesRichInStartCodes) {
 }
 
 TEST(NalInfo, OfH264) {
-    const auto info = [](const Bytes& nal) { return describeNal(Codec::H264, nal.data(), nal.size()); };
-    EXPECT_EQ(info(slice264(true, true, 1)).role, NalRole::Picture);
+    const auto info = [](const Bytes& nal) { return describeNal(Codec::kH264, nal.data(), nal.size()); };
+    EXPECT_EQ(info(slice264(true, true, 1)).role, NalRole::kPicture);
     EXPECT_TRUE(info(slice264(true, true, 1)).key);
     EXPECT_TRUE(info(slice264(true, false, 1)).first_slice);
     EXPECT_FALSE(info(slice264(false, false, 1)).first_slice);
     EXPECT_FALSE(info(slice264(true, false, 1)).key);
-    for (const Bytes& nal : {kSps264, kPps264, kAud264})
-        EXPECT_EQ(info(nal).role, NalRole::Leading);
+    for (const Bytes& nal : {kSps264, kPps264, kAud264}) {
+        EXPECT_EQ(info(nal).role, NalRole::kLeading);
+    }
     EXPECT_TRUE(info(kSei264).sei);
     EXPECT_FALSE(info(kSei264).key);
     EXPECT_TRUE(info(kRecovery264).key);
-    EXPECT_EQ(info({0x0C, 0xFF, 0x80}).role, NalRole::Trailing);
-    EXPECT_EQ(info({}).role, NalRole::Trailing);
+    EXPECT_EQ(info({0x0C, 0xFF, 0x80}).role, NalRole::kTrailing);
+    EXPECT_EQ(info({}).role, NalRole::kTrailing);
 }
 
 TEST(NalInfo, OfH265) {
-    const auto info = [](const Bytes& nal) { return describeNal(Codec::H265, nal.data(), nal.size()); };
+    const auto info = [](const Bytes& nal) { return describeNal(Codec::kH265, nal.data(), nal.size()); };
     EXPECT_TRUE(info(slice265(true, true, 1)).key);
     EXPECT_TRUE(info(slice265(true, true, 1)).first_slice);
     EXPECT_FALSE(info(slice265(false, false, 1)).first_slice);
     EXPECT_FALSE(info(slice265(true, false, 1)).key);
-    for (const Bytes& nal : {kVps265, kSps265, kPps265, kAud265})
-        EXPECT_EQ(info(nal).role, NalRole::Leading);
-    EXPECT_EQ(info(kSei265).role, NalRole::Supplement);
+    for (const Bytes& nal : {kVps265, kSps265, kPps265, kAud265}) {
+        EXPECT_EQ(info(nal).role, NalRole::kLeading);
+    }
+    EXPECT_EQ(info(kSei265).role, NalRole::kSupplement);
     EXPECT_TRUE(info(kSei265).sei);
     EXPECT_TRUE(info(kSuffix265).sei);
-    EXPECT_EQ(info(kSuffix265).role, NalRole::Trailing);
-    EXPECT_EQ(info({0x40}).role, NalRole::Trailing);
+    EXPECT_EQ(info(kSuffix265).role, NalRole::kTrailing);
+    EXPECT_EQ(info({0x40}).role, NalRole::kTrailing);
 }
 
 TEST(NalInfo, CodecIsToldByTheFirstParameterSetsAlone) {
     const auto codec = [](const Bytes& nal) { return codecOfParameterSet(nal.data(), nal.size()); };
-    EXPECT_EQ(codec(kSps264), Codec::H264);
-    EXPECT_EQ(codec(kVps265), Codec::H265);
-    EXPECT_EQ(codec(kSps265), Codec::H265);
+    EXPECT_EQ(codec(kSps264), Codec::kH264);
+    EXPECT_EQ(codec(kVps265), Codec::kH265);
+    EXPECT_EQ(codec(kSps265), Codec::kH265);
     for (const Bytes& nal : {kPps264, kAud264, kSei264, kPps265, kAud265, kSei265, slice264(true, true, 1),
                              slice265(true, true, 1), Bytes{0x67, 0x01, 0, 0}, Bytes{0x67, 0x42}}) {
-        EXPECT_EQ(codec(nal), Codec::Unknown);
+        EXPECT_EQ(codec(nal), Codec::kUnknown);
     }
 }
 

@@ -24,9 +24,7 @@ struct Collected {
     }
 };
 
-void push(PictureStream& stream, const Bytes& bytes) {
-    stream.push(bytes.data(), bytes.size());
-}
+void push(PictureStream& stream, const Bytes& bytes) { stream.push(bytes.data(), bytes.size()); }
 
 std::vector<Unit> assemble(Codec codec, const Bytes& bytes, std::size_t cut) {
     Collected collected;
@@ -44,14 +42,14 @@ struct Scene {
 
 // Every way in which a picture can begin.
 const Scene kScenes[] = {
-    {Codec::H264,
+    {Codec::kH264,
      {{kSps264, kPps264, kSei264, slice264(true, true, 1)},
       {slice264(true, false, 2)},
       {kAud264, slice264(true, false, 3), slice264(false, false, 3)},
       {kSei264, kSei264, slice264(true, false, 4), slice264(false, false, 4), {0x0C, 0xFF, 0x80}},
       {kPps264, slice264(true, false, 5)},
       {kRecovery264, slice264(true, false, 6)}}},
-    {Codec::H265,
+    {Codec::kH265,
      {{kVps265, kSps265, kPps265, kSei265, slice265(true, true, 1)},
       {slice265(true, false, 2)},
       {kAud265, slice265(true, false, 3), slice265(false, false, 3), kSuffix265},
@@ -66,7 +64,9 @@ std::vector<Unit> expectedOf(const Scene& scene) {
         bool key = false;
         for (const Bytes& nal : nals) {
             const NalInfo info = describeNal(scene.codec, nal.data(), nal.size());
-            if (info.sei) sei.push_back(nal);
+            if (info.sei) {
+                sei.push_back(nal);
+            }
             key = key || info.key;
         }
         out.push_back({joined(nals), joined(sei), key});
@@ -85,7 +85,7 @@ TEST(PictureStream, PutsPicturesTogetherForEachCut) {
             }
             for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
                 ASSERT_EQ(assemble(scene.codec, bytes, cut), expected) << cut;
-                ASSERT_EQ(assemble(Codec::Unknown, bytes, cut), expected) << "codec unknown " << cut;
+                ASSERT_EQ(assemble(Codec::kUnknown, bytes, cut), expected) << "codec unknown " << cut;
             }
         }
     }
@@ -104,7 +104,7 @@ TEST(PictureStream, ToleratesEveryTruncation) {
 
 TEST(PictureStream, LetsAPictureGoAtTheContainersWord) {
     Collected collected;
-    PictureStream stream(Codec::H264, collected.sink());
+    PictureStream stream(Codec::kH264, collected.sink());
     push(stream, joined({kSps264, kPps264}));
     stream.endOfPicture();
     EXPECT_TRUE(collected.units.empty()) << "parameter sets wait for their picture";
@@ -118,7 +118,7 @@ TEST(PictureStream, LetsAPictureGoAtTheContainersWord) {
 
 TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
     Collected collected;
-    PictureStream stream(Codec::H264, collected.sink());
+    PictureStream stream(Codec::kH264, collected.sink());
     EXPECT_EQ(stream.idleMs(), 3);
     const Bytes picture = joined({slice264(true, false, 1, 400)});
     const auto paused = [&] {
@@ -133,18 +133,20 @@ TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
     paused();
     push(stream, picture);
     EXPECT_EQ(stream.idleMs(), 6);
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         paused();
+    }
     push(stream, picture);
     EXPECT_EQ(stream.idleMs(), 48);
-    for (int i = 0; i < 50000; ++i)
+    for (int i = 0; i < 50000; ++i) {
         push(stream, picture);
+    }
     EXPECT_EQ(stream.idleMs(), 3) << "and trusts it again after many good pictures";
 }
 
 TEST(PictureStream, FollowsThePausesInsidePicturesUpAndDown) {
     Collected collected;
-    PictureStream stream(Codec::H264, collected.sink());
+    PictureStream stream(Codec::kH264, collected.sink());
     push(stream, joined({kSps264, kPps264}));
     stream.samePicture(1);
     EXPECT_EQ(stream.idleMs(), 3) << "a short pause fits the shortest silence";
@@ -170,7 +172,7 @@ TEST(PictureStream, FollowsThePausesInsidePicturesUpAndDown) {
 
 TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
     Collected collected;
-    PictureStream stream(Codec::H264, collected.sink());
+    PictureStream stream(Codec::kH264, collected.sink());
     for (int i = 0; i < 10; ++i) {
         push(stream, joined({slice264(true, false, 1)}));
         stream.endOfPicture();
@@ -191,22 +193,22 @@ TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
 
 TEST(PictureStream, FollowsAChangeOfCodecButNotOneDamagedSet) {
     Collected collected;
-    PictureStream stream(Codec::Unknown, collected.sink());
+    PictureStream stream(Codec::kUnknown, collected.sink());
     push(stream, joined({slice264(true, true, 1)}));
     stream.idle();
     EXPECT_TRUE(collected.units.empty()) << "no parameter set yet";
     push(stream, joined({kSps264, kPps264, slice264(true, true, 1), kSps265, kSps264}));
-    EXPECT_EQ(stream.codec(), Codec::H264);
+    EXPECT_EQ(stream.codec(), Codec::kH264);
     push(stream, joined({kVps265, kSps265, kPps265, slice265(true, true, 2)}));
     stream.idle();
-    EXPECT_EQ(stream.codec(), Codec::H265);
-    EXPECT_EQ(collected.codecs.back(), Codec::H265);
+    EXPECT_EQ(stream.codec(), Codec::kH265);
+    EXPECT_EQ(collected.codecs.back(), Codec::kH265);
     EXPECT_TRUE(collected.units.back().key);
 }
 
 TEST(PictureStream, PassesOtherCodecsPacketByPacket) {
     Collected collected;
-    PictureStream stream(Codec::Other, collected.sink());
+    PictureStream stream(Codec::kOther, collected.sink());
     push(stream, {1, 2});
     push(stream, {3});
     stream.endOfPicture();
@@ -219,12 +221,13 @@ TEST(PictureStream, PassesOtherCodecsPacketByPacket) {
 
 TEST(PictureStream, StaysBoundedWithoutAnyPicture) {
     Collected collected;
-    PictureStream stream(Codec::H264, collected.sink());
+    PictureStream stream(Codec::kH264, collected.sink());
     Bytes sei(60000, 0x55);
     sei[0] = 0x06;
     const Bytes piece = joined({sei});
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         push(stream, piece);
+    }
     push(stream, joined({slice264(true, true, 1)}));
     stream.idle();
     ASSERT_EQ(collected.units.size(), 1u);

@@ -14,42 +14,44 @@ namespace {
 class Pond {
 public:
     void add(const Bytes& bytes) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
     }
     ReadCallback onRead() {
         return [this](unsigned char* to, int capacity) {
-            ++asked_;
-            const std::lock_guard<std::mutex> lock(mutex_);
-            const std::size_t size = std::min(bytes_.size(), static_cast<std::size_t>(capacity));
-            std::copy_n(bytes_.begin(), size, to);
-            bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<long>(size));
+            ++m_asked;
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            const std::size_t size = std::min(m_bytes.size(), static_cast<std::size_t>(capacity));
+            std::copy_n(m_bytes.begin(), size, to);
+            m_bytes.erase(m_bytes.begin(), m_bytes.begin() + static_cast<long>(size));
             return static_cast<int>(size);
         };
     }
-    int asked() const { return asked_; }
+    int asked() const { return m_asked; }
 
 private:
-    std::mutex mutex_;
-    std::deque<std::uint8_t> bytes_;
-    std::atomic<int> asked_{0};
+    std::mutex m_mutex;
+    std::deque<std::uint8_t> m_bytes;
+    std::atomic<int> m_asked{0};
 };
 
 TEST(Pull, DecodesWhatItReads) {
-    for (const Codec codec : {Codec::H264, Codec::H265}) {
+    for (const Codec codec : {Codec::kH264, Codec::kH265}) {
         for (const bool transport : {false, true}) {
             Pond pond;
             Receiver receiver;
             EXPECT_GT(feedPull(receiver.onFrame(), pond.onRead(), 1), 0);
             TestEncoder encoder(EncoderSettings{codec});
             std::vector<Bytes> units;
-            for (int n = 0; n < 10; ++n)
+            for (int n = 0; n < 10; ++n) {
                 units.push_back(encoder.encode(n));
+            }
             if (transport) {
                 pond.add(muxTransportStream(codec, units, true));
             } else {
-                for (const Bytes& unit : units)
+                for (const Bytes& unit : units) {
                     pond.add(unit);
+                }
             }
             EXPECT_TRUE(receiver.waitForFrames(10));
             EXPECT_EQ(receiver.numbers(), (std::vector<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
@@ -65,23 +67,26 @@ TEST(Pull, EndsWithTheNextPullAndWithTheCloseOfAHandleThatIsNotOpen) {
     feedPull(receiver.onFrame(), second.onRead(), 1);
     const int asked = first.asked();
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs);
-    while (second.asked() < 20 && std::chrono::steady_clock::now() < deadline)
+    while (second.asked() < 20 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_GE(second.asked(), 20);
     EXPECT_EQ(first.asked(), asked) << "the first pull has ended";
     // An open stream closed leaves the pull alone.
     const int stream = feedOpen("", freeUdpPort(), receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
     feedClose(stream);
     const int before = second.asked();
-    while (second.asked() < before + 5 && std::chrono::steady_clock::now() < deadline)
+    while (second.asked() < before + 5 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_GE(second.asked(), before + 5);
     feedClose(stream);
     const int after = second.asked();
     Pond third;
     feedPull(receiver.onFrame(), third.onRead(), 1);
-    while (third.asked() < 20 && std::chrono::steady_clock::now() < deadline)
+    while (third.asked() < 20 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_EQ(second.asked(), after);
     feedClose(0);
 }
@@ -98,11 +103,14 @@ std::string writeClip(const std::string& name, int pictures) {
     AVStream* stream = avformat_new_stream(format, nullptr);
     avcodec_parameters_from_context(stream->codecpar, encoder.context());
     std::vector<Bytes> units;
-    for (int n = 0; n < pictures; ++n)
+    for (int n = 0; n < pictures; ++n) {
         units.push_back(encoder.encode(n));
+    }
     std::vector<Bytes> sets;
     for (const Bytes& nal : nalsOf(units[0])) {
-        if (nal[0] % 32 == 7 || nal[0] % 32 == 8) sets.push_back(nal);
+        if (nal[0] % 32 == 7 || nal[0] % 32 == 8) {
+            sets.push_back(nal);
+        }
     }
     const Bytes extra = annexB(sets);
     stream->codecpar->extradata =
@@ -119,7 +127,9 @@ std::string writeClip(const std::string& name, int pictures) {
         std::memcpy(packet->data, unit.data(), unit.size());
         packet->pts = packet->dts = av_rescale(n, stream->time_base.den, 25LL * stream->time_base.num);
         packet->duration = stream->time_base.den / 25;
-        if (n % 10 == 0) packet->flags |= AV_PKT_FLAG_KEY;
+        if (n % 10 == 0) {
+            packet->flags |= AV_PKT_FLAG_KEY;
+        }
         av_write_frame(format, packet.get());
         av_packet_unref(packet.get());
     }
@@ -140,14 +150,16 @@ TEST(Clip, ReplaysEveryPictureAndTellsStartEndAndLength) {
     EXPECT_EQ(ClipLengthMs(), 800);
     ASSERT_TRUE(receiver.waitForFrames(20));
     const auto deadline = begun + std::chrono::milliseconds(kPatienceMs);
-    while (ends == 0 && std::chrono::steady_clock::now() < deadline)
+    while (ends == 0 && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::yield();
+    }
     EXPECT_EQ(starts, 1);
     EXPECT_EQ(ends, 1);
     // Nineteen steps of 40 ms: sooner would be faster than its own pace.
     EXPECT_GE(receiver.times().back() - begun, std::chrono::milliseconds(760));
-    for (int n = 0; n < 20; ++n)
+    for (int n = 0; n < 20; ++n) {
         EXPECT_EQ(receiver.numbers()[static_cast<std::size_t>(n)], n);
+    }
     feedClose(handle);
     EXPECT_EQ(ends, 1);
     std::remove(path.c_str());
@@ -164,7 +176,7 @@ TEST(Clip, StandsWhileHeldAndEndsWhenClosed) {
     feedHold(handle);
     // One picture may be on its way; after that none, for six times a picture's time.
     const std::size_t held = receiver.numbers().size();
-    EXPECT_FALSE(receiver.waitFor([&] { return receiver.numbers_.size() > held + 1; }, 240));
+    EXPECT_FALSE(receiver.waitFor([&] { return receiver.m_numbers.size() > held + 1; }, 240));
     feedResume(handle);
     EXPECT_TRUE(receiver.waitForFrames(held + 3));
     EXPECT_EQ(ends, 0);

@@ -26,88 +26,92 @@ public:
     FrameCallback onFrame() {
         return [this](AVFrame* frame, float fps, int bitrate) {
             const int number = readNumber(frame);
-            AVFrame* kept = keep_ ? av_frame_clone(frame) : nullptr;
-            const std::lock_guard<std::mutex> lock(mutex_);
-            if (kept != nullptr) kept_.emplace_back(kept);
-            numbers_.push_back(number);
-            times_.push_back(std::chrono::steady_clock::now());
-            fps_ = fps;
-            bitrate_ = bitrate;
-            changed_.notify_all();
+            AVFrame* kept = m_keep ? av_frame_clone(frame) : nullptr;
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (kept != nullptr) {
+                m_kept.emplace_back(kept);
+            }
+            m_numbers.push_back(number);
+            m_times.push_back(std::chrono::steady_clock::now());
+            m_fps = fps;
+            m_bitrate = bitrate;
+            m_changed.notify_all();
         };
     }
     SeiCallback onSei() {
         return [this](void* data, int size, int kind) {
             const auto* bytes = static_cast<const std::uint8_t*>(data);
-            const std::lock_guard<std::mutex> lock(mutex_);
-            sei_.emplace_back(bytes, bytes + size);
-            sei_kind_ = kind;
-            changed_.notify_all();
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_sei.emplace_back(bytes, bytes + size);
+            m_seiKind = kind;
+            m_changed.notify_all();
         };
     }
     AudioCallback onAudio() {
         return [this](unsigned char* data, int size, int rate, int channels) {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            sound_.insert(sound_.end(), data, data + size);
-            rate_ = rate;
-            channels_ = channels;
-            changed_.notify_all();
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_sound.insert(m_sound.end(), data, data + size);
+            m_rate = rate;
+            m_channels = channels;
+            m_changed.notify_all();
         };
     }
 
     template <class Condition>
     bool waitFor(Condition condition, int timeout_ms = kPatienceMs) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_until(
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return m_changed.wait_until(
             lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms), condition);
     }
     bool waitForFrames(std::size_t count) {
-        return waitFor([&] { return numbers_.size() >= count; });
+        return waitFor([&] { return m_numbers.size() >= count; });
     }
     bool waitForNumber(int number) {
         return waitFor([&] {
-            for (const int n : numbers_) {
-                if (n == number) return true;
+            for (const int n : m_numbers) {
+                if (n == number) {
+                    return true;
+                }
             }
             return false;
         });
     }
 
     std::vector<int> numbers() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return numbers_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_numbers;
     }
     std::vector<std::chrono::steady_clock::time_point> times() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return times_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_times;
     }
     std::vector<Bytes> sei() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return sei_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_sei;
     }
     Bytes sound() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return sound_;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_sound;
     }
     void releaseKept() {
         std::vector<FramePtr> kept;
-        const std::lock_guard<std::mutex> lock(mutex_);
-        kept.swap(kept_);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        kept.swap(m_kept);
     }
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<int> numbers_;
-    std::vector<std::chrono::steady_clock::time_point> times_;
-    std::vector<FramePtr> kept_;
-    std::vector<Bytes> sei_;
-    Bytes sound_;
-    int sei_kind_ = -1;
-    int rate_ = 0;
-    int channels_ = 0;
-    float fps_ = 0;
-    int bitrate_ = 0;
-    std::atomic<bool> keep_{false};
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<int> m_numbers;
+    std::vector<std::chrono::steady_clock::time_point> m_times;
+    std::vector<FramePtr> m_kept;
+    std::vector<Bytes> m_sei;
+    Bytes m_sound;
+    int m_seiKind = -1;
+    int m_rate = 0;
+    int m_channels = 0;
+    float m_fps = 0;
+    int m_bitrate = 0;
+    std::atomic<bool> m_keep{false};
 };
 
 // A port that was free a moment ago.
@@ -126,29 +130,29 @@ inline int freeUdpPort() {
 class UdpSender {
 public:
     explicit UdpSender(int port, const std::string& to = "127.0.0.1")
-        : fd_(::socket(AF_INET, SOCK_DGRAM, 0)) {
-        address_.sin_family = AF_INET;
-        address_.sin_port = htons(static_cast<std::uint16_t>(port));
-        ::inet_pton(AF_INET, to.c_str(), &address_.sin_addr);
+        : m_fd(::socket(AF_INET, SOCK_DGRAM, 0)) {
+        m_address.sin_family = AF_INET;
+        m_address.sin_port = htons(static_cast<std::uint16_t>(port));
+        ::inet_pton(AF_INET, to.c_str(), &m_address.sin_addr);
         in_addr loopback{};
         loopback.s_addr = htonl(INADDR_LOOPBACK);
-        ::setsockopt(fd_, IPPROTO_IP, IP_MULTICAST_IF, &loopback, sizeof(loopback));
+        ::setsockopt(m_fd, IPPROTO_IP, IP_MULTICAST_IF, &loopback, sizeof(loopback));
     }
-    ~UdpSender() { ::close(fd_); }
+    ~UdpSender() { ::close(m_fd); }
     UdpSender(const UdpSender&) = delete;
     UdpSender& operator=(const UdpSender&) = delete;
 
     // In datagrams of `piece` bytes.
     void send(const Bytes& bytes, std::size_t piece = 1316) {
         for (std::size_t at = 0; at < bytes.size(); at += piece) {
-            ::sendto(fd_, bytes.data() + at, std::min(piece, bytes.size() - at), 0,
-                     reinterpret_cast<const sockaddr*>(&address_), sizeof(address_));
+            ::sendto(m_fd, bytes.data() + at, std::min(piece, bytes.size() - at), 0,
+                     reinterpret_cast<const sockaddr*>(&m_address), sizeof(m_address));
         }
     }
 
 private:
-    int fd_;
-    sockaddr_in address_{};
+    int m_fd;
+    sockaddr_in m_address{};
 };
 
 // Calls `send` with 0, 1, 2 ... at the pace of a camera until `done`; false after a generous deadline.
@@ -156,7 +160,9 @@ template <class Send, class Done>
 bool stream(Send send, Done done, int period_ms = 20) {
     const auto start = std::chrono::steady_clock::now();
     for (int number = 0; !done(); ++number) {
-        if (std::chrono::steady_clock::now() > start + std::chrono::milliseconds(kPatienceMs)) return false;
+        if (std::chrono::steady_clock::now() > start + std::chrono::milliseconds(kPatienceMs)) {
+            return false;
+        }
         send(number);
         std::this_thread::sleep_until(start + std::chrono::milliseconds(period_ms) * (number + 1));
     }

@@ -26,41 +26,44 @@ sockaddr_in loopback(int port) {
 
 std::string headerOf(const std::string& request, const std::string& name) {
     const std::size_t at = request.find("\r\n" + name + ": ");
-    if (at == std::string::npos) return {};
+    if (at == std::string::npos) {
+        return {};
+    }
     const std::size_t from = at + name.size() + 4;
     return request.substr(from, request.find("\r\n", from) - from);
 }
 
 }  // namespace
 
-RtspServer::RtspServer(Settings settings) : settings_(std::move(settings)) {
-    listener_ = ::socket(AF_INET, SOCK_STREAM, 0);
+RtspServer::RtspServer(Settings settings) : m_settings(std::move(settings)) {
+    m_listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = loopback(0);
-    ::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+    ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof(address));
     socklen_t size = sizeof(address);
-    ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
-    ::listen(listener_, 8);
-    thread_ = std::thread([this] { run(); });
+    ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
+    m_port = ntohs(address.sin_port);
+    ::listen(m_listener, 8);
+    m_thread = std::thread([this] { run(); });
 }
 
-RtspServer::~RtspServer() {
-    kill();
-}
+RtspServer::~RtspServer() { kill(); }
 
-std::string RtspServer::url() const {
-    return "rtsp://127.0.0.1:" + std::to_string(port_) + "/live/track0";
-}
+std::string RtspServer::url() const { return "rtsp://127.0.0.1:" + std::to_string(m_port) + "/live/track0"; }
 
 void RtspServer::kill() {
-    stop_ = true;
-    if (thread_.joinable()) thread_.join();
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (Client& client : clients_)
+    m_stop = true;
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (Client& client : m_clients) {
         closeClient(client);
-    clients_.clear();
-    if (listener_ >= 0) ::close(listener_);
-    listener_ = -1;
+    }
+    m_clients.clear();
+    if (m_listener >= 0) {
+        ::close(m_listener);
+    }
+    m_listener = -1;
 }
 
 namespace {
@@ -75,102 +78,129 @@ bool waitUntilPositive(const std::atomic<int>& count, int timeout_ms) {
 
 }  // namespace
 
-bool RtspServer::waitForPlay(int timeout_ms) {
-    return waitUntilPositive(playing_, timeout_ms);
-}
+bool RtspServer::waitForPlay(int timeout_ms) { return waitUntilPositive(m_playing, timeout_ms); }
 
-bool RtspServer::waitForTeardown(int timeout_ms) {
-    return waitUntilPositive(teardowns_, timeout_ms);
-}
+bool RtspServer::waitForTeardown(int timeout_ms) { return waitUntilPositive(m_teardowns, timeout_ms); }
 
 void RtspServer::run() {
-    while (!stop_) {
-        std::vector<pollfd> fds{{listener_, POLLIN, 0}};
+    while (!m_stop) {
+        std::vector<pollfd> fds{{m_listener, POLLIN, 0}};
         {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            for (const Client& client : clients_)
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            for (const Client& client : m_clients) {
                 fds.push_back({client.fd, POLLIN, 0});
+            }
         }
         ::poll(fds.data(), fds.size(), 10);
-        if ((fds[0].revents & POLLIN) != 0) acceptClient();
-        const std::lock_guard<std::mutex> lock(mutex_);
+        if ((fds[0].revents & POLLIN) != 0) {
+            acceptClient();
+        }
+        const std::lock_guard<std::mutex> lock(m_mutex);
         for (std::size_t i = 1; i < fds.size(); ++i) {
-            if (fds[i].revents == 0) continue;
-            const auto client = std::find_if(clients_.begin(), clients_.end(),
+            if (fds[i].revents == 0) {
+                continue;
+            }
+            const auto client = std::find_if(m_clients.begin(), m_clients.end(),
                                              [&](const Client& c) { return c.fd == fds[i].fd; });
-            if (client == clients_.end() || serve(*client)) continue;
+            if (client == m_clients.end() || serve(*client)) {
+                continue;
+            }
             closeClient(*client);
-            clients_.erase(client);
+            m_clients.erase(client);
         }
     }
 }
 
 void RtspServer::acceptClient() {
     Client client;
-    client.fd = ::accept(listener_, nullptr, nullptr);
-    if (client.fd < 0) return;
+    client.fd = ::accept(m_listener, nullptr, nullptr);
+    if (client.fd < 0) {
+        return;
+    }
     const int on = 1;
     ::setsockopt(client.fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
     const timeval patience{1, 0};
     ::setsockopt(client.fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof(patience));
-    const std::lock_guard<std::mutex> lock(mutex_);
-    clients_.push_back(client);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_clients.push_back(client);
 }
 
 bool RtspServer::serve(Client& client) {
     char buffer[4096];
     const ssize_t got = ::recv(client.fd, buffer, sizeof(buffer), MSG_DONTWAIT);
-    if (got <= 0) return got < 0 && (errno == EAGAIN || errno == EINTR);
-    if (settings_.manner == Manner::SilentAtAll) return true;
+    if (got <= 0) {
+        return got < 0 && (errno == EAGAIN || errno == EINTR);
+    }
+    if (m_settings.manner == Manner::kSilentAtAll) {
+        return true;
+    }
     client.received.append(buffer, static_cast<std::size_t>(got));
     for (;;) {
         // Receiver reports come interleaved: '$', channel, length.
         while (client.received.size() >= 4 && client.received[0] == '$') {
             const std::size_t length = 4 + (static_cast<std::uint8_t>(client.received[2]) << 8) +
                                        static_cast<std::uint8_t>(client.received[3]);
-            if (client.received.size() < length) return true;
+            if (client.received.size() < length) {
+                return true;
+            }
             client.received.erase(0, length);
         }
         const std::size_t end = client.received.find("\r\n\r\n");
-        if (end == std::string::npos) return true;
+        if (end == std::string::npos) {
+            return true;
+        }
         const std::string request = client.received.substr(0, end + 4);
         client.received.erase(0, end + 4);
         const std::string reply = answer(client, request);
-        if (!reply.empty()) ::send(client.fd, reply.data(), reply.size(), MSG_NOSIGNAL);
+        if (!reply.empty()) {
+            ::send(client.fd, reply.data(), reply.size(), MSG_NOSIGNAL);
+        }
     }
 }
 
 std::string RtspServer::answer(Client& client, const std::string& request) {
     const std::string method = request.substr(0, request.find(' '));
     std::string extra, body;
-    if (method == "OPTIONS") extra = "Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN\r\n";
+    if (method == "OPTIONS") {
+        extra = "Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN\r\n";
+    }
     if (method == "DESCRIBE") {
-        describe_seen_ = true;
-        if (settings_.manner == Manner::SilentAtDescribe) return {};
+        m_describeSeen = true;
+        if (m_settings.manner == Manner::kSilentAtDescribe) {
+            return {};
+        }
         body = sessionDescription();
         extra = "Content-Base: " + url() + "/\r\nContent-Type: application/sdp\r\n";
     }
-    if (method == "SETUP") extra = setUp(client, request);
+    if (method == "SETUP") {
+        extra = setUp(client, request);
+    }
     if (method == "PLAY" && !client.playing) {
         client.playing = true;
-        ++playing_;
+        ++m_playing;
     }
-    if (method == "TEARDOWN") ++teardowns_;
+    if (method == "TEARDOWN") {
+        ++m_teardowns;
+    }
     return "RTSP/1.0 200 OK\r\nCSeq: " + headerOf(request, "CSeq") + "\r\nSession: 42\r\n" + extra +
            (body.empty() ? "" : "Content-Length: " + std::to_string(body.size()) + "\r\n") + "\r\n" + body;
 }
 
 std::string RtspServer::sessionDescription() const {
-    const bool h264 = settings_.codec == Codec::H264;
+    const bool h264 = m_settings.codec == Codec::kH264;
     std::string text = "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=test\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n";
     text += "m=video 0 RTP/AVP 96\r\na=rtpmap:96 " + std::string(h264 ? "H264" : "H265") + "/90000\r\n";
     if (h264) {
         text += "a=fmtp:96 packetization-mode=1";
-        if (!settings_.parameter_sets.empty()) text += ";sprop-parameter-sets=" + settings_.parameter_sets;
+        if (!m_settings.parameter_sets.empty()) {
+            text += ";sprop-parameter-sets=" + m_settings.parameter_sets;
+        }
         text += "\r\n";
     }
     text += "a=control:track0\r\n";
-    if (settings_.audio) text += "m=audio 0 RTP/AVP 0\r\na=rtpmap:0 PCMU/8000\r\na=control:track1\r\n";
+    if (m_settings.audio) {
+        text += "m=audio 0 RTP/AVP 0\r\na=rtpmap:0 PCMU/8000\r\na=control:track1\r\n";
+    }
     return text;
 }
 
@@ -180,7 +210,7 @@ std::string RtspServer::setUp(Client& client, const std::string& request) {
     Track& track = client.tracks[index];
     track.set_up = true;
     track.udp = transport.find("TCP") == std::string::npos;
-    over_udp_ = track.udp;
+    m_overUdp = track.udp;
     if (!track.udp) {
         track.channel = index * 2;
         return "Transport: RTP/AVP/TCP;unicast;interleaved=" + std::to_string(track.channel) + "-" +
@@ -202,18 +232,23 @@ std::string RtspServer::setUp(Client& client, const std::string& request) {
 
 void RtspServer::sendPicture(const Bytes& unit, std::uint32_t timestamp) {
     const std::vector<Bytes> nals = nalsOf(unit);
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (Client& client : clients_) {
-        if (!client.playing) continue;
-        for (std::size_t i = 0; i < nals.size(); ++i)
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (Client& client : m_clients) {
+        if (!client.playing) {
+            continue;
+        }
+        for (std::size_t i = 0; i < nals.size(); ++i) {
             sendNal(client, nals[i], timestamp, i + 1 == nals.size());
+        }
     }
 }
 
 void RtspServer::sendSound(const Bytes& samples, std::uint32_t timestamp) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (Client& client : clients_) {
-        if (client.playing && client.tracks[1].set_up) sendRtp(client, 1, samples, timestamp, false);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (Client& client : m_clients) {
+        if (client.playing && client.tracks[1].set_up) {
+            sendRtp(client, 1, samples, timestamp, false);
+        }
     }
 }
 
@@ -223,7 +258,7 @@ void RtspServer::sendNal(Client& client, const Bytes& nal, std::uint32_t timesta
         sendRtp(client, 0, nal, timestamp, last);
         return;
     }
-    const bool h264 = settings_.codec == Codec::H264;
+    const bool h264 = m_settings.codec == Codec::kH264;
     const std::size_t head = h264 ? 1 : 2;
     for (std::size_t at = head; at < nal.size(); at += kFragment) {
         const std::size_t size = std::min(kFragment, nal.size() - at);
@@ -272,13 +307,19 @@ void RtspServer::sendRtp(Client& client, int index, const Bytes& payload, std::u
 }
 
 void RtspServer::closeClient(Client& client) {
-    if (client.playing) --playing_;
+    if (client.playing) {
+        --m_playing;
+    }
     client.playing = false;
     for (Track& track : client.tracks) {
-        if (track.socket >= 0) ::close(track.socket);
+        if (track.socket >= 0) {
+            ::close(track.socket);
+        }
         track.socket = -1;
     }
-    if (client.fd >= 0) ::close(client.fd);
+    if (client.fd >= 0) {
+        ::close(client.fd);
+    }
     client.fd = -1;
 }
 

@@ -15,13 +15,13 @@ namespace tavrik::test {
 class RtspServer {
 public:
     enum class Manner {
-        Good,
-        SilentAtDescribe,  // takes the connection and never answers DESCRIBE
-        SilentAtAll,
+        kGood,
+        kSilentAtDescribe,  // takes the connection and never answers DESCRIBE
+        kSilentAtAll,
     };
     struct Settings {
-        Codec codec = Codec::H264;
-        Manner manner = Manner::Good;
+        Codec codec = Codec::kH264;
+        Manner manner = Manner::kGood;
         std::string parameter_sets;  // for the session description; empty: in the stream alone
         bool audio = false;          // G.711 mu-law, 8 kHz mono, as a second track
     };
@@ -37,8 +37,8 @@ public:
     // Cuts every connection and stops listening, with no farewell.
     void kill();
     bool waitForTeardown(int timeout_ms);
-    bool describeSeen() const { return describe_seen_; }
-    bool overUdp() const { return over_udp_; }
+    bool describeSeen() const { return m_describeSeen; }
+    bool overUdp() const { return m_overUdp; }
 
 private:
     struct Track {
@@ -65,17 +65,17 @@ private:
     void sendRtp(Client& client, int track, const Bytes& payload, std::uint32_t timestamp, bool marker);
     void closeClient(Client& client);
 
-    Settings settings_;
-    int listener_ = -1;
-    int port_ = 0;
-    std::thread thread_;
-    std::atomic<bool> stop_{false};
-    std::atomic<int> playing_{0};
-    std::atomic<int> teardowns_{0};
-    std::atomic<bool> describe_seen_{false};
-    std::atomic<bool> over_udp_{false};
-    std::mutex mutex_;
-    std::vector<Client> clients_;
+    Settings m_settings;
+    int m_listener = -1;
+    int m_port = 0;
+    std::thread m_thread;
+    std::atomic<bool> m_stop{false};
+    std::atomic<int> m_playing{0};
+    std::atomic<int> m_teardowns{0};
+    std::atomic<bool> m_describeSeen{false};
+    std::atomic<bool> m_overUdp{false};
+    std::mutex m_mutex;
+    std::vector<Client> m_clients;
 };
 
 }  // namespace tavrik::test

@@ -44,12 +44,13 @@ TEST_P(RtspPictures, ArriveInOrderWithTheirContentAndTheirSei) {
     feedClose(handle);
     ASSERT_TRUE(enough);
     const std::vector<int> numbers = receiver.numbers();
-    for (std::size_t i = 1; i < numbers.size(); ++i)
+    for (std::size_t i = 1; i < numbers.size(); ++i) {
         EXPECT_EQ(numbers[i], numbers[i - 1] + 1) << i;
-    EXPECT_GT(receiver.bitrate_, 0);
-    EXPECT_GT(receiver.fps_, 0);
+    }
+    EXPECT_GT(receiver.m_bitrate, 0);
+    EXPECT_GT(receiver.m_fps, 0);
     ASSERT_FALSE(receiver.sei().empty());
-    EXPECT_EQ(receiver.sei_kind_, codec == Codec::H265 ? 1 : 0);
+    EXPECT_EQ(receiver.m_seiKind, codec == Codec::kH265 ? 1 : 0);
     const Bytes expected = annexB({sei});
     const Bytes run = receiver.sei().back();
     ASSERT_EQ(run.size(), expected.size() + 1) << "the encoder adds none of its own after the first picture";
@@ -59,10 +60,10 @@ TEST_P(RtspPictures, ArriveInOrderWithTheirContentAndTheirSei) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tavrik, RtspPictures,
-                         testing::Values(Case{Codec::H264, "", false},
-                                         Case{Codec::H264, "rtsp_transport=udp", true},
-                                         Case{Codec::H265, "", false},
-                                         Case{Codec::H265, "rtsp_transport=udp", true}));
+                         testing::Values(Case{Codec::kH264, "", false},
+                                         Case{Codec::kH264, "rtsp_transport=udp", true},
+                                         Case{Codec::kH265, "", false},
+                                         Case{Codec::kH265, "rtsp_transport=udp", true}));
 
 }  // namespace
 }  // namespace tavrik::test
@@ -86,8 +87,8 @@ TEST(Rtsp, DecodesTheSoundBesideThePicture) {
         },
         [&] { return receiver.sound().size() >= 1600 && receiver.numbers().size() >= 5; }));
     feedClose(handle);
-    EXPECT_EQ(receiver.rate_, 8000);
-    EXPECT_EQ(receiver.channels_, 1);
+    EXPECT_EQ(receiver.m_rate, 8000);
+    EXPECT_EQ(receiver.m_channels, 1);
     // Mu-law 0x80 is the largest positive sample, 32124.
     const Bytes sound = receiver.sound();
     EXPECT_EQ(sound[200] | (sound[201] << 8), 32124);
@@ -96,12 +97,15 @@ TEST(Rtsp, DecodesTheSoundBesideThePicture) {
 TEST(Rtsp, TakesParameterSetsFromTheSessionDescriptionAlone) {
     TestEncoder encoder(EncoderSettings{});
     std::vector<Bytes> units;
-    for (int n = 0; n < 40; ++n)
+    for (int n = 0; n < 40; ++n) {
         units.push_back(encoder.encode(n));
+    }
     const auto is_set = [](const Bytes& nal) { return nal[0] % 32 == 7 || nal[0] % 32 == 8; };
     RtspServer::Settings settings;
     for (const Bytes& nal : nalsOf(units[0])) {
-        if (!is_set(nal)) continue;
+        if (!is_set(nal)) {
+            continue;
+        }
         std::vector<char> text(AV_BASE64_SIZE(nal.size()));
         av_base64_encode(text.data(), static_cast<int>(text.size()), nal.data(),
                          static_cast<int>(nal.size()));
@@ -120,8 +124,9 @@ TEST(Rtsp, TakesParameterSetsFromTheSessionDescriptionAlone) {
         },
         [&] { return receiver.numbers().size() >= 15; }));
     feedClose(handle);
-    for (const int number : receiver.numbers())
+    for (const int number : receiver.numbers()) {
         EXPECT_GE(number, 0);
+    }
 }
 
 TEST(Rtsp, LeavesTheSoundOutWhenNobodyListens) {
@@ -147,7 +152,7 @@ TEST(Decoders, SoftwareIsAlwaysThere) {
 // Whatever the machine has: each choice shows the picture, by the device or in software.
 TEST(Decoders, EachChoiceShowsThePicture) {
     for (const std::uint8_t decoder : {1, 2, 4, 0, 255}) {
-        for (const Codec codec : {Codec::H264, Codec::H265}) {
+        for (const Codec codec : {Codec::kH264, Codec::kH265}) {
             RtspServer::Settings settings;
             settings.codec = codec;
             RtspServer server(settings);
@@ -161,8 +166,9 @@ TEST(Decoders, EachChoiceShowsThePicture) {
                 [&] { return receiver.numbers().size() >= 5; }))
                 << int(decoder);
             feedClose(handle);
-            for (const int number : receiver.numbers())
+            for (const int number : receiver.numbers()) {
                 EXPECT_GE(number, 0);
+            }
         }
     }
 }
@@ -171,7 +177,9 @@ TEST(Open, RefusesBadAddressesAndTakesGoodOnes) {
     Receiver receiver;
     const auto open = [&](const char* url, int port, const char* local, bool rtsp) {
         const int handle = feedOpen(url, port, receiver.onFrame(), nullptr, local, rtsp, "", nullptr, 1);
-        if (handle > 0) feedClose(handle);
+        if (handle > 0) {
+            feedClose(handle);
+        }
         return handle;
     };
     for (const char* bad : {"", "rtsp://", "file:///etc/passwd", "rtsp://a b/", "rtsp://a/\r\nX: y",
@@ -179,8 +187,9 @@ TEST(Open, RefusesBadAddressesAndTakesGoodOnes) {
         EXPECT_EQ(open(bad, 554, "", true), 0) << bad;
     }
     EXPECT_EQ(open(nullptr, 0, "", true), 0);
-    for (const int port : {0, -5, 65536})
+    for (const int port : {0, -5, 65536}) {
         EXPECT_EQ(open("", port, "", false), 0) << port;
+    }
     EXPECT_EQ(open("not-an-ip", 5000, "", false), 0);
     EXPECT_EQ(open("", 5000, "not-an-ip", false), 0);
     EXPECT_GT(open(nullptr, freeUdpPort(), "", false), 0);

@@ -18,7 +18,9 @@ constexpr int kWhite = 235;
 constexpr int kBlack = 16;
 
 void check(bool good, const char* what) {
-    if (!good) throw std::runtime_error(what);
+    if (!good) {
+        throw std::runtime_error(what);
+    }
 }
 
 void fillBlock(AVFrame* frame, int column, int row, int value) {
@@ -53,56 +55,60 @@ void drawNumber(AVFrame* frame, int number) {
 }
 
 int readNumber(const AVFrame* frame) {
-    if (frame->width < kBits * kBlock || frame->height < 2 * kBlock) return -1;
+    if (frame->width < kBits * kBlock || frame->height < 2 * kBlock) {
+        return -1;
+    }
     int number = 0;
     for (int bit = 0; bit < kBits; ++bit) {
         const bool one = blockIsWhite(frame, bit, 0);
-        if (one == blockIsWhite(frame, bit, 1)) return -1;
+        if (one == blockIsWhite(frame, bit, 1)) {
+            return -1;
+        }
         number = number * 2 + (one ? 1 : 0);
     }
     return number;
 }
 
-TestEncoder::TestEncoder(EncoderSettings settings) : frame_(av_frame_alloc()), packet_(av_packet_alloc()) {
+TestEncoder::TestEncoder(EncoderSettings settings) : m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {
     av_log_set_level(AV_LOG_FATAL);
-    const bool h264 = settings.codec == Codec::H264;
+    const bool h264 = settings.codec == Codec::kH264;
     const AVCodec* encoder = avcodec_find_encoder_by_name(h264 ? "libx264" : "libx265");
     check(encoder != nullptr, "no encoder");
-    context_.reset(avcodec_alloc_context3(encoder));
-    context_->width = settings.width;
-    context_->height = settings.height;
-    context_->pix_fmt = AV_PIX_FMT_YUV420P;
-    context_->time_base = {1, 25};
-    context_->framerate = {25, 1};
-    context_->gop_size = settings.key_interval;
-    context_->max_b_frames = 0;
-    context_->thread_count = 1;
-    av_opt_set(context_->priv_data, "preset", "ultrafast", 0);
-    av_opt_set(context_->priv_data, "tune", "zerolatency", 0);
+    m_context.reset(avcodec_alloc_context3(encoder));
+    m_context->width = settings.width;
+    m_context->height = settings.height;
+    m_context->pix_fmt = AV_PIX_FMT_YUV420P;
+    m_context->time_base = {1, 25};
+    m_context->framerate = {25, 1};
+    m_context->gop_size = settings.key_interval;
+    m_context->max_b_frames = 0;
+    m_context->thread_count = 1;
+    av_opt_set(m_context->priv_data, "preset", "ultrafast", 0);
+    av_opt_set(m_context->priv_data, "tune", "zerolatency", 0);
     const std::string common = "scenecut=0:repeat-headers=1:keyint=" + std::to_string(settings.key_interval) +
                                ":min-keyint=" + std::to_string(settings.key_interval);
     if (h264) {
         const std::string own = common + ":sliced-threads=0:slices=" + std::to_string(settings.slices);
-        av_opt_set(context_->priv_data, "x264-params", own.c_str(), 0);
+        av_opt_set(m_context->priv_data, "x264-params", own.c_str(), 0);
     } else {
         const std::string own = common + ":info=0:log-level=none:pools=none:frame-threads=1";
-        av_opt_set(context_->priv_data, "x265-params", own.c_str(), 0);
+        av_opt_set(m_context->priv_data, "x265-params", own.c_str(), 0);
     }
-    check(avcodec_open2(context_.get(), encoder, nullptr) >= 0, "encoder does not open");
-    frame_->format = AV_PIX_FMT_YUV420P;
-    frame_->width = settings.width;
-    frame_->height = settings.height;
-    check(av_frame_get_buffer(frame_.get(), 0) >= 0, "no picture");
+    check(avcodec_open2(m_context.get(), encoder, nullptr) >= 0, "encoder does not open");
+    m_frame->format = AV_PIX_FMT_YUV420P;
+    m_frame->width = settings.width;
+    m_frame->height = settings.height;
+    check(av_frame_get_buffer(m_frame.get(), 0) >= 0, "no picture");
 }
 
 Bytes TestEncoder::encode(int number) {
-    check(av_frame_make_writable(frame_.get()) >= 0, "no picture");
-    drawNumber(frame_.get(), number);
-    frame_->pts = next_pts_++;
-    check(avcodec_send_frame(context_.get(), frame_.get()) >= 0, "picture refused");
-    check(avcodec_receive_packet(context_.get(), packet_.get()) >= 0, "no packet");
-    Bytes out(packet_->data, packet_->data + packet_->size);
-    av_packet_unref(packet_.get());
+    check(av_frame_make_writable(m_frame.get()) >= 0, "no picture");
+    drawNumber(m_frame.get(), number);
+    m_frame->pts = m_nextPts++;
+    check(avcodec_send_frame(m_context.get(), m_frame.get()) >= 0, "picture refused");
+    check(avcodec_receive_packet(m_context.get(), m_packet.get()) >= 0, "no packet");
+    Bytes out(m_packet->data, m_packet->data + m_packet->size);
+    av_packet_unref(m_packet.get());
     return out;
 }
 
@@ -115,9 +121,12 @@ std::vector<Bytes> nalsOf(const Bytes& b) {
             continue;
         }
         std::size_t end = i + 3;
-        while (end + 3 <= b.size() && !(b[end] == 0 && b[end + 1] == 0 && b[end + 2] <= 1))
+        while (end + 3 <= b.size() && !(b[end] == 0 && b[end + 1] == 0 && b[end + 2] <= 1)) {
             ++end;
-        if (end + 3 > b.size()) end = b.size();
+        }
+        if (end + 3 > b.size()) {
+            end = b.size();
+        }
         out.emplace_back(b.begin() + static_cast<std::ptrdiff_t>(i + 3),
                          b.begin() + static_cast<std::ptrdiff_t>(end));
         i = end;
@@ -135,12 +144,13 @@ Bytes annexB(const std::vector<Bytes>& nals) {
 }
 
 Bytes seiNal(Codec codec, const Bytes& payload) {
-    Bytes plain = codec == Codec::H264 ? Bytes{0x06} : Bytes{0x4E, 0x01};
+    Bytes plain = codec == Codec::kH264 ? Bytes{0x06} : Bytes{0x4E, 0x01};
     const std::size_t head = plain.size();
     plain.push_back(5);
     std::size_t left = payload.size();
-    for (; left >= 255; left -= 255)
+    for (; left >= 255; left -= 255) {
         plain.push_back(255);
+    }
     plain.push_back(static_cast<std::uint8_t>(left));
     plain.insert(plain.end(), payload.begin(), payload.end());
     plain.push_back(0x80);
@@ -161,13 +171,14 @@ Bytes withSei(Codec codec, const Bytes& unit, const Bytes& sei) {
     std::vector<Bytes> nals = nalsOf(unit);
     auto at = nals.begin();
     const auto is_slice = [codec](const Bytes& n) {
-        const int type = codec == Codec::H264 ? n[0] & 31 : (n[0] >> 1) & 63;
-        return codec == Codec::H264 ? type == 1 || type == 5 : type < 32;
+        const int type = codec == Codec::kH264 ? n[0] & 31 : (n[0] >> 1) & 63;
+        return codec == Codec::kH264 ? type == 1 || type == 5 : type < 32;
     };
     // Ahead of any SEI of the encoder as well.
     while (at != nals.end() && !is_slice(*at) &&
-           (codec == Codec::H264 ? (*at)[0] % 32 != 6 : (*at)[0] != 0x4E))
+           (codec == Codec::kH264 ? (*at)[0] % 32 != 6 : (*at)[0] != 0x4E)) {
         ++at;
+    }
     nals.insert(at, sei);
     return annexB(nals);
 }
@@ -183,50 +194,52 @@ int appendBytes(void* opaque, std::uint8_t* data, int size) {
 // 1024 samples a packet of a 1 kHz tone.
 class ToneEncoder {
 public:
-    ToneEncoder() : frame_(av_frame_alloc()), packet_(av_packet_alloc()) {
+    ToneEncoder() : m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {
         const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
         check(encoder != nullptr, "no AAC encoder");
-        context_.reset(avcodec_alloc_context3(encoder));
-        context_->sample_fmt = AV_SAMPLE_FMT_FLTP;
-        context_->sample_rate = 48000;
-        context_->bit_rate = 64000;
-        av_channel_layout_default(&context_->ch_layout, 2);
-        context_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-        check(avcodec_open2(context_.get(), encoder, nullptr) >= 0, "AAC encoder does not open");
-        frame_->format = AV_SAMPLE_FMT_FLTP;
-        frame_->nb_samples = context_->frame_size;
-        frame_->sample_rate = 48000;
-        av_channel_layout_default(&frame_->ch_layout, 2);
-        check(av_frame_get_buffer(frame_.get(), 0) >= 0, "no sound buffer");
+        m_context.reset(avcodec_alloc_context3(encoder));
+        m_context->sample_fmt = AV_SAMPLE_FMT_FLTP;
+        m_context->sample_rate = 48000;
+        m_context->bit_rate = 64000;
+        av_channel_layout_default(&m_context->ch_layout, 2);
+        m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+        check(avcodec_open2(m_context.get(), encoder, nullptr) >= 0, "AAC encoder does not open");
+        m_frame->format = AV_SAMPLE_FMT_FLTP;
+        m_frame->nb_samples = m_context->frame_size;
+        m_frame->sample_rate = 48000;
+        av_channel_layout_default(&m_frame->ch_layout, 2);
+        check(av_frame_get_buffer(m_frame.get(), 0) >= 0, "no sound buffer");
     }
-    const AVCodecContext* context() const { return context_.get(); }
-    std::int64_t samples() const { return samples_; }
+    const AVCodecContext* context() const { return m_context.get(); }
+    std::int64_t samples() const { return m_samples; }
     AVPacket* next() {
-        check(av_frame_make_writable(frame_.get()) >= 0, "no sound buffer");
-        for (int i = 0; i < frame_->nb_samples; ++i) {
-            const double phase = 2 * M_PI * 1000 * static_cast<double>(samples_ + i) / 48000;
+        check(av_frame_make_writable(m_frame.get()) >= 0, "no sound buffer");
+        for (int i = 0; i < m_frame->nb_samples; ++i) {
+            const double phase = 2 * M_PI * 1000 * static_cast<double>(m_samples + i) / 48000;
             for (int c = 0; c < 2; ++c) {
-                reinterpret_cast<float*>(frame_->data[c])[i] = static_cast<float>(0.5 * std::sin(phase));
+                reinterpret_cast<float*>(m_frame->data[c])[i] = static_cast<float>(0.5 * std::sin(phase));
             }
         }
-        frame_->pts = samples_;
-        samples_ += frame_->nb_samples;
-        avcodec_send_frame(context_.get(), frame_.get());
-        av_packet_unref(packet_.get());
-        return avcodec_receive_packet(context_.get(), packet_.get()) >= 0 ? packet_.get() : nullptr;
+        m_frame->pts = m_samples;
+        m_samples += m_frame->nb_samples;
+        avcodec_send_frame(m_context.get(), m_frame.get());
+        av_packet_unref(m_packet.get());
+        return avcodec_receive_packet(m_context.get(), m_packet.get()) >= 0 ? m_packet.get() : nullptr;
     }
 
 private:
-    CodecContextPtr context_;
-    FramePtr frame_;
-    PacketPtr packet_;
-    std::int64_t samples_ = 0;
+    CodecContextPtr m_context;
+    FramePtr m_frame;
+    PacketPtr m_packet;
+    std::int64_t m_samples = 0;
 };
 
 void writeTone(AVFormatContext* format, AVStream* stream, ToneEncoder& tone, std::int64_t until_ms) {
     while (tone.samples() * 1000 / 48000 < until_ms) {
         AVPacket* packet = tone.next();
-        if (packet == nullptr) continue;
+        if (packet == nullptr) {
+            continue;
+        }
         packet->stream_index = stream->index;
         av_packet_rescale_ts(packet, {1, 48000}, stream->time_base);
         av_write_frame(format, packet);
@@ -244,7 +257,7 @@ Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_
     av_opt_set(format->priv_data, "omit_video_pes_length", pes_lengths ? "0" : "1", 0);
     AVStream* stream = avformat_new_stream(format, nullptr);
     stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
-    stream->codecpar->codec_id = codec == Codec::H264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC;
+    stream->codecpar->codec_id = codec == Codec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC;
     stream->codecpar->width = kWidth;
     stream->codecpar->height = kHeight;
     std::unique_ptr<ToneEncoder> tone;
@@ -259,7 +272,9 @@ Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_
     const PacketPtr packet(av_packet_alloc());
     std::int64_t number = 0;
     for (const Bytes& unit : units) {
-        if (tone != nullptr) writeTone(format, sound, *tone, number * 40);
+        if (tone != nullptr) {
+            writeTone(format, sound, *tone, number * 40);
+        }
         check(av_new_packet(packet.get(), static_cast<int>(unit.size())) >= 0, "no packet");
         std::memcpy(packet->data, unit.data(), unit.size());
         packet->stream_index = 0;

@@ -23,7 +23,7 @@ void drawNumber(AVFrame* frame, int number);
 int readNumber(const AVFrame* frame);
 
 struct EncoderSettings {
-    Codec codec = Codec::H264;
+    Codec codec = Codec::kH264;
     int width = kWidth;
     int height = kHeight;
     int key_interval = 10;
@@ -35,13 +35,13 @@ public:
     explicit TestEncoder(EncoderSettings settings);
     // One access unit in Annex B with its parameter sets before a key picture.
     Bytes encode(int number);
-    const AVCodecContext* context() const { return context_.get(); }
+    const AVCodecContext* context() const { return m_context.get(); }
 
 private:
-    CodecContextPtr context_;
-    FramePtr frame_;
-    PacketPtr packet_;
-    std::int64_t next_pts_ = 0;
+    CodecContextPtr m_context;
+    FramePtr m_frame;
+    PacketPtr m_packet;
+    std::int64_t m_nextPts = 0;
 };
 
 // The units of an Annex B unit, without start codes; an independent, plain scan.

@@ -24,7 +24,7 @@ struct Collector : TsDemuxer::Handler {
         audio_type = type;
         sounds.emplace_back(data, data + size);
     }
-    Codec codec = Codec::Unknown;
+    Codec codec = Codec::kUnknown;
     Bytes open;
     bool open_ended = false;
     std::vector<Bytes> pictures;
@@ -34,8 +34,9 @@ struct Collector : TsDemuxer::Handler {
 
 Bytes payload(std::size_t size, std::uint8_t seed) {
     Bytes out(size);
-    for (std::size_t i = 0; i < size; ++i)
+    for (std::size_t i = 0; i < size; ++i) {
         out[i] = static_cast<std::uint8_t>(i * 7 + seed);
+    }
     return out;
 }
 
@@ -49,18 +50,24 @@ Bytes sample(bool with_length, std::size_t stuffing = 0) {
     writer.tables(0x1B, 0x0F);
     for (std::size_t i = 0; i < kPictures.size(); ++i) {
         writer.pes(TsWriter::kVideoPid, kPictures[i], with_length, stuffing);
-        if (i < kSounds.size()) writer.pes(TsWriter::kAudioPid, kSounds[i], true);
-        if (i == 2) writer.tables(0x1B, 0x0F);
+        if (i < kSounds.size()) {
+            writer.pes(TsWriter::kAudioPid, kSounds[i], true);
+        }
+        if (i == 2) {
+            writer.tables(0x1B, 0x0F);
+        }
     }
     return writer.take();
 }
 
 void expectAll(const Collector& got, bool with_length) {
     std::vector<Bytes> pictures = got.pictures;
-    if (!with_length) pictures.push_back(got.open);
+    if (!with_length) {
+        pictures.push_back(got.open);
+    }
     ASSERT_EQ(pictures, kPictures);
     ASSERT_EQ(got.sounds, kSounds);
-    ASSERT_EQ(got.codec, Codec::H264);
+    ASSERT_EQ(got.codec, Codec::kH264);
     ASSERT_EQ(got.audio_type, 0x0F);
 }
 
@@ -76,8 +83,9 @@ TEST(TsDemuxer, FindsPicturesAndSoundForEachCut) {
         }
         Collector got;
         TsDemuxer demuxer(got);
-        for (const std::uint8_t byte : stream)
+        for (const std::uint8_t byte : stream) {
             demuxer.push(&byte, 1);
+        }
         expectAll(got, with_length);
     }
 }
@@ -90,7 +98,7 @@ TEST(TsDemuxer, KnowsThePicturesEndAtOnceFromItsLength) {
     TsDemuxer demuxer(got);
     demuxer.push(writer.bytes().data(), writer.bytes().size());
     EXPECT_EQ(got.pictures, std::vector<Bytes>{kPictures[0]});
-    EXPECT_EQ(got.codec, Codec::H265);
+    EXPECT_EQ(got.codec, Codec::kH265);
 }
 
 TEST(TsDemuxer, TakesPesHeadersLongerThanAPacket) {
@@ -105,8 +113,9 @@ TEST(TsDemuxer, FindsItsStepAfterNoiseAtTheStartAndInBetween) {
     std::mt19937 random(3);
     const Bytes stream = sample(true);
     Bytes noise(777);
-    for (auto& b : noise)
+    for (auto& b : noise) {
         b = static_cast<std::uint8_t>(random());
+    }
     noise[5] = noise[193] = 0x47;
     Collector got;
     TsDemuxer demuxer(got);
@@ -137,8 +146,9 @@ TEST(TsDemuxer, LosesNoMoreThanThePicturesOfACorruptedPacket) {
     const Bytes good = sample(true);
     for (std::size_t packet = 2; packet < good.size() / 188; ++packet) {
         Bytes stream = good;
-        for (std::size_t i = 0; i < 188; ++i)
+        for (std::size_t i = 0; i < 188; ++i) {
             stream[packet * 188 + i] ^= 0xA5;
+        }
         Collector got;
         TsDemuxer demuxer(got);
         demuxer.push(stream.data(), stream.size());
@@ -190,7 +200,9 @@ TEST(TsDemuxer, SurvivesDamageOfEveryKind) {
         for (int hits = static_cast<int>(random() % 12); hits > 0; --hits) {
             stream[random() % stream.size()] = static_cast<std::uint8_t>(random());
         }
-        if (random() % 4 == 0) stream.resize(random() % stream.size());
+        if (random() % 4 == 0) {
+            stream.resize(random() % stream.size());
+        }
         Collector got;
         TsDemuxer demuxer(got);
         for (std::size_t at = 0; at < stream.size();) {

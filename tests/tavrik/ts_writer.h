@@ -18,15 +18,15 @@ public:
     void tables(int video_type, int audio_type = 0);
     // One PES packet; with_length: its length stands in it.
     void pes(int pid, const Bytes& payload, bool with_length, std::size_t header_stuffing = 0);
-    const Bytes& bytes() const { return bytes_; }
-    Bytes take() { return std::move(bytes_); }
+    const Bytes& bytes() const { return m_bytes; }
+    Bytes take() { return std::move(m_bytes); }
 
 private:
     void section(int pid, Bytes section);
     void packets(int pid, const Bytes& payload);
 
-    Bytes bytes_;
-    int counters_[8192] = {};
+    Bytes m_bytes;
+    int m_counters[8192] = {};
 };
 
 }  // namespace tavrik::test

@@ -8,7 +8,7 @@
 namespace tavrik::test {
 namespace {
 
-enum class Form { Raw, Transport, TransportWithLengths };
+enum class Form { kRaw, kTransport, kTransportWithLengths };
 
 struct Case {
     Codec codec;
@@ -19,17 +19,20 @@ struct Case {
 class UdpCamera {
 public:
     UdpCamera(Case c, int port, const std::string& to = "127.0.0.1", int slices = 1)
-        : case_(c), encoder_(settings(c.codec, slices)), sender_(port, to) {}
+        : m_case(c), m_encoder(settings(c.codec, slices)), m_sender(port, to) {}
     void send(int number, const Bytes& sei = {}) {
-        Bytes unit = encoder_.encode(number);
-        if (!sei.empty()) unit = withSei(case_.codec, unit, sei);
-        if (case_.form == Form::Raw) {
-            sender_.send(unit, 1400);
+        Bytes unit = m_encoder.encode(number);
+        if (!sei.empty()) {
+            unit = withSei(m_case.codec, unit, sei);
+        }
+        if (m_case.form == Form::kRaw) {
+            m_sender.send(unit, 1400);
         } else {
-            sender_.send(muxTransportStream(case_.codec, {unit}, case_.form == Form::TransportWithLengths));
+            m_sender.send(
+                muxTransportStream(m_case.codec, {unit}, m_case.form == Form::kTransportWithLengths));
         }
     }
-    UdpSender& sender() { return sender_; }
+    UdpSender& sender() { return m_sender; }
 
 private:
     static EncoderSettings settings(Codec codec, int slices) {
@@ -38,9 +41,9 @@ private:
         s.slices = slices;
         return s;
     }
-    Case case_;
-    TestEncoder encoder_;
-    UdpSender sender_;
+    Case m_case;
+    TestEncoder m_encoder;
+    UdpSender m_sender;
 };
 
 class UdpPictures : public testing::TestWithParam<Case> {};
@@ -59,10 +62,11 @@ TEST_P(UdpPictures, ArriveInOrderWithTheirContentAndTheirSei) {
     ASSERT_TRUE(enough);
     const std::vector<int> numbers = receiver.numbers();
     EXPECT_EQ(numbers[0], 0);
-    for (std::size_t i = 1; i < numbers.size(); ++i)
+    for (std::size_t i = 1; i < numbers.size(); ++i) {
         EXPECT_EQ(numbers[i], numbers[i - 1] + 1) << i;
+    }
     ASSERT_FALSE(receiver.sei().empty());
-    EXPECT_EQ(receiver.sei_kind_, GetParam().codec == Codec::H265 ? 1 : 0);
+    EXPECT_EQ(receiver.m_seiKind, GetParam().codec == Codec::kH265 ? 1 : 0);
     const Bytes expected = annexB({sei});
     for (const Bytes& run : receiver.sei()) {
         ASSERT_GT(run.size(), expected.size());
@@ -79,52 +83,57 @@ TEST_P(UdpPictures, ComeThroughSentBackToBackAndCutAnywhere) {
     ASSERT_GT(handle, 0);
     TestEncoder encoder(EncoderSettings{GetParam().codec});
     std::vector<Bytes> units;
-    for (int n = 0; n < 20; ++n)
+    for (int n = 0; n < 20; ++n) {
         units.push_back(encoder.encode(n));
+    }
     Bytes bytes;
-    if (GetParam().form == Form::Raw) {
-        for (const Bytes& unit : units)
+    if (GetParam().form == Form::kRaw) {
+        for (const Bytes& unit : units) {
             bytes.insert(bytes.end(), unit.begin(), unit.end());
+        }
     } else {
-        bytes = muxTransportStream(GetParam().codec, units, GetParam().form == Form::TransportWithLengths);
+        bytes = muxTransportStream(GetParam().codec, units, GetParam().form == Form::kTransportWithLengths);
     }
     UdpSender sender(port);
     sender.send(bytes, 997);
     ASSERT_TRUE(receiver.waitForFrames(20));
     feedClose(handle);
     std::vector<int> expected(20);
-    for (int n = 0; n < 20; ++n)
+    for (int n = 0; n < 20; ++n) {
         expected[static_cast<std::size_t>(n)] = n;
+    }
     EXPECT_EQ(receiver.numbers(), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tavrik, UdpPictures,
-                         testing::Values(Case{Codec::H264, Form::Raw}, Case{Codec::H265, Form::Raw},
-                                         Case{Codec::H264, Form::Transport},
-                                         Case{Codec::H265, Form::Transport},
-                                         Case{Codec::H264, Form::TransportWithLengths},
-                                         Case{Codec::H265, Form::TransportWithLengths}));
+                         testing::Values(Case{Codec::kH264, Form::kRaw}, Case{Codec::kH265, Form::kRaw},
+                                         Case{Codec::kH264, Form::kTransport},
+                                         Case{Codec::kH265, Form::kTransport},
+                                         Case{Codec::kH264, Form::kTransportWithLengths},
+                                         Case{Codec::kH265, Form::kTransportWithLengths}));
 
 TEST(UdpStream, TakesPicturesOfSeveralSlices) {
     const int port = freeUdpPort();
     Receiver receiver;
     const int handle = feedOpen("", port, receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
-    UdpCamera camera({Codec::H264, Form::Raw}, port, "127.0.0.1", 4);
+    UdpCamera camera({Codec::kH264, Form::kRaw}, port, "127.0.0.1", 4);
     EXPECT_TRUE(stream([&](int n) { camera.send(n); }, [&] { return receiver.numbers().size() >= 12; }));
     feedClose(handle);
     const std::vector<int> numbers = receiver.numbers();
-    for (std::size_t i = 1; i < numbers.size(); ++i)
+    for (std::size_t i = 1; i < numbers.size(); ++i) {
         EXPECT_EQ(numbers[i], numbers[i - 1] + 1) << i;
+    }
 }
 
 TEST(UdpStream, BeginsAtAKeyPictureWhenJoinedInTheMiddle) {
-    for (const Codec codec : {Codec::H264, Codec::H265}) {
+    for (const Codec codec : {Codec::kH264, Codec::kH265}) {
         const int port = freeUdpPort();
         Receiver receiver;
         const int handle = feedOpen("", port, receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
         TestEncoder encoder(EncoderSettings{codec});
-        for (int n = 0; n < 3; ++n)
+        for (int n = 0; n < 3; ++n) {
             encoder.encode(n);
+        }
         UdpSender sender(port);
         EXPECT_TRUE(stream([&](int n) { sender.send(encoder.encode(n + 3), 1400); },
                            [&] { return receiver.numbers().size() >= 5; }));
@@ -139,7 +148,7 @@ TEST(UdpStream, JoinsAMulticastGroup) {
     const int handle =
         feedOpen("239.255.77.11", port, receiver.onFrame(), nullptr, "127.0.0.1", false, "", nullptr, 1);
     ASSERT_GT(handle, 0);
-    UdpCamera camera({Codec::H264, Form::Raw}, port, "239.255.77.11");
+    UdpCamera camera({Codec::kH264, Form::kRaw}, port, "239.255.77.11");
     EXPECT_TRUE(stream([&](int n) { camera.send(n); }, [&] { return receiver.numbers().size() >= 5; }));
     feedClose(handle);
 }
@@ -153,14 +162,17 @@ TEST(UdpStream, FindsThePictureBehindNoiseAndALossyLine) {
     unsigned seed = 1;
     const auto random = [&seed] { return (seed = seed * 1103515245u + 12345u) >> 16; };
     Bytes noise(20000);
-    for (auto& b : noise)
+    for (auto& b : noise) {
         b = static_cast<std::uint8_t>(random());
+    }
     sender.send(noise);
     const bool enough = stream(
         [&](int n) {
             const Bytes unit = encoder.encode(n);
             for (std::size_t at = 0; at < unit.size(); at += 1000) {
-                if (random() % 20 == 0) continue;
+                if (random() % 20 == 0) {
+                    continue;
+                }
                 const std::size_t end = std::min(unit.size(), at + 1000);
                 sender.send(
                     Bytes(unit.begin() + static_cast<long>(at), unit.begin() + static_cast<long>(end)));
@@ -175,11 +187,12 @@ TEST(UdpStream, TakesAFloodWithoutHarm) {
     const int port = freeUdpPort();
     Receiver receiver;
     const int handle = feedOpen("", port, receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
-    UdpCamera camera({Codec::H264, Form::Raw}, port);
+    UdpCamera camera({Codec::kH264, Form::kRaw}, port);
     EXPECT_TRUE(stream([&](int n) { camera.send(n); }, [&] { return receiver.numbers().size() >= 3; }));
     const Bytes flood(60000, 0x00);
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 2000; ++i) {
         camera.sender().send(flood, 60000);
+    }
     const std::size_t before = receiver.numbers().size();
     EXPECT_TRUE(stream([&](int n) { camera.send(n + 100); },
                        [&] { return receiver.numbers().size() >= before + 20; }));
@@ -192,14 +205,15 @@ TEST(UdpStream, DecodesTheSoundOfATransportStream) {
     const int handle = feedOpen("", port, receiver.onFrame(), receiver.onAudio(), "", false, "", nullptr, 1);
     TestEncoder encoder(EncoderSettings{});
     std::vector<Bytes> units;
-    for (int n = 0; n < 25; ++n)
+    for (int n = 0; n < 25; ++n) {
         units.push_back(encoder.encode(n));
+    }
     UdpSender sender(port);
-    sender.send(muxTransportStream(Codec::H264, units, true, true));
-    ASSERT_TRUE(receiver.waitFor([&] { return receiver.sound_.size() > 4 * 30000; }));
+    sender.send(muxTransportStream(Codec::kH264, units, true, true));
+    ASSERT_TRUE(receiver.waitFor([&] { return receiver.m_sound.size() > 4 * 30000; }));
     feedClose(handle);
-    EXPECT_EQ(receiver.rate_, 48000);
-    EXPECT_EQ(receiver.channels_, 2);
+    EXPECT_EQ(receiver.m_rate, 48000);
+    EXPECT_EQ(receiver.m_channels, 2);
     // The tone: 1 kHz at half of full scale, so 2 zero crossings a millisecond.
     const Bytes sound = receiver.sound();
     const auto sample = [&](std::size_t i) {
@@ -223,7 +237,7 @@ TEST(UdpStream, WaitsForAPortThatIsTaken) {
     ASSERT_GT(one, 0);
     ASSERT_GT(two, 0);
     feedClose(one);
-    UdpCamera camera({Codec::H264, Form::Raw}, port);
+    UdpCamera camera({Codec::kH264, Form::kRaw}, port);
     EXPECT_TRUE(stream([&](int n) { camera.send(n); }, [&] { return second.numbers().size() >= 3; }));
     feedClose(two);
     EXPECT_TRUE(first.numbers().empty());

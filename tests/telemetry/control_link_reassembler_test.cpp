@@ -35,18 +35,15 @@ Bytes fixedFrameAt(float longitude, float latitude) {
     storeF32(&frame[29], longitude);
     storeF32(&frame[33], latitude);
     frame[62] = 0;
-    for (std::size_t i = 2; i < 62; ++i)
+    for (std::size_t i = 2; i < 62; ++i) {
         frame[62] = static_cast<std::uint8_t>(frame[62] ^ frame[i]);
+    }
     return frame;
 }
 
-TEST(ControlLinkReassembler, GoldenFixedFrame) {
-    EXPECT_EQ(framesOf(fixedFrame()), GivenList{kRecord});
-}
+TEST(ControlLinkReassembler, GoldenFixedFrame) { EXPECT_EQ(framesOf(fixedFrame()), GivenList{kRecord}); }
 
-TEST(ControlLinkReassembler, GoldenVariableFrame) {
-    EXPECT_EQ(framesOf(variableFrame()), GivenList{kReply});
-}
+TEST(ControlLinkReassembler, GoldenVariableFrame) { EXPECT_EQ(framesOf(variableFrame()), GivenList{kReply}); }
 
 TEST(ControlLinkReassembler, AStreamSplitAtAnyByteYieldsTheSameFrames) {
     const Bytes stream = mixedStream();
@@ -96,15 +93,17 @@ TEST(ControlLinkReassembler, AFixedFrameWithABadChecksumLosesExactly64Bytes) {
     // A good variable frame begins inside the bad one and ends with it; a second one ends one byte behind it.
     Bytes bad = fixedFrame();
     const Bytes inner = variableFrame();
-    for (std::size_t i = 0; i < inner.size(); ++i)
+    for (std::size_t i = 0; i < inner.size(); ++i) {
         bad[50 + i] = inner[i];
+    }
     EXPECT_EQ(framesOf(bad + fixedFrame()), GivenList{kRecord});
     EXPECT_EQ(framesOf(bad + variableFrame()), GivenList{kReply});
 
     Bytes straddling = fixedFrame();
     straddling[10] = static_cast<std::uint8_t>(straddling[10] ^ 1);
-    for (std::size_t i = 0; i + 1 < inner.size(); ++i)
+    for (std::size_t i = 0; i + 1 < inner.size(); ++i) {
         straddling[55 + i] = inner[i];
+    }
     EXPECT_EQ(framesOf(straddling + Bytes{inner.back()} + variableFrame()), GivenList{kReply});
 }
 
@@ -192,8 +191,9 @@ TEST(ControlLinkReassembler, ARecordInAVariableFrameKeepsItsPositions) {
     Bytes payload = Bytes{0x14, 0x00} + recordWithIntegers();
     Bytes frame = Bytes{0xFC, 0x2C, 0x55, 62} + payload;
     std::uint8_t x = 62;
-    for (const std::uint8_t byte : payload)
+    for (const std::uint8_t byte : payload) {
         x = static_cast<std::uint8_t>(x ^ byte);
+    }
     frame.push_back(x);
     EXPECT_EQ(framesOf(frame), (GivenList{{1007, payload}}));
 }

@@ -80,25 +80,20 @@ inline Bytes recordWithFloats() {
 inline Bytes recordWithIntegers() {
     Bytes record = recordWithFloats();
     const Bytes positions = {0x40, 0x50, 0x3F, 0x44, 0xA0, 0xC8, 0x07, 0x12};
-    for (std::size_t i = 0; i < positions.size(); ++i)
+    for (std::size_t i = 0; i < positions.size(); ++i) {
         record[27 + i] = positions[i];
+    }
     return record;
 }
 
 // XOR of the record above, worked out apart from the code under test.
 constexpr std::uint8_t kRecordXor = 0x57;
 
-inline Bytes fixedFrame() {
-    return Bytes{0xFC, 0x2C} + recordWithFloats() + Bytes{kRecordXor, 0xF0};
-}
+inline Bytes fixedFrame() { return Bytes{0xFC, 0x2C} + recordWithFloats() + Bytes{kRecordXor, 0xF0}; }
 
 // Code 0x0102, data AA BB CC: XOR of 05 02 01 AA BB CC is DB.
-inline Bytes variableFrame() {
-    return {0xFC, 0x2C, 0x55, 0x05, 0x02, 0x01, 0xAA, 0xBB, 0xCC, 0xDB};
-}
-inline Bytes variablePayload() {
-    return {0x02, 0x01, 0xAA, 0xBB, 0xCC};
-}
+inline Bytes variableFrame() { return {0xFC, 0x2C, 0x55, 0x05, 0x02, 0x01, 0xAA, 0xBB, 0xCC, 0xDB}; }
+inline Bytes variablePayload() { return {0x02, 0x01, 0xAA, 0xBB, 0xCC}; }
 
 // Week 2393 from 2025-11-16, 388,805,670,123 us into it: 2025-11-20 12:00:05.670. The sum of the first 57
 // bytes is not zero; the checksum byte is wrong on purpose, since it takes no part.
@@ -120,14 +115,13 @@ inline Bytes insPayload() {
         0x66,                                            // 52 not read
     };
 }
-inline Bytes insFrame() {
-    return Bytes{0xAA, 0x55, 0x01, 58} + insPayload() + Bytes{0x00};
-}
+inline Bytes insFrame() { return Bytes{0xAA, 0x55, 0x01, 58} + insPayload() + Bytes{0x00}; }
 
 inline Bytes navBytes() {
     Bytes block;
-    for (int i = 0; i < 30; ++i)
+    for (int i = 0; i < 30; ++i) {
         block.push_back(static_cast<std::uint8_t>(0x40 + i));
+    }
     return block;
 }
 inline Bytes interfaceFrame() {

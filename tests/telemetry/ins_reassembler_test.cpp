@@ -69,8 +69,9 @@ TEST(InsReassembler, TheReceivedChecksumTakesNoPart) {
 TEST(InsReassembler, AFrameWhoseSumIsZeroIsSkippedWhole) {
     Bytes zero = insFrame();
     std::uint8_t sum = 0;
-    for (std::size_t i = 0; i < 57; ++i)
+    for (std::size_t i = 0; i < 57; ++i) {
         sum = static_cast<std::uint8_t>(sum + zero[i]);
+    }
     zero[56] = static_cast<std::uint8_t>(zero[56] - sum);
     zero[57] = 0xAA;
     InsReassembler reassembler;

@@ -45,8 +45,9 @@ TEST(InterfaceReassembler, AStreamSplitAnywhereButBeforeTheEndByteYieldsTheSameF
         const bool before_end_of_second = cut == 47 + 42 || cut == 47 + 43;
         const std::size_t expected = before_end_of_first || before_end_of_second ? 1 : 2;
         EXPECT_EQ(list.size(), expected) << "cut at " << cut;
-        for (const Given& given : list)
+        for (const Given& given : list) {
             EXPECT_EQ(given, kBlock);
+        }
     }
 }
 

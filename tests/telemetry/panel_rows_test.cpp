@@ -18,9 +18,13 @@ namespace {
 // What the label named so would show; "(keep)" where it would keep its text.
 std::string shown(const char* object_name, const TelemetryRecord& record, const NavBlock& nav = {}) {
     for (const PanelRow& row : panelRows()) {
-        if (std::strcmp(row.object_name, object_name) != 0) continue;
+        if (std::strcmp(row.object_name, object_name) != 0) {
+            continue;
+        }
         const PanelText text = row.format({record, nav});
-        if (text.kind == PanelText::Kind::kKeep) return "(keep)";
+        if (text.kind == PanelText::Kind::kKeep) {
+            return "(keep)";
+        }
         return text.kind == PanelText::Kind::kWord ? text.word : text.number;
     }
     return "(no row)";
@@ -30,7 +34,9 @@ template <std::size_t N>
 void expectPage(PanelPage page, const ExpectedRow (&expected)[N]) {
     std::vector<const PanelRow*> rows;
     for (const PanelRow& row : panelRows()) {
-        if (row.page == page) rows.push_back(&row);
+        if (row.page == page) {
+            rows.push_back(&row);
+        }
     }
     ASSERT_EQ(rows.size(), N);
     for (std::size_t i = 0; i < N; ++i) {
@@ -43,15 +49,9 @@ void expectPage(PanelPage page, const ExpectedRow (&expected)[N]) {
     }
 }
 
-TEST(PanelRows, AircraftPageInOrder) {
-    expectPage(PanelPage::kAircraft, kAircraftPage);
-}
-TEST(PanelRows, PodPageInOrder) {
-    expectPage(PanelPage::kPod, kPodPage);
-}
-TEST(PanelRows, HealthPageInOrder) {
-    expectPage(PanelPage::kHealth, kHealthPage);
-}
+TEST(PanelRows, AircraftPageInOrder) { expectPage(PanelPage::kAircraft, kAircraftPage); }
+TEST(PanelRows, PodPageInOrder) { expectPage(PanelPage::kPod, kPodPage); }
+TEST(PanelRows, HealthPageInOrder) { expectPage(PanelPage::kHealth, kHealthPage); }
 
 TEST(PanelRows, NamesAreUniqueAndPagesFollowEachOther) {
     std::set<std::string> names;
@@ -120,8 +120,9 @@ TEST(PanelRows, FoldedAndGuardedValues) {
 std::set<std::string> rowsChangedBy(const TelemetryRecord& record) {
     std::set<std::string> changed;
     for (const PanelRow& row : panelRows()) {
-        if (shown(row.object_name, record) != shown(row.object_name, TelemetryRecord{}))
+        if (shown(row.object_name, record) != shown(row.object_name, TelemetryRecord{})) {
             changed.insert(row.object_name);
+        }
     }
     return changed;
 }
@@ -149,12 +150,14 @@ TEST(PanelRows, EachBitShowsInItsRowsAlone) {
                               {}};
     Names b_rows[16];
     b_rows[1] = {"m_fldTrackSource"};
-    for (int bit = 2; bit <= 8; ++bit)
+    for (int bit = 2; bit <= 8; ++bit) {
         b_rows[bit] = {"m_fldRecvFdbk_3"};
+    }
     b_rows[9] = {"label_save_config_val"};
     b_rows[10] = b_rows[11] = {"m_fldRecvFdbk_4"};
-    for (int bit = 12; bit <= 15; ++bit)
+    for (int bit = 12; bit <= 15; ++bit) {
         b_rows[bit] = {"m_fldIRPseudoColor"};
+    }
     for (int bit = 0; bit < 16; ++bit) {
         TelemetryRecord a;
         a.status_word_a = static_cast<std::uint16_t>(1U << bit);

@@ -18,18 +18,18 @@ namespace {
 // Small and fast; the sequence is the same on every machine.
 class Random {
 public:
-    explicit Random(std::uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15U + 1) {}
+    explicit Random(std::uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15U + 1) {}
     std::uint32_t next() {
-        state_ ^= state_ << 13;
-        state_ ^= state_ >> 7;
-        state_ ^= state_ << 17;
-        return static_cast<std::uint32_t>(state_ >> 32);
+        m_state ^= m_state << 13;
+        m_state ^= m_state >> 7;
+        m_state ^= m_state << 17;
+        return static_cast<std::uint32_t>(m_state >> 32);
     }
     std::uint32_t below(std::uint32_t limit) { return next() % limit; }
     std::uint8_t byte() { return static_cast<std::uint8_t>(next()); }
 
 private:
-    std::uint64_t state_;
+    std::uint64_t m_state;
 };
 
 // A digest of what came out: order, kinds, sizes and bytes all count. Comparing lists a million times would
@@ -41,8 +41,9 @@ struct Digest {
         ++frames;
         step(static_cast<std::uint64_t>(kind));
         step(static_cast<std::uint64_t>(size));
-        for (std::int32_t i = 0; i < size; ++i)
+        for (std::int32_t i = 0; i < size; ++i) {
             step(bytes[i]);
+        }
     }
     void step(std::uint64_t v) { value = (value ^ v) * 1099511628211U; }
 
@@ -61,30 +62,43 @@ struct PlainControlLink {
             held = 0;
             return;
         }
-        for (std::int32_t i = 0; i < n; ++i)
+        for (std::int32_t i = 0; i < n; ++i) {
             buffer[held + i] = data[i];
+        }
         held += n;
         std::int32_t p = 0;
         for (;;) {
             const std::int32_t r = held - p;
-            if (r < 3) break;
+            if (r < 3) {
+                break;
+            }
             if (!(buffer[p] == 0xFC && buffer[p + 1] == 0x2C)) {
                 p += 1;
                 continue;
             }
             std::uint8_t x = 0;
             if (buffer[p + 2] == 0x55) {
-                if (r < 4) break;
+                if (r < 4) {
+                    break;
+                }
                 const std::int32_t length = buffer[p + 3];
-                if (r < length + 5) break;
-                for (std::int32_t i = 0; i < length + 1; ++i)
+                if (r < length + 5) {
+                    break;
+                }
+                for (std::int32_t i = 0; i < length + 1; ++i) {
                     x = static_cast<std::uint8_t>(x ^ buffer[p + 3 + i]);
-                if (buffer[p + 4 + length] == x) out.linkFrame(buffer + p + 4, length);
+                }
+                if (buffer[p + 4 + length] == x) {
+                    out.linkFrame(buffer + p + 4, length);
+                }
                 p += length + 5;
             } else {
-                if (r < 64) break;
-                for (std::int32_t i = 0; i < 60; ++i)
+                if (r < 64) {
+                    break;
+                }
+                for (std::int32_t i = 0; i < 60; ++i) {
                     x = static_cast<std::uint8_t>(x ^ buffer[p + 2 + i]);
+                }
                 if (x == buffer[p + 62] && buffer[p + 63] == 0xF0) {
                     std::uint8_t record[60];
                     std::memcpy(record, buffer + p + 2, 60);
@@ -114,8 +128,9 @@ struct PlainIns {
             held = 0;
             return false;
         }
-        for (std::int32_t i = 0; i < n; ++i)
+        for (std::int32_t i = 0; i < n; ++i) {
             buffer[held + i] = data[i];
+        }
         held += n;
         std::int32_t p = 0;
         for (;;) {
@@ -128,11 +143,16 @@ struct PlainIns {
                 p += 1;
                 continue;
             }
-            if (buffer[p + 3] != 58) return true;
+            if (buffer[p + 3] != 58) {
+                return true;
+            }
             std::uint8_t sum = 0;
-            for (std::int32_t i = 0; i < 57; ++i)
+            for (std::int32_t i = 0; i < 57; ++i) {
                 sum = static_cast<std::uint8_t>(sum + buffer[p + i]);
-            if (sum != 0) out.add(1008, buffer + p + 4, 53);
+            }
+            if (sum != 0) {
+                out.add(1008, buffer + p + 4, 53);
+            }
             p += 58;
         }
     }
@@ -147,20 +167,27 @@ struct PlainInterface {
             held = 0;
             return;
         }
-        for (std::int32_t i = 0; i < n; ++i)
+        for (std::int32_t i = 0; i < n; ++i) {
             buffer[held + i] = data[i];
+        }
         held += n;
         const std::int32_t body = 44 - 2;
         std::int32_t p = 0;
         for (;;) {
             const std::int32_t r = held - p;
-            if (r < 2) break;
+            if (r < 2) {
+                break;
+            }
             if (!(buffer[p] == 0xFB && buffer[p + 1] == 0x2C)) {
                 p += 1;
                 continue;
             }
-            if (r < body) break;
-            if (buffer[p + 43] == 0xF0) out.add(1010, buffer + p + 7, 30);
+            if (r < body) {
+                break;
+            }
+            if (buffer[p + 43] == 0xF0) {
+                out.add(1010, buffer + p + 7, 30);
+            }
             p += body;
         }
         held -= p;
@@ -174,11 +201,14 @@ struct Stream {
     std::uint8_t bytes[2048];
     std::uint32_t size = 0;
     void put(std::uint8_t byte) {
-        if (size < sizeof bytes) bytes[size++] = byte;
+        if (size < sizeof bytes) {
+            bytes[size++] = byte;
+        }
     }
     void put(const Bytes& run) {
-        for (const std::uint8_t byte : run)
+        for (const std::uint8_t byte : run) {
             put(byte);
+        }
     }
 };
 
@@ -192,24 +222,35 @@ void putNoise(Stream& stream, Random& random, const std::uint8_t (&favourites)[6
 // One frame in eight is damaged in one byte, one in eight is cut short.
 void damage(Stream& stream, Random& random, std::uint32_t begin) {
     const std::uint32_t size = stream.size - begin;
-    if (size == 0) return;
+    if (size == 0) {
+        return;
+    }
     const std::uint32_t fate = random.below(8);
-    if (fate == 0) stream.bytes[begin + random.below(size)] = random.byte();
-    if (fate == 1) stream.size = begin + random.below(size);
+    if (fate == 0) {
+        stream.bytes[begin + random.below(size)] = random.byte();
+    }
+    if (fate == 1) {
+        stream.size = begin + random.below(size);
+    }
 }
 
 void putFixed(Stream& stream, Random& random) {
     std::uint8_t frame[64] = {0xFC, 0x2C};
-    for (int i = 2; i < 62; i += 4)
+    for (int i = 2; i < 62; i += 4) {
         storeU32(frame + i, random.next());
-    if (random.below(2) == 0) storeF32(frame + 29, static_cast<float>(random.below(360)) - 180.0F);
+    }
+    if (random.below(2) == 0) {
+        storeF32(frame + 29, static_cast<float>(random.below(360)) - 180.0F);
+    }
     std::uint8_t x = 0;
-    for (int i = 2; i < 62; ++i)
+    for (int i = 2; i < 62; ++i) {
         x = static_cast<std::uint8_t>(x ^ frame[i]);
+    }
     frame[62] = x;
     frame[63] = 0xF0;
-    for (const std::uint8_t byte : frame)
+    for (const std::uint8_t byte : frame) {
         stream.put(byte);
+    }
 }
 
 void putVariable(Stream& stream, Random& random) {
@@ -230,15 +271,18 @@ void makeLinkStream(Stream& stream, Random& random) {
     stream.size = 0;
     const std::uint32_t parts = 1 + random.below(4);
     for (std::uint32_t i = 0; i < parts; ++i) {
-        if (random.below(3) == 0) putNoise(stream, random, kFavourites);
+        if (random.below(3) == 0) {
+            putNoise(stream, random, kFavourites);
+        }
         const std::uint32_t begin = stream.size;
         random.below(2) == 0 ? putFixed(stream, random) : putVariable(stream, random);
         damage(stream, random, begin);
     }
     // Now and then so much that the buffer runs over.
     if (random.below(64) == 0) {
-        for (std::uint32_t i = random.below(1500); i > 0; --i)
+        for (std::uint32_t i = random.below(1500); i > 0; --i) {
             stream.put(random.byte());
+        }
     }
 }
 
@@ -247,17 +291,22 @@ void makeInsStream(Stream& stream, Random& random) {
     stream.size = 0;
     const std::uint32_t parts = 1 + random.below(4);
     for (std::uint32_t i = 0; i < parts; ++i) {
-        if (random.below(3) == 0) putNoise(stream, random, kFavourites);
+        if (random.below(3) == 0) {
+            putNoise(stream, random, kFavourites);
+        }
         const std::uint32_t begin = stream.size;
         stream.put(Bytes{0xAA, 0x55, random.byte(), 58});
-        for (int k = 0; k < 53; ++k)
+        for (int k = 0; k < 53; ++k) {
             stream.put(random.byte());
+        }
         std::uint8_t sum = 0;
-        for (std::uint32_t k = begin; k < stream.size; ++k)
+        for (std::uint32_t k = begin; k < stream.size; ++k) {
             sum = static_cast<std::uint8_t>(sum + stream.bytes[k]);
+        }
         // One in eight with a sum of zero.
-        if (random.below(8) == 0)
+        if (random.below(8) == 0) {
             stream.bytes[begin + 2] = static_cast<std::uint8_t>(stream.bytes[begin + 2] - sum);
+        }
         stream.put(random.byte());
         damage(stream, random, begin);
     }
@@ -268,17 +317,21 @@ void makeInterfaceStream(Stream& stream, Random& random) {
     stream.size = 0;
     const std::uint32_t parts = 1 + random.below(5);
     for (std::uint32_t i = 0; i < parts; ++i) {
-        if (random.below(3) == 0) putNoise(stream, random, kFavourites);
+        if (random.below(3) == 0) {
+            putNoise(stream, random, kFavourites);
+        }
         const std::uint32_t begin = stream.size;
         stream.put(Bytes{0xFB, 0x2C});
-        for (int k = 0; k < 41; ++k)
+        for (int k = 0; k < 41; ++k) {
             stream.put(random.byte());
+        }
         stream.put(0xF0);
         damage(stream, random, begin);
     }
     if (random.below(64) == 0) {
-        for (std::uint32_t i = random.below(1500); i > 0; --i)
+        for (std::uint32_t i = random.below(1500); i > 0; --i) {
             stream.put(random.byte());
+        }
     }
 }
 
@@ -340,7 +393,9 @@ TEST(RandomStreams, InsEqualsThePlainModel) {
         Digest expected;
         bool ended = false;
         inPieces(stream, random, [&](const std::uint8_t* data, std::int32_t n) {
-            if (ended) return;  // the port's thread never comes back; the next stream is the reopened port
+            if (ended) {
+                return;  // the port's thread never comes back; the next stream is the reopened port
+            }
             const InsFeed result =
                 ours.feed(data, n, [&](const std::uint8_t* payload) { got.add(1008, payload, 53); });
             ended = plain.feed(data, n, expected);

@@ -78,9 +78,7 @@ TEST(BitRange, TakesBothEnds) {
     EXPECT_EQ(bitRange(0x80000000, 31, 31), 1U);
 }
 
-TEST(BitRange, AnInvertedRangeReturnsTheValueUnchanged) {
-    EXPECT_EQ(bitRange(0x1952, 8, 2), 0x1952U);
-}
+TEST(BitRange, AnInvertedRangeReturnsTheValueUnchanged) { EXPECT_EQ(bitRange(0x1952, 8, 2), 0x1952U); }
 
 TEST(RecordTexts, LoadTypeZeroAndAboveFiveAreInvalid) {
     EXPECT_STREQ(loadTypeText(0), "非法值");
@@ -98,8 +96,9 @@ TEST(RecordTexts, ServoStateFifteenShowsTheTextOfFourteen) {
                                  "数引",     "航向锁定",     "扫描",         "跟踪",
                                  "垂直下视", "陀螺自动较漂", "陀螺温度较漂", "航向随动",
                                  "归中",     "手动陀螺较漂", "姿态指引",     "姿态指引"};
-    for (int value = 0; value < 16; ++value)
+    for (int value = 0; value < 16; ++value) {
         EXPECT_STREQ(servoStateText(value), texts[value]) << value;
+    }
     EXPECT_EQ(servoStateText(16), nullptr);
     EXPECT_EQ(servoStateText(255), nullptr);
 }
@@ -112,16 +111,18 @@ TEST(RecordTexts, DisplayModeSevenShowsDashes) {
                                  "可见光显示，红外小窗口画中画",
                                  "红外/可见光左右分屏",
                                  "可见光（长焦）"};
-    for (int value = 0; value < 7; ++value)
+    for (int value = 0; value < 7; ++value) {
         EXPECT_STREQ(displayModeText(value), texts[value]) << value;
+    }
     EXPECT_STREQ(displayModeText(7), "-----");
     EXPECT_STREQ(displayModeText(255), "-----");
 }
 
 TEST(RecordTexts, TrackStateFiveShowsTheTextOfFourAndSixNone) {
     const char* const texts[] = {"空闲状态", "稳定跟踪", "记忆跟踪", "目标丢失", "截获状态", "截获状态"};
-    for (int value = 0; value < 6; ++value)
+    for (int value = 0; value < 6; ++value) {
         EXPECT_STREQ(trackStateText(value), texts[value]) << value;
+    }
     EXPECT_EQ(trackStateText(6), nullptr);
     EXPECT_EQ(trackStateText(255), nullptr);
 }
@@ -129,8 +130,9 @@ TEST(RecordTexts, TrackStateFiveShowsTheTextOfFourAndSixNone) {
 TEST(RecordTexts, GuidanceFeedbackEighteenNineteenAndOthers) {
     EXPECT_STREQ(guidanceText(18), "姿态指示中");
     EXPECT_STREQ(guidanceText(19), "姿态指示完成");
-    for (const int value : {0, 17, 20, 255})
+    for (const int value : {0, 17, 20, 255}) {
         EXPECT_STREQ(guidanceText(value), "-----");
+    }
 }
 
 TEST(RecordTexts, VisibleZoomThreeHasNoText) {

@@ -36,7 +36,7 @@ TEST(DragGesture, PressAndReleaseWithoutAMoveIsAClick) {
 
 TEST(DragGesture, FirstMoveArmsAtItsPoint) {
     DragGesture drag;
-    EXPECT_EQ(drag.move({7, 9}, kWidth, kHeight).kind, DragStep::ARMED);
+    EXPECT_EQ(drag.move({7, 9}, kWidth, kHeight).kind, DragStep::kArmed);
     EXPECT_TRUE(drag.pressed);
     EXPECT_FALSE(drag.dragging);
     EXPECT_EQ(drag.start_pos.x, 7);
@@ -48,7 +48,7 @@ TEST(DragGesture, ExactlyTenPixelsDoNotStartADrag) {
     for (const PixelPoint& p : at_ten) {
         DragGesture drag;
         drag.move({50, 50}, kWidth, kHeight);
-        EXPECT_EQ(drag.move({50 + p.x, 50 + p.y}, kWidth, kHeight).kind, DragStep::NOTHING);
+        EXPECT_EQ(drag.move({50 + p.x, 50 + p.y}, kWidth, kHeight).kind, DragStep::kNothing);
         EXPECT_FALSE(drag.release()) << p.x << "," << p.y;
     }
 }
@@ -57,7 +57,7 @@ TEST(DragGesture, JustBeyondTenPixelsStartsWithoutARate) {
     DragGesture drag;
     drag.move({50, 50}, kWidth, kHeight);
     const DragStep step = drag.move({58, 57}, kWidth, kHeight);  // sqrt(113)
-    EXPECT_EQ(step.kind, DragStep::STARTED);
+    EXPECT_EQ(step.kind, DragStep::kStarted);
     EXPECT_EQ(step.rate_x, 0);
     EXPECT_TRUE(drag.dragging);
 }
@@ -83,7 +83,7 @@ TEST(DragGesture, RatesAreTruncatedTowardZero) {
 
 TEST(DragGesture, PureVerticalDragLeavesAzimuthAtZero) {
     const DragStep step = dragBy(0, -150);
-    EXPECT_EQ(step.kind, DragStep::RATE);
+    EXPECT_EQ(step.kind, DragStep::kRate);
     EXPECT_EQ(step.rate_x, 0);
     EXPECT_EQ(step.rate_y, 10);
 }
@@ -91,7 +91,7 @@ TEST(DragGesture, PureVerticalDragLeavesAzimuthAtZero) {
 TEST(DragGesture, ADragGoesOnInsideTheDeadRadius) {
     DragGesture drag = draggingFrom({100, 100});
     const DragStep back = drag.move({100, 100}, kWidth, kHeight);
-    EXPECT_EQ(back.kind, DragStep::RATE);
+    EXPECT_EQ(back.kind, DragStep::kRate);
     EXPECT_EQ(back.rate_x, 0);
     EXPECT_EQ(back.rate_y, 0);
 }
@@ -108,14 +108,14 @@ TEST(DragGesture, StopIsAskedForExactlyOnce) {
 TEST(DragGesture, AHoldThatGoesOnAfterAReleaseArmsAnew) {
     DragGesture drag = draggingFrom({100, 100});
     drag.release();
-    EXPECT_EQ(drag.move({300, 300}, kWidth, kHeight).kind, DragStep::ARMED);
+    EXPECT_EQ(drag.move({300, 300}, kWidth, kHeight).kind, DragStep::kArmed);
     EXPECT_EQ(drag.start_pos.x, 300);
 }
 
 TEST(DragGesture, CollapsedWidgetGivesNoRate) {
     DragGesture drag = draggingFrom({100, 100});
     const DragStep step = drag.move({400, 100}, 0, 0);  // dx / 0 and 0 / 0
-    EXPECT_EQ(step.kind, DragStep::RATE);
+    EXPECT_EQ(step.kind, DragStep::kRate);
     EXPECT_EQ(step.rate_x, 0);
     EXPECT_EQ(step.rate_y, 0);
 }

@@ -32,13 +32,9 @@ void expectPoint(const ImagePoint& p, int x, int y) {
 
 }  // namespace
 
-TEST(Fit, WideTargetGetsBarsLeftAndRight) {
-    expectRect(fitted(640, 512, 1000, 512), 180, 0, 640, 512);
-}
+TEST(Fit, WideTargetGetsBarsLeftAndRight) { expectRect(fitted(640, 512, 1000, 512), 180, 0, 640, 512); }
 
-TEST(Fit, TallTargetGetsBarsAboveAndBelow) {
-    expectRect(fitted(640, 320, 640, 640), 0, 160, 640, 320);
-}
+TEST(Fit, TallTargetGetsBarsAboveAndBelow) { expectRect(fitted(640, 320, 640, 640), 0, 160, 640, 320); }
 
 TEST(Fit, SameAspectTakesTheWidthAndGetsNoBars) {
     expectRect(fitted(640, 512, 320, 256), 0, 0, 320, 256);

@@ -36,9 +36,7 @@ protected:
     label_part_bg label;
 };
 
-TEST_F(LabelPartBgTest, ShowsNothingAtFirst) {
-    EXPECT_EQ(bar(label), std::make_pair(-1, -1));
-}
+TEST_F(LabelPartBgTest, ShowsNothingAtFirst) { EXPECT_EQ(bar(label), std::make_pair(-1, -1)); }
 
 TEST_F(LabelPartBgTest, GrowsFromTheMiddle) {
     label.setValue(1.0);

@@ -33,7 +33,7 @@ QPushButton* buttonOf(MyMessageBox* box, QDialogButtonBox::StandardButton which)
 }
 
 TEST(MyMessageBox, IsBuiltAsAFixedModalBox) {
-    MyMessageBox box(MyMessageBox::Warning, QStringLiteral("警告"), QStringLiteral("请先关闭串口"),
+    MyMessageBox box(MyMessageBox::kWarning, QStringLiteral("警告"), QStringLiteral("请先关闭串口"),
                      QMessageBox::Ok | QMessageBox::Cancel);
     EXPECT_EQ(box.minimumSize(), QSize(450, 225));
     EXPECT_EQ(box.maximumSize(), QSize(450, 225));
@@ -60,15 +60,15 @@ TEST(MyMessageBox, IsBuiltAsAFixedModalBox) {
 }
 
 TEST(MyMessageBox, WithoutATitleItReadsMessage) {
-    MyMessageBox box(MyMessageBox::Information, QString(), QStringLiteral("text"), QMessageBox::Ok);
+    MyMessageBox box(MyMessageBox::kInformation, QString(), QStringLiteral("text"), QMessageBox::Ok);
     EXPECT_EQ(box.windowTitle(), QStringLiteral("Message"));
 }
 
 TEST(MyMessageBox, EveryKindCarriesTheInformationIcon) {
     const QImage expected =
         QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(30, 30).toImage();
-    for (const auto kind : {MyMessageBox::Information, MyMessageBox::Question, MyMessageBox::Success,
-                            MyMessageBox::Warning, MyMessageBox::Error}) {
+    for (const auto kind : {MyMessageBox::kInformation, MyMessageBox::kQuestion, MyMessageBox::kSuccess,
+                            MyMessageBox::kWarning, MyMessageBox::kError}) {
         MyMessageBox box(kind, QString(), QString(), QMessageBox::Ok);
         EXPECT_EQ(box.findChild<QLabel*>(QStringLiteral("iconLabel"))->pixmap(Qt::ReturnByValue).toImage(),
                   expected);
@@ -94,7 +94,7 @@ TEST(MyMessageBox, RolesDecideTheResult) {
         {QMessageBox::Help, QDialog::Rejected},  // neither: the box only closes
     };
     for (const auto& [button, result] : cases) {
-        MyMessageBox box(MyMessageBox::Information, QString(), QString(), button);
+        MyMessageBox box(MyMessageBox::kInformation, QString(), QString(), button);
         whenShown([which = button](MyMessageBox* shown) {
             buttonOf(shown, static_cast<QDialogButtonBox::StandardButton>(which))->click();
         });
@@ -105,7 +105,7 @@ TEST(MyMessageBox, RolesDecideTheResult) {
 }
 
 TEST(MyMessageBox, EscapeRejectsWithoutAClickedButton) {
-    MyMessageBox box(MyMessageBox::Information, QString(), QString(), QMessageBox::Ok);
+    MyMessageBox box(MyMessageBox::kInformation, QString(), QString(), QMessageBox::Ok);
     whenShown([](MyMessageBox* shown) { QTest::keyClick(shown, Qt::Key_Escape); });
     EXPECT_EQ(box.exec(), QDialog::Rejected);
     EXPECT_EQ(box.clickedButton(), nullptr);

@@ -105,8 +105,9 @@ TEST(SettingsForm, PagesHaveTheirWidgets) {
                 EXPECT_EQ(widget->property("text").toString(), QString::fromUtf8(row.text)) << row.name;
             }
         }
-        for (const QString& caption : expected.captions)
+        for (const QString& caption : expected.captions) {
             EXPECT_TRUE(texts.contains(caption)) << expected.page << " " << qPrintable(caption);
+        }
     }
     EXPECT_EQ(form.horizontalSlider->maximum(), 20);
     EXPECT_EQ(form.progressBar->value(), 0);
@@ -137,7 +138,9 @@ TEST(SettingsForm, RemoteControlRowsHaveTheirWidgets) {
         const auto* strip = form.page_control->findChild<QWidget*>(QLatin1String(row.strip));
         ASSERT_NE(strip, nullptr) << row.strip;
         EXPECT_STREQ(strip->metaObject()->className(), "sbus_control");
-        if (row.reverse == nullptr) continue;
+        if (row.reverse == nullptr) {
+            continue;
+        }
         const auto* reverse = form.page_control->findChild<QAbstractButton*>(QLatin1String(row.reverse));
         ASSERT_NE(reverse, nullptr) << row.reverse;
         EXPECT_EQ(reverse->text(), QStringLiteral("反向"));

@@ -33,9 +33,7 @@ X11Pointer::~X11Pointer() {
     }
 }
 
-bool X11Pointer::available() const {
-    return m_state->display != nullptr;
-}
+bool X11Pointer::available() const { return m_state->display != nullptr; }
 
 void X11Pointer::moveTo(int x, int y) {
     XTestFakeMotionEvent(m_state->display, -1, x, y, CurrentTime);
@@ -95,6 +93,4 @@ int X11Pointer::moveRequests(std::uintptr_t window) {
     return count;
 }
 
-long X11Pointer::lastButton() const {
-    return m_state->last_button;
-}
+long X11Pointer::lastButton() const { return m_state->last_button; }

@@ -19,24 +19,16 @@ SwitchControl::SwitchControl(QWidget* parent) : QWidget(parent) {
     connect(&m_timer, &QTimer::timeout, this, &SwitchControl::onTimeout);
 }
 
-double SwitchControl::knobDiameter() const {
-    return height() - 2.0 * m_space;
-}
+double SwitchControl::knobDiameter() const { return height() - 2.0 * m_space; }
 
 void SwitchControl::setToggle(bool checked) {
     m_checked = checked;
     m_timer.start(kFrameMs);
 }
 
-void SwitchControl::setBackgroundColor(const QColor& color) {
-    m_background = color;
-}
-void SwitchControl::setCheckedColor(const QColor& color) {
-    m_checkedColor = color;
-}
-void SwitchControl::setDisabledColor(const QColor& color) {
-    m_disabled = color;
-}
+void SwitchControl::setBackgroundColor(const QColor& color) { m_background = color; }
+void SwitchControl::setCheckedColor(const QColor& color) { m_checkedColor = color; }
+void SwitchControl::setDisabledColor(const QColor& color) { m_disabled = color; }
 
 void SwitchControl::paintEvent(QPaintEvent* e) {
     Q_UNUSED(e)
