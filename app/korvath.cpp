@@ -54,7 +54,7 @@ Korvath::Korvath(QWidget* parent)
     ui->toolBar_2->layout()->setSpacing(5);
     ui->videoWin1->setOwner(this);
     ui->videoWin2->setOwner(this);
-    setupDialogs();
+    m_parts.reset(new Parts(*ui));
     buildParts();
     ui->stackedWidget->setCurrentIndex(0);
     ui->widget_stat->hide();
@@ -75,6 +75,7 @@ Korvath::Korvath(QWidget* parent)
 }
 
 Korvath::~Korvath() {
+    qApp->removeEventFilter(this);
     delete m_statusVideo;
     delete m_statusLink;
     delete m_statPane;
@@ -141,6 +142,7 @@ void Korvath::initFirstStage() {
     setServoFrame(config().platform_type);
     m_showFps = config().show_fps_init;
     m_parts->panes->createPageSelectors();
+    setupDialogs();
 
     m_statusVideo = new QLabel(this);
     m_statusLink = new QLabel(this);
@@ -169,24 +171,9 @@ void Korvath::setupDialogs() {
     m_telemetryDlg = base(ui_telemetry_info);
     m_seiDlg = base(ui_sei_info);
     m_connectionDlg = base(ui_connection);
-    m_parts.reset(new Parts{{*ui},
-                            {*ui_connection},
-                            {*ui_telemetry_info},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {},
-                            {}});
-    connect(m_parts->telemetry_form.apply, &QPushButton::clicked, this,
+    m_parts->connection_form.reset(new ConnectionForm{*ui_connection});
+    m_parts->telemetry_form.reset(new TelemetryForm{*ui_telemetry_info});
+    connect(m_parts->telemetry_form->apply, &QPushButton::clicked, this,
             &Korvath::on_btn_setting_telemetry_info);
 }
 
@@ -299,30 +286,23 @@ void Korvath::closeEvent(QCloseEvent* e) {
     silenceLink();
     m_parts->link->closeAll();
     m_parts->intake->closeInterfacePort();
+    m_parts->blocks->close();
+    m_parts->channel1->stopCheck();
     // Sound may be waiting for its device, which closing its stream would wait for in turn.
     m_parts->sound->closeGate();
-    if (m_videoCheckTimer != 0) {
-        killTimer(m_videoCheckTimer);
-        m_videoCheckTimer = 0;
-    }
     m_parts->presenter->closeStreams();
     m_parts->sound->stop();
-    m_parts->blocks->close();
     m_parts->presenter->dropPictures();
     // An open settings dialog closes with the window, and stores its pages by that.
     if (m_settings->isVisible()) {
         m_settings->close();
     }
-    storeEditsToConfig();
+    m_parts->streams->store();
+    m_parts->link->store();
+    m_parts->fields->store(config());
     // No thread posts any more: what still waits is handled here. Replies first, since they post records.
     QCoreApplication::sendPostedEvents(this, EVT_LINK_FRAME);
     for (int type = EVT_REPLAY_START; type <= EVT_NAV_BLOCK; ++type) {
         QCoreApplication::sendPostedEvents(this, type);
     }
-}
-
-void Korvath::storeEditsToConfig() {
-    m_parts->streams->store();
-    m_parts->link->store();
-    m_parts->fields->store(config());
 }

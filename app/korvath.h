@@ -173,7 +173,6 @@ private:
     void autoOpen();
     void releaseHeldButtons();
     void showConnectionButtons();
-    void storeEditsToConfig();
 
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
     void buildParts();

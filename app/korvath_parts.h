@@ -21,10 +21,10 @@
 #include "video/video_channel.h"
 
 struct Korvath::Parts {
+    explicit Parts(Ui::KorvathClass& built) : form{built} {}
+
     // From the constructor on.
     MainForm form;
-    ConnectionForm connection_form;
-    TelemetryForm telemetry_form;
     std::unique_ptr<StatusPages> status_pages;
     std::unique_ptr<CommandSender> sender;
     std::unique_ptr<CommandFields> fields;
@@ -35,7 +35,9 @@ struct Korvath::Parts {
     std::unique_ptr<PicturePresenter> presenter;
     std::unique_ptr<ChannelSound> sound;
     std::unique_ptr<BlockStream> blocks;
-    // From the first start-up stage on: they need the configuration.
+    // From the first start-up stage on: they need the dialogs and the configuration.
+    std::unique_ptr<ConnectionForm> connection_form;
+    std::unique_ptr<TelemetryForm> telemetry_form;
     std::unique_ptr<LinkPanel> link;
     std::unique_ptr<StreamPanel> streams;
     std::unique_ptr<VideoChannel> channel1;

@@ -88,7 +88,7 @@ void Korvath::OnButtonStatPaneClicked() { m_parts->panes->toggleStatPane(); }
 void Korvath::OnOpenVideo1() { m_parts->channel1->toggle(); }
 void Korvath::OnOpenVideo1_manual() { OnOpenVideo1(); }
 void Korvath::OnOpenVideo2() { m_parts->channel2->toggle(); }
-void Korvath::on_btn_setting_telemetry_info() { takeTypedData(m_parts->telemetry_form, m_navBlock); }
+void Korvath::on_btn_setting_telemetry_info() { takeTypedData(*m_parts->telemetry_form, m_navBlock); }
 
 void Korvath::on_frame_sel_changed(bool checked) { m_parts->fields->showServoMode(checked); }
 void Korvath::on_clr_changed(int index) { m_parts->commands->chosen(control::kPalette, index); }

@@ -50,10 +50,10 @@ void Korvath::buildParts() {
 void Korvath::buildConfiguredParts() {
     Parts& p = *m_parts;
     p.link = std::make_unique<LinkPanel>(
-        p.connection_form, *m_connectionDlg, config(), LinkFields{m_linkHandle, m_insHandle, m_linkState},
+        *p.connection_form, *m_connectionDlg, config(), LinkFields{m_linkHandle, m_insHandle, m_linkState},
         LinkActions{onControlLinkData, onInsLinkData, [this] { applySendMode(); },
                     [this] { m_parts->sender->linkClosed(); }, [this] { refreshStatus(); }});
-    p.streams = std::make_unique<StreamPanel>(p.connection_form, config(),
+    p.streams = std::make_unique<StreamPanel>(*p.connection_form, config(),
                                               [this] { return m_settings->decoderValue(); });
     const ChannelActions actions = {[this] { m_parts->streams->showOpen(playing1, playing2); },
                                     [this] {
@@ -88,7 +88,7 @@ void Korvath::connectWindow() {
 }
 
 void Korvath::connectConnectionDialog() {
-    const ConnectionForm& form = m_parts->connection_form;
+    const ConnectionForm& form = *m_parts->connection_form;
     connect(form.udp, &QRadioButton::toggled, this, &Korvath::OnNetControlUdpChanged);
     connect(form.serial_refresh, &QPushButton::clicked, this, &Korvath::RefreshSerialPortList);
     connect(form.serial_open, &QPushButton::clicked, this, &Korvath::OpenSerialPort);

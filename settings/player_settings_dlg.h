@@ -34,9 +34,9 @@ public:
     // 0 Chinese, 1 English; other values change no translator.
     void applyLanguage(int language);
 
-    // rbtn_scaleQualHigh_3 is checked: each command goes out once as a variable frame.
+    // Single mode is chosen: each command goes out once as a variable frame.
     bool singleMode() const;
-    // checkBox_16 is checked: command 1026 goes out every 40 ms in single mode.
+    // The stream of positions is chosen: command 1026 goes out every 40 ms in single mode.
     bool sendsTelemetryPeriodically() const;
     int languageIndex() const;
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.

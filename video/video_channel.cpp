@@ -89,10 +89,7 @@ void VideoChannel::opened() {
 }
 
 void VideoChannel::close() {
-    if (m_first != nullptr && m_first->check_timer != 0) {
-        m_first->timers.killTimer(m_first->check_timer);
-        m_first->check_timer = 0;
-    }
+    stopCheck();
     const int open_handle = handle();
     if (m_fields.recording) {
         tavrik::captureEnd(open_handle);
@@ -120,6 +117,13 @@ void VideoChannel::close() {
         m_parts.presenter.drawCachedTail();
     }
     m_actions.state_changed();
+}
+
+void VideoChannel::stopCheck() {
+    if (m_first != nullptr && m_first->check_timer != 0) {
+        m_first->timers.killTimer(m_first->check_timer);
+        m_first->check_timer = 0;
+    }
 }
 
 void VideoChannel::onCheck() {

@@ -57,6 +57,8 @@ public:
 
     // Opens a closed channel and closes an open one.
     void toggle();
+    // Ends the check; nothing for channel 2.
+    void stopCheck();
     // Expiry of the check: a channel without pictures since the last one is closed and opened again. The
     // whole policy of reconnection: no back-off, no limit, no message.
     void onCheck();
