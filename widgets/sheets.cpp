@@ -1,0 +1,54 @@
+#include "widgets/sheets.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QStyle>
+#include <QWidget>
+
+namespace {
+
+// A parent comes before its children, since fonts are handed down, and hears of the change after them, since
+// it may place them by their sizes. Widgets that no sheet has reached take it when they are first shown;
+// `reached` is true below one that a sheet has.
+void restyle(QWidget* widget, bool reached) {
+    reached = reached || widget->testAttribute(Qt::WA_StyleSheet);
+    if (reached) {
+        widget->style()->polish(widget);
+    }
+    const QObjectList children = widget->children();
+    for (QObject* child : children) {
+        if (child->isWidgetType()) {
+            restyle(static_cast<QWidget*>(child), reached);
+        }
+    }
+    if (reached) {
+        QEvent change(QEvent::StyleChange);
+        QCoreApplication::sendEvent(widget, &change);
+    }
+}
+
+}  // namespace
+
+void setApplicationSheet(const QString& text) {
+    if (qApp->styleSheet().isEmpty() || text.isEmpty()) {
+        qApp->setStyleSheet(text);
+        return;
+    }
+    // On a change of the sheet the toolkit styles each widget that it remembers, and each time all below it:
+    // a widget deep in a page is styled once for every ancestor. Made to forget them, it styles none.
+    qApp->style()->unpolish(qApp);
+    qApp->style()->polish(qApp);
+    qApp->setStyleSheet(text);
+    const QWidgetList tops = QApplication::topLevelWidgets();
+    for (QWidget* top : tops) {
+        if (top->parentWidget() == nullptr) {
+            restyle(top, false);
+        }
+    }
+}
+
+void setOwnSheet(QWidget* widget, const QString& text) {
+    if (widget->styleSheet() != text) {
+        widget->setStyleSheet(text);
+    }
+}
