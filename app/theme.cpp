@@ -5,6 +5,7 @@
 #include <array>
 
 #include "forms/main_form.h"
+#include "widgets/sheets.h"
 
 namespace {
 
@@ -61,11 +62,11 @@ void applyThemeFiles(int theme, const QWidget& window, QWidget& settings, const 
     const ThemeFiles& files = theme == 1 ? kNight : kDay;
     QString sheet;
     if (readSheet(files.application, &sheet)) {
-        qApp->setStyleSheet(window.styleSheet() + sheet);
+        setApplicationSheet(window.styleSheet() + sheet);
     }
     QString settings_sheet;
     readSheet(files.settings, &settings_sheet);
-    settings.setStyleSheet(settings_sheet);
+    setOwnSheet(&settings, settings_sheet);
     for (const ActionIcon& icon : kActionIcons) {
         (form.ui.*icon.action)->setIcon(themeIcon(icon.name, files.icon_suffix));
     }

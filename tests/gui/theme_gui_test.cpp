@@ -2,6 +2,7 @@
 #include <QAction>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -149,6 +150,27 @@ TEST_F(ThemeTest, ThemeSwitchRepaintsTheWindow) {
     EXPECT_GT(qGray(day), 200);
     theme(0);
     EXPECT_TRUE(waitFor([&] { return ground() == day; }));
+}
+
+// The toolkit's own way does it once for every ancestor; the dialog has a sheet of its own besides.
+TEST_F(ThemeTest, ASwitchStylesEachWidgetOnce) {
+    struct Counter : QObject {
+        QHash<const QObject*, int> times;
+        bool eventFilter(QObject* obj, QEvent* e) override {
+            if (e->type() == QEvent::StyleChange) {
+                ++times[obj];
+            }
+            return QObject::eventFilter(obj, e);
+        }
+    };
+    ui().action_fileSettings->trigger();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_settings(), 10000));
+    Counter counter;
+    qApp->installEventFilter(&counter);
+    theme(1);
+    EXPECT_EQ(counter.times.value(in().m_settings()), 1);
+    EXPECT_EQ(counter.times.value(in().m_settings()->ui->lineEdit_14), 1);
+    EXPECT_EQ(counter.times.value(ui().pushButton_105), 1);
 }
 
 TEST_F(ThemeTest, AFieldsPlaceholderIsPalerThanItsValue) {

@@ -22,7 +22,9 @@ public:
     StyleCounter() { qApp->installEventFilter(this); }
     ~StyleCounter() override { qApp->removeEventFilter(this); }
     bool eventFilter(QObject* obj, QEvent* e) override {
-        if (e->type() == QEvent::StyleChange) ++times[obj];
+        if (e->type() == QEvent::StyleChange) {
+            ++times[obj];
+        }
         return QObject::eventFilter(obj, e);
     }
     QHash<const QObject*, int> times;
@@ -98,7 +100,9 @@ TEST_F(Sheets, AParentHearsOfTheChangeAfterItsChildren) {
         int points = 0;
         void changeEvent(QEvent* e) override {
             QWidget::changeEvent(e);
-            if (e->type() == QEvent::StyleChange) points = label->font().pointSize();
+            if (e->type() == QEvent::StyleChange) {
+                points = label->font().pointSize();
+            }
         }
     };
     Placer placer;
