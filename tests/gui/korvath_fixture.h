@@ -14,7 +14,7 @@
 
 #include "app/config/my_app_config.h"
 #include "app/events/my_event.h"
-#include "app/korvath_parts.h"
+#include "app/korvath.h"
 #include "app/process_services.h"
 #include "settings/player_settings_dlg.h"
 #include "ui_connection.h"
@@ -22,6 +22,8 @@
 #include "ui_sei_info.h"
 #include "ui_settings.h"
 #include "ui_telemetry_info.h"
+
+struct VideoSurface;
 
 // The one door to the window's private fields.
 struct KorvathAccess {
@@ -83,9 +85,10 @@ struct KorvathAccess {
     SORVANE_FIELD(frame_cache)
 #undef SORVANE_FIELD
 
-    auto& m_localClock() const { return w.m_parts->sender->local_clock; }
-    int m_interfaceHandle() const { return w.m_parts->intake->interfaceHandle(); }
-    VideoSurface* findSurface(QWidget* widget) const { return w.m_parts->presenter->findSurface(widget); }
+    // What lies with the parts: korvath_access.cpp, so that a part's header concerns one file of these tests.
+    std::function<sorvane::CalendarTime()>& m_localClock() const;
+    int m_interfaceHandle() const;
+    VideoSurface* findSurface(QWidget* widget) const;
 };
 
 class KorvathTest : public ::testing::Test {

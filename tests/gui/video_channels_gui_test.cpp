@@ -4,6 +4,7 @@
 #include <QMessageBox>
 #include <thread>
 
+#include "video/video_surface.h"
 #include "video_fixture.h"
 
 namespace {
