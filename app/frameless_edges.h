@@ -5,7 +5,7 @@
 #include <QRect>
 #include <Qt>
 
-// A gesture on the edges of a window. Points are global. GUI thread.
+// Points are global.
 class FramelessEdges {
 public:
     // Bits of the edges within 5 pixels of a point, strictly closer.

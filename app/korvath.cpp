@@ -12,7 +12,6 @@
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "app/theme.h"
-#include "forms/sei_form.h"
 #include "input/qmycmdbtn.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
@@ -56,14 +55,14 @@ Korvath::Korvath(QWidget* parent)
     ui->videoWin2->setOwner(this);
     m_parts.reset(new Parts(*ui));
     buildParts();
-    ui->stackedWidget->setCurrentIndex(0);
+    m_parts->form.status_pages->setCurrentIndex(0);
     ui->widget_stat->hide();
 
     sorvane::resetFixedFrame(m_frame);
     m_sendClock.start();
     m_tickTimer = startTimer(kTickMs, Qt::CoarseTimer);
     // The splitter's handles exist once it is laid out; index 1 is the one between the two pictures.
-    ui->splitter->handle(1)->setEnabled(false);
+    m_parts->form.pictures->handle(1)->setEnabled(false);
     connect(m_parts->form.frame_mode, &QRadioButton::toggled, this, &Korvath::on_frame_sel_changed);
 
     setWindowFlags(windowFlags() | Qt::FramelessWindowHint);
@@ -86,6 +85,10 @@ Korvath::~Korvath() {
     delete m_tip2;
     delete m_dragOverlay;
     m_dragOverlay = nullptr;
+    // The widgets under the pictures live longer than the owner that they talk to.
+    ui->videoWin1->setOwner(nullptr);
+    ui->videoWin2->setOwner(nullptr);
+    m_parts->intake->closeInterfacePort();
     drainEvents();
     const std::lock_guard<std::mutex> lock(recv_mutex);
     delete[] m_recv_buf_udp;
@@ -159,20 +162,18 @@ void Korvath::initFirstStage() {
 
 // The three inline dialogs stand on frameless bases with a title strip that moves them and a close button.
 void Korvath::setupDialogs() {
-    const auto base = [this](auto& form) {
-        auto* dialog = new common_dlg(this);
-        form->setupUi(dialog);
+    const auto build = [this](auto& form_ui, auto& form, common_dlg*& dialog) {
+        dialog = new common_dlg(this);
+        form_ui.setupUi(dialog);
         enlargeLists(dialog);
-        dialog->setTitleWidget(form->title);
-        form->toolButton->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
-        connect(form->toolButton, &QToolButton::clicked, dialog, &QWidget::close);
-        return dialog;
+        dialog->setTitleWidget(form_ui.title);
+        form.reset(new typename std::decay_t<decltype(form)>::element_type{form_ui});
+        form->close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+        connect(form->close_button, &QToolButton::clicked, dialog, &QWidget::close);
     };
-    m_telemetryDlg = base(ui_telemetry_info);
-    m_seiDlg = base(ui_sei_info);
-    m_connectionDlg = base(ui_connection);
-    m_parts->connection_form.reset(new ConnectionForm{*ui_connection});
-    m_parts->telemetry_form.reset(new TelemetryForm{*ui_telemetry_info});
+    build(*ui_telemetry_info, m_parts->telemetry_form, m_telemetryDlg);
+    build(*ui_sei_info, m_parts->sei_form, m_seiDlg);
+    build(*ui_connection, m_parts->connection_form, m_connectionDlg);
     connect(m_parts->telemetry_form->apply, &QPushButton::clicked, this,
             &Korvath::on_btn_setting_telemetry_info);
 }
@@ -184,7 +185,7 @@ void Korvath::initSecondStage() {
     setWindowTitle(config().app_title);
     m_parts->link->fillLists();
     m_parts->fields->fillEdits(config());
-    ui->tabWidget->hide();
+    m_parts->form.control_pages->hide();
     showMaximized();
     m_parts->form.status_and_video->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
     m_parts->form.detect_infrared->setChecked(true);
@@ -204,7 +205,7 @@ void Korvath::firstShow() {
     if (config().recv_telemetry) {
         m_parts->intake->openInterfacePort(config().recv_port);
     } else {
-        ui->stackedWidget->removeWidget(m_parts->form.aircraft_page);
+        m_parts->form.status_pages->removeWidget(m_parts->form.aircraft_page);
     }
 }
 

@@ -12,7 +12,6 @@
 #include <mutex>
 
 #include "app/events/event_table.h"
-#include "link/command_pages.h"
 #include "link/frames.h"
 #include "link/link_state.h"
 #include "link/nav_block.h"

@@ -239,7 +239,7 @@ void Korvath::mousePressEvent(QMouseEvent* e) {
 
 void Korvath::mouseMoveEvent(QMouseEvent* e) {
     QMainWindow::mouseMoveEvent(e);
-    if ((e->buttons() & Qt::LeftButton) == 0 || m_hitEdge == 0) {
+    if ((e->buttons() & Qt::LeftButton) == 0 || FramelessEdges::cursor(m_hitEdge) == Qt::ArrowCursor) {
         return;
     }
     const QRect moved = FramelessEdges::moved(m_pressGeometry, m_hitEdge, e->globalPos() - m_pressPos);

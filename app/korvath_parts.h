@@ -7,8 +7,10 @@
 #include "app/korvath.h"
 #include "forms/connection_form.h"
 #include "forms/main_form.h"
+#include "forms/sei_form.h"
 #include "forms/telemetry_form.h"
 #include "link/command_fields.h"
+#include "link/command_pages.h"
 #include "link/command_sender.h"
 #include "link/link_panel.h"
 #include "telemetry/intake.h"
@@ -38,6 +40,7 @@ struct Korvath::Parts {
     // From the first start-up stage on: they need the dialogs and the configuration.
     std::unique_ptr<ConnectionForm> connection_form;
     std::unique_ptr<TelemetryForm> telemetry_form;
+    std::unique_ptr<SeiForm> sei_form;
     std::unique_ptr<LinkPanel> link;
     std::unique_ptr<StreamPanel> streams;
     std::unique_ptr<VideoChannel> channel1;

@@ -114,10 +114,10 @@ void Korvath::on_toggled_cw(bool on) { m_parts->commands->switched(control::kWin
 
 // An index out of range is ignored by the stack, so there is no wrap.
 void Korvath::OnButtonPageNextClicked() {
-    ui->stackedWidget->setCurrentIndex(ui->stackedWidget->currentIndex() + 1);
+    m_parts->form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() + 1);
 }
 void Korvath::OnButtonPagePrevClicked() {
-    ui->stackedWidget->setCurrentIndex(ui->stackedWidget->currentIndex() - 1);
+    m_parts->form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() - 1);
 }
 
 void Korvath::on_action_telemetry_info() {

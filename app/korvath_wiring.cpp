@@ -4,9 +4,7 @@
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "settings/player_settings_dlg.h"
-#include "tavrik/tavrik.h"
 #include "telemetry/link_callbacks.h"
-#include "ui_settings.h"
 #include "widgets/common_dlg.h"
 
 // Parts that live from the constructor on; the settings do not exist yet.
@@ -26,7 +24,7 @@ void Korvath::buildParts() {
         p.form, *this, *p.sender,
         CommandPagesFields{m_zoomTimers, m_stopTimer, m_linkState, m_tracking, m_frameRelease},
         CommandQuestions{[this] { return m_telemetry.display_mode; }, [this] { return m_settings; },
-                         [this] { return m_settings->ui->page_osd; }});
+                         [this] { return m_settings->osdPage(); }});
     p.intake = std::make_unique<Intake>(IntakeFields{m_telemetry, m_navBlock, m_tracking}, *this);
     connect(p.intake.get(), &Intake::recordTaken, this, [this] { m_parts->status_pages->onRecord(); });
     connect(p.intake.get(), &Intake::navBlockTaken, this,

@@ -1,5 +1,5 @@
-// The main window's widgets under names of meaning: the designer's numbered names stand here and nowhere else
-// in the code.
+// The main window's widgets under names of meaning. What finds controls by their object names (the command
+// catalogue) has those in link/control_names.h.
 #pragma once
 
 #include "ui_korvath.h"

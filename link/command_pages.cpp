@@ -8,7 +8,6 @@
 #include "link/command_sender.h"
 #include "link/control_form.h"
 #include "link/control_names.h"
-#include "link/link_state.h"
 
 using sorvane::ControlKind;
 using sorvane::ServoMode;

@@ -1,19 +1,17 @@
 // What the two command pages, the gestures, the stick and the map send, and the timers that end it.
 #pragma once
 
-#include <QVector>
 #include <cstdint>
 #include <functional>
 
 #include "link/command_catalogue.h"
+#include "link/link_state.h"
 
 class CommandSender;
 class ControlForm;
 class QObject;
 class QWidget;
 struct MainForm;
-
-using CommandTimerList = QVector<int>;
 
 // The window's fields that the commands read and the timers that they start.
 struct CommandPagesFields {

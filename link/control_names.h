@@ -5,7 +5,6 @@
 namespace sorvane::control {
 
 // Servo.
-constexpr const char* kFrameMode = "radioButton_13";  // checked in frame mode, unchecked in gyro mode
 constexpr const char* kRate = "horizontalSlider";
 constexpr const char* kGyroSpeed = "comboBox";
 constexpr const char* kGuideAzimuth = "lineEdit";  // degrees

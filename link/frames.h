@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "link/command_codes.h"
 #include "link/nav_block.h"
 
 namespace sorvane {
@@ -22,7 +23,7 @@ struct FixedCommandFrame {
     std::uint8_t code = 0;       // 0 = none
     std::uint8_t p[4] = {};      // parameters; first bytes of the payload for the codes of carriesLongPayload
     NavBlock nav;                // rewritten at each send, but for those codes
-    std::uint8_t rate_code = 0;  // 0x70 when the two rates are valid, else 0
+    std::uint8_t rate_code = 0;  // CMD_SERVO_RATE when the rates are valid, else 0
     std::int16_t rate_x = 0;     // azimuth rate
     std::int16_t rate_y = 0;     // pitch rate
     std::uint8_t check = 0;      // XOR of bytes 2 to 41, valid once sent
@@ -43,7 +44,9 @@ static_assert(offsetof(FixedCommandFrame, check) == 42);
 void resetFixedFrame(FixedCommandFrame& frame);
 
 // Codes whose payload is longer than the four parameters and takes the place of the NavBlock.
-constexpr bool carriesLongPayload(std::uint8_t code) { return code == 0x20 || code == 0x1B || code == 0x1C; }
+constexpr bool carriesLongPayload(std::uint8_t code) {
+    return code == CMD_TIME_SYNC || code == CMD_GEO_GUIDE || code == CMD_GEO_TRACK;
+}
 
 // Makes a frame ready to leave, in place: the NavBlock (unless the payload is long), then the checksum.
 // Longitude and latitude of `nav` (1e-7 degree) go in as 32-bit floats in degrees. `local_time`, when not

@@ -129,7 +129,6 @@ void LinkPanel::toggleSerial() {
     }
     if (m_fields.link_state == kLinkSerial) {
         closeLink();
-        m_form.serial_open->setText(tr("连接"));
     } else {
         const QString port = m_form.serial_port->currentText();
         const int handle = oskel::dialSerial(
@@ -137,10 +136,10 @@ void LinkPanel::toggleSerial() {
         if (handle < 0) {
             warnPortFailed(port);
         } else {
-            m_form.serial_open->setText(tr("断开"));
             opened(handle, kLinkSerial);
         }
     }
+    refreshButtons();
     m_actions.state_changed();
 }
 
@@ -156,7 +155,7 @@ void LinkPanel::toggleNetwork() {
     } else {
         openTcp();
     }
-    m_form.net_open->setText(m_fields.link_state != kLinkNone ? tr("断开") : tr("连接"));
+    refreshButtons();
     m_actions.state_changed();
 }
 
@@ -188,7 +187,7 @@ void LinkPanel::toggleIns() {
     if (m_fields.ins_handle >= 0) {
         oskel::hang_up(m_fields.ins_handle);
         m_fields.ins_handle = -1;
-        m_form.ins_open->setText(tr("连接"));
+        refreshButtons();
         return;
     }
     const QString port = m_form.ins_port->currentText();
@@ -197,13 +196,21 @@ void LinkPanel::toggleIns() {
     if (m_fields.ins_handle < 0) {
         warnPortFailed(port);
     } else {
-        m_form.ins_open->setText(tr("断开"));
+        refreshButtons();
     }
 }
 
 QString LinkPanel::stateText() const {
-    const QString texts[] = {tr("控制连接关闭"), tr("串口已连接"), tr("UDP已连接"), QString()};
-    return texts[m_fields.link_state];
+    switch (m_fields.link_state) {
+        case kLinkNone:
+            return tr("控制连接关闭");
+        case kLinkSerial:
+            return tr("串口已连接");
+        case kLinkUdp:
+            return tr("UDP已连接");
+        default:
+            return {};
+    }
 }
 
 void LinkPanel::closeAll() {

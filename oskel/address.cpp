@@ -5,7 +5,7 @@
 namespace oskel {
 namespace {
 
-constexpr std::size_t longest_address = 64;  // IPv6 with a zone; an attacker's megabyte is not worth a look
+constexpr std::size_t kLongestAddress = 64;  // IPv6 with a zone; an attacker's megabyte is not worth a look
 
 // By hand, since the systems' own readers differ: some take "1.2", octal groups or an appended port.
 std::optional<asio::ip::address> parseV4(const char* text) {
@@ -59,7 +59,7 @@ std::optional<asio::ip::address> parseAddress(const char* text) {
     if (text == nullptr) {
         return std::nullopt;
     }
-    if (std::memchr(text, '\0', longest_address) == nullptr) {
+    if (std::memchr(text, '\0', kLongestAddress) == nullptr) {
         return std::nullopt;
     }
     return std::strchr(text, ':') != nullptr ? parseV6(text) : parseV4(text);

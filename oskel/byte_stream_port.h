@@ -9,11 +9,11 @@
 
 namespace oskel {
 
-// Device: an Asio stream, with a write_now(device, data, size) beside it that never blocks.
+// Device: an Asio stream, with a writeNow(device, data, size) beside it that never blocks.
 template <typename Device>
 class ByteStreamPort : public Port {
 public:
-    static constexpr std::size_t queue_limit = 65536;  // bytes, those in flight included
+    static constexpr std::size_t kQueueLimit = 65536;  // bytes, those in flight included
 
 protected:
     ByteStreamPort(const char* name, ReceiveCallback on_bytes)
@@ -30,7 +30,7 @@ protected:
     }
 
     int send(const std::uint8_t* data, std::size_t size) override {
-        if (size > queue_limit - queued()) {
+        if (size > kQueueLimit - queued()) {
             return 0;
         }
         const std::size_t taken = queued() == 0 ? writeNow(data, size) : 0;
@@ -102,8 +102,8 @@ private:
         writeNext();
     }
 
-    std::vector<std::uint8_t> m_inFlight;  // must stay where it is until on_written()
-    std::size_t m_written = 0;             // of in_flight_
+    std::vector<std::uint8_t> m_inFlight;  // must stay where it is until onWritten()
+    std::size_t m_written = 0;             // of m_inFlight
     std::vector<std::uint8_t> m_waiting;
 };
 

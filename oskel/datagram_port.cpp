@@ -14,8 +14,8 @@ namespace {
 namespace multicast = asio::ip::multicast;
 
 // A block video source sends bursts; the system cuts this to its own limit.
-constexpr int receive_buffer_bytes = 1 << 20;
-constexpr std::chrono::milliseconds pause_after_error{20};
+constexpr int kReceiveBufferBytes = 1 << 20;
+constexpr std::chrono::milliseconds kPauseAfterError{20};
 
 // What an earlier datagram of ours or a single one of theirs can cause; the next receive is as good as any.
 bool concernsOneDatagram(const asio::error_code& error) {
@@ -39,7 +39,7 @@ bool DatagramPort::open() {
     if (m_route.local.address().is_v6()) {
         m_socket.set_option(asio::ip::v6_only(true), unimportant);
     }
-    m_socket.set_option(asio::socket_base::receive_buffer_size(receive_buffer_bytes), unimportant);
+    m_socket.set_option(asio::socket_base::receive_buffer_size(kReceiveBufferBytes), unimportant);
     m_socket.set_option(asio::socket_base::broadcast(true), unimportant);
     if (!bind()) {
         return false;
@@ -114,7 +114,7 @@ void DatagramPort::onReceived(const asio::error_code& error, std::size_t size) {
     // An interface that is gone fails every receive at once until it is back; that must not burn the
     // processor.
     if (error && error != asio::error::operation_aborted && !concernsOneDatagram(error)) {
-        std::this_thread::sleep_for(pause_after_error);
+        std::this_thread::sleep_for(kPauseAfterError);
     }
     std::lock_guard lock(m_mutex);
     if (!ended()) {

@@ -10,8 +10,8 @@ namespace oskel {
 namespace {
 
 // Together well below the second that a close may take.
-constexpr std::chrono::milliseconds longest_linger{250};
-constexpr std::chrono::milliseconds longest_wait_for_thread{600};
+constexpr std::chrono::milliseconds kLongestLinger{250};
+constexpr std::chrono::milliseconds kLongestWaitForThread{600};
 
 }  // namespace
 
@@ -66,7 +66,7 @@ void Port::end() {
 }
 
 void Port::lingerAndEnd() {
-    const auto deadline = std::chrono::steady_clock::now() + longest_linger;
+    const auto deadline = std::chrono::steady_clock::now() + kLongestLinger;
     std::unique_lock lock(m_mutex);
     while (!m_ended && lingering() > 0 && std::chrono::steady_clock::now() < deadline) {
         lock.unlock();
@@ -85,7 +85,7 @@ void Port::hang_up() {
         return;
     }
     asio::post(m_io, [this] { lingerAndEnd(); });
-    if (m_finished.wait_for(lock, longest_wait_for_thread, [this] { return m_threadIsOver; })) {
+    if (m_finished.wait_for(lock, kLongestWaitForThread, [this] { return m_threadIsOver; })) {
         lock.unlock();
         m_thread.join();
         return;

@@ -49,7 +49,7 @@ protected:
     virtual std::size_t lingering() { return 0; }
 
     std::mutex m_mutex;
-    // Ahead of io_: a system that reads in the background may write here until io_ is gone.
+    // Ahead of m_io: a system that reads in the background may write here until m_io is gone.
     std::array<std::uint8_t, 65536> m_received;
     asio::io_context m_io{1};
 

@@ -12,7 +12,7 @@ class SerialPort final : public ByteStreamPort<asio::serial_port> {
 public:
     explicit SerialPort(ReceiveCallback on_bytes);
 
-    // `device` as system::serial_device() gives it.
+    // `device` as system::serialDevice() gives it.
     bool open(const std::string& device, unsigned int baud);
 
 private:

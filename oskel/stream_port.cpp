@@ -8,8 +8,8 @@ namespace oskel {
 namespace {
 
 // The caller is promised 2 s in all.
-constexpr std::chrono::milliseconds longest_connect{1800};
-constexpr std::chrono::milliseconds longest_cancel{100};
+constexpr std::chrono::milliseconds kLongestConnect{1800};
+constexpr std::chrono::milliseconds kLongestCancel{100};
 
 }  // namespace
 
@@ -28,12 +28,12 @@ bool StreamPort::connect(const asio::ip::tcp::endpoint& remote) {
 
     asio::error_code result = asio::error::timed_out;
     m_device.async_connect(remote, [&result](const asio::error_code& connected) { result = connected; });
-    m_io.run_for(longest_connect);
+    m_io.run_for(kLongestConnect);
     if (result) {
         m_device.close(unimportant);
         // The handler refers to `result`, so its cancellation has to come back before this function does.
         m_io.restart();
-        m_io.run_for(longest_cancel);
+        m_io.run_for(kLongestCancel);
         return false;
     }
     m_io.restart();

@@ -136,6 +136,8 @@ bool PlayerSettingsDlg::sendsTelemetryPeriodically() const { return m_common->se
 
 int PlayerSettingsDlg::languageIndex() const { return m_common->languageIndex(); }
 
+const QWidget* PlayerSettingsDlg::osdPage() const { return m_form->osd_page; }
+
 std::uint8_t PlayerSettingsDlg::decoderValue() const { return m_common->decoderValue(); }
 
 void PlayerSettingsDlg::on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size) {

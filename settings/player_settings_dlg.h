@@ -39,6 +39,8 @@ public:
     // The stream of positions is chosen: command 1026 goes out every 40 ms in single mode.
     bool sendsTelemetryPeriodically() const;
     int languageIndex() const;
+    // The page of the pod's on-screen display, whose controls the commands of its buttons read.
+    const QWidget* osdPage() const;
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
     std::uint8_t decoderValue() const;
 

@@ -35,7 +35,7 @@ private:
 
     Sink m_sink;
     std::vector<std::uint8_t> m_buffer;
-    std::size_t m_begin = 0;    // first byte of the open NAL within buffer_
+    std::size_t m_begin = 0;    // first byte of the open NAL within m_buffer
     std::size_t m_scanned = 0;  // no start code ends before this offset
     bool m_inNal = false;
     bool m_stray = false;

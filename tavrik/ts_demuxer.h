@@ -70,7 +70,7 @@ private:
     std::size_t m_lostBytes = 0;
     std::vector<int> m_mapPids;  // of all programmes, until one with video is found
     Section m_association, m_map;
-    int m_mapSectionPid = -1;  // whose section map_ holds
+    int m_mapSectionPid = -1;  // whose section m_map holds
     int m_chosenMapPid = -1;   // of the programme with our video
     Pes m_video, m_audio;
 };

@@ -85,12 +85,6 @@ constexpr std::uint32_t bitRange(std::uint32_t value, int low, int high) {
 
 constexpr bool bitSet(std::uint32_t value, int bit) { return bitRange(value, bit, bit) != 0; }
 
-// The two pictures that show infrared first; zoom commands of the first video window go to the infrared
-// camera then.
-constexpr bool showsInfraredFirst(std::uint8_t display_mode) {
-    return display_mode == 0 || display_mode == 3;
-}
-
 // Texts of the enumerations, UTF-8, to be translated in context "Korvath". Null where the value has no text:
 // the label then keeps what it shows.
 const char* loadTypeText(int load_type);

@@ -23,7 +23,7 @@ bool BlockStream::open(const StreamRequest& request, const std::string& header,
                        tavrik::FrameCallback on_frame) {
     m_buffer.open();
     m_port = oskel::dialDatagram(
-        request.url.constData(), 0, request.local_ip.constData(), request.port,
+        request.url.constData(), 0, request.local_ip.toLatin1().constData(), request.port,
         [this, header](const std::uint8_t* data, std::int32_t length, std::int32_t /*context*/) {
             g_blocks.take(data, static_cast<std::size_t>(length), header,
                           [this](const std::uint8_t* payload, std::size_t size) {

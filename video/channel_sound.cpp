@@ -6,10 +6,13 @@
 #include <QCoreApplication>
 #include <QThread>
 #include <algorithm>
+#include <atomic>
 
 namespace {
 
 constexpr unsigned long kWaitMs = 10;
+// Outlives every object: a callback that the stream library has left behind still asks it.
+std::atomic<bool> g_gateOpen{false};
 
 QAudioFormat pcmFormat(int sample_rate, int channels, const QAudioDeviceInfo& device) {
     QAudioFormat format;
@@ -24,6 +27,9 @@ QAudioFormat pcmFormat(int sample_rate, int channels, const QAudioDeviceInfo& de
 
 }  // namespace
 
+void ChannelSound::openGate() { g_gateOpen = true; }
+void ChannelSound::closeGate() { g_gateOpen = false; }
+
 ChannelSound::ChannelSound(const SoundFields& fields) : m_fields(fields) {}
 
 void ChannelSound::start(int sample_rate, int channels) {
@@ -36,7 +42,7 @@ void ChannelSound::start(int sample_rate, int channels) {
 
 // Waits until that many bytes fit; false when the gate closed or the device stopped first.
 bool ChannelSound::waitForRoom(int bytes) const {
-    while (m_gate_open) {
+    while (g_gateOpen) {
         if (m_fields.output->state() == QAudio::StoppedState) {
             return false;
         }
@@ -49,7 +55,7 @@ bool ChannelSound::waitForRoom(int bytes) const {
 }
 
 void ChannelSound::play(const unsigned char* data, int size, int sample_rate, int channels) {
-    if (!m_gate_open || size <= 0) {
+    if (!g_gateOpen || size <= 0) {
         return;
     }
     if (m_fields.output == nullptr) {

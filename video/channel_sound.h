@@ -1,8 +1,6 @@
 // Sound of a channel, played on the stream library's audio thread.
 #pragma once
 
-#include <atomic>
-
 class QAudioOutput;
 class QIODevice;
 
@@ -20,8 +18,8 @@ public:
 
     // Whether sound may wait for its device. Closing ends a wait under way within 10 ms and turns sound away
     // until the next opening. Any thread.
-    void openGate() { m_gate_open = true; }
-    void closeGate() { m_gate_open = false; }
+    static void openGate();
+    static void closeGate();
     // One packet, signed 16-bit little-endian; waits until the device has taken it. Stream library's audio
     // thread.
     void play(const unsigned char* data, int size, int sample_rate, int channels);
@@ -33,5 +31,4 @@ private:
     bool waitForRoom(int bytes) const;
 
     SoundFields m_fields;
-    std::atomic<bool> m_gate_open{false};
 };

@@ -87,17 +87,17 @@ void QMyVideoWidget::mouseMoveEvent(QMouseEvent* e) {
     if (!held) {
         endHold();
     }
-    if (held && !hold_cut && owner != nullptr && !owner->edgeResizing()) {
+    if (held && !m_holdCut && owner != nullptr && !owner->edgeResizing()) {
         dragTo(e->pos());
     }
     QLabel::mouseMoveEvent(e);
 }
 
 void QMyVideoWidget::dragTo(const QPoint& pos) {
-    const sorvane::DragStep step = drag.move({pos.x(), pos.y()}, width(), height());
+    const sorvane::DragStep step = m_drag.move({pos.x(), pos.y()}, width(), height());
     if (step.kind == sorvane::DragStep::kStarted) {
         window()->installEventFilter(this);
-        owner->showDragRing(mapToGlobal(QPoint(drag.start_pos.x, drag.start_pos.y)));
+        owner->showDragRing(mapToGlobal(QPoint(m_drag.start_pos.x, m_drag.start_pos.y)));
     } else if (step.kind == sorvane::DragStep::kRate) {
         owner->showDragDot(mapToGlobal(pos));
         owner->slew(step.rate_x, step.rate_y);
@@ -106,14 +106,15 @@ void QMyVideoWidget::dragTo(const QPoint& pos) {
 
 void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
     const QPoint pos = truncated(e->localPos());
-    const bool was_cut = hold_cut;
-    hold_cut = false;
-    if (drag.dragging) {
-        qDebug() << " drag start: " << QPoint(drag.start_pos.x, drag.start_pos.y) << ", drag end: " << pos;
+    const bool was_cut = m_holdCut;
+    m_holdCut = false;
+    if (m_drag.dragging) {
+        qDebug() << " drag start: " << QPoint(m_drag.start_pos.x, m_drag.start_pos.y)
+                 << ", drag end: " << pos;
         endHold();
-        hold_cut = false;
+        m_holdCut = false;
     } else {
-        drag.release();
+        m_drag.release();
         if (!was_cut && owner != nullptr && window_id == 1) {
             if (e->button() == Qt::LeftButton) {
                 clickAt(pos);
@@ -138,11 +139,11 @@ void QMyVideoWidget::clickAt(const QPoint& pos) {
 }
 
 void QMyVideoWidget::endHold() {
-    if (!drag.release()) {
+    if (!m_drag.release()) {
         return;
     }
     // The button may still be down: it takes a new press to drag again.
-    hold_cut = true;
+    m_holdCut = true;
     window()->removeEventFilter(this);
     if (owner == nullptr) {
         return;
@@ -155,7 +156,7 @@ bool QMyVideoWidget::event(QEvent* e) {
     switch (e->type()) {
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:
-            hold_cut = false;
+            m_holdCut = false;
             break;
         case QEvent::Hide:
         case QEvent::WindowBlocked:

@@ -18,12 +18,12 @@ public:
     ~QMyVideoWidget() override;
 
     // Called once for each widget during the main window's construction; derives window_id from the object
-    // name. The owner outlives the widget.
+    // name. The owner is not owned; null takes it back.
     void setOwner(PictureOwner* owner);
     int windowId() const { return window_id; }
-    bool dragUnderWay() const { return drag.dragging; }
+    bool dragUnderWay() const { return m_drag.dragging; }
 
-    // Ends whatever hold is under way: a drag sends its stop, exactly once. Does nothing without a drag.
+    // Ends whatever hold is under way: a drag sends its stop, exactly once. Does nothing without a m_drag.
     void endHold();
     // To be called whenever the owner's no-signal state of this window has changed.
     void streamStateChanged();
@@ -50,7 +50,7 @@ private:
 
     PictureOwner* owner = nullptr;
     int window_id = 1;
-    sorvane::DragGesture drag;
-    bool hold_cut = false;  // a drag was ended from outside while the button was still down
+    sorvane::DragGesture m_drag;
+    bool m_holdCut = false;  // a drag was ended from outside while the button was still down
     QFont font;
 };

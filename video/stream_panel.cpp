@@ -50,7 +50,7 @@ StreamRequest StreamPanel::request(int channel) const {
     StreamRequest request;
     request.url = (first ? m_form.video1_address->currentText() : m_form.video2_address->text()).toLatin1();
     request.port = (first ? m_form.video1_port : m_form.video2_port)->text().toInt();
-    request.local_ip = m_form.local_address->currentText().toLatin1();
+    request.local_ip = m_form.local_address->currentText();
     request.type = streamType();
     request.decoder = m_decoder();
     return request;

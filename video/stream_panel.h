@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QString>
 #include <cstdint>
 #include <functional>
 
@@ -12,10 +13,10 @@ struct ConnectionForm;
 
 // What one opening asks for, as the dialog says at that moment.
 struct StreamRequest {
-    QByteArray url;       // Latin-1
-    QByteArray local_ip;  // Latin-1; empty for any
-    int port = 0;         // 0 for a text that is no number
-    int type = 0;         // a sorvane::StreamType
+    QByteArray url;    // Latin-1
+    QString local_ip;  // empty for any
+    int port = 0;      // 0 for a text that is no number
+    int type = 0;      // a sorvane::StreamType
     std::uint8_t decoder = 1;
 };
 

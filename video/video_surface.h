@@ -27,7 +27,7 @@ struct FrameParcel {
 };
 
 // The SDL window and renderer on a widget's native window, and the stream that plays there. GUI thread only;
-// in the hub's list from the first open (or the start, for the first window) to the end.
+// in the presenter's list from the first open (or the start, for the first window) to the end.
 struct VideoSurface {
     VideoSurface() = default;
     ~VideoSurface();

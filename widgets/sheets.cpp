@@ -2,10 +2,21 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QPointer>
 #include <QStyle>
 #include <QWidget>
 
 namespace {
+
+QList<QPointer<QWidget>> childWidgets(const QWidget& widget) {
+    QList<QPointer<QWidget>> children;
+    for (QObject* child : widget.children()) {
+        if (child->isWidgetType()) {
+            children << static_cast<QWidget*>(child);
+        }
+    }
+    return children;
+}
 
 // A parent comes before its children, since fonts are handed down, and hears of the change after them, since
 // it may place them by their sizes. Widgets that no sheet has reached take it when they are first shown;
@@ -15,15 +26,16 @@ void restyle(QWidget* widget, bool reached) {
     if (reached) {
         widget->style()->polish(widget);
     }
-    const QObjectList children = widget->children();
-    for (QObject* child : children) {
-        if (child->isWidgetType()) {
-            restyle(static_cast<QWidget*>(child), reached);
+    // A widget may delete others, or itself, when it hears of the change.
+    const QPointer<QWidget> alive = widget;
+    for (const QPointer<QWidget>& child : childWidgets(*widget)) {
+        if (!child.isNull()) {
+            restyle(child, reached);
         }
     }
-    if (reached) {
+    if (reached && !alive.isNull()) {
         QEvent change(QEvent::StyleChange);
-        QCoreApplication::sendEvent(widget, &change);
+        QCoreApplication::sendEvent(alive, &change);
     }
 }
 

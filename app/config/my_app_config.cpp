@@ -33,8 +33,8 @@ constexpr Limits filled() {
     limits.not_empty = true;
     return limits;
 }
-constexpr bool saved = true;
-constexpr bool kept = false;
+constexpr bool kSaved = true;
+constexpr bool kKept = false;
 
 CommandMap toCommandMap(const QVariant& value) {
     CommandMap map;

@@ -69,7 +69,7 @@ private:
     ServoState m_state = ServoState::kStandby;
     double m_rateAz = 0, m_rateEl = 0;
     double m_timerS = 0;
-    double m_targetAz = 0, m_targetEl = 0;  // frame angles, or earth angles when earth_
+    double m_targetAz = 0, m_targetEl = 0;  // frame angles, or earth angles when m_earth
     double m_feedAz = 0, m_feedEl = 0;
     bool m_earth = false;
     int m_guidanceFeedback = 0;

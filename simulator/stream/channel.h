@@ -63,7 +63,7 @@ private:
     std::unique_ptr<Encoder> m_encoder;
     std::vector<std::unique_ptr<VideoOutput>> m_outputs;
     std::thread m_thread;
-    std::mutex m_mutex;  // guards stopping_, woken_, faults_
+    std::mutex m_mutex;  // guards m_stopping, m_woken, m_faults
     std::condition_variable m_changed;
     bool m_stopping = false;
     bool m_woken = false;

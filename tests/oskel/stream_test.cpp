@@ -12,7 +12,7 @@ namespace {
 
 using namespace peers;
 
-constexpr std::size_t queue_limit = 65536;
+constexpr std::size_t kQueueLimit = 65536;
 
 TEST(Stream, CarriesEveryByteBothWays) {
     TcpPeer peer;
@@ -92,8 +92,8 @@ TEST(Stream, QueueIsLimitedAndWholeRunsAreDropped) {
     const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
     ASSERT_GE(handle, 1);
     peer.accept();
-    const Bytes longerThanTheQueue(queue_limit + 1);
-    EXPECT_EQ(oskel::push_bytes(longerThanTheQueue.data(), queue_limit + 1, handle), 0);
+    const Bytes longerThanTheQueue(kQueueLimit + 1);
+    EXPECT_EQ(oskel::push_bytes(longerThanTheQueue.data(), kQueueLimit + 1, handle), 0);
     const Bytes taken = pushUntilFull(handle);
     EXPECT_EQ(peer.receive(taken.size()), taken);
     EXPECT_TRUE(waitUntil([&] { return push("room again", handle) == 10; }));

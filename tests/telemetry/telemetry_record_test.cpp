@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "link/command_catalogue.h"
+
 #include <cstring>
 
 #include "tests/telemetry/frames_by_hand.h"
@@ -144,7 +146,7 @@ TEST(RecordTexts, VisibleZoomThreeHasNoText) {
 
 TEST(RecordTexts, DisplayModesZeroAndThreeShowInfraredFirst) {
     for (int mode = 0; mode < 256; ++mode) {
-        EXPECT_EQ(showsInfraredFirst(static_cast<std::uint8_t>(mode)), mode == 0 || mode == 3);
+        EXPECT_EQ(infraredShown(mode), mode == 0 || mode == 3);
     }
 }
 
