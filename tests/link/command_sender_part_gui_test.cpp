@@ -1,0 +1,205 @@
+// The sender and its two timers, without the window.
+#include "link_parts_fixture.h"
+
+namespace {
+
+const QByteArray kVideoSwitch = variableFrame("310001020304");
+
+bool isFixed(const QByteArray& f) {
+    return f.size() == 44 && f.startsWith(hex("FB2C")) && f.endsWith('\xF0');
+}
+
+TEST_F(SenderPartTest, CommandsLeaveThroughTheLinksHandle) {
+    openLink();
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_EQ(sent(), Frames{kVideoSwitch});
+    EXPECT_EQ(last_code, 0x31);
+}
+
+TEST_F(SenderPartTest, TheModeIsAskedAnewForEachCommand) {
+    openLink();
+    single = false;
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_EQ(sent(), Frames{});
+    EXPECT_EQ(frame.code, 0x31);
+    EXPECT_FALSE(frame_release);
+    single = true;
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_EQ(sent(), Frames{kVideoSwitch});
+}
+
+TEST_F(SenderPartTest, PeriodicModeRunsThePeriodAlone) {
+    single = false;
+    telemetry_stream = true;
+    sender.applySendMode();
+    EXPECT_EQ(timers.interval(period_timer), 70);
+    EXPECT_EQ(nav_timer, -1);
+    EXPECT_EQ(timers.count(), 1);
+}
+
+TEST_F(SenderPartTest, SingleModeRunsThePositionStreamOnlyWhereItIsWanted) {
+    sender.applySendMode();
+    EXPECT_EQ(timers.count(), 0);
+    telemetry_stream = true;
+    sender.applySendMode();
+    EXPECT_EQ(timers.interval(nav_timer), 40);
+    EXPECT_EQ(period_timer, -1);
+    EXPECT_EQ(timers.count(), 1);
+}
+
+TEST_F(SenderPartTest, AChangeOfTheModeLeavesOneTimer) {
+    single = false;
+    sender.applySendMode();
+    const int first = period_timer;
+    period_ms = 90;
+    sender.applySendMode();
+    EXPECT_FALSE(timers.runs(first) && first != period_timer);
+    EXPECT_EQ(timers.interval(period_timer), 90);
+    EXPECT_EQ(timers.count(), 1);
+    single = true;
+    telemetry_stream = true;
+    sender.applySendMode();
+    EXPECT_EQ(period_timer, -1);
+    EXPECT_EQ(timers.interval(nav_timer), 40);
+    EXPECT_EQ(timers.count(), 1);
+}
+
+TEST_F(SenderPartTest, TheTimersExpireAndTheirTicksSend) {
+    openLink();
+    single = false;
+    period_ms = 1;
+    timers.on_timer = [this](int id) {
+        if (id == period_timer) {
+            EXPECT_TRUE(sender.onPeriodTick());
+        }
+    };
+    sender.applySendMode();
+    ASSERT_TRUE(waitFor([this] { return peer.count() >= 2; }));
+    EXPECT_TRUE(isFixed(peer.frames()[0]));
+    EXPECT_TRUE(isFixed(peer.frames()[1]));
+}
+
+TEST_F(SenderPartTest, APositionTickSendsTheBlock) {
+    openLink();
+    ins_handle = 5;
+    nav.pitch = 0x0201;
+    EXPECT_TRUE(sender.onNavTick());
+    const Frames frames = sent();
+    ASSERT_EQ(frames.size(), 1U);
+    EXPECT_EQ(frames[0].size(), 37);
+    EXPECT_TRUE(frames[0].startsWith(hex("FB2CAA2002040102")));
+    EXPECT_EQ(last_code, 0) << "the stream is no command that a release could end";
+}
+
+TEST_F(SenderPartTest, AClosedLinkKeepsTheIdsAndSendsNothing) {
+    openLink();
+    single = false;
+    sender.applySendMode();
+    const int id = period_timer;
+    sender.linkClosed();
+    EXPECT_EQ(period_timer, id);
+    EXPECT_EQ(timers.count(), 0);
+    EXPECT_FALSE(sender.onPeriodTick());
+    EXPECT_FALSE(sender.onNavTick());
+    EXPECT_EQ(sent(), Frames{});
+    sender.applySendMode();
+    EXPECT_EQ(timers.interval(period_timer), 70);
+    EXPECT_TRUE(sender.onPeriodTick());
+    EXPECT_EQ(sent().size(), 1U);
+}
+
+// The system gives the number of an ended timer to the next one.
+TEST_F(SenderPartTest, AKeptIdThatBelongsToAnotherTimerIsLeftAlone) {
+    single = false;
+    sender.applySendMode();
+    sender.linkClosed();
+    const int others = timers.startTimer(60000);
+    period_timer = others;
+    sender.linkClosed();
+    EXPECT_TRUE(timers.runs(others));
+    sender.applySendMode();
+    EXPECT_TRUE(timers.runs(others));
+    EXPECT_NE(period_timer, others);
+    timers.killTimer(others);
+}
+
+TEST_F(SenderPartTest, SilenceEndsBothTimersAndForgetsThem) {
+    for (const bool is_single : {false, true}) {
+        single = is_single;
+        telemetry_stream = true;
+        sender.applySendMode();
+        ASSERT_EQ(timers.count(), 1);
+        sender.silence();
+        EXPECT_EQ(timers.count(), 0);
+        EXPECT_EQ(period_timer, -1);
+        EXPECT_EQ(nav_timer, -1);
+    }
+    sender.applySendMode();
+    sender.linkClosed();
+    sender.silence();
+    EXPECT_EQ(nav_timer, -1);
+}
+
+TEST_F(SenderPartTest, ACommandStandsByItsCodeOrByARate) {
+    EXPECT_FALSE(sender.commandStands());
+    frame.code = 0x45;
+    EXPECT_TRUE(sender.commandStands());
+    frame.code = 0;
+    frame.rate_x = -1;
+    EXPECT_TRUE(sender.commandStands());
+    frame.rate_x = 0;
+    frame.rate_y = 1;
+    EXPECT_TRUE(sender.commandStands());
+    frame.rate_y = 0;
+    frame.rate_code = 0x70;
+    EXPECT_FALSE(sender.commandStands());
+}
+
+TEST_F(SenderPartTest, ThePeriodicFrameHasTheLocalTimeWhileNobodyElseGivesIt) {
+    openLink();
+    sender.local_clock = [] { return sorvane::CalendarTime{2026, 11, 21, 7, 9, 45, 678}; };
+    nav.hour = 23;
+    const auto hourSent = [this] {
+        sender.onPeriodTick();
+        const Frames frames = sent();
+        return frames.size() == 1 ? static_cast<int>(frames[0][16]) : -1;
+    };
+    EXPECT_EQ(hourSent(), 7);
+    recv_telemetry = true;
+    EXPECT_EQ(hourSent(), 23);
+    recv_telemetry = false;
+    ins_handle = 1;
+    EXPECT_EQ(hourSent(), 23);
+    ins_handle = -1;
+    EXPECT_EQ(hourSent(), 7);
+}
+
+TEST_F(SenderPartTest, ADragTakesTheClockOfTheFields) {
+    openLink();
+    clock.start();
+    ASSERT_TRUE(waitFor([this] { return clock.elapsed() >= 40; }));
+    const qint64 before = clock.msecsSinceReference();
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_EQ(clock.msecsSinceReference(), before) << "without a drag nobody looks at it";
+    drag = true;
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_NE(clock.msecsSinceReference(), before);
+    EXPECT_EQ(sent(), (Frames{kVideoSwitch, kVideoSwitch}));
+    // Once within the interval for certain, as a clock that began earlier says.
+    const auto triedInTime = [this] {
+        QElapsedTimer around;
+        around.start();
+        clock.start();
+        const qint64 reference = clock.msecsSinceReference();
+        sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+        if (around.elapsed() >= 40) {
+            return false;
+        }
+        EXPECT_EQ(clock.msecsSinceReference(), reference);
+        return true;
+    };
+    sent();
+    ASSERT_TRUE(waitFor(triedInTime));
+}
+
+}  // namespace
