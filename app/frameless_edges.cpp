@@ -1,10 +1,12 @@
 #include "app/frameless_edges.h"
 
+#include <cmath>
 #include <cstdlib>
 
 namespace {
 
 constexpr int kMargin = 5;
+constexpr double kClickRadius = 10.0;
 
 }  // namespace
 
@@ -55,4 +57,8 @@ QRect FramelessEdges::moved(const QRect& pressed, int edges, const QPoint& offse
         moved.setRight(pressed.right() + offset.x());
     }
     return moved;
+}
+
+bool FramelessEdges::isDrag(const QPoint& offset) {
+    return std::hypot(static_cast<double>(offset.x()), static_cast<double>(offset.y())) > kClickRadius;
 }

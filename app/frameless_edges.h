@@ -15,4 +15,6 @@ public:
     static Qt::CursorShape cursor(int edges);
     // `pressed` with its edges moved by `offset`; the same rectangle for edges that no gesture moves.
     static QRect moved(const QRect& pressed, int edges, const QPoint& offset);
+    // Farther from the press than an unsteady hand on a click: more than 10 pixels.
+    static bool isDrag(const QPoint& offset);
 };

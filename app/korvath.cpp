@@ -12,7 +12,6 @@
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "app/theme.h"
-#include "input/qmycmdbtn.h"
 #include "settings/player_settings_dlg.h"
 #include "tavrik/tavrik.h"
 #include "video/my_tip_dialog.h"
@@ -273,17 +272,15 @@ void Korvath::refreshStatus() {
     m_statusLink->setText(m_parts->link->stateText());
 }
 
-void Korvath::releaseHeldButtons() {
-    for (QMyCmdBtn* button : findChildren<QMyCmdBtn*>()) {
-        button->endHold();
-    }
-    ui->videoWin1->endHold();
-    ui->videoWin2->endHold();
+void Korvath::abandon() {
+    m_parts->commands->abandon();
+    m_parts->link->closeAll();
+    config().save();
 }
 
 void Korvath::closeEvent(QCloseEvent* e) {
     QMainWindow::closeEvent(e);
-    m_parts->commands->endAll([this] { releaseHeldButtons(); });
+    m_parts->commands->endAll();
     silenceLink();
     m_parts->link->closeAll();
     m_parts->intake->closeInterfacePort();

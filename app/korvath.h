@@ -54,6 +54,10 @@ public:
     void initFirstStage();
     void initSecondStage();
 
+    // The display is gone and the process ends: stops leave, the configuration is saved as it stands in
+    // memory. Touches no widget.
+    void abandon();
+
     bool event(QEvent* e) override;
     bool eventFilter(QObject* obj, QEvent* e) override;
 
@@ -88,8 +92,12 @@ public:
     int frameWidth() const override { return frame_width; }
     int frameHeight() const override { return frame_height; }
     bool edgeResizing() const override { return m_hitEdge != 0; }
+    bool edgeGesture(const QPoint& global) const override;
+    void beginSlew(int window_id) override;
     void slew(std::int16_t rate_x, std::int16_t rate_y) override;
-    void stopSlew() override;
+    void stopSlew(int window_id) override;
+    void middlePressed() override;
+    void middleReleased() override;
     void showDragRing(const QPoint& centre) override;
     void showDragDot(const QPoint& centre) override;
     void hideDragMarks() override;
@@ -170,7 +178,6 @@ private:
     void setupDialogs();
     void firstShow();
     void autoOpen();
-    void releaseHeldButtons();
     void showConnectionButtons();
 
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
@@ -278,7 +285,8 @@ private:
     common_dlg* m_seiDlg = nullptr;
     common_dlg* m_telemetryDlg = nullptr;
     QToolButton* m_viewButton = nullptr;
-    bool m_draining = false;  // no handler runs any more
-    struct Parts;             // app/korvath_parts.h
+    bool m_draining = false;   // no handler runs any more
+    bool m_edgeMoved = false;  // the press on an edge has become a gesture
+    struct Parts;              // app/korvath_parts.h
     std::unique_ptr<Parts> m_parts;
 };

@@ -98,7 +98,7 @@ void Korvath::drainEvents() {
 void Korvath::passOn(QMyEvent* /*e*/) {}
 
 void Korvath::onCommandButtonDown(QMyEvent* e) { m_parts->commands->pressed(e->sender); }
-void Korvath::onCommandButtonUp(QMyEvent* /*e*/) { stopCommand(0); }
+void Korvath::onCommandButtonUp(QMyEvent* e) { m_parts->commands->released(e->sender); }
 void Korvath::onTelemetry(QMyEvent* e) { m_parts->intake->takeRecord(*e); }
 void Korvath::onLinkFrame(QMyEvent* e) { m_parts->intake->takeReply(*e); }
 void Korvath::onInsFrame(QMyEvent* e) { m_parts->intake->takeInsFrame(*e); }
@@ -127,11 +127,6 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
             break;
         case QEvent::MouseButtonPress:
             filterMousePress(obj, e);
-            break;
-        case QEvent::MouseButtonRelease:
-            if (obj == ui->videoWin1 && static_cast<QMouseEvent*>(e)->button() == Qt::MiddleButton) {
-                stopCommand(0);
-            }
             break;
         case QEvent::Wheel:
             if (m_parts->marks->isOverlay(obj)) {
@@ -162,10 +157,6 @@ void Korvath::filterMousePress(QObject* obj, QEvent* e) {
             QSlider* slider = m_parts->form.rate;
             slider->setValue(QStyle::sliderValueFromPosition(slider->minimum(), slider->maximum(), mouse->x(),
                                                              slider->width(), false));
-        }
-    } else if (obj == ui->videoWin1) {
-        if (mouse->button() == Qt::MiddleButton) {
-            sendCommand4(sorvane::CMD_VIDEO_SWITCH, 0, 0, 0, 0);
         }
     } else if (obj == ui->title) {
         startWindowDrag(ui->title);
@@ -228,12 +219,17 @@ bool Korvath::onVideoCheckTimer() {
 
 int Korvath::hitEdge(const QPoint& global) const { return FramelessEdges::hit(global, geometry()); }
 
+bool Korvath::edgeGesture(const QPoint& global) const {
+    return m_hitEdge != 0 && (m_edgeMoved || FramelessEdges::isDrag(global - m_pressPos));
+}
+
 void Korvath::mousePressEvent(QMouseEvent* e) {
     QMainWindow::mousePressEvent(e);
     if (e->button() == Qt::LeftButton) {
         m_pressPos = e->globalPos();
         m_hitEdge = hitEdge(m_pressPos);
         m_pressGeometry = geometry();
+        m_edgeMoved = false;
     }
 }
 
@@ -242,7 +238,9 @@ void Korvath::mouseMoveEvent(QMouseEvent* e) {
     if ((e->buttons() & Qt::LeftButton) == 0 || FramelessEdges::cursor(m_hitEdge) == Qt::ArrowCursor) {
         return;
     }
-    const QRect moved = FramelessEdges::moved(m_pressGeometry, m_hitEdge, e->globalPos() - m_pressPos);
+    const QPoint offset = e->globalPos() - m_pressPos;
+    const QRect moved = FramelessEdges::moved(m_pressGeometry, m_hitEdge, offset);
+    m_edgeMoved = m_edgeMoved || FramelessEdges::isDrag(offset) || moved != geometry();
     // The height is not tested, by design.
     if (moved.width() > minimumWidth()) {
         setGeometry(moved);

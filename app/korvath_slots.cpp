@@ -55,10 +55,11 @@ void Korvath::startStopTimer() { m_parts->commands->startStopTimer(); }
 bool Korvath::noSignalTest(int window_id) const {
     return (window_id == 1 && !no_signal1) || (window_id == 2 && !no_signal2);
 }
-void Korvath::slew(std::int16_t rate_x, std::int16_t rate_y) {
-    sendCommandRate(0, sorvane::CMD_SERVO_RATE, rate_x, rate_y);
-}
-void Korvath::stopSlew() { stopCommand(sorvane::CMD_SERVO_RATE); }
+void Korvath::beginSlew(int window_id) { m_parts->commands->slewBegins(window_id); }
+void Korvath::slew(std::int16_t rate_x, std::int16_t rate_y) { m_parts->commands->slew(rate_x, rate_y); }
+void Korvath::stopSlew(int window_id) { m_parts->commands->slewEnded(window_id); }
+void Korvath::middlePressed() { m_parts->commands->videoSwitchPressed(); }
+void Korvath::middleReleased() { m_parts->commands->videoSwitchReleased(); }
 void Korvath::showDragRing(const QPoint& centre) { m_parts->marks->showRing(centre); }
 void Korvath::showDragDot(const QPoint& centre) { m_parts->marks->showDot(centre); }
 void Korvath::hideDragMarks() { m_parts->marks->hide(); }

@@ -21,8 +21,7 @@ void Korvath::buildParts() {
                         [this] { return m_settings != nullptr && config().recv_telemetry; }});
     p.fields = std::make_unique<CommandFields>(p.form, *this);
     p.commands = std::make_unique<CommandPages>(
-        p.form, *this, *p.sender,
-        CommandPagesFields{m_zoomTimers, m_stopTimer, m_linkState, m_tracking, m_frameRelease},
+        p.form, *this, *p.sender, CommandPagesFields{m_zoomTimers, m_stopTimer, m_linkState, m_tracking},
         CommandQuestions{[this] { return m_telemetry.display_mode; }, [this] { return m_settings; },
                          [this] { return m_settings->osdPage(); }});
     p.intake = std::make_unique<Intake>(IntakeFields{m_telemetry, m_navBlock, m_tracking}, *this);
@@ -50,7 +49,11 @@ void Korvath::buildConfiguredParts() {
     p.link = std::make_unique<LinkPanel>(
         *p.connection_form, *m_connectionDlg, config(), LinkFields{m_linkHandle, m_insHandle, m_linkState},
         LinkActions{onControlLinkData, onInsLinkData, [this] { applySendMode(); },
-                    [this] { m_parts->sender->linkClosed(); }, [this] { refreshStatus(); }});
+                    [this] {
+                        m_parts->commands->endAll();
+                        m_parts->sender->linkClosed();
+                    },
+                    [this] { refreshStatus(); }});
     p.streams = std::make_unique<StreamPanel>(*p.connection_form, config(),
                                               [this] { return m_settings->decoderValue(); });
     const ChannelActions actions = {[this] { m_parts->streams->showOpen(playing1, playing2); },
@@ -127,11 +130,14 @@ void Korvath::connectCommands() {
 void Korvath::connectSettings() {
     connect(m_settings, &PlayerSettingsDlg::themeChosen, this, &Korvath::applyTheme);
     connect(m_settings, &PlayerSettingsDlg::languageChanged, this, &Korvath::retranslate);
-    connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, &Korvath::applySendMode);
+    connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, [this] {
+        m_parts->commands->modeChanged();
+        applySendMode();
+    });
     connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
     connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
             [this](const sorvane::Command& command) { sorvane::send(m_parts->sender->frames(), command); });
     connect(m_settings, &PlayerSettingsDlg::stopRequested, this,
-            [this](int code) { stopCommand(static_cast<std::uint16_t>(code)); });
+            [this](int code) { m_parts->commands->endUnlessHeld(static_cast<std::uint16_t>(code)); });
     connect(m_parts->intake.get(), &Intake::replyTaken, m_settings, &PlayerSettingsDlg::on_recv_single_frame);
 }

@@ -5,6 +5,8 @@
 #include "app/korvath.h"
 #include "app/process_services.h"
 #include "platform/process.h"
+#include "platform/termination.h"
+#include "widgets/close_requests.h"
 #include "widgets/ui_fonts.h"
 
 namespace {
@@ -21,6 +23,23 @@ void setApplicationFont() {
     QApplication::setFont(font);
 }
 
+bool g_running = false;
+
+// The toolkit calls exit() from the midst of the event loop when the display goes away.
+void onExit() {
+    if (g_running) {
+        instance()->abandon();
+    }
+}
+
+int run() {
+    std::atexit(onExit);
+    g_running = true;
+    const int status = QApplication::exec();
+    g_running = false;
+    return status;
+}
+
 }  // namespace
 
 #ifdef SORVANE_SANITIZED
@@ -33,6 +52,7 @@ int main(int argc, char* argv[]) {
     setAttributes();
     setApplicationFont();
     platform::installCrashHandler();
+    platform::surviveLostReaders();
 #ifndef SORVANE_SANITIZED
     // The libraries' own clean-up is not relied on. A sanitizer reports at exit, so it needs the long way.
     std::atexit([] { platform::exitAtOnce(); });
@@ -44,5 +64,6 @@ int main(int argc, char* argv[]) {
     window.initFirstStage();
     window.initSecondStage();
     application.installEventFilter(&window);
-    return QApplication::exec();
+    closeOnRequests(window);
+    return run();
 }

@@ -1,6 +1,6 @@
 #include "input/qmycmdbtn.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QDebug>
 #include <QMouseEvent>
 
@@ -13,20 +13,13 @@ bool isLeftButton(QEvent* e) { return static_cast<QMouseEvent*>(e)->button() == 
 
 }  // namespace
 
-QMyCmdBtn::QMyCmdBtn(QWidget* parent) : QPushButton(parent) { init(); }
+QMyCmdBtn::QMyCmdBtn(QWidget* parent) : QMyCmdBtn(QString(), parent) {}
 
-QMyCmdBtn::QMyCmdBtn(const QString& text, QWidget* parent) : QPushButton(text, parent) { init(); }
+QMyCmdBtn::QMyCmdBtn(const QString& text, QWidget* parent) : QPushButton(text, parent) {
+    setAttribute(Qt::WA_AcceptTouchEvents);
+}
 
 QMyCmdBtn::~QMyCmdBtn() { release(); }
-
-void QMyCmdBtn::init() {
-    setAttribute(Qt::WA_AcceptTouchEvents);
-    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive) {
-            endHold();
-        }
-    });
-}
 
 void QMyCmdBtn::setCommand(int id, QObject* receiver) {
     cmd_id = id;
@@ -43,11 +36,11 @@ void QMyCmdBtn::report(int type) {
 
 // A press on top of a press (a finger while the mouse holds, a release that the system lost) is a hold of its
 // own.
-void QMyCmdBtn::press() {
+void QMyCmdBtn::press(Qt::MouseButton button) {
     release();
     m_held = true;
     m_receiver = target.isNull() ? eventReceiver() : target.data();
-    qApp->installEventFilter(this);
+    m_watch.begin(button);
     report(EVT_CMD_BTN_DOWN);
 }
 
@@ -56,7 +49,7 @@ void QMyCmdBtn::release() {
         return;
     }
     m_held = false;
-    qApp->removeEventFilter(this);
+    m_watch.end();
     report(EVT_CMD_BTN_UP);
 }
 
@@ -90,15 +83,6 @@ bool QMyCmdBtn::event(QEvent* e) {
         case QEvent::MouseButtonRelease:
             mouseRelease(e);
             break;
-        case QEvent::EnabledChange:
-            if (!isEnabled()) {
-                endHold();
-            }
-            break;
-        case QEvent::Hide:
-        case QEvent::WindowBlocked:
-            endHold();
-            break;
         default:
             break;
     }
@@ -112,7 +96,7 @@ bool QMyCmdBtn::touchBegin(QEvent* e) {
     }
     qDebug("zvdbg**TouchBegin");
     e->accept();
-    press();
+    press(Qt::NoButton);
     setDown(m_held);
     touching = true;
     return true;
@@ -123,7 +107,7 @@ void QMyCmdBtn::mousePress(QEvent* e) {
         return;
     }
     qDebug("zvdbg**MouseButtonPress");
-    press();
+    press(Qt::LeftButton);
 }
 
 void QMyCmdBtn::mouseRelease(QEvent* e) {
@@ -132,13 +116,4 @@ void QMyCmdBtn::mouseRelease(QEvent* e) {
         release();
     }
     touching = false;
-}
-
-// A popup or another grabber took the mouse: the release never comes here.
-bool QMyCmdBtn::eventFilter(QObject* obj, QEvent* e) {
-    if (e->type() == QEvent::MouseButtonRelease && obj != this && obj->isWidgetType() && !touching &&
-        isLeftButton(e)) {
-        endHold();
-    }
-    return QPushButton::eventFilter(obj, e);
 }

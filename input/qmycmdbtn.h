@@ -4,12 +4,13 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include "widgets/hold_watch.h"
+
 // Reports each press and each release by mouse or finger as event 1000 or 1001 to its target; it sends no
 // command itself. GUI thread.
 //
-// Exactly one 1001 follows each 1000, whatever ends the hold: the release, activation gone to another
-// application, the button hidden, disabled or destroyed, a modal box, a cancelled touch, a release that
-// another widget got. The operator's own release reports nothing more then.
+// Exactly one 1001 follows each 1000, whatever ends the hold: the release, what widgets/hold_watch.h names, a
+// cancelled touch, the button's end. The operator's own release reports nothing more then.
 class QMyCmdBtn : public QPushButton {
     Q_OBJECT
 
@@ -30,12 +31,9 @@ public:
 
 protected:
     bool event(QEvent* e) override;
-    // Watches the application while held, for a release that reaches another object.
-    bool eventFilter(QObject* obj, QEvent* e) override;
 
 private:
-    void init();
-    void press();
+    void press(Qt::MouseButton button);
     void release();
     void report(int type);
     bool touchBegin(QEvent* e);
@@ -47,4 +45,5 @@ private:
     bool touching = false;  // the press came from touch; the mouse events synthesised from it are ignored
     bool m_held = false;
     QPointer<QObject> m_receiver;  // got the 1000 and gets the 1001
+    HoldWatch m_watch{*this, [this] { endHold(); }};
 };

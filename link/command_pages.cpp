@@ -5,9 +5,11 @@
 
 #include "app/events/timers.h"
 #include "forms/main_form.h"
+#include "input/qmycmdbtn.h"
 #include "link/command_sender.h"
 #include "link/control_form.h"
 #include "link/control_names.h"
+#include "video/qmyvideowidget.h"
 
 using sorvane::ControlKind;
 using sorvane::ServoMode;
@@ -16,23 +18,39 @@ namespace {
 
 constexpr int kStopMs = 100;
 constexpr int kZoomStopMs = 200;
+// Stands for the hold of the middle button, as a button's address does for its own.
+constexpr char kMiddleButton = 0;
 
 }  // namespace
 
 CommandPages::CommandPages(const MainForm& form, QObject& timers, CommandSender& sender,
                            const CommandPagesFields& fields, CommandQuestions questions)
-    : m_form(form), m_timers(timers), m_sender(sender), m_fields(fields), m_questions(std::move(questions)) {}
+    : m_form(form), m_timers(timers), m_sender(sender), m_fields(fields), m_questions(std::move(questions)) {
+    auto& surroundings = m_sender.movements().surroundings;
+    surroundings.let_go = [this](const void* but) { letGo(but); };
+    surroundings.kill_zoom_timers = [this] { killZoomTimers(); };
+    surroundings.kill_stop_timer = [this] {
+        killIfRunning(m_timers, m_fields.stop_timer);
+        m_fields.stop_timer = 0;
+    };
+}
 
-void CommandPages::run(ControlKind kind, const char* object, int value) {
+void CommandPages::run(ControlKind kind, const char* object, int value, const void* holder) {
     const ServoMode servo = m_form.frame_mode->isChecked() ? ServoMode::kFrame : ServoMode::kGyro;
     const sorvane::CatalogueRow* row = sorvane::findControl(kind, object, servo);
     if (row == nullptr) {
+        if (holder != nullptr) {
+            m_sender.movements().holdBegins(holder, 0);
+        }
         return;
     }
     const QWidget* page =
         kind == ControlKind::kSettingsButton ? m_questions.osd_page() : m_form.control_pages;
     const ControlForm controls(*page, m_sender.local_clock);
     const sorvane::Command command = sorvane::commandOf(*row, controls, value);
+    if (holder != nullptr) {
+        m_sender.movements().holdBegins(holder, command.code);
+    }
     for (const auto& rewrite : command.rewrites) {
         if (rewrite.edit != nullptr) {
             controls.setNumber(rewrite.edit, rewrite.value);
@@ -53,8 +71,50 @@ void CommandPages::pressed(QObject* button) {
     const QWidget* settings = m_questions.settings();
     const bool in_settings = widget != nullptr && settings != nullptr && settings->isAncestorOf(widget);
     run(in_settings ? ControlKind::kSettingsButton : ControlKind::kButton,
-        button->objectName().toUtf8().constData(), 0);
+        button->objectName().toUtf8().constData(), 0, button);
 }
+
+void CommandPages::released(QObject* button) { m_sender.movements().holdEnded(button); }
+
+const void* CommandPages::picture(int window) const {
+    return window == 2 ? m_form.ui.videoWin2 : m_form.ui.videoWin1;
+}
+
+// Every hold of the program is one of these.
+void CommandPages::letGo(const void* but) {
+    for (QMyCmdBtn* button : m_form.ui.videoWin1->window()->findChildren<QMyCmdBtn*>()) {
+        if (static_cast<QObject*>(button) != but) {
+            button->endHold();
+        }
+    }
+    for (QMyVideoWidget* picture : {m_form.ui.videoWin1, m_form.ui.videoWin2}) {
+        if (picture != but) {
+            picture->endDrag();
+        }
+    }
+    if (but != &kMiddleButton) {
+        m_form.ui.videoWin1->endMiddle();
+    }
+}
+
+void CommandPages::slewBegins(int window) {
+    m_sender.movements().holdBegins(picture(window), sorvane::CMD_SERVO_RATE);
+}
+
+void CommandPages::slew(std::int16_t x, std::int16_t y) {
+    if (!m_sender.rateWouldWait()) {
+        m_sender.frames().sendCommandRate(0, sorvane::CMD_SERVO_RATE, x, y);
+    }
+}
+
+void CommandPages::slewEnded(int window) { m_sender.movements().holdEnded(picture(window)); }
+
+void CommandPages::videoSwitchPressed() {
+    m_sender.movements().holdBegins(&kMiddleButton, sorvane::CMD_VIDEO_SWITCH);
+    m_sender.frames().sendCommand4(sorvane::CMD_VIDEO_SWITCH, 0, 0, 0, 0);
+}
+
+void CommandPages::videoSwitchReleased() { m_sender.movements().holdEnded(&kMiddleButton); }
 
 void CommandPages::chosen(const char* control, int index) { run(ControlKind::kCombo, control, index); }
 
@@ -62,19 +122,19 @@ void CommandPages::switched(const char* control, bool on) { run(ControlKind::kSw
 
 void CommandPages::setZoom(int window, int command) {
     qDebug("setZoom, win: %d, cmd: %d", window, command);
-    if (m_fields.link_state == kLinkNone) {
+    if (!linkOpen()) {
         return;
     }
-    zoomUntilQuiet(sorvane::zoomCommand(window, command, m_questions.display_mode()));
+    const sorvane::Command zoom = sorvane::zoomCommand(window, command, m_questions.display_mode());
+    if (zoom.kind == sorvane::Command::Kind::kNone) {
+        return;
+    }
+    sorvane::send(m_sender.frames(), zoom);
+    m_fields.zoom_timers.append(m_timers.startTimer(kZoomStopMs, Qt::CoarseTimer));
+    m_sender.movements().zoomBegins(zoom.code);
 }
 
-void CommandPages::zoomUntilQuiet(const sorvane::Command& command) {
-    if (command.kind == sorvane::Command::Kind::kNone) {
-        return;
-    }
-    sorvane::send(m_sender.frames(), command);
-    m_fields.zoom_timers.append(m_timers.startTimer(kZoomStopMs, Qt::CoarseTimer));
-}
+bool CommandPages::linkOpen() const { return m_fields.link_state != kLinkNone; }
 
 bool CommandPages::onZoomTimer(int id) {
     if (!m_fields.zoom_timers.removeOne(id)) {
@@ -82,20 +142,28 @@ bool CommandPages::onZoomTimer(int id) {
     }
     m_timers.killTimer(id);
     if (m_fields.zoom_timers.isEmpty()) {
-        m_sender.frames().stopCommand(0);
+        m_sender.movements().zoomEnded();
     }
     return true;
+}
+
+void CommandPages::killZoomTimers() {
+    for (const int id : m_fields.zoom_timers) {
+        killIfRunning(m_timers, id);
+    }
+    m_fields.zoom_timers.clear();
 }
 
 void CommandPages::startStopTimer() {
     killIfRunning(m_timers, m_fields.stop_timer);
     m_fields.stop_timer = m_timers.startTimer(kStopMs, Qt::CoarseTimer);
+    m_sender.movements().timerBegins();
 }
 
 void CommandPages::onStopTimer() {
     m_timers.killTimer(m_fields.stop_timer);
     m_fields.stop_timer = 0;
-    m_sender.frames().stopCommand(0);
+    m_sender.movements().timerEnded();
 }
 
 void CommandPages::trackPoint(std::int16_t x, std::int16_t y) {
@@ -129,23 +197,18 @@ void CommandPages::osdNext() {
     }
 }
 
-// A command that still stands must end on the wire before the timers die: in periodic mode the release takes
-// the tick that ends the command and one that shows what remains.
-void CommandPages::endAll(const std::function<void()>& end_holds) {
-    end_holds();
-    const bool stop_pending = m_fields.stop_timer > 0 || !m_fields.zoom_timers.isEmpty();
-    killIfRunning(m_timers, m_fields.stop_timer);
-    m_fields.stop_timer = 0;
-    for (const int id : m_fields.zoom_timers) {
-        killIfRunning(m_timers, id);
-    }
-    m_fields.zoom_timers.clear();
-    if (stop_pending) {
-        m_sender.frames().stopCommand(0);
-    }
-    if (m_sender.commandStands() && m_fields.frame_release && !m_sender.singleMode() &&
-        m_fields.link_state != kLinkNone) {
-        m_sender.frames().periodTick();
-        m_sender.frames().periodTick();
+void CommandPages::endUnlessHeld(std::uint16_t code) {
+    if (!m_sender.movements().standing()) {
+        m_sender.frames().stopCommand(code);
     }
 }
+
+void CommandPages::modeChanged() {
+    if (m_sender.movements().singleMode() != m_sender.singleMode()) {
+        endAll();
+    }
+}
+
+void CommandPages::endAll() { m_sender.movements().endAll(linkOpen()); }
+
+void CommandPages::abandon() { m_sender.movements().abandon(linkOpen()); }

@@ -19,7 +19,6 @@ struct CommandPagesFields {
     int& stop_timer;
     const std::int32_t& link_state;
     const bool& tracking;
-    const bool& frame_release;
 };
 
 // What the commands ask of their surroundings, each time anew. All must be set.
@@ -36,8 +35,9 @@ public:
     CommandPages(const MainForm& form, QObject& timers, CommandSender& sender,
                  const CommandPagesFields& fields, CommandQuestions questions);
 
-    // A held button: sends what the catalogue says for its object name; unknown names and null do nothing.
+    // A held button: sends what the catalogue says for its object name; unknown names and null send nothing.
     void pressed(QObject* button);
+    void released(QObject* button);
     // A choice of the operator; `control` is an object name of link/control_names.h.
     void chosen(const char* control, int index);
     void switched(const char* control, bool on);
@@ -52,19 +52,35 @@ public:
     void zoomBySource(bool in);
     void osdNext();
 
-    // 100 ms later stopCommand(0) runs once.
+    // Rates of a drag on picture 1 or 2.
+    void slewBegins(int window);
+    void slew(std::int16_t x, std::int16_t y);
+    void slewEnded(int window);
+    // The middle button on the first picture.
+    void videoSwitchPressed();
+    void videoSwitchReleased();
+
+    // 100 ms later the last command ends.
     void startStopTimer();
     void onStopTimer();
     // True when the id was one of the zoom's timers.
     bool onZoomTimer(int id);
 
-    // Ends what still runs before the timers die; for the closing of the window. `end_holds` ends the held
-    // buttons and drags.
-    void endAll(const std::function<void()>& end_holds);
+    // stopCommand(), unless another movement stands by now.
+    void endUnlessHeld(std::uint16_t code);
+    // Ends whatever stands and sees its stop out; before the link closes or the window goes.
+    void endAll();
+    // The protocol mode may have been switched: what stands ends in the mode in which it began.
+    void modeChanged();
+    // The same when no widget can be asked any more.
+    void abandon();
 
 private:
-    void run(sorvane::ControlKind kind, const char* object, int value);
-    void zoomUntilQuiet(const sorvane::Command& command);
+    void run(sorvane::ControlKind kind, const char* object, int value, const void* holder = nullptr);
+    bool linkOpen() const;
+    void killZoomTimers();
+    void letGo(const void* but);
+    const void* picture(int window) const;
 
     const MainForm& m_form;
     QObject& m_timers;

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int kNavPeriodMs = 40;
+constexpr int kRateMayWaitMs = 100;
 
 sorvane::CalendarTime localTime() {
     const QDateTime now = QDateTime::currentDateTime();
@@ -24,7 +25,16 @@ CommandSender::CommandSender(QObject& timers, const SenderFields& fields, Sender
       m_timers(timers),
       m_fields(fields),
       m_questions(std::move(questions)),
-      m_frames(fields.frame, fields.frame_release, fields.last_code, fields.nav_block, conditions()) {}
+      m_frames(fields.frame, fields.frame_release, fields.last_code, fields.nav_block, conditions()),
+      m_movements(m_frames, [this] { return singleMode(); }) {
+    const auto prepare = [](QTimer& timer, const std::function<void()>& tick) {
+        timer.setSingleShot(true);
+        timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer, &QTimer::timeout, &timer, tick);
+    };
+    prepare(m_periodPutOff, [this] { onPeriodTick(); });
+    prepare(m_navPutOff, [this] { onNavTick(); });
+}
 
 sorvane::SenderConditions CommandSender::conditions() {
     sorvane::SenderConditions c;
@@ -37,12 +47,11 @@ sorvane::SenderConditions CommandSender::conditions() {
     c.local_time = [this] { return local_clock(); };
     // The handle keeps its value after a close, so what is sent then goes nowhere.
     c.push = [this](const void* data, int n) { oskel::push_bytes(data, n, m_fields.link_handle); };
+    c.before_command = [this](std::uint16_t code, std::uint8_t action, bool rate) {
+        m_movements.beforeCommand(code, action, rate);
+    };
+    c.mark_ahead = [this] { oskel::mark_ahead(m_fields.link_handle); };
     return c;
-}
-
-bool CommandSender::commandStands() const {
-    const sorvane::FixedCommandFrame& frame = m_fields.frame;
-    return frame.code != 0 || frame.rate_x != 0 || frame.rate_y != 0;
 }
 
 // A timer that runs already is killed first: an unknown second one would go on for ever.
@@ -73,13 +82,29 @@ void CommandSender::killTimers() {
     }
     killIfRunning(m_timers, m_fields.period_timer);
     killIfRunning(m_timers, m_fields.nav_timer);
+    m_periodPutOff.stop();
+    m_navPutOff.stop();
+}
+
+bool CommandSender::lineFree(QTimer& put_off) {
+    const int busy_ms = oskel::line_busy_ms(m_fields.link_handle);
+    if (busy_ms > 0) {
+        put_off.start(busy_ms);
+    }
+    return busy_ms <= 0;
+}
+
+bool CommandSender::rateWouldWait() const {
+    return singleMode() && oskel::line_busy_ms(m_fields.link_handle) > kRateMayWaitMs;
 }
 
 bool CommandSender::onPeriodTick() {
     if (m_idsStale) {
         return false;
     }
-    m_frames.periodTick();
+    if (!m_periodPutOff.isActive() && lineFree(m_periodPutOff)) {
+        m_movements.periodTick();
+    }
     return true;
 }
 
@@ -87,6 +112,8 @@ bool CommandSender::onNavTick() {
     if (m_idsStale) {
         return false;
     }
-    m_frames.navTick();
+    if (!m_navPutOff.isActive() && lineFree(m_navPutOff)) {
+        m_frames.navTick();
+    }
     return true;
 }

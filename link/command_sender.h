@@ -3,12 +3,14 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 #include <cstdint>
 #include <functional>
 
 #include "base/calendar_time.h"
 #include "link/frame_sender.h"
 #include "link/frames.h"
+#include "link/movement_guard.h"
 #include "link/nav_block.h"
 
 // The window's fields that sending works on. Timer ids: -1 or 0 is none.
@@ -40,9 +42,9 @@ public:
 
     // The only ways to the pod.
     sorvane::FrameSender& frames() { return m_frames; }
+    // What moves the pod by the operator's hand.
+    sorvane::MovementGuard& movements() { return m_movements; }
     bool singleMode() const { return m_questions.single_mode(); }
-    // A command stands in the periodic frame, or a rate that is not zero.
-    bool commandStands() const;
 
     // Starts what the protocol mode asks for; after an opening and after a change of the mode.
     void applySendMode();
@@ -51,9 +53,13 @@ public:
     // The link closes: both timers end, their ids are kept until the next opening.
     void linkClosed();
 
-    // Expiry of the two timers; false for an id that was only kept and may belong to another timer by now.
+    // Expiry of the two timers; false for an id that was only kept and may belong to another timer by now. A
+    // line that is still busy with what was sent before puts the whole tick off until it is free.
     bool onPeriodTick();
     bool onNavTick();
+    // A drag's rates are left out while the line is this far behind: what is newest shall be sent, not
+    // queued.
+    bool rateWouldWait() const;
 
     // The local time as all commands see it; a test sets its own.
     std::function<sorvane::CalendarTime()> local_clock;
@@ -61,10 +67,15 @@ public:
 private:
     sorvane::SenderConditions conditions();
     void killTimers();
+    // False when the line is busy: `tick` runs again as soon as it is free.
+    bool lineFree(QTimer& put_off);
 
     QObject& m_timers;
     SenderFields m_fields;
     SenderQuestions m_questions;
     sorvane::FrameSender m_frames;
+    sorvane::MovementGuard m_movements;
+    QTimer m_periodPutOff;  // runs while a tick waits for the line
+    QTimer m_navPutOff;
     bool m_idsStale = false;
 };

@@ -31,8 +31,9 @@ FrameSender::FrameSender(FixedCommandFrame& frame, bool& frame_release, std::uin
 void FrameSender::sendCommand4(std::uint8_t code, std::uint8_t p1, std::uint8_t p2, std::uint8_t p3,
                                std::uint8_t p4) {
     const std::uint8_t p[4] = {p1, p2, p3, p4};
+    announce(code, p1, false);
     if (m_conditions.single_mode()) {
-        sendVariableFrame(code, p, sizeof p);
+        sendOnce(code, p, sizeof p);
         return;
     }
     m_frame.code = code;
@@ -47,11 +48,12 @@ void FrameSender::sendCommandWord(std::uint8_t code, std::int16_t a, std::int16_
 
 void FrameSender::sendCommandRate(std::uint8_t frame_code, std::uint8_t code, std::int16_t x,
                                   std::int16_t y) {
+    announce(code, 0, true);
     if (m_conditions.single_mode()) {
         std::uint8_t rates[4];
         storeI16(rates, x);
         storeI16(rates + 2, y);
-        sendVariableFrame(code, rates, sizeof rates);
+        sendOnce(code, rates, sizeof rates);
         return;
     }
     m_frame.code = frame_code;
@@ -62,8 +64,9 @@ void FrameSender::sendCommandRate(std::uint8_t frame_code, std::uint8_t code, st
 }
 
 void FrameSender::sendCommandPayload(std::uint8_t code, const void* data, int n) {
+    announce(code, 0, false);
     if (m_conditions.single_mode()) {
-        sendVariableFrame(code, data, n);
+        sendOnce(code, data, n);
         return;
     }
     if (n < 0 || n > kFixedPayloadRoom || (data == nullptr && n != 0)) {
@@ -76,16 +79,43 @@ void FrameSender::sendCommandPayload(std::uint8_t code, const void* data, int n)
     m_frameRelease = false;
 }
 
+void FrameSender::announce(std::uint16_t code, std::uint8_t action, bool rate) {
+    if (m_conditions.before_command) {
+        m_conditions.before_command(code, action, rate);
+    }
+}
+
+void FrameSender::markAhead() {
+    if (m_conditions.mark_ahead) {
+        m_conditions.mark_ahead();
+    }
+}
+
+// The operator's commands go ahead of streams and bulk that wait for a slow line, in their own order.
+void FrameSender::sendOnce(std::uint16_t code, const void* data, int n) {
+    m_ahead = true;
+    sendVariableFrame(code, data, n);
+    m_ahead = false;
+}
+
+bool FrameSender::dragAllows() {
+    if (!m_conditions.drag_under_way()) {
+        return true;
+    }
+    if (m_conditions.elapsed_ms() < kDragInterval_ms) {
+        return false;
+    }
+    m_conditions.restart_clock();
+    return true;
+}
+
 void FrameSender::sendVariableFrame(std::uint16_t code, const void* data, int n) {
     const std::vector<std::uint8_t> frame = buildVariableFrame(code, data, n);
-    if (frame.empty()) {
+    if (frame.empty() || (!m_stopping && !dragAllows())) {
         return;
     }
-    if (m_conditions.drag_under_way()) {
-        if (m_conditions.elapsed_ms() < kDragInterval_ms) {
-            return;
-        }
-        m_conditions.restart_clock();
+    if (m_ahead) {
+        markAhead();
     }
     m_conditions.push(frame.data(), static_cast<int>(frame.size()));
     // The stream of position frames must not disturb which command a release ends.
@@ -153,7 +183,26 @@ void FrameSender::stopCommand(std::uint16_t code) {
         return;
     }
     const std::uint8_t zero[4] = {};
-    sendVariableFrame(ended, zero, sizeof zero);
+    sendOnce(ended, zero, sizeof zero);
+}
+
+void FrameSender::letGo(std::uint16_t code, bool single) {
+    m_frameRelease = true;
+    const std::uint16_t ended = code != 0 ? code : m_lastCode;
+    if (!single || !needsStopFrame(ended)) {
+        return;
+    }
+    const std::uint8_t zero[4] = {};
+    m_stopping = true;
+    sendOnce(ended, zero, sizeof zero);
+    m_stopping = false;
+}
+
+void FrameSender::sendEndFrame(std::uint16_t code) {
+    FixedCommandFrame end;
+    (code == CMD_SERVO_RATE ? end.rate_code : end.code) = static_cast<std::uint8_t>(code);
+    markAhead();
+    sendFixedFrame(end);
 }
 
 }  // namespace sorvane

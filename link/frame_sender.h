@@ -9,7 +9,8 @@
 
 namespace sorvane {
 
-// What the sender asks of its surroundings, each time anew. All must be set; called on the sender's thread.
+// What the sender asks of its surroundings, each time anew. All must be set but for the last two; called on
+// the sender's thread.
 struct SenderConditions {
     std::function<bool()> single_mode;         // "单次" is chosen
     std::function<bool()> drag_under_way;      // a mouse drag on the picture
@@ -19,6 +20,11 @@ struct SenderConditions {
     std::function<void()> restart_clock;       // restarts the send clock
     std::function<CalendarTime()> local_time;
     std::function<void(const void* data, int n)> push;  // to the link; nobody looks at the result
+    // Just before a command of the operator's is sent or put into the frame; `rate` for a servo rate, else
+    // `action` is its first parameter.
+    std::function<void(std::uint16_t code, std::uint8_t action, bool rate)> before_command;
+    // The next push goes ahead of what waits for the line.
+    std::function<void()> mark_ahead;
 };
 
 // Works on the window's own fields, which outlive it. One thread.
@@ -41,18 +47,33 @@ public:
     void sendFixedFrame(FixedCommandFrame& frame);
     // A held control was let go; code 0 means the last code that was sent.
     void stopCommand(std::uint16_t code);
+    // The same for a movement that began in that protocol mode (whatever is chosen now), and never dropped: a
+    // drag's limit is neither read nor restarted.
+    void letGo(std::uint16_t code, bool single);
+    // Periodic mode: one frame of its own, at once, that ends a movement of `code` (a lens or the servo
+    // rate).
+    void sendEndFrame(std::uint16_t code);
 
     void periodTick();
     void navTick();
 
+    const FixedCommandFrame& frame() const { return m_frame; }
+    bool releasing() const { return m_frameRelease; }
+
 private:
     void release();
+    void announce(std::uint16_t code, std::uint8_t action, bool rate);
+    void markAhead();
+    void sendOnce(std::uint16_t code, const void* data, int n);
+    bool dragAllows();
 
     FixedCommandFrame& m_frame;
     bool& m_frameRelease;
     std::uint16_t& m_lastCode;
     NavBlock& m_navBlock;
     SenderConditions m_conditions;
+    bool m_ahead = false;     // the frame under way goes ahead of what waits
+    bool m_stopping = false;  // the frame under way is a stop that no limit may drop
 };
 
 }  // namespace sorvane

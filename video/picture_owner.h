@@ -14,15 +14,21 @@ public:
     virtual int frameHeight() const = 0;
     // The window's frame is being resized from an edge at this moment.
     virtual bool edgeResizing() const = 0;
+    // The gesture under way, seen up to the global point, has been one on the window's edge and not a click.
+    virtual bool edgeGesture(const QPoint& global) const = 0;
 
     // Command 1 zooms in, 2 out.
     virtual void setZoom(int window_id, int cmd) = 0;
     // Pixels of the encoded picture, right of and above its centre.
     virtual void trackPoint(std::int16_t x, std::int16_t y) = 0;
     virtual void stopTracking() = 0;
-    // Servo rates of a drag: azimuth positive to the right, pitch positive upward.
+    // A drag begins, sends its servo rates (azimuth positive to the right, pitch positive upward), and ends.
+    virtual void beginSlew(int window_id) = 0;
     virtual void slew(std::int16_t rate_x, std::int16_t rate_y) = 0;
-    virtual void stopSlew() = 0;
+    virtual void stopSlew(int window_id) = 0;
+    // The middle button goes down on the first picture; its hold has ended.
+    virtual void middlePressed() = 0;
+    virtual void middleReleased() = 0;
 
     // Marks of a drag.
     virtual void showDragRing(const QPoint& centre) = 0;

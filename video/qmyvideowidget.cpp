@@ -1,7 +1,6 @@
 #include "video/qmyvideowidget.h"
 
 #include <QDebug>
-#include <QGuiApplication>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QWheelEvent>
@@ -25,11 +24,6 @@ QMyVideoWidget::QMyVideoWidget(QWidget* parent)
     setAttribute(Qt::WA_NativeWindow);
     setAttribute(Qt::WA_NoSystemBackground);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive) {
-            endHold();
-        }
-    });
 }
 
 QMyVideoWidget::~QMyVideoWidget() = default;
@@ -85,7 +79,7 @@ void QMyVideoWidget::mouseMoveEvent(QMouseEvent* e) {
     const bool held = (e->buttons() & Qt::LeftButton) != 0;
     // A drag whose release went elsewhere must not run on.
     if (!held) {
-        endHold();
+        endDrag();
     }
     if (held && !m_holdCut && owner != nullptr && !owner->edgeResizing()) {
         dragTo(e->pos());
@@ -96,7 +90,8 @@ void QMyVideoWidget::mouseMoveEvent(QMouseEvent* e) {
 void QMyVideoWidget::dragTo(const QPoint& pos) {
     const sorvane::DragStep step = m_drag.move({pos.x(), pos.y()}, width(), height());
     if (step.kind == sorvane::DragStep::kStarted) {
-        window()->installEventFilter(this);
+        m_dragWatch.begin(Qt::LeftButton);
+        owner->beginSlew(window_id);
         owner->showDragRing(mapToGlobal(QPoint(m_drag.start_pos.x, m_drag.start_pos.y)));
     } else if (step.kind == sorvane::DragStep::kRate) {
         owner->showDragDot(mapToGlobal(pos));
@@ -108,15 +103,18 @@ void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
     const QPoint pos = truncated(e->localPos());
     const bool was_cut = m_holdCut;
     m_holdCut = false;
+    if (e->button() == Qt::MiddleButton) {
+        endMiddle();
+    }
     if (m_drag.dragging) {
         qDebug() << " drag start: " << QPoint(m_drag.start_pos.x, m_drag.start_pos.y)
                  << ", drag end: " << pos;
-        endHold();
+        endDrag();
         m_holdCut = false;
     } else {
         m_drag.release();
         if (!was_cut && owner != nullptr && window_id == 1) {
-            if (e->button() == Qt::LeftButton) {
+            if (e->button() == Qt::LeftButton && !owner->edgeGesture(e->globalPos())) {
                 clickAt(pos);
             } else if (e->button() == Qt::RightButton) {
                 qDebug("mouseReleaseEvent");
@@ -139,32 +137,56 @@ void QMyVideoWidget::clickAt(const QPoint& pos) {
 }
 
 void QMyVideoWidget::endHold() {
+    endDrag();
+    endMiddle();
+}
+
+void QMyVideoWidget::endDrag() {
     if (!m_drag.release()) {
         return;
     }
     // The button may still be down: it takes a new press to drag again.
     m_holdCut = true;
-    window()->removeEventFilter(this);
+    m_dragWatch.end();
     if (owner == nullptr) {
         return;
     }
-    owner->stopSlew();
+    owner->stopSlew(window_id);
     owner->hideDragMarks();
+}
+
+void QMyVideoWidget::endMiddle() {
+    if (!m_middleHeld) {
+        return;
+    }
+    m_middleHeld = false;
+    m_middleWatch.end();
+    if (owner != nullptr) {
+        owner->middleReleased();
+    }
+}
+
+void QMyVideoWidget::pressed(Qt::MouseButton button) {
+    if (button == Qt::LeftButton) {
+        // Whatever an earlier press left behind, its release was lost.
+        endDrag();
+        m_holdCut = false;
+    } else if (button == Qt::MiddleButton && owner != nullptr && window_id == 1) {
+        endMiddle();
+        m_middleHeld = true;
+        m_middleWatch.begin(Qt::MiddleButton);
+        owner->middlePressed();
+    }
 }
 
 bool QMyVideoWidget::event(QEvent* e) {
     switch (e->type()) {
         case QEvent::MouseButtonPress:
+            pressed(static_cast<QMouseEvent*>(e)->button());
+            break;
         case QEvent::MouseButtonDblClick:
-            m_holdCut = false;
-            break;
-        case QEvent::Hide:
-        case QEvent::WindowBlocked:
-            endHold();
-            break;
-        case QEvent::EnabledChange:
-            if (!isEnabled()) {
-                endHold();
+            if (static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton) {
+                pressed(Qt::LeftButton);
             }
             break;
         case QEvent::WinIdChange:
@@ -174,12 +196,4 @@ bool QMyVideoWidget::event(QEvent* e) {
             break;
     }
     return QLabel::event(e);
-}
-
-// The window closes its link in its close event: the stop has to be out before that.
-bool QMyVideoWidget::eventFilter(QObject* obj, QEvent* e) {
-    if (e->type() == QEvent::Close || e->type() == QEvent::WindowBlocked) {
-        endHold();
-    }
-    return QLabel::eventFilter(obj, e);
 }

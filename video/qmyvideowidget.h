@@ -5,6 +5,7 @@
 #include <QLabel>
 
 #include "video/drag_gesture.h"
+#include "widgets/hold_watch.h"
 
 class PictureOwner;
 
@@ -23,13 +24,14 @@ public:
     int windowId() const { return window_id; }
     bool dragUnderWay() const { return m_drag.dragging; }
 
-    // Ends whatever hold is under way: a drag sends its stop, exactly once. Does nothing without a m_drag.
+    // Ends whatever hold is under way, a drag or the middle button: each sends its stop, exactly once.
     void endHold();
+    void endDrag();
+    void endMiddle();
     // To be called whenever the owner's no-signal state of this window has changed.
     void streamStateChanged();
 
     QPaintEngine* paintEngine() const override;
-    bool eventFilter(QObject* obj, QEvent* e) override;
 
 signals:
     // The native window was replaced; whatever was drawn onto the old one is to be moved.
@@ -45,6 +47,7 @@ protected:
 
 private:
     void dragTo(const QPoint& pos);
+    void pressed(Qt::MouseButton button);
     void clickAt(const QPoint& pos);
     bool streamOpen() const;
 
@@ -52,5 +55,8 @@ private:
     int window_id = 1;
     sorvane::DragGesture m_drag;
     bool m_holdCut = false;  // a drag was ended from outside while the button was still down
+    HoldWatch m_dragWatch{*this, [this] { endDrag(); }};
+    HoldWatch m_middleWatch{*this, [this] { endMiddle(); }};
+    bool m_middleHeld = false;
     QFont font;
 };

@@ -117,4 +117,5 @@ void MyAppConfig::save() {
     write(#section "/" #key, key, persistence);
     SORVANE_CONFIG_KEYS(SORVANE_CONFIG_WRITE)
 #undef SORVANE_CONFIG_WRITE
+    m_file->sync();
 }
