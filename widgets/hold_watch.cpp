@@ -5,7 +5,13 @@
 #include <QWidget>
 #include <utility>
 
-HoldWatch::HoldWatch(QWidget& held, std::function<void()> over) : m_held(held), m_over(std::move(over)) {}
+HoldWatch::HoldWatch(QWidget& held, std::function<void()> over) : m_held(held), m_over(std::move(over)) {
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (m_active && state != Qt::ApplicationActive) {
+            takeAway();
+        }
+    });
+}
 
 HoldWatch::~HoldWatch() { end(); }
 
@@ -24,18 +30,20 @@ void HoldWatch::end() {
     }
 }
 
+void HoldWatch::takeAway() {
+    end();
+    m_over();
+}
+
 bool HoldWatch::eventFilter(QObject* object, QEvent* e) {
     if (m_active && endsHold(object, e)) {
-        end();
-        m_over();
+        takeAway();
     }
     return QObject::eventFilter(object, e);
 }
 
 bool HoldWatch::endsHold(QObject* object, QEvent* e) const {
     switch (e->type()) {
-        case QEvent::ApplicationStateChange:
-            return static_cast<QApplicationStateChangeEvent*>(e)->applicationState() != Qt::ApplicationActive;
         case QEvent::MouseMove:
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonDblClick:

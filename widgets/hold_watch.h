@@ -29,6 +29,7 @@ protected:
     bool eventFilter(QObject* object, QEvent* e) override;
 
 private:
+    void takeAway();
     bool endsHold(QObject* object, QEvent* e) const;
     bool endsForWidget(const QWidget& widget, const QEvent& e) const;
     bool mouseLost(const QObject* object, const QMouseEvent& e) const;

@@ -15,7 +15,7 @@ protected:
             if (number == EVT_CMD_BTN_DOWN) {
                 pages.pressed(e.sender);
             } else if (number == EVT_CMD_BTN_UP) {
-                sender.frames().stopCommand(0);
+                pages.released(e.sender);
             }
         };
         setEventReceiver(&hub);
@@ -181,12 +181,13 @@ TEST_F(CommandPagesPart, TheWheelSteersTheCameraOfItsPicture) {
     pages.setZoom(2, 2);
     display_mode = 3;
     pages.setZoom(1, 2);
-    EXPECT_EQ(sent(), (Frames{variableFrame("450001070000"), variableFrame("500002070000"),
-                              variableFrame("500010000000")}));
-    EXPECT_EQ(zoom_timers.size(), 3);
+    // The lens of the first picture stops before that of the second begins.
+    EXPECT_EQ(sent(), (Frames{variableFrame("450001070000"), variableFrame("450000000000"),
+                              variableFrame("500002070000"), variableFrame("500010000000")}));
+    EXPECT_EQ(zoom_timers.size(), 2);
     pages.setZoom(3, 1);
     EXPECT_EQ(sent(), Frames{});
-    EXPECT_EQ(zoom_timers.size(), 3);
+    EXPECT_EQ(zoom_timers.size(), 2);
 }
 
 TEST_F(CommandPagesPart, TheZoomStopsBehindTheLastNotch) {
@@ -251,33 +252,30 @@ TEST_F(CommandPagesPart, TheDisplaysChoiceGoesRound) {
 class EndOfAll : public CommandPagesPart {};
 
 TEST_F(EndOfAll, HoldsEndFirstAndTheZoomStops) {
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
     pages.setZoom(1, 1);
-    pages.chosen(sorvane::control::kPalette, 1);
     pages.setZoom(1, 1);
     sent();
-    int ended = 0;
-    pages.endAll([&] {
-        ++ended;
-        EXPECT_EQ(timers.count(), 3);
-    });
-    EXPECT_EQ(ended, 1);
+    pages.endAll();
+    EXPECT_FALSE(button("pushButton_118")->isHeld());
     EXPECT_EQ(timers.count(), 0);
     EXPECT_EQ(stop_timer, 0);
     EXPECT_TRUE(zoom_timers.isEmpty());
-    EXPECT_EQ(sent(), Frames{variableFrame("450000000000")});
+    EXPECT_EQ(sent(), (Frames{variableFrame("450000000000"), variableFrame("450000000000")}));
 }
 
 TEST_F(EndOfAll, AZoomAloneEnds) {
     pages.setZoom(1, 1);
-    pages.endAll([] {});
+    pages.endAll();
     EXPECT_EQ(sent(), (Frames{variableFrame("450001070000"), variableFrame("450000000000")}));
 }
 
 TEST_F(EndOfAll, AChoiceAloneEnds) {
     single = false;
     pages.chosen(sorvane::control::kPalette, 1);
-    pages.endAll([] {});
+    pages.endAll();
     EXPECT_TRUE(frame_release);
+    EXPECT_EQ(timers.count(), 0);
     EXPECT_EQ(sent().size(), 2U);
     EXPECT_EQ(frame.code, 0);
 }
@@ -286,22 +284,23 @@ TEST_F(EndOfAll, AChoiceAloneEnds) {
 TEST_F(EndOfAll, InSingleModeNoPeriodicFrameLeaves) {
     frame.code = 0x45;
     frame_release = true;
-    pages.endAll([] {});
+    pages.endAll();
     EXPECT_EQ(sent(), Frames{});
 }
 
 TEST_F(EndOfAll, WithNothingUnderWayNothingIsSent) {
     last_code = 0x45;
-    pages.endAll([] {});
+    pages.endAll();
     single = false;
-    pages.endAll([] {});
+    pages.endAll();
     EXPECT_EQ(sent(), Frames{});
 }
 
 TEST_F(EndOfAll, AReleasedCommandEndsOnTheWireInPeriodicMode) {
     single = false;
-    pages.pressed(button("pushButton_118"));
-    pages.endAll([this] { sender.frames().stopCommand(0); });
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    QTest::mouseRelease(button("pushButton_118"), Qt::LeftButton);
+    pages.endAll();
     const Frames frames = sent();
     // The command once more, its end, and what remains.
     ASSERT_EQ(frames.size(), 3U);
@@ -310,15 +309,92 @@ TEST_F(EndOfAll, AReleasedCommandEndsOnTheWireInPeriodicMode) {
     EXPECT_TRUE(frames[2].startsWith(hex("FB2C0000")));
 }
 
-TEST_F(EndOfAll, WithoutALinkOrAReleaseThePeriodicFrameStays) {
+TEST_F(EndOfAll, WithoutALinkThePeriodicFrameStaysForTheNextOpening) {
     single = false;
-    pages.pressed(button("pushButton_118"));
-    pages.endAll([] {});
-    EXPECT_EQ(sent(), Frames{}) << "the command was not let go";
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
     link_state = kLinkNone;
-    pages.endAll([this] { sender.frames().stopCommand(0); });
+    pages.endAll();
     EXPECT_EQ(sent(), Frames{});
     EXPECT_EQ(frame.code, 0x45);
+    EXPECT_TRUE(frame_release);
+}
+
+TEST_F(EndOfAll, AbandonedNoControlIsAsked) {
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    sent();
+    pages.abandon();
+    EXPECT_EQ(sent(), Frames{variableFrame("450000000000")});
+    EXPECT_TRUE(button("pushButton_118")->isHeld());
+}
+
+// A change of the protocol mode ends what stands in the mode in which it began; other changes end nothing.
+TEST_F(EndOfAll, AChangeOfTheModeEndsHoldsInTheOldOne) {
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    sent();
+    pages.modeChanged();
+    EXPECT_EQ(sent(), Frames{});
+    single = false;
+    pages.modeChanged();
+    EXPECT_EQ(sent(), Frames{variableFrame("450000000000")});
+    EXPECT_FALSE(button("pushButton_118")->isHeld());
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    single = true;
+    pages.modeChanged();
+    EXPECT_EQ(sent().size(), 3U);
+    EXPECT_EQ(frame.code, 0);
+}
+
+class Overtaken : public CommandPagesPart {
+protected:
+    Overtaken() { routeTimers(); }
+};
+
+TEST_F(Overtaken, AClickWithinTheWheelsTimeStopsTheLensFirst) {
+    pages.setZoom(1, 1);
+    pages.trackPoint(5, 0);
+    EXPECT_EQ(sent(), (Frames{variableFrame("450001070000"), variableFrame("450000000000"),
+                              variableFrame("3A0005000000")}));
+    EXPECT_EQ(timers.count(), 0);
+}
+
+TEST_F(Overtaken, TheMiddleButtonWithinTheWheelsTimeToo) {
+    pages.setZoom(2, 1);
+    pages.videoSwitchPressed();
+    EXPECT_EQ(sent(), (Frames{variableFrame("500001070000"), variableFrame("500000000000"),
+                              variableFrame("310000000000")}));
+    pages.videoSwitchReleased();
+    EXPECT_EQ(sent(), Frames{});
+}
+
+TEST_F(Overtaken, ADragEndsTheHeldButton) {
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    pages.slewBegins(2);
+    pages.slew(3, 0);
+    EXPECT_FALSE(button("pushButton_118")->isHeld());
+    EXPECT_EQ(sent(), (Frames{variableFrame("450001000000"), variableFrame("450000000000"),
+                              variableFrame("700003000000")}));
+    pages.slewEnded(2);
+    EXPECT_EQ(sent(), Frames{variableFrame("700000000000")});
+}
+
+TEST_F(Overtaken, AChoiceDoesNotEndTheHoldThatFollows) {
+    single = false;
+    form.rate->setMaximum(40);
+    form.rate->setValue(20);
+    pages.chosen(sorvane::control::kPalette, 3);
+    QTest::mousePress(button("pushButton_115"), Qt::LeftButton);
+    EXPECT_EQ(timers.count(), 0) << "its timer would end the arrow";
+    EXPECT_EQ(frame.rate_code, 0x70);
+    EXPECT_FALSE(frame_release);
+}
+
+TEST_F(Overtaken, WhatTheSettingsEndLeavesAHoldAlone) {
+    single = false;
+    pages.endUnlessHeld(0);
+    EXPECT_TRUE(frame_release);
+    QTest::mousePress(button("pushButton_118"), Qt::LeftButton);
+    pages.endUnlessHeld(0);
+    EXPECT_FALSE(frame_release);
 }
 
 }  // namespace

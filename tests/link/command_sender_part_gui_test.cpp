@@ -140,21 +140,6 @@ TEST_F(SenderPartTest, SilenceEndsBothTimersAndForgetsThem) {
     EXPECT_EQ(nav_timer, -1);
 }
 
-TEST_F(SenderPartTest, ACommandStandsByItsCodeOrByARate) {
-    EXPECT_FALSE(sender.commandStands());
-    frame.code = 0x45;
-    EXPECT_TRUE(sender.commandStands());
-    frame.code = 0;
-    frame.rate_x = -1;
-    EXPECT_TRUE(sender.commandStands());
-    frame.rate_x = 0;
-    frame.rate_y = 1;
-    EXPECT_TRUE(sender.commandStands());
-    frame.rate_y = 0;
-    frame.rate_code = 0x70;
-    EXPECT_FALSE(sender.commandStands());
-}
-
 TEST_F(SenderPartTest, ThePeriodicFrameHasTheLocalTimeWhileNobodyElseGivesIt) {
     openLink();
     sender.local_clock = [] { return sorvane::CalendarTime{2026, 11, 21, 7, 9, 45, 678}; };

@@ -43,8 +43,7 @@ protected:
 
     CommandFields fields{form, window};
     CommandPages pages{
-        form, timers, sender,
-        CommandPagesFields{zoom_timers, stop_timer, link_state, tracking, frame_release},
+        form, timers, sender, CommandPagesFields{zoom_timers, stop_timer, link_state, tracking},
         CommandQuestions{[this] { return display_mode; },
                          [this]() -> const QWidget* { return settings_exist ? &settings : nullptr; },
                          [this]() -> const QWidget* { return settings_form.osd_page; }}};

@@ -22,13 +22,17 @@ public:
     int frameWidth() const override { return frame.width(); }
     int frameHeight() const override { return frame.height(); }
     bool edgeResizing() const override { return resizing; }
+    bool edgeGesture(const QPoint& /*global*/) const override { return edge_gesture; }
     void setZoom(int window_id, int cmd) override { calls << QString("zoom %1 %2").arg(window_id).arg(cmd); }
     void trackPoint(std::int16_t x, std::int16_t y) override {
         calls << QString("track %1 %2").arg(x).arg(y);
     }
     void stopTracking() override { calls << "stop tracking"; }
     void slew(std::int16_t x, std::int16_t y) override { calls << QString("slew %1 %2").arg(x).arg(y); }
-    void stopSlew() override { calls << "stop slew"; }
+    void beginSlew(int window_id) override { calls << QString("slew begins %1").arg(window_id); }
+    void stopSlew(int /*window_id*/) override { calls << "stop slew"; }
+    void middlePressed() override { calls << "middle pressed"; }
+    void middleReleased() override { calls << "middle released"; }
     void showDragRing(const QPoint& centre) override {
         calls << "ring";
         ring = centre;
@@ -43,12 +47,14 @@ public:
     int open_window = 0;
     QSize frame{640, 512};
     bool resizing = false;
+    bool edge_gesture = false;
     QStringList calls;
     QPoint ring;
     QPoint dot;
     int tips_placed = 0;
 };
 
+const QStringList kStart = {"slew begins 1", "ring"};
 const QStringList kStop = {"stop slew", "hide marks"};
 
 class VideoFace : public ::testing::Test {
@@ -100,7 +106,7 @@ protected:
         press({320, 256});
         move({320, 256});
         move({331, 256});
-        ASSERT_EQ(taken(), QStringList{"ring"});
+        ASSERT_EQ(taken(), kStart);
         ASSERT_TRUE(widget.dragUnderWay());
     }
     bool noSignalShown() {
@@ -151,10 +157,34 @@ TEST_F(VideoFace, AClickBesideThePictureIsNone) {
     EXPECT_EQ(taken(), QStringList{"track 0 0"});
 }
 
-TEST_F(VideoFace, TheRightButtonStopsTrackingAndTheMiddleOneDoesNothing) {
+TEST_F(VideoFace, TheRightButtonStopsTrackingAndTheMiddleOneIsHeld) {
     click({320, 256}, Qt::RightButton);
-    click({320, 256}, Qt::MiddleButton);
     EXPECT_EQ(taken(), QStringList{"stop tracking"});
+    press({320, 256}, Qt::MiddleButton);
+    EXPECT_EQ(taken(), QStringList{"middle pressed"});
+    release({320, 256}, Qt::MiddleButton);
+    EXPECT_EQ(taken(), QStringList{"middle released"});
+}
+
+TEST_F(VideoFace, AGestureOnTheWindowsEdgeIsNoClick) {
+    press({320, 256});
+    owner.edge_gesture = true;
+    release({320, 256});
+    EXPECT_EQ(taken(), QStringList{});
+    owner.edge_gesture = false;
+    click({320, 256});
+    EXPECT_EQ(taken(), QStringList{"track 0 0"});
+}
+
+TEST_F(VideoFace, ADragLeavesTheMiddleButtonAloneAndTheOtherWayRound) {
+    press({320, 256}, Qt::MiddleButton);
+    taken();
+    widget.endDrag();
+    EXPECT_EQ(taken(), QStringList{});
+    widget.endMiddle();
+    EXPECT_EQ(taken(), QStringList{"middle released"});
+    release({320, 256}, Qt::MiddleButton);
+    EXPECT_EQ(taken(), QStringList{}) << "it was let go already";
 }
 
 TEST_F(VideoFace, TheSecondWindowHasNoClicks) {
@@ -222,7 +252,7 @@ TEST_F(VideoFace, AResizeOfTheWindowHoldsTheDragBack) {
     owner.resizing = false;
     move({400, 256});
     move({420, 256});
-    EXPECT_EQ(taken(), QStringList{"ring"});
+    EXPECT_EQ(taken(), kStart);
     EXPECT_EQ(owner.ring, widget.mapToGlobal(QPoint(400, 256)));
 }
 
