@@ -65,4 +65,12 @@ std::optional<asio::ip::address> parseAddress(const char* text) {
     return std::strchr(text, ':') != nullptr ? parseV6(text) : parseV4(text);
 }
 
+asio::ip::address bindAddress(const asio::ip::address& local, const asio::ip::address& remote) {
+    if (!local.is_loopback() || remote.is_loopback() || remote.is_unspecified()) {
+        return local;
+    }
+    return local.is_v6() ? asio::ip::address(asio::ip::address_v6::any())
+                         : asio::ip::address(asio::ip::address_v4::any());
+}
+
 }  // namespace oskel

@@ -73,10 +73,18 @@ bool DatagramPort::joinGroup() {
     const auto group = m_route.remote.address();
     const auto local = m_route.local.address();
     system::takeJoinedGroupsOnly(m_socket);
-    if (group.is_v4()) {
-        if (!local.is_unspecified()) {
-            m_socket.set_option(multicast::outbound_interface(local.to_v4()), error);
+    if (group.is_v4() && local.is_unspecified()) {
+        // Any is the interface that the system prefers and this machine itself.
+        const auto self = asio::ip::address_v4::loopback();
+        m_socket.set_option(multicast::join_group(group.to_v4()), error);
+        const bool alone = static_cast<bool>(error);
+        m_socket.set_option(multicast::join_group(group.to_v4(), self), error);
+        if (!alone) {
+            return true;
         }
+        m_socket.set_option(multicast::outbound_interface(self), unimportant);
+    } else if (group.is_v4()) {
+        m_socket.set_option(multicast::outbound_interface(local.to_v4()), error);
         if (error) {
             return false;
         }

@@ -109,8 +109,9 @@ bool makeRoute(const char* remote_ip, int remote_port, const char* local_ip, int
     if (local.value_or(any).is_v6() != is_v6) {
         return false;
     }
-    route.local = {local.value_or(any), static_cast<unsigned short>(local_port)};
-    route.remote = {remote.value_or(any), static_cast<unsigned short>(remote_port)};
+    const auto peer = remote.value_or(any);
+    route.local = {bindAddress(local.value_or(any), peer), static_cast<unsigned short>(local_port)};
+    route.remote = {peer, static_cast<unsigned short>(remote_port)};
     return true;
 }
 

@@ -12,13 +12,15 @@ namespace oskel {
 using ReceiveCallback =
     std::function<void(const std::uint8_t* data, std::int32_t length, std::int32_t context)>;
 
-// Opens a UDP port bound to local_ip:local_port (empty address: any; port 0: chosen by the system).
-// Datagrams are sent to remote_ip:remote_port and taken from remote_ip alone (from any source port) when
-// remote_port is not 0, else from anybody; a multicast group in remote_ip is joined on local_ip. Nobody sends
-// from a group, a broadcast or the unspecified address, so with one of those datagrams are taken from
-// anybody. With remote_port 0 (remote_ip may then be empty) the port only receives. Addresses are literal
-// IPv4 or IPv6 texts, of one family; ports 0..65535. Empty datagrams are not reported. Returns a handle of at
-// least 1, or -1 on bad text, a null pointer, a port out of range, a failed bind or join.
+// Opens a UDP port bound to local_ip:local_port (empty address: any; port 0: chosen by the system). A
+// loopback local_ip is taken as any when remote_ip is neither loopback nor empty, since nothing sent from it
+// could leave the machine. Datagrams are sent to remote_ip:remote_port and taken from remote_ip alone (from
+// any source port) when remote_port is not 0, else from anybody; a multicast group in remote_ip is joined on
+// local_ip (any: on the interface that the system prefers, and within this machine). Nobody sends from a
+// group, a broadcast or the unspecified address, so with one of those datagrams are taken from anybody. With
+// remote_port 0 (remote_ip may then be empty) the port only receives. Addresses are literal IPv4 or IPv6
+// texts, of one family; ports 0..65535. Empty datagrams are not reported. Returns a handle of at least 1, or
+// -1 on bad text, a null pointer, a port out of range, a failed bind or join.
 int dialDatagram(const char* remote_ip, int remote_port, const char* local_ip, int local_port,
                  ReceiveCallback on_bytes);
 

@@ -164,6 +164,8 @@ std::optional<std::uint32_t> parseIpv4(const std::string& text) {
 
 bool isMulticast(std::uint32_t ipv4) { return (ipv4 >> 28) == 0xE; }
 
+bool isLoopback(std::uint32_t ipv4) { return (ipv4 >> 24) == 127; }
+
 std::optional<DatagramAddress> parseDatagramAddress(const std::string& sender, int port,
                                                     const std::string& interface_ip) {
     if (port < 1 || port > 65535) {
@@ -186,6 +188,10 @@ std::optional<DatagramAddress> parseDatagramAddress(const std::string& sender, i
             return std::nullopt;
         }
         out.m_interface = *ip;
+    }
+    // A machine's own name often stands for a loopback address, which nothing from another host ever reaches.
+    if (isLoopback(out.m_interface) && out.sender != 0 && !isLoopback(out.sender)) {
+        out.m_interface = 0;
     }
     return out;
 }

@@ -27,13 +27,15 @@ std::string networkAddressWithHost(const NetworkAddress& address, const std::str
 // A dotted IPv4 address as a number, most significant byte first; nothing for any other text.
 std::optional<std::uint32_t> parseIpv4(const std::string& text);
 bool isMulticast(std::uint32_t ipv4);
+bool isLoopback(std::uint32_t ipv4);
 
 struct DatagramAddress {
     std::uint32_t sender = 0;       // 0: none given
     std::uint32_t m_interface = 0;  // 0: any
     std::uint16_t port = 0;
 };
-// Sender or group (may be empty), local port 1..65535, interface (may be empty).
+// Sender or group (may be empty), local port 1..65535, interface (may be empty). A loopback interface counts
+// as any when the sender is neither loopback nor empty.
 std::optional<DatagramAddress> parseDatagramAddress(const std::string& sender, int port,
                                                     const std::string& interface_ip);
 

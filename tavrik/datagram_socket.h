@@ -18,7 +18,8 @@ public:
     DatagramSocket& operator=(const DatagramSocket&) = delete;
 
     // Binds the port on the interface (any if it is not an address of this machine), asks for a receive
-    // buffer of 8 MiB, and joins the sender's address if it is a multicast group. False if the port is taken.
+    // buffer of 8 MiB, and joins the sender's address if it is a multicast group (on any: on the interface
+    // that the system prefers, and within this machine). False if the port is taken.
     bool open(const DatagramAddress& address);
     void close();
     bool isOpen() const { return m_handle != kNone; }

@@ -31,6 +31,18 @@ void growReceiveBuffer(int fd) {
     ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof(kReceiveBuffer));
 }
 
+bool joinOn(int fd, std::uint32_t group, std::uint32_t on) {
+    ip_mreq request{};
+    request.imr_multiaddr.s_addr = htonl(group);
+    request.imr_interface.s_addr = htonl(on);
+    return ::setsockopt(fd, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request)) == 0;
+}
+
+bool joinGroup(int fd, const DatagramAddress& address) {
+    const bool joined = joinOn(fd, address.sender, address.m_interface);
+    return (address.m_interface == INADDR_ANY && joinOn(fd, address.sender, INADDR_LOOPBACK)) || joined;
+}
+
 }  // namespace
 
 bool DatagramSocket::open(const DatagramAddress& address) {
@@ -51,18 +63,9 @@ bool DatagramSocket::open(const DatagramAddress& address) {
         bound = bindTo(fd, address.m_interface, address.port) ||
                 (errno == EADDRNOTAVAIL && bindTo(fd, INADDR_ANY, address.port));
     }
-    if (!bound) {
+    if (!bound || (group && !joinGroup(fd, address))) {
         ::close(fd);
         return false;
-    }
-    if (group) {
-        ip_mreq request{};
-        request.imr_multiaddr.s_addr = htonl(address.sender);
-        request.imr_interface.s_addr = htonl(address.m_interface);
-        if (::setsockopt(fd, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request)) != 0) {
-            ::close(fd);
-            return false;
-        }
     }
     m_handle = fd;
     return true;

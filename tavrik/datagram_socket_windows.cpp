@@ -29,6 +29,18 @@ bool setOption(SOCKET s, int level, int name, const void* value, int size) {
     return ::setsockopt(s, level, name, static_cast<const char*>(value), size) == 0;
 }
 
+bool joinOn(SOCKET s, std::uint32_t group, std::uint32_t on) {
+    ip_mreq request{};
+    request.imr_multiaddr.s_addr = htonl(group);
+    request.imr_interface.s_addr = htonl(on);
+    return setOption(s, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request));
+}
+
+bool joinGroup(SOCKET s, const DatagramAddress& address) {
+    const bool joined = joinOn(s, address.sender, address.m_interface);
+    return (address.m_interface == INADDR_ANY && joinOn(s, address.sender, INADDR_LOOPBACK)) || joined;
+}
+
 }  // namespace
 
 bool DatagramSocket::open(const DatagramAddress& address) {
@@ -47,11 +59,7 @@ bool DatagramSocket::open(const DatagramAddress& address) {
         // A group is no address to bind to here: the port is bound on every interface and the group joined.
         const int on = 1;
         setOption(s, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
-        ip_mreq request{};
-        request.imr_multiaddr.s_addr = htonl(address.sender);
-        request.imr_interface.s_addr = htonl(address.m_interface);
-        ready = bindTo(s, INADDR_ANY, address.port) &&
-                setOption(s, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof(request));
+        ready = bindTo(s, INADDR_ANY, address.port) && joinGroup(s, address);
     } else {
         ready = bindTo(s, address.m_interface, address.port) ||
                 (WSAGetLastError() == WSAEADDRNOTAVAIL && bindTo(s, INADDR_ANY, address.port));

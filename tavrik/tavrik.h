@@ -31,7 +31,8 @@ int list_decoders();
 // Opens a stream and returns at once; threads of its own do the rest.
 // is_rtsp: `url` is an rtsp:// or http:// address, `port` is ignored. Otherwise `url` is the sender's bare IP
 // address or a multicast group (joined on local_ip), may be empty; `port` the local UDP port to bind;
-// local_ip the interface, empty = any; transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
+// local_ip the interface, empty = any (and so is a loopback one when `url` names another host or a group);
+// transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
 // av_options: "key=value;key=value" handed to FFmpeg. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is
 // not there falls back to software. Returns a handle above 0, or 0 for a malformed or refused address
 // (control characters, foreign protocol, port out of range). It never reconnects by itself. Empty callables

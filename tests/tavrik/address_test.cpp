@@ -114,6 +114,24 @@ TEST(DatagramAddress, AcceptsTheseAndNoOthers) {
     }
 }
 
+TEST(DatagramAddress, LoopbackIsAnyUnlessTheSenderIsLoopbackOrNobody) {
+    const struct {
+        const char* sender;
+        const char* local;
+        std::uint32_t bound_to;
+    } table[] = {
+        {"192.168.1.160", "127.0.0.1", 0},      {"192.168.1.160", "127.0.1.1", 0},
+        {"239.1.2.3", "127.0.0.1", 0},          {"192.168.1.160", "192.168.1.2", 0xC0A80102},
+        {"127.0.0.1", "127.0.1.1", 0x7F000101}, {"127.0.0.1", "192.168.1.2", 0xC0A80102},
+        {"", "127.0.1.1", 0x7F000101},          {"192.168.1.160", "", 0},
+    };
+    for (const auto& row : table) {
+        const auto address = parseDatagramAddress(row.sender, 5000, row.local);
+        ASSERT_TRUE(address.has_value());
+        EXPECT_EQ(address->m_interface, row.bound_to) << row.sender << " " << row.local;
+    }
+}
+
 TEST(Options, AreKeysAndValues) {
     using Pairs = std::vector<std::pair<std::string, std::string>>;
     EXPECT_EQ(parseOptions("rtsp_transport=udp"), (Pairs{{"rtsp_transport", "udp"}}));
