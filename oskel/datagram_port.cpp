@@ -130,7 +130,7 @@ void DatagramPort::onReceived(const asio::error_code& error, std::size_t size) {
     }
 }
 
-int DatagramPort::send(const std::uint8_t* data, std::size_t size) {
+int DatagramPort::send(const std::uint8_t* data, std::size_t size, bool) {
     if (m_route.remote.port() == 0) {
         return 0;
     }

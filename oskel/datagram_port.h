@@ -22,8 +22,9 @@ public:
 
 private:
     void armReceive() override;
-    int send(const std::uint8_t* data, std::size_t size) override;
+    int send(const std::uint8_t* data, std::size_t size, bool ahead) override;
     void closeDevice() override;
+    SendTrouble trouble() override { return SendTrouble::kNone; }
 
     void onReceived(const asio::error_code& error, std::size_t size);
     bool takesFromAnybody() const;

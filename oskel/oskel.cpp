@@ -175,4 +175,20 @@ int hang_up(int handle) {
     return 0;
 }
 
+void mark_ahead(int handle) {
+    if (const auto port = openPorts().find(handle)) {
+        port->markAhead();
+    }
+}
+
+int line_busy_ms(int handle) {
+    const auto port = openPorts().find(handle);
+    return port == nullptr ? 0 : port->lineBusyMs();
+}
+
+SendTrouble send_trouble(int handle) {
+    const auto port = openPorts().find(handle);
+    return port == nullptr ? SendTrouble::kNone : port->sendTrouble();
+}
+
 }  // namespace oskel

@@ -1,4 +1,5 @@
-// Byte ports of the station: serial lines, UDP and TCP behind five operations.
+// Byte ports of the station: serial lines, UDP and TCP behind five operations, and three more that tell and
+// order what happens on slow and broken lines.
 #pragma once
 
 #include <cstdint>
@@ -34,16 +35,46 @@ int dialStream(const char* remote_ip, int port, ReceiveCallback on_bytes);
 // at least 1, or -1 on failure. A device that vanishes ends its port quietly, as above.
 int dialSerial(const char* port_name, int baud, ReceiveCallback on_bytes);
 
-// Sends `length` bytes; never blocks. Datagrams that the system does not take at once are dropped; streams
-// and serial lines queue up to 64 KiB, beyond which the whole run is dropped. May be called from any thread,
-// also from within or during the receive callback. Returns the bytes taken, which is `length` or 0, or -1 for
-// bad arguments and for a handle that is unknown, closed or ended.
+// Sends a run of `length` bytes; never blocks. Datagrams that the system does not take at once are dropped;
+// streams and serial lines queue up to 64 KiB, beyond which the whole run is dropped. Runs leave whole, one
+// after the other: a serial line is given the next when the one before is nearly out, at 10 bits a byte of
+// the opened rate; a stream when nothing is left unsent. May be called from any thread, also from within or
+// during the receive callback. Returns the bytes taken, which is `length` or 0, or -1 for bad arguments and
+// for a handle that is unknown, closed or ended.
 int push_bytes(const void* data, int length, int handle);
 
 // Closes the port; returns within 1 s whatever the peer or the callback does. After it has returned no
 // callback starts; one that does not return is left behind with all that it uses, and its thread ends when it
-// returns. May be called from within the callback. Bytes still queued for a stream are dropped; a serial line
-// gets a moment to put its last bytes on the wire. Returns 0, or -1 for a handle that is not open.
+// returns. May be called from within the callback, and then drops what is queued; otherwise what is queued
+// for a stream or a serial line goes out first, as far as it does within 850 ms. Returns 0, or -1 for a
+// handle that is not open.
 int hang_up(int handle);
+
+// Makes the next run that the calling thread pushes on this handle go ahead of all waiting runs that are not
+// marked; marked runs keep their order. A run already begun is not cut. There is room for 4 KiB of marked
+// runs when the 64 KiB are full. Without meaning for datagrams and for handles that are not open. Any thread;
+// never blocks.
+void mark_ahead(int handle);
+
+// 0 if a run pushed now would begin to leave at once, else the milliseconds, at least 1, after which it makes
+// sense to ask again: a caller that sends periodically puts its tick off by them, so that what it sends is
+// new when it leaves. Always 0 for datagrams and for handles that are not open or have ended. Any thread;
+// never blocks.
+int line_busy_ms(int handle);
+
+enum class SendTrouble {
+    kNone,
+    kUnreachable,  // no route, or the network or host does not answer
+    kRefused,      // the host is there, and nobody listens at that port
+    kStuck,  // something pushed has waited for more than a second: too much for the line, or nobody takes it
+    kGone,   // the device has vanished, the stream has ended or was reset; the handle takes nothing any more
+    kOther,
+};
+
+// What is known to be wrong with sending on this handle; kNone also for handles that are not open. A trouble
+// with datagrams stands until a second and a half have passed without another, in which one was sent or came
+// from the peer: hosts report each one's fate only once a second. It costs no datagram and no time. Any
+// thread; never blocks.
+SendTrouble send_trouble(int handle);
 
 }  // namespace oskel

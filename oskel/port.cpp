@@ -1,5 +1,6 @@
 #include "oskel/port.h"
 
+#include <algorithm>
 #include <asio/post.hpp>
 #include <chrono>
 #include <system_error>
@@ -9,9 +10,10 @@
 namespace oskel {
 namespace {
 
-// Together well below the second that a close may take.
-constexpr std::chrono::milliseconds kLongestLinger{250};
-constexpr std::chrono::milliseconds kLongestWaitForThread{600};
+// Below the second that a close may take; the latter from the same beginning.
+constexpr std::chrono::milliseconds kLongestLinger{850};
+constexpr std::chrono::milliseconds kLongestWaitForThread{930};
+constexpr std::chrono::milliseconds kLookAgain{5};
 
 }  // namespace
 
@@ -54,7 +56,35 @@ void Port::deliver(std::size_t size) {
 
 int Port::push(const std::uint8_t* data, std::size_t size) {
     std::lock_guard lock(m_mutex);
-    return m_ended || m_closing ? -1 : send(data, size);
+    const bool ahead = takeMark();
+    return m_ended || m_closing ? -1 : send(data, size, ahead);
+}
+
+void Port::markAhead() {
+    std::lock_guard lock(m_mutex);
+    const auto self = std::this_thread::get_id();
+    if (std::find(m_markers.begin(), m_markers.end(), self) == m_markers.end()) {
+        m_markers.push_back(self);
+    }
+}
+
+bool Port::takeMark() {
+    const auto mark = std::find(m_markers.begin(), m_markers.end(), std::this_thread::get_id());
+    if (mark == m_markers.end()) {
+        return false;
+    }
+    m_markers.erase(mark);
+    return true;
+}
+
+int Port::lineBusyMs() {
+    std::lock_guard lock(m_mutex);
+    return m_ended ? 0 : busyMs();
+}
+
+SendTrouble Port::sendTrouble() {
+    std::lock_guard lock(m_mutex);
+    return trouble();
 }
 
 void Port::end() {
@@ -62,18 +92,22 @@ void Port::end() {
         return;
     }
     m_ended = true;
+    m_lingering.cancel();
     closeDevice();
 }
 
-void Port::lingerAndEnd() {
-    const auto deadline = std::chrono::steady_clock::now() + kLongestLinger;
-    std::unique_lock lock(m_mutex);
-    while (!m_ended && lingering() > 0 && std::chrono::steady_clock::now() < deadline) {
-        lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        lock.lock();
+// By a timer, since the thread that would wait is the one that sends.
+void Port::linger(std::chrono::steady_clock::time_point deadline) {
+    std::lock_guard lock(m_mutex);
+    if (m_ended) {
+        return;
     }
-    end();
+    if (!lingers() || std::chrono::steady_clock::now() >= deadline) {
+        end();
+        return;
+    }
+    m_lingering.expires_after(kLookAgain);
+    m_lingering.async_wait([this, deadline](const asio::error_code&) { linger(deadline); });
 }
 
 void Port::hang_up() {
@@ -84,7 +118,8 @@ void Port::hang_up() {
         m_thread.detach();
         return;
     }
-    asio::post(m_io, [this] { lingerAndEnd(); });
+    const auto deadline = std::chrono::steady_clock::now() + kLongestLinger;
+    asio::post(m_io, [this, deadline] { linger(deadline); });
     if (m_finished.wait_for(lock, kLongestWaitForThread, [this] { return m_threadIsOver; })) {
         lock.unlock();
         m_thread.join();

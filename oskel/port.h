@@ -3,11 +3,14 @@
 
 #include <array>
 #include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "oskel/oskel.h"
 
@@ -28,6 +31,10 @@ public:
     bool start();
     // As push_bytes(), with arguments that are known to be good.
     int push(const std::uint8_t* data, std::size_t size);
+    // As oskel::mark_ahead(), line_busy_ms() and send_trouble().
+    void markAhead();
+    int lineBusyMs();
+    SendTrouble sendTrouble();
     // As oskel::hang_up(); called once, on a started port.
     void hang_up();
 
@@ -43,10 +50,14 @@ protected:
 
     // All with the mutex:
     virtual void armReceive() = 0;
-    virtual int send(const std::uint8_t* data, std::size_t size) = 0;
+    virtual int send(const std::uint8_t* data, std::size_t size, bool ahead) = 0;
     virtual void closeDevice() = 0;
-    // Bytes worth waiting for before an orderly close.
-    virtual std::size_t lingering() { return 0; }
+    // On an open device:
+    virtual int busyMs() { return 0; }
+    // Something is on its way out that is worth waiting for before an orderly close.
+    virtual bool lingers() { return false; }
+    // Also on a closed one:
+    virtual SendTrouble trouble() = 0;
 
     std::mutex m_mutex;
     // Ahead of m_io: a system that reads in the background may write here until m_io is gone.
@@ -55,14 +66,17 @@ protected:
 
 private:
     void run();
-    void lingerAndEnd();
+    void linger(std::chrono::steady_clock::time_point deadline);
+    bool takeMark();
 
     ReceiveCallback m_onBytes;
     const char* const m_name;
     std::thread m_thread;
     std::condition_variable m_finished;
-    bool m_closing = false;  // hang_up() has been called
-    bool m_ended = false;    // the device is closed
+    asio::steady_timer m_lingering{m_io};
+    std::vector<std::thread::id> m_markers;  // whose next run goes ahead
+    bool m_closing = false;                  // hang_up() has been called
+    bool m_ended = false;                    // the device is closed
     bool m_threadIsOver = false;
 };
 

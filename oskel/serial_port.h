@@ -5,6 +5,7 @@
 #include <string>
 
 #include "oskel/byte_stream_port.h"
+#include "oskel/line_pace.h"
 
 namespace oskel {
 
@@ -17,8 +18,15 @@ public:
 
 private:
     std::size_t writeNow(const std::uint8_t* data, std::size_t size) override;
+    std::size_t unsent() override;
+    Duration untilNext(Clock::time_point now) override;
+    int busyMs(std::size_t waiting, Clock::time_point now) override;
+    void onBegun(std::size_t size, Clock::time_point now) override;
+    void onWoken(Clock::time_point now) override;
+    bool lingers() override;
     void closeDevice() override;
-    std::size_t lingering() override;
+
+    LinePace m_pace;
 };
 
 }  // namespace oskel

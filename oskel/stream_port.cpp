@@ -52,4 +52,21 @@ std::size_t StreamPort::writeNow(const std::uint8_t* data, std::size_t size) {
     return error ? 0 : taken;
 }
 
+std::size_t StreamPort::unsent() { return system::unacknowledged(m_device); }
+
+StreamPort::Duration StreamPort::untilNext(Clock::time_point) {
+    // How fast the peer takes bytes is not known.
+    return system::unsent(m_device) > 0 ? std::chrono::milliseconds(kAskAgainMs) : Duration::zero();
+}
+
+int StreamPort::busyMs(std::size_t waiting, Clock::time_point) {
+    return waiting > 0 || system::unsent(m_device) > 0 ? kAskAgainMs : 0;
+}
+
+void StreamPort::closeDevice() {
+    asio::error_code unimportant;
+    m_device.shutdown(asio::socket_base::shutdown_send, unimportant);
+    ByteStreamPort::closeDevice();
+}
+
 }  // namespace oskel

@@ -16,6 +16,10 @@ public:
 
 private:
     std::size_t writeNow(const std::uint8_t* data, std::size_t size) override;
+    std::size_t unsent() override;
+    Duration untilNext(Clock::time_point now) override;
+    int busyMs(std::size_t waiting, Clock::time_point now) override;
+    void closeDevice() override;
 };
 
 }  // namespace oskel

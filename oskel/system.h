@@ -15,6 +15,11 @@ std::string serialDevice(const std::string& port_name);
 
 // Bytes written to the line and not yet on the wire; 0 if the device does not say.
 std::size_t unsent(asio::serial_port& line);
+// Bytes given to the stream that have not been sent, and those that the peer has not acknowledged; 0 if the
+// system does not say.
+std::size_t unsent(asio::ip::tcp::socket& socket);
+std::size_t unacknowledged(asio::ip::tcp::socket& socket);
+
 // Throws away what has not been sent or read, so that closing the device does not wait for it.
 void discard(asio::serial_port& line);
 // Writes what the device takes at once and returns how much that was; 0 also where only queued writes exist.

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <pthread.h>
 #include <sys/ioctl.h>
@@ -13,6 +14,11 @@ namespace oskel::system {
 namespace {
 
 void closeOnExec(int descriptor) { ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); }
+
+std::size_t count(int descriptor, unsigned long what) {
+    int bytes = 0;
+    return ::ioctl(descriptor, what, &bytes) == 0 && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
+}
 
 }  // namespace
 
@@ -29,11 +35,11 @@ std::string serialDevice(const std::string& port_name) {
     return path;
 }
 
-std::size_t unsent(asio::serial_port& line) {
-    int count = 0;
-    return ::ioctl(line.native_handle(), TIOCOUTQ, &count) == 0 && count > 0 ? static_cast<std::size_t>(count)
-                                                                             : 0;
-}
+std::size_t unsent(asio::serial_port& line) { return count(line.native_handle(), TIOCOUTQ); }
+
+std::size_t unsent(asio::ip::tcp::socket& socket) { return count(socket.native_handle(), SIOCOUTQNSD); }
+
+std::size_t unacknowledged(asio::ip::tcp::socket& socket) { return count(socket.native_handle(), SIOCOUTQ); }
 
 void discard(asio::serial_port& line) { ::tcflush(line.native_handle(), TCIOFLUSH); }
 

@@ -36,6 +36,10 @@ std::size_t unsent(asio::serial_port& line) {
     return ::ClearCommError(line.native_handle(), &errors, &status) ? status.cbOutQue : 0;
 }
 
+std::size_t unsent(asio::ip::tcp::socket&) { return 0; }
+
+std::size_t unacknowledged(asio::ip::tcp::socket&) { return 0; }
+
 void discard(asio::serial_port& line) {
     ::PurgeComm(line.native_handle(), PURGE_TXABORT | PURGE_RXABORT | PURGE_TXCLEAR | PURGE_RXCLEAR);
 }

@@ -1,0 +1,36 @@
+// How long a serial line is busy with what it was given.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+
+namespace oskel {
+
+// A device may take bytes long before they are on the wire, and only some say how many are not: the line is
+// reckoned at 10 bits a byte, and the system's count of unsent bytes counts where it says more. Time comes in
+// as an argument. One thread at a time.
+class LinePace {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+    using Duration = std::chrono::nanoseconds;
+
+    // Bits per second, at least 1.
+    explicit LinePace(unsigned int baud = 115200);
+
+    Duration timeOf(std::size_t bytes) const;
+    void handedOver(std::size_t bytes, TimePoint now);
+    // Until all that was handed over is on the wire; 0 on a silent line.
+    Duration left(std::size_t unsent, TimePoint now) const;
+    // Until the next run is to be handed over: so little before the line falls silent that hardly anything
+    // more is out of reach for a run that goes ahead.
+    Duration untilNext(std::size_t unsent, TimePoint now) const;
+    // A run that waited came too late for a line that had fallen silent: this machine needs more lead.
+    void cameLate();
+
+private:
+    unsigned int m_baud;
+    Duration m_lead;
+    TimePoint m_freeAt{};
+};
+
+}  // namespace oskel
