@@ -187,4 +187,81 @@ TEST_F(SenderPartTest, ADragTakesTheClockOfTheFields) {
     ASSERT_TRUE(waitFor(triedInTime));
 }
 
+// A line of 2400 bits a second carries a frame in 183 ms: three ticks of the period and more.
+class SlowLine : public SenderPartTest {
+protected:
+    void SetUp() override {
+        single = false;
+        link_handle = oskel::dialSerial(line.name().toLatin1().constData(), 2400, {});
+        ASSERT_GE(link_handle, 1);
+        link_state = kLinkSerial;
+    }
+    // Codes of the frames that have come out of the line whole.
+    QByteArray codes() {
+        QByteArray list;
+        for (int at = 0; at + 44 <= line.bytes().size(); at += 44) {
+            EXPECT_TRUE(isFixed(line.bytes().mid(at, 44)));
+            list.append(line.bytes().at(at + 2));
+        }
+        return list;
+    }
+
+    SerialPeer line;
+};
+
+TEST_F(SlowLine, ABusyLinePutsTheWholeTickOffAndItSendsWhatIsNewestThen) {
+    sender.frames().sendCommandWord(sorvane::CMD_TRACK_POINT, 1, 2);
+    sender.onPeriodTick();
+    EXPECT_EQ(frame.code, 0) << "the point goes out once";
+    sender.frames().sendCommand4(sorvane::CMD_IR_PALETTE, 1, 2, 0, 0);
+    sender.frames().stopCommand(0);
+    sender.onPeriodTick();
+    sender.onPeriodTick();
+    EXPECT_EQ(frame.code, sorvane::CMD_IR_PALETTE) << "neither sent nor released";
+    sender.frames().sendCommand4(sorvane::CMD_IR_DDE, 1, 2, 0, 0);
+    sender.frames().stopCommand(0);
+    ASSERT_TRUE(waitFor([this] { return codes().size() == 2; }));
+    EXPECT_EQ(codes(), QByteArray("\x3A\x57"));
+    EXPECT_EQ(frame.code, 0) << "released by the tick that was put off";
+    EXPECT_TRUE(frame_release);
+}
+
+TEST_F(SlowLine, TicksThatArePutOffAreOne) {
+    sender.onPeriodTick();
+    for (int i = 0; i < 5; ++i) {
+        sender.onPeriodTick();
+    }
+    ASSERT_TRUE(waitFor([this] { return codes().size() == 2; }));
+    EXPECT_FALSE(waitFor([this] { return codes().size() > 2; }, 400));
+}
+
+TEST_F(SlowLine, WhatIsPutOffDiesWithTheLink) {
+    sender.onPeriodTick();
+    sender.onPeriodTick();
+    sender.linkClosed();
+    ASSERT_TRUE(waitFor([this] { return codes().size() == 1; }));
+    EXPECT_FALSE(waitFor([this] { return codes().size() > 1; }, 400));
+}
+
+TEST_F(SlowLine, PositionsArePutOffTooAndACommandGoesAheadOfThem) {
+    single = true;
+    sender.onNavTick();
+    sender.onNavTick();
+    sender.frames().sendVariableFrame(sorvane::CMD_NAV_BLOCK, &nav, sorvane::kNavBlockSize);
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    ASSERT_TRUE(waitFor([this] { return line.bytes().size() >= 37 + kVideoSwitch.size() + 37; }));
+    EXPECT_EQ(line.bytes().mid(37, kVideoSwitch.size()), kVideoSwitch);
+}
+
+TEST_F(SlowLine, ADragsRatesWaitForNoQueue) {
+    single = true;
+    EXPECT_FALSE(sender.rateWouldWait());
+    sender.frames().sendVariableFrame(sorvane::CMD_NAV_BLOCK, &nav, sorvane::kNavBlockSize);
+    EXPECT_TRUE(sender.rateWouldWait());
+    EXPECT_TRUE(waitFor([this] { return !sender.rateWouldWait(); }));
+    single = false;
+    sender.onPeriodTick();
+    EXPECT_FALSE(sender.rateWouldWait()) << "the periodic frame carries the newest by itself";
+}
+
 }  // namespace
