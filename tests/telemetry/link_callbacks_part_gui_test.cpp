@@ -1,6 +1,7 @@
 // The receive callbacks: what they post, to whom, and how much may wait.
 #include <gtest/gtest.h>
 
+#include <QTimer>
 #include <cstdlib>
 #include <thread>
 
@@ -109,17 +110,119 @@ TEST_F(LinkCallbacks, AWrongLengthByteHoldsTheInertialUnitsPortToItsEnd) {
     EXPECT_EQ(delivered().size(), 1U);
 }
 
-TEST_F(LinkCallbacks, AThousandMayWaitAndAQuietMomentLetsTheNextIn) {
-    std::thread([] {
-        for (int i = 0; i < 1300; ++i) {
-            feed(onControlLinkData, variableFrame());
+// Reply number n: code 0x0102, data n.
+Bytes numberedReply(int n) {
+    const Bytes payload = {0x02, 0x01, static_cast<std::uint8_t>(n & 0xFF),
+                           static_cast<std::uint8_t>(n >> 8)};
+    Bytes frame = Bytes{0xFC, 0x2C, 0x55, 0x04} + payload;
+    std::uint8_t sum = 0x04;
+    for (const std::uint8_t byte : payload) {
+        sum = static_cast<std::uint8_t>(sum ^ byte);
+    }
+    frame.push_back(sum);
+    return frame;
+}
+
+int numberOf(const Given& reply) {
+    EXPECT_EQ(reply.kind, EVT_LINK_FRAME);
+    return reply.bytes.at(2) | reply.bytes.at(3) << 8;
+}
+
+void feedReplies(int from, int to) {
+    std::thread([from, to] {
+        for (int i = from; i < to; ++i) {
+            feed(onControlLinkData, numberedReply(i));
         }
     }).join();
-    EXPECT_EQ(delivered().size(), 1000U);
+}
+
+TEST_F(LinkCallbacks, AThousandReportsMayWaitAndAQuietMomentLetsTheNextIn) {
+    std::thread([] {
+        for (int i = 0; i < 1300; ++i) {
+            feed(onControlLinkData, fixedFrame());
+        }
+    }).join();
+    EXPECT_EQ(delivered().size(), static_cast<std::size_t>(kMostWaitingReports));
     EXPECT_TRUE(waitFor([this] {
-        feedFromAPort(onControlLinkData, variableFrame());
-        return delivered().size() > 1000U;
+        feedFromAPort(onControlLinkData, fixedFrame());
+        return delivered().size() > static_cast<std::size_t>(kMostWaitingReports);
     }));
+}
+
+TEST_F(LinkCallbacks, AReplyComesWithAThousandReportsWaiting) {
+    std::thread([] {
+        for (int i = 0; i < 1300; ++i) {
+            feed(onControlLinkData, fixedFrame());
+        }
+        feed(onControlLinkData, numberedReply(7));
+        feed(onControlLinkData, fixedFrame());
+        feed(onControlLinkData, numberedReply(8));
+    }).join();
+    EXPECT_TRUE(waitFor([this] { return delivered().size() == kMostWaitingReports + 2U; }));
+    EXPECT_EQ(given[kMostWaitingReports - 1].kind, EVT_TELEMETRY);
+    EXPECT_EQ(numberOf(given[kMostWaitingReports]), 7);
+    EXPECT_EQ(numberOf(given[kMostWaitingReports + 1]), 8);
+}
+
+// What waits stays bounded, comes in order, and leaves room between its rounds.
+TEST_F(LinkCallbacks, AFloodOfRepliesComesInRoundsUpToItsBound) {
+    const int most = static_cast<int>(kMostWaitingReplies);
+    // An earlier test may have used a part of the present round.
+    feedReplies(0, most / 2);
+    ASSERT_TRUE(waitFor([&] { return static_cast<int>(given.size()) == most / 2; }));
+    given.clear();
+
+    feedReplies(0, most + 2000);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_GT(given.size(), 0U);
+    EXPECT_LE(given.size(), 500U) << "one round";
+    int ticks = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
+    timer.start(0);
+    EXPECT_TRUE(waitFor([&] { return static_cast<int>(given.size()) >= most - 250; }, 20000)) << given.size();
+    EXPECT_GE(ticks, 20);
+    feedReplies(60000, 60001);
+    EXPECT_TRUE(waitFor([&] { return numberOf(given.back()) == 60000; }));
+    EXPECT_LE(given.size(), kMostWaitingReplies + 1);
+    for (std::size_t i = 0; i + 1 < given.size(); ++i) {
+        ASSERT_EQ(numberOf(given[i]), static_cast<int>(i));
+    }
+}
+
+// A handler that holds a box open does not hold up what comes meanwhile.
+TEST_F(LinkCallbacks, RepliesComeWhileOneIsBeingHandled) {
+    const auto store = receiver.on_event;
+    bool nested = false;
+    receiver.on_event = [&](int number, QMyEvent& e) {
+        store(number, e);
+        if (!nested) {
+            nested = true;
+            // The loop goes on with a round that it has begun only when woken, as a box does by showing.
+            QCoreApplication::postEvent(&receiver, new QEvent(QEvent::None));
+            EXPECT_TRUE(waitFor([this] { return given.size() == 1200U; })) << given.size();
+        }
+    };
+    feedReplies(0, 1200);
+    EXPECT_TRUE(waitFor([this] { return given.size() == 1200U; }));
+    EXPECT_TRUE(nested);
+}
+
+TEST_F(LinkCallbacks, WithoutAReceiverWaitingRepliesGo) {
+    feedReplies(0, 1000);
+    delivered();
+    setEventReceiver(nullptr);
+    QTimer timer;
+    int ticks = 0;
+    QObject::connect(&timer, &QTimer::timeout, [&] { ++ticks; });
+    timer.start(5);
+    EXPECT_TRUE(waitFor([&] { return ticks >= 5; }));
+    setEventReceiver(&receiver);
+    const std::size_t so_far = given.size();
+    EXPECT_LT(so_far, 1000U);
+    feedReplies(60000, 60001);
+    EXPECT_TRUE(waitFor([&] { return given.size() > so_far; }));
+    EXPECT_EQ(numberOf(given[so_far]), 60000);
 }
 
 }  // namespace
