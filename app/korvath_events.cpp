@@ -13,6 +13,7 @@
 #include "app/korvath_parts.h"
 #include "video/stream_rules.h"
 #include "video/video_surface.h"
+#include "widgets/page_wheel.h"
 #include "widgets/window_drag.h"
 
 namespace {
@@ -131,6 +132,8 @@ bool Korvath::eventFilter(QObject* obj, QEvent* e) {
         case QEvent::Wheel:
             if (m_parts->marks->isOverlay(obj)) {
                 setZoom(1, static_cast<QWheelEvent*>(e)->angleDelta().y() > 0 ? 1 : 2);
+            } else if (passWheelOn(obj, e)) {
+                return true;
             }
             break;
         default:
