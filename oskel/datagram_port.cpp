@@ -16,11 +16,28 @@ namespace multicast = asio::ip::multicast;
 // A block video source sends bursts; the system cuts this to its own limit.
 constexpr int kReceiveBufferBytes = 1 << 20;
 constexpr std::chrono::milliseconds kPauseAfterError{20};
+constexpr int kAttempts = 4;
 
 // What an earlier datagram of ours or a single one of theirs can cause; the next receive is as good as any.
 bool concernsOneDatagram(const asio::error_code& error) {
     return error == asio::error::connection_refused || error == asio::error::connection_reset ||
-           error == asio::error::message_size || error == asio::error::host_unreachable;
+           error == asio::error::message_size || error == asio::error::host_unreachable ||
+           error == asio::error::network_unreachable || error == asio::error::network_reset;
+}
+
+// What a single send or receive was told.
+SendTrouble troubleOf(const asio::error_code& error) {
+    if (error == asio::error::connection_refused || error == asio::error::connection_reset) {
+        return SendTrouble::kRefused;
+    }
+    if (error == asio::error::would_block || error == asio::error::no_buffer_space) {
+        return SendTrouble::kStuck;
+    }
+    // The last: the address that the socket is bound to is no longer one of this machine.
+    const bool no_way = error == asio::error::host_unreachable || error == asio::error::network_unreachable ||
+                        error == asio::error::network_down || error == asio::error::network_reset ||
+                        error == asio::error::invalid_argument;
+    return no_way ? SendTrouble::kUnreachable : SendTrouble::kOther;
 }
 
 }  // namespace
@@ -35,6 +52,7 @@ bool DatagramPort::open() {
         return false;
     }
     system::keepFromChildren(m_socket);
+    system::reportFailures(m_socket);
     asio::error_code unimportant;
     if (m_route.local.address().is_v6()) {
         m_socket.set_option(asio::ip::v6_only(true), unimportant);
@@ -116,18 +134,45 @@ void DatagramPort::armReceive() {
 }
 
 void DatagramPort::onReceived(const asio::error_code& error, std::size_t size) {
-    if (!error && size > 0 && (takesFromAnybody() || m_sender.address() == m_route.remote.address())) {
+    const bool is_from_peer = !error && m_sender.address() == m_route.remote.address();
+    if (!error && size > 0 && (is_from_peer || takesFromAnybody())) {
         deliver(size);
     }
-    // An interface that is gone fails every receive at once until it is back; that must not burn the
-    // processor.
-    if (error && error != asio::error::operation_aborted && !concernsOneDatagram(error)) {
-        std::this_thread::sleep_for(kPauseAfterError);
+    std::unique_lock lock(m_mutex);
+    if (is_from_peer) {
+        m_health.worked(Clock::now());
     }
-    std::lock_guard lock(m_mutex);
+    if (error && !ended()) {
+        const bool concerns_one = takeReports() || concernsOneDatagram(error);
+        // What the system reported in another way, or not at all.
+        if (error == asio::error::connection_reset || error == asio::error::network_reset) {
+            m_health.failed(troubleOf(error));
+        }
+        // An interface that is gone fails every receive at once until it is back; that must not burn the
+        // processor.
+        if (!concerns_one) {
+            lock.unlock();
+            std::this_thread::sleep_for(kPauseAfterError);
+            lock.lock();
+        }
+    }
     if (!ended()) {
         armReceive();
     }
+}
+
+// With the mutex: what has become of earlier datagrams; true if anything was reported.
+bool DatagramPort::takeReports() {
+    bool any = false;
+    while (const auto report = system::takeReport(m_socket)) {
+        any = true;
+        // From now on the system cuts what is too large for the way.
+        if (report != asio::error::message_size) {
+            const bool refused = report == asio::error::connection_refused;
+            m_health.failed(refused ? SendTrouble::kRefused : SendTrouble::kUnreachable);
+        }
+    }
+    return any;
 }
 
 int DatagramPort::send(const std::uint8_t* data, std::size_t size, bool) {
@@ -135,8 +180,26 @@ int DatagramPort::send(const std::uint8_t* data, std::size_t size, bool) {
         return 0;
     }
     asio::error_code error;
-    m_socket.send_to(asio::buffer(data, size), m_route.remote, 0, error);
-    return error ? 0 : static_cast<int>(size);
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        m_socket.send_to(asio::buffer(data, size), m_route.remote, 0, error);
+        if (!error) {
+            m_health.worked(Clock::now());
+            return static_cast<int>(size);
+        }
+        // What happened to an earlier datagram is told instead of sending this one.
+        if (!takeReports() && attempt > 0) {
+            break;
+        }
+    }
+    m_health.failed(troubleOf(error));
+    return 0;
+}
+
+SendTrouble DatagramPort::trouble() {
+    if (!ended()) {
+        takeReports();
+    }
+    return m_health.at(Clock::now(), !ended() && system::unsent(m_socket) > 0);
 }
 
 void DatagramPort::closeDevice() {

@@ -4,6 +4,7 @@
 #include <asio/ip/udp.hpp>
 #include <memory>
 
+#include "oskel/datagram_health.h"
 #include "oskel/port.h"
 
 namespace oskel {
@@ -21,13 +22,16 @@ public:
     bool open();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     void armReceive() override;
     int send(const std::uint8_t* data, std::size_t size, bool ahead) override;
     void closeDevice() override;
-    SendTrouble trouble() override { return SendTrouble::kNone; }
+    SendTrouble trouble() override;
 
     void onReceived(const asio::error_code& error, std::size_t size);
     bool takesFromAnybody() const;
+    bool takeReports();
     bool bind();
     bool joinGroup();
 
@@ -35,6 +39,7 @@ private:
     // With the receive buffer, since the system may fill it until the operation has come back.
     asio::ip::udp::endpoint m_sender;
     asio::ip::udp::socket m_socket;
+    DatagramHealth m_health;
 };
 
 }  // namespace oskel

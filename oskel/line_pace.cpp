@@ -8,15 +8,16 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t kBitsPerByte = 10;
-// What a timer is late by on a quiet machine and, at most, on a loaded one; on fast lines less to begin with,
-// since a frame there is shorter than that.
+// What a timer is late by on a quiet machine and, at most, on a loaded one. Less to begin with on fast lines,
+// where a frame is shorter than that, and one byte on slow ones.
 constexpr LinePace::Duration kUsualLead = 2ms;
 constexpr LinePace::Duration kLongestLead = 10ms;
 constexpr std::size_t kShortRun = 44;
 
 }  // namespace
 
-LinePace::LinePace(unsigned int baud) : m_baud(baud), m_lead(std::min(kUsualLead, timeOf(kShortRun))) {}
+LinePace::LinePace(unsigned int baud)
+    : m_baud(baud), m_lead(std::max(timeOf(1), std::min(kUsualLead, timeOf(kShortRun)))) {}
 
 LinePace::Duration LinePace::timeOf(std::size_t bytes) const {
     return Duration(bytes * kBitsPerByte * std::chrono::nanoseconds(1s).count() / m_baud);

@@ -15,6 +15,13 @@ std::string serialDevice(const std::string& port_name);
 
 // Bytes written to the line and not yet on the wire; 0 if the device does not say.
 std::size_t unsent(asio::serial_port& line);
+// Bytes of datagrams that the system has taken and still holds; 0 if it does not say.
+std::size_t unsent(asio::ip::udp::socket& socket);
+// Makes the system report what it learns about datagrams that it has taken, where it can.
+void reportFailures(asio::ip::udp::socket& socket);
+// The next such report, or no error. While one waits, the next send or receive may fail in its place.
+asio::error_code takeReport(asio::ip::udp::socket& socket);
+
 // Bytes given to the stream that have not been sent, and those that the peer has not acknowledged; 0 if the
 // system does not say.
 std::size_t unsent(asio::ip::tcp::socket& socket);

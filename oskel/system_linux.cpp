@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <linux/errqueue.h>
 #include <linux/sockios.h>
 #include <netinet/in.h>
 #include <pthread.h>
@@ -7,6 +8,8 @@
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
+
+#include <cstring>
 
 #include "oskel/system.h"
 
@@ -36,6 +39,36 @@ std::string serialDevice(const std::string& port_name) {
 }
 
 std::size_t unsent(asio::serial_port& line) { return count(line.native_handle(), TIOCOUTQ); }
+
+std::size_t unsent(asio::ip::udp::socket& socket) { return count(socket.native_handle(), SIOCOUTQ); }
+
+void reportFailures(asio::ip::udp::socket& socket) {
+    const int on = 1;
+    // Each fails without harm on a socket of the other family.
+    ::setsockopt(socket.native_handle(), IPPROTO_IP, IP_RECVERR, &on, sizeof on);
+    ::setsockopt(socket.native_handle(), IPPROTO_IPV6, IPV6_RECVERR, &on, sizeof on);
+}
+
+asio::error_code takeReport(asio::ip::udp::socket& socket) {
+    // Room for the report and for the address of the host that it comes from.
+    alignas(cmsghdr) unsigned char control[256];
+    msghdr message{};
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    if (::recvmsg(socket.native_handle(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) {
+        return {};
+    }
+    for (cmsghdr* part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
+        const bool is_report = (part->cmsg_level == IPPROTO_IP && part->cmsg_type == IP_RECVERR) ||
+                               (part->cmsg_level == IPPROTO_IPV6 && part->cmsg_type == IPV6_RECVERR);
+        if (is_report) {
+            sock_extended_err report{};
+            std::memcpy(&report, CMSG_DATA(part), sizeof report);
+            return {static_cast<int>(report.ee_errno), asio::system_category()};
+        }
+    }
+    return asio::error::message_size;
+}
 
 std::size_t unsent(asio::ip::tcp::socket& socket) { return count(socket.native_handle(), SIOCOUTQNSD); }
 

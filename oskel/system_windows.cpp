@@ -36,6 +36,13 @@ std::size_t unsent(asio::serial_port& line) {
     return ::ClearCommError(line.native_handle(), &errors, &status) ? status.cbOutQue : 0;
 }
 
+std::size_t unsent(asio::ip::udp::socket&) { return 0; }
+
+// A receive fails with each refusal here, and no more is told.
+void reportFailures(asio::ip::udp::socket&) {}
+
+asio::error_code takeReport(asio::ip::udp::socket&) { return {}; }
+
 std::size_t unsent(asio::ip::tcp::socket&) { return 0; }
 
 std::size_t unacknowledged(asio::ip::tcp::socket&) { return 0; }

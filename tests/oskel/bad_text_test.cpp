@@ -120,6 +120,9 @@ TEST(BadText, HandlesThatAreNotOpen) {
     for (const int handle : {closed, 0, -1, -7, INT_MAX, INT_MIN}) {
         EXPECT_EQ(oskel::push_bytes("x", 1, handle), -1) << handle;
         EXPECT_EQ(oskel::hang_up(handle), -1) << handle;
+        EXPECT_EQ(oskel::line_busy_ms(handle), 0) << handle;
+        EXPECT_EQ(oskel::send_trouble(handle), oskel::SendTrouble::kNone) << handle;
+        oskel::mark_ahead(handle);
     }
 }
 

@@ -13,6 +13,7 @@
 namespace {
 
 using namespace peers;
+using oskel::SendTrouble;
 using testing::ElementsAre;
 
 // Before every other test of this program, whatever their order.
@@ -223,6 +224,67 @@ TEST(Datagram, LossAndRepetitionOnTheWayShowAsTheyAre) {
     EXPECT_EQ(distinct.size(), 100 - counts.lost);
     EXPECT_GT(counts.lost, 0u);
     EXPECT_GT(counts.duplicated, 0u);
+    oskel::hang_up(handle);
+}
+
+#ifndef _WIN32
+// Wine, on which the Windows build is tested, tells nothing of a refusal.
+TEST(Datagram, ARefusalIsATroubleThatStandsAndCostsNoDatagram) {
+    const int nobody = freeUdpPort();
+    const int handle = oskel::dialDatagram("127.0.0.1", nobody, "127.0.0.1", 0, {});
+    ASSERT_GE(handle, 1);
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kNone);
+    EXPECT_EQ(oskel::line_busy_ms(handle), 0);
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    while (std::chrono::steady_clock::now() < until) {
+        ASSERT_EQ(push("knock", handle), 5);
+        ASSERT_EQ(oskel::send_trouble(handle), SendTrouble::kRefused);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    UdpPeer late("127.0.0.1", nobody);
+    EXPECT_EQ(push("the first", handle), 9);
+    EXPECT_EQ(late.receive(), bytes("the first"));
+    EXPECT_TRUE(waitUntil([&] {
+        push("good", handle);
+        return oskel::send_trouble(handle) == SendTrouble::kNone;
+    }));
+    oskel::hang_up(handle);
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kNone);
+}
+
+TEST(Datagram, RefusalsOfARowOfDatagramsCostNone) {
+    const int nobody = freeUdpPort();
+    const int handle = oskel::dialDatagram("127.0.0.1", nobody, "127.0.0.1", 0, {});
+    ASSERT_GE(handle, 1);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(push("knock", handle), 5) << i;
+    }
+    oskel::hang_up(handle);
+}
+
+TEST(Datagram, BytesFromThePeerEndItsTrouble) {
+    const int nobody = freeUdpPort();
+    const int local = freeUdpPort();
+    const int handle = oskel::dialDatagram("127.0.0.1", nobody, "127.0.0.1", local, {});
+    ASSERT_GE(handle, 1);
+    push("knock", handle);
+    ASSERT_TRUE(waitUntil([&] { return oskel::send_trouble(handle) == SendTrouble::kRefused; }));
+    UdpPeer late("127.0.0.1", nobody);
+    EXPECT_TRUE(waitUntil([&] {
+        late.send(bytes("here"), "127.0.0.1", local);
+        return oskel::send_trouble(handle) == SendTrouble::kNone;
+    }));
+    oskel::hang_up(handle);
+}
+#endif
+
+TEST(Datagram, ATooLongDatagramIsATrouble) {
+    UdpPeer peer;
+    const int handle = oskel::dialDatagram("127.0.0.1", peer.port(), "127.0.0.1", 0, {});
+    ASSERT_GE(handle, 1);
+    const Bytes tooLong(70000);
+    EXPECT_EQ(oskel::push_bytes(tooLong.data(), static_cast<int>(tooLong.size()), handle), 0);
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kOther);
     oskel::hang_up(handle);
 }
 

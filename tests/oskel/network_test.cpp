@@ -5,6 +5,7 @@
 #include <linux/if_tun.h>
 #include <net/if.h>
 #include <netinet/ip.h>
+#include <netinet/ip_icmp.h>
 #include <netinet/udp.h>
 #include <poll.h>
 #include <sched.h>
@@ -22,16 +23,22 @@
 namespace {
 
 using namespace peers;
+using oskel::SendTrouble;
 
 const char* const own_ip = "10.77.0.1";
 const char* const remote_ip = "10.77.0.9";
 
 std::string systemError(const std::string& what) { return what + ": " + std::strerror(errno); }
 
-std::uint16_t sumOfHeader(const iphdr& header) {
-    std::uint16_t words[sizeof header / 2];
-    std::memcpy(words, &header, sizeof header);
-    const auto sum = std::accumulate(std::begin(words), std::end(words), std::uint32_t{0});
+// Of an even number of bytes.
+std::uint16_t checksum(const Bytes& data) {
+    std::uint32_t sum = 0;
+    for (std::size_t i = 0; i < data.size(); i += 2) {
+        std::uint16_t word = 0;
+        std::memcpy(&word, &data[i], sizeof word);
+        sum += word;
+    }
+    sum = (sum & 0xFFFF) + (sum >> 16);
     return static_cast<std::uint16_t>(~((sum & 0xFFFF) + (sum >> 16)));
 }
 
@@ -78,30 +85,56 @@ public:
         return {};
     }
 
-    void send(const Bytes& data, int port) {
-        iphdr ip{};
+    void send(const Bytes& data, int port) { sendPacket(IPPROTO_UDP, remote_ip, datagram(9000, port, data)); }
+
+    // What a router says about a datagram that it cannot deliver.
+    void reportUnreachable(int sender_port) {
+        Bytes content(8);
+        content[0] = ICMP_DEST_UNREACH;
+        content[1] = ICMP_HOST_UNREACH;
+        const Bytes lost = packet(IPPROTO_UDP, own_ip, remote_ip, datagram(sender_port, 9000, bytes("lost")));
+        content.insert(content.end(), lost.begin(), lost.end());
+        const std::uint16_t sum = checksum(content);
+        std::memcpy(&content[2], &sum, sizeof sum);
+        sendPacket(IPPROTO_ICMP, "10.77.0.254", content);
+    }
+
+private:
+    static Bytes datagram(int from, int to, const Bytes& data) {
         udphdr udp{};
-        udp.source = htons(9000);
-        udp.dest = htons(static_cast<std::uint16_t>(port));
+        udp.source = htons(static_cast<std::uint16_t>(from));
+        udp.dest = htons(static_cast<std::uint16_t>(to));
         udp.len = htons(static_cast<std::uint16_t>(sizeof udp + data.size()));
+        Bytes all(sizeof udp);
+        std::memcpy(all.data(), &udp, sizeof udp);
+        all.insert(all.end(), data.begin(), data.end());
+        return all;
+    }
+
+    static Bytes packet(std::uint8_t protocol, const char* from, const char* to, const Bytes& content) {
+        iphdr ip{};
         ip.version = 4;
         ip.ihl = sizeof ip / 4;
         ip.ttl = 64;
-        ip.protocol = IPPROTO_UDP;
-        ip.saddr = ::inet_addr(remote_ip);
-        ip.daddr = ::inet_addr(own_ip);
-        ip.tot_len = htons(static_cast<std::uint16_t>(sizeof ip + sizeof udp + data.size()));
-        ip.check = sumOfHeader(ip);
-        Bytes packet(sizeof ip + sizeof udp);
-        std::memcpy(packet.data(), &ip, sizeof ip);
-        std::memcpy(packet.data() + sizeof ip, &udp, sizeof udp);
-        packet.insert(packet.end(), data.begin(), data.end());
-        if (::write(m_device, packet.data(), packet.size()) < 0) {
+        ip.protocol = protocol;
+        ip.saddr = ::inet_addr(from);
+        ip.daddr = ::inet_addr(to);
+        ip.tot_len = htons(static_cast<std::uint16_t>(sizeof ip + content.size()));
+        Bytes all(sizeof ip);
+        std::memcpy(all.data(), &ip, sizeof ip);
+        ip.check = checksum(all);
+        std::memcpy(all.data(), &ip, sizeof ip);
+        all.insert(all.end(), content.begin(), content.end());
+        return all;
+    }
+
+    void sendPacket(std::uint8_t protocol, const char* from, const Bytes& content) {
+        const Bytes all = packet(protocol, from, own_ip, content);
+        if (::write(m_device, all.data(), all.size()) < 0) {
             std::perror("write of a packet");
         }
     }
 
-private:
     static bool bringUp(const char* name, const char* ip) {
         const int any = ::socket(AF_INET, SOCK_DGRAM, 0);
         ifreq request{};
@@ -172,6 +205,46 @@ std::string exchange(RemoteHost& remote, const char* local_ip) {
         return "the port does not receive";
     }
     return oskel::hang_up(handle) == 0 ? "" : "no close";
+}
+
+std::string losesItsWay(RemoteHost& remote) {
+    const int nowhere = oskel::dialDatagram("10.78.0.1", 9000, "127.0.1.1", 0, {});
+    if (push("command", nowhere) != 0 || oskel::send_trouble(nowhere) != SendTrouble::kUnreachable) {
+        return "no trouble without a route";
+    }
+    Inbox inbox;
+    const int handle = oskel::dialDatagram(remote_ip, 9000, "", 0, inbox.callback());
+    std::string sender_ip;
+    int sender_port = 0;
+    push("command", handle);
+    if (remote.receive(sender_ip, sender_port).empty() || oskel::send_trouble(handle) != SendTrouble::kNone) {
+        return "a trouble for nothing";
+    }
+    remote.reportUnreachable(sender_port);
+    if (!waitUntil([=] { return oskel::send_trouble(handle) == SendTrouble::kUnreachable; })) {
+        return "no trouble with an unreachable host";
+    }
+    // Its report is told in the place of neither what is sent nor what is received.
+    remote.reportUnreachable(sender_port);
+    remote.reportUnreachable(sender_port);
+    remote.send(bytes("report"), sender_port);
+    if (push("command", handle) != 7 || inbox.waitFor(6) != bytes("report")) {
+        return "a report cost a datagram";
+    }
+    if (!waitUntil([=] { return oskel::send_trouble(handle) == SendTrouble::kNone; })) {
+        return "the trouble does not end";
+    }
+    oskel::hang_up(nowhere);
+    oskel::hang_up(handle);
+    return "";
+}
+
+TEST(OtherHost, ThatCannotBeReachedIsATrouble) {
+    const std::string failure = inOwnNetwork(losesItsWay);
+    if (failure.compare(0, forbidden.size(), forbidden) == 0) {
+        GTEST_SKIP() << failure;
+    }
+    EXPECT_EQ(failure, "");
 }
 
 TEST(OtherHost, IsReachedWhateverLoopbackAddressIsTheLocalOne) {

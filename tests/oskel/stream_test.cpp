@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <asio/write.hpp>
 #include <csignal>
 #include <thread>
@@ -11,6 +12,7 @@
 namespace {
 
 using namespace peers;
+using oskel::SendTrouble;
 
 constexpr std::size_t kQueueLimit = 65536;
 
@@ -101,6 +103,70 @@ TEST(Stream, QueueIsLimitedAndWholeRunsAreDropped) {
     oskel::hang_up(handle);
 }
 
+TEST(Stream, RunsQueuedAtTheCloseGoOut) {
+    TcpPeer peer;
+    const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
+    ASSERT_GE(handle, 1);
+    peer.accept();
+    const Bytes taken = pushUntilFull(handle);
+    Bytes came;
+    std::thread reader([&] { came = peer.receive(taken.size() + 1); });
+    EXPECT_EQ(oskel::hang_up(handle), 0);
+    reader.join();
+    EXPECT_EQ(came, taken) << "all of it, then the end";
+}
+
+TEST(Stream, APeerThatReadsNothingDelaysTheCloseForABoundedTime) {
+    TcpPeer peer;
+    const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
+    ASSERT_GE(handle, 1);
+    peer.accept();
+    pushUntilFull(handle);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(oskel::hang_up(handle), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, close_deadline);
+}
+
+#ifndef _WIN32
+// Only this system counts what has not been sent.
+TEST(Stream, MarkedRunsOvertakeWhatWaits) {
+    TcpPeer peer;
+    const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
+    ASSERT_GE(handle, 1);
+    peer.accept();
+    const Bytes taken = pushUntilFull(handle);
+    oskel::mark_ahead(handle);
+    ASSERT_EQ(push("STOP", handle), 4);
+    const Bytes came = peer.receive(taken.size() + 4);
+    ASSERT_EQ(came.size(), taken.size() + 4);
+    const Bytes word = bytes("STOP");
+    const auto at = std::search(came.begin(), came.end(), word.begin(), word.end()) - came.begin();
+    EXPECT_LT(static_cast<std::size_t>(at), taken.size()) << "ahead of what waited";
+    EXPECT_EQ(at % 16000, 0) << "no run is cut";
+    Bytes others(came.begin(), came.begin() + at);
+    others.insert(others.end(), came.begin() + at + 4, came.end());
+    EXPECT_EQ(others, taken);
+    oskel::hang_up(handle);
+}
+
+TEST(Stream, APeerThatReadsNothingIsATroubleUntilItReads) {
+    TcpPeer peer;
+    const int handle = oskel::dialStream("127.0.0.1", peer.port(), {});
+    ASSERT_GE(handle, 1);
+    peer.accept();
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kNone);
+    EXPECT_EQ(oskel::line_busy_ms(handle), 0);
+    const Bytes taken = pushUntilFull(handle);
+    EXPECT_EQ(oskel::line_busy_ms(handle), 5);
+    EXPECT_TRUE(waitUntil([=] { return oskel::send_trouble(handle) == SendTrouble::kStuck; }));
+    EXPECT_EQ(peer.receive(taken.size()), taken);
+    EXPECT_TRUE(waitUntil([=] {
+        return oskel::send_trouble(handle) == SendTrouble::kNone && oskel::line_busy_ms(handle) == 0;
+    }));
+    oskel::hang_up(handle);
+}
+#endif
+
 TEST(Stream, RunsPushedWhileTheCallbackIsBusyGoOut) {
     TcpPeer peer;
     auto go_on = std::make_shared<Signal>();
@@ -132,7 +198,9 @@ TEST(Stream, APeerThatClosesEndsThePortQuietly) {
     peer.socket().close();
     EXPECT_EQ(inbox.waitFor(10), bytes("last words"));
     EXPECT_TRUE(waitUntil([&] { return push("anybody?", handle) == -1; }));
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kGone);
     EXPECT_EQ(oskel::hang_up(handle), 0);
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kNone);
     EXPECT_EQ(oskel::hang_up(handle), -1);
 }
 
@@ -147,6 +215,7 @@ TEST(Stream, APeerThatResetsEndsThePortQuietly) {
     peer.socket().set_option(asio::socket_base::linger(true, 0));
     peer.socket().close();
     EXPECT_TRUE(waitUntil([&] { return push("anybody?", handle) == -1; }));
+    EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kGone);
     EXPECT_EQ(oskel::hang_up(handle), 0);
 }
 
