@@ -135,11 +135,12 @@ int ControlLoop::pollTimeoutMs(std::int64_t now) const {
 void ControlLoop::pollOnce(int signal_fd) {
     std::vector<pollfd> fds;
     fds.push_back({signal_fd, POLLIN, 0});
-    if (m_consoleFd >= 0) {
-        fds.push_back({m_consoleFd, POLLIN, 0});
-    }
     for (const auto& line : m_lines) {
         line->transport->appendPollFds(fds);
+    }
+    // Last, so that an answer knows the commands that came before the question.
+    if (m_consoleFd >= 0) {
+        fds.push_back({m_consoleFd, POLLIN, 0});
     }
     if (poll(fds.data(), fds.size(), pollTimeoutMs(monotonicNs())) <= 0) {
         return;
@@ -211,7 +212,8 @@ void ControlLoop::onConsoleLine(const std::string& line) {
     if (line == "quit") {
         m_stopping = true;
     } else if (line == "help") {
-        std::printf("fault STREAM.NAME=VALUE | faults | faults clear | disconnect | status | quit\n");
+        std::printf(
+            "fault STREAM.NAME=VALUE | faults | faults clear | disconnect | status | motion | quit\n");
     } else if (line == "disconnect") {
         for (auto& each : m_lines) {
             each->transport->hangUp();
@@ -219,7 +221,18 @@ void ControlLoop::onConsoleLine(const std::string& line) {
         m_log.event("disconnect", "");
     } else if (line == "status") {
         std::printf("reports=%" PRIu64 " %s\n", m_reports, m_statusText ? m_statusText().c_str() : "");
-    } else if (line == "faults" || line == "faults clear") {
+    } else if (line == "motion") {
+        std::printf("%s\n", motionText().c_str());
+    } else if (line.compare(0, 5, "fault") == 0) {
+        onFaultLine(line);
+    } else {
+        std::printf("no command '%s'; help tells them\n", line.c_str());
+    }
+    std::fflush(stdout);
+}
+
+void ControlLoop::onFaultLine(const std::string& line) {
+    if (line == "faults" || line == "faults clear") {
         if (line == "faults clear") {
             m_telemetryFaults = {};
             m_videoFaults = {};
@@ -237,7 +250,15 @@ void ControlLoop::onConsoleLine(const std::string& line) {
     } else {
         std::printf("no command '%s'; help tells them\n", line.c_str());
     }
-    std::fflush(stdout);
+}
+
+std::string ControlLoop::motionText() const {
+    const Snapshot s = m_pod.snapshot();
+    return formatText("motion az=%.3f el=%.3f zoom0=%d focus0=%d zoom1=%d focus1=%d commands=%" PRIu64
+                      " movements=%" PRIu64 " frames=%" PRIu64 " standing=%d",
+                      s.hand_az_dps, s.hand_el_dps, s.vl_zoom_direction, s.vl_focus_direction,
+                      s.ir_zoom_direction, s.ir_focus_direction, s.commands, s.movements, s.frames,
+                      s.standing_code);
 }
 
 void ControlLoop::setFault(const FaultSwitch& fault) {

@@ -52,6 +52,8 @@ private:
     void onSignal(int signal_fd);
     void onConsole();
     void onConsoleLine(const std::string& line);
+    void onFaultLine(const std::string& line);
+    std::string motionText() const;
     void setFault(const FaultSwitch& fault);
     void faultsChanged();
     void onCommand(const wire::Command& command, const Line& line);

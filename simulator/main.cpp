@@ -63,6 +63,7 @@ PodConfig podConfigOf(const Options& o) {
         config.longitude_deg = o.longitude_deg;
     }
     config.start_utc_ms = utcMicroseconds() / 1000;
+    config.latched = o.latched;
     return config;
 }
 

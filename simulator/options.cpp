@@ -96,6 +96,8 @@ const OptionRow kControlOptions[] = {
          o.variable_reports = v == "variable";
          return v == "fixed" || v == "variable";
      }},
+    {"--latched", nullptr, "a rate or lens movement lasts until its own stop, not for want of frames",
+     [](Options& o, Value) { return o.latched = true; }},
     {"--ins-pty", nullptr, "frames of an inertial unit on a pseudo terminal of their own",
      [](Options& o, Value) { return o.ins_pty = true; }},
     {"--ins-pty-link", "PATH", "the same, with a symbolic link to it at PATH",
@@ -309,6 +311,7 @@ std::string helpText() {
         "  faults           tell the faults that are on;  faults clear  switches them all off\n"
         "  disconnect       hang up on a station connected over TCP\n"
         "  status           tell what the pod is doing\n"
+        "  motion           tell what moves by hand: rates, zoom, focus\n"
         "  quit             stop\n"
         "SIGUSR1 toggles telemetry.silence, SIGUSR2 video.stall; SIGINT and SIGTERM stop.\n"
         "\n"

@@ -17,6 +17,7 @@ struct Options {
     std::string bind_address = "127.0.0.1";
     int udp_port = 8000;  // kNoPort: off; 0: any free one
     int tcp_port = kNoPort;
+    bool latched = false;  // movements last until their own stop
     bool pty = false;
     std::string pty_link;
     std::string peer;       // ADDRESS:PORT; empty: whoever sent last

@@ -16,6 +16,9 @@ constexpr double kVisibleSensorMm = 5.6, kInfraredSensorMm = 7.68;  // widths
 constexpr double kVisibleWideMm = 4.8, kVisibleLongMm = 144;
 constexpr double kInfraredWideMm = 14, kInfraredLongMm = 70;
 constexpr double kVisibleStartMm = 10;
+constexpr std::uint16_t kVisibleLensCode = 0x45, kInfraredLensCode = 0x50;
+constexpr std::uint16_t kRateCode = 0x70, kGyroRateCode = 0x76;
+constexpr std::uint16_t kNavBlock = 1026;
 constexpr double kTeleFactor = 4;  // focal length of the tele camera against the wide one
 
 double fovOf(double sensor_mm, double focal_mm) { return 2 * std::atan(sensor_mm / 2 / focal_mm) / kDeg; }
@@ -91,36 +94,75 @@ void Pod::State::note(const std::string& name, const std::string& detail) {
 
 std::vector<std::pair<std::string, std::string>> Pod::State::takeNotes() { return std::exchange(notes, {}); }
 
+bool Pod::State::movesByHand(std::uint16_t code, const Parameters& p) {
+    const int action = p.byte(0);
+    switch (code) {
+        case kRateCode:
+            return p.word(0) != 0 || p.word(2) != 0;
+        case kVisibleLensCode:
+            return action >= 1 && action <= 4;
+        case kInfraredLensCode:
+            return action == 1 || action == 2 || action == 15 || action == 16;
+        case kGyroRateCode:
+            return action > 1 && (p.byte(1) != 0 || p.byte(2) != 0);
+        default:
+            return false;
+    }
+}
+
+void Pod::State::count(std::uint16_t code, const Parameters& p, bool rate) {
+    if (code != kNavBlock) {
+        ++s.frames;
+        s.commands += code != 0 || rate ? 1 : 0;
+        s.movements += rate || movesByHand(code, p) ? 1 : 0;
+    }
+}
+
+void Pod::State::applyHeld(const Command* command, bool rate_code, int rate_az, int rate_el) {
+    const bool rate = rate_code && (rate_az != 0 || rate_el != 0);
+    if (rate) {
+        s.command_feedback = static_cast<std::uint8_t>(kRateCode);
+    }
+    if (config.latched) {
+        if (rate_code) {
+            setRate(rate_az, rate_el);
+        }
+        return;
+    }
+    if (!command || command->kind != Kind::kLensHold) {
+        visible.halt();
+        infrared.halt();
+    }
+    if (rate || rate_active) {
+        // Among the periodic frames the rate stands beside the command; its absence is a stop as well.
+        setRate(rate ? rate_az : 0, rate ? rate_el : 0);
+        rate_active = rate;
+    }
+}
+
 void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, int rate_code, int rate_az,
                        int rate_el) {
-    constexpr int kRateCode = 0x70;
     std::uint8_t parameters[sizeof last_parameters] = {};
     std::memcpy(parameters, p.data, std::min(p.size, sizeof parameters));
-    const bool same =
+    bool same =
         periodic && code == last_code && std::memcmp(parameters, last_parameters, sizeof parameters) == 0;
+    const bool rate = periodic && rate_code == kRateCode;
+    const Command* command = find(code);
+    count(code, p, rate && (rate_az != 0 || rate_el != 0));
     if (periodic) {
+        s.standing_code = code != 0 || !rate || (rate_az == 0 && rate_el == 0) ? code : kRateCode;
         last_code = code;
         std::memcpy(last_parameters, parameters, sizeof parameters);
-        const Command* command = find(code);
-        if (!command || command->kind != Kind::kLensHold) {
-            visible.halt();
-            infrared.halt();
-        }
-        const bool rate = rate_code == kRateCode && (rate_az != 0 || rate_el != 0);
-        if (rate || rate_active) {
-            // Among the periodic frames the rate stands beside the command; its absence is a stop as well.
-            setRate(rate ? rate_az : 0, rate ? rate_el : 0);
-            if (rate) {
-                s.command_feedback = static_cast<std::uint8_t>(kRateCode);
-            }
-            rate_active = rate;
-        }
+        applyHeld(command, rate, rate_az, rate_el);
+        // A frame told before acts again where commands that came alone have changed what the lens does.
+        const Lens& lens = code == kInfraredLensCode ? infrared : visible;
+        const bool held = config.latched && command && command->kind == Kind::kLensHold;
+        same = same && !(held && movesByHand(code, p) != lens.moving());
+        refreshHand();
     }
     if (code == 0 || same) {
         return;
     }
-    const Command* command = find(code);
-    constexpr std::uint16_t kNavBlock = 1026;
     if (code != kNavBlock) {
         other_command_s = 0;
     }
@@ -152,6 +194,7 @@ void Pod::State::step(double dt_s) {
     infrared.step(dt_s);
     stepTracker(dt_s);
     servo.step(dt_s, f);
+    resumeHeldRate();
     auto countDown = [dt_s](double& timer) { timer = std::max(0.0, timer - dt_s); };
     for (double* timer : {&notice_s, &nuc_s, &snapshot_s, &boot_s}) {
         countDown(*timer);
@@ -279,6 +322,7 @@ void Pod::State::refresh() {
     s.rate_az_dps = servo.azimuthRate();
     s.rate_el_dps = servo.elevationRate();
     s.attitude_guidance_feedback = servo.guidanceFeedback();
+    refreshHand();
     s.vl_zoom = visible.zoom;
     s.ir_zoom = infrared.zoom;
     s.vl_focus = visible.focus;
@@ -293,6 +337,23 @@ void Pod::State::refresh() {
     s.module_bits = static_cast<std::uint8_t>(boot_s > 0 ? s.module_bits & 0x7F : s.module_bits | 0x80);
     refreshTarget();
     tracker.report(s);
+}
+
+// At its end stop an axis stands, and its rate runs on.
+void Pod::State::refreshHand() {
+    const auto speed = [this](double actual, double commanded, double held) {
+        constexpr double kStanding = 1e-3;
+        if (servo.inHand() && std::fabs(actual) > kStanding) {
+            return actual;
+        }
+        return commanded != 0 ? commanded : held;
+    };
+    s.hand_az_dps = speed(servo.azimuthRate(), servo.commandedAzimuth(), held_az_dps);
+    s.hand_el_dps = speed(servo.elevationRate(), servo.commandedElevation(), held_el_dps);
+    s.vl_zoom_direction = visible.zoom_direction;
+    s.ir_zoom_direction = infrared.zoom_direction;
+    s.vl_focus_direction = visible.focus_direction;
+    s.ir_focus_direction = infrared.focus_direction;
 }
 
 // Where the line of sight meets the ground.

@@ -20,6 +20,8 @@ struct PodConfig {
     int frame_width = 1280, frame_height = 720;           // of the encoded main picture, pixels
     double latitude_deg = 30.45, longitude_deg = 114.42;  // of the landscape's origin
     std::int64_t start_utc_ms = 1780300800000;            // 2026-06-01 08:00
+    // Rates and lens movements last until their own stop: rate 0, 0, or the lens's code with zero parameters.
+    bool latched = false;
 };
 
 class Pod {
@@ -40,7 +42,8 @@ public:
     // A command. rate_code -1: it came alone and acts at once, each time. rate_code 0 or above: it is one of
     // the periodic frames of 44 bytes, whose byte 37 is rate_code; there one-shot commands act only when
     // code or parameters differ from the frame before, code 0 is an idle frame that ends held movements, and
-    // rate_code 0x70 makes rate_az and rate_el the servo rate. payload: what follows the code.
+    // rate_code 0x70 makes rate_az and rate_el the servo rate. payload: what follows the code. A latched pod
+    // keeps held movements through idle frames and through frames without a rate code.
     void apply(std::uint16_t code, const std::uint8_t* payload, std::size_t n, int rate_code,
                std::int16_t rate_az, std::int16_t rate_el);
 

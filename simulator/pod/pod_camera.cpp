@@ -18,7 +18,11 @@ void change(int& level, bool up) { level = std::clamp(level + (up ? 1 : -1), -kL
 }  // namespace
 
 // speed 0 to 7.
-void Pod::State::moveLens(Lens& lens, int zoom, int focus, int speed) {
+void Pod::State::moveLens(Lens& lens, int zoom, int focus, int speed, const Parameters& p) {
+    const bool stop = p.word(0) == 0 && p.word(2) == 0;
+    if (config.latched && zoom == 0 && focus == 0 && !stop) {
+        return;
+    }
     lens.zoom_direction = zoom;
     lens.focus_direction = focus;
     lens.speed = 0.25 + 0.11 * std::clamp(speed, 0, 7);
@@ -30,7 +34,14 @@ void Pod::State::moveLens(Lens& lens, int zoom, int focus, int speed) {
 void Pod::State::visibleLens(const Parameters& p) {
     const int action = p.byte(0), speed = p.byte(1);
     const bool was_moving = visible.moving();
-    moveLens(visible, action == 1 ? 1 : action == 2 ? -1 : 0, action == 3 ? 1 : action == 4 ? -1 : 0, speed);
+    moveLens(visible,
+             action == 1   ? 1
+             : action == 2 ? -1
+                           : 0,
+             action == 3   ? 1
+             : action == 4 ? -1
+                           : 0,
+             speed, p);
     constexpr const char* kActions[] = {"stop",      "zoom-in",    "zoom-out",
                                         "focus-far", "focus-near", "auto-focus"};
     if (action == 5) {
@@ -56,7 +67,7 @@ void Pod::State::infraredLens(const Parameters& p) {
              action == 1   ? 1
              : action == 2 ? -1
                            : 0,
-             speed != 0 ? speed : 4);
+             speed != 0 ? speed : 4, p);
     if (action == 3) {
         infrared.auto_focus = true;
     }

@@ -37,6 +37,9 @@ void Pod::State::releaseTrack() {
 void Pod::State::setRate(int az, int el) {
     const bool zero = az == 0 && el == 0;
     // A zero rate ends a movement by rate and disturbs nothing else.
+    if (zero) {
+        held_az_dps = held_el_dps = 0;
+    }
     if (zero && !servo.movingByRate()) {
         return;
     }
@@ -50,6 +53,18 @@ void Pod::State::setRate(int az, int el) {
     const double fov = s.display_mode == DisplayMode::kInfrared ? s.ir_fov_deg : s.vl_fov_deg;
     const double scale = kDpsPerUnit * std::clamp(fov / kReferenceFov, 0.03, 1.5);
     servo.rate(az * scale, el * scale);
+    if (config.latched) {
+        held_az_dps = servo.commandedAzimuth();
+        held_el_dps = servo.commandedElevation();
+    }
+}
+
+// What took the servo over has come to its end, and no stop of the rate has come meanwhile.
+void Pod::State::resumeHeldRate() {
+    const bool held = held_az_dps != 0 || held_el_dps != 0;
+    if (held && servo.state() == ServoState::kManual && !servo.movingByRate()) {
+        servo.rate(held_az_dps, held_el_dps);
+    }
 }
 
 void Pod::State::servoRate(const Parameters& p) { setRate(p.word(0), p.word(2)); }

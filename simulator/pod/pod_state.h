@@ -60,9 +60,13 @@ struct Pod::State {
         Handler handler;
     };
     static const Command* find(std::uint16_t code);
+    static bool movesByHand(std::uint16_t code, const Parameters& p);
 
     void apply(std::uint16_t code, const Parameters& p, bool periodic, int rate_code, int rate_az,
                int rate_el);
+    void count(std::uint16_t code, const Parameters& p, bool rate);
+    // What the frame says about held movements: its code, and the rate beside it.
+    void applyHeld(const Command* command, bool rate_code, int rate_az, int rate_el);
     void step(double dt_s);
 
     // Notes a change of state: for the log and, in capitals, for the picture.
@@ -72,6 +76,7 @@ struct Pod::State {
     // Servo.
     void servoRate(const Parameters& p);
     void setRate(int az, int el);
+    void resumeHeldRate();
     void servoCentre(const Parameters& p);
     void digitalGuide(const Parameters& p);
     void lookDown(const Parameters& p);
@@ -143,7 +148,8 @@ struct Pod::State {
     void passThrough(const Parameters& p);
     void firmware(const Parameters& p);
 
-    void moveLens(Lens& lens, int zoom, int focus, int speed);
+    void moveLens(Lens& lens, int zoom, int focus, int speed, const Parameters& p);
+    void refreshHand();
     void refresh();  // all of snapshot that follows from the rest
     void refreshTarget();
     void stepTracker(double dt_s);
@@ -178,6 +184,7 @@ struct Pod::State {
     std::uint16_t last_code = 0;
     std::uint8_t last_parameters[12] = {};
     bool rate_active = false;
+    double held_az_dps = 0, held_el_dps = 0;  // of a latched pod: commanded and not yet stopped
     std::vector<std::pair<std::string, std::string>> notes;
 };
 

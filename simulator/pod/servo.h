@@ -28,6 +28,11 @@ public:
     double earthYaw(const FlightState& flight) const;  // -180..180
     int guidanceFeedback() const { return m_guidanceFeedback; }
     bool movingByRate() const { return m_state == ServoState::kManual && (m_rateAz != 0 || m_rateEl != 0); }
+    // By rates, or coming to rest after them.
+    bool inHand() const { return m_state == ServoState::kManual || m_state == ServoState::kGyroManualDrift; }
+    // The rates commanded, 0 once another movement has taken their place.
+    double commandedAzimuth() const { return m_rateAz; }
+    double commandedElevation() const { return m_rateEl; }
 
     // Degrees per second; 0, 0 stops.
     void rate(double az_dps, double el_dps);

@@ -67,6 +67,17 @@ struct Snapshot {
     double rate_az_dps = 0, rate_el_dps = 0;  // present speed of the axes, degrees per second
     int attitude_guidance_feedback = 0;       // 18 under way, 19 complete, else 0
 
+    // Movements by hand, of rate, gyro rate and lens commands. The speeds are those of the axes while they
+    // move, else what is still commanded; what tracking, a guide or a scan moves is not told here.
+    double hand_az_dps = 0, hand_el_dps = 0;
+    int vl_zoom_direction = 0, ir_zoom_direction = 0;    // +1 longer, -1 wider, 0 none
+    int vl_focus_direction = 0, ir_focus_direction = 0;  // +1 away from sharp, -1 back, 0 none
+    // Since the start, aircraft's blocks sent alone aside: all frames taken, those that were not idle, and
+    // those that asked for such a movement.
+    std::uint64_t frames = 0, commands = 0, movements = 0;
+    // Of the latest periodic frame: its code, else its rate code if the rate is not zero; 0 idle.
+    int standing_code = 0;
+
     // Cameras. Fields of view are horizontal and include the electronic zoom.
     double vl_fov_deg = 0, ir_fov_deg = 0, tele_fov_deg = 0;
     double vl_focal_mm = 0, ir_focal_mm = 0;

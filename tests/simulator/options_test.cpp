@@ -36,6 +36,7 @@ TEST(Options, EveryOptionIsRead) {
                        "/tmp/x",
                        "--peer",
                        "127.0.0.1:9",
+                       "--latched",
                        "--telemetry-hz",
                        "50",
                        "--telemetry-form",
@@ -77,6 +78,7 @@ TEST(Options, EveryOptionIsRead) {
                        "1.5"},
                       o, error))
         << error;
+    EXPECT_TRUE(o.latched);
     EXPECT_EQ(o.bind_address, "0.0.0.0");
     EXPECT_EQ(o.udp_port, kNoPort);
     EXPECT_EQ(o.tcp_port, 0);

@@ -167,6 +167,41 @@ TEST(Program, FaultsSwitchWhileItRuns) {
     close(fd);
 }
 
+// The question stands behind the frames: its answer knows them.
+TEST(Program, TellsItsMotionAndLatched) {
+    const std::string standing = "motion az=0.000 el=0.000 zoom0=0 focus0=0 zoom1=0 focus1=0";
+    for (const bool latched : {false, true}) {
+        std::vector<std::string> arguments = {"--udp", "0", "--rtsp-port", "off"};
+        if (latched) {
+            arguments.emplace_back("--latched");
+        }
+        Pod pod(arguments);
+        ASSERT_TRUE(pod.waitReady());
+        pod.writeLine("motion");
+        EXPECT_EQ(pod.readLine(), standing + " commands=0 movements=0 frames=0 standing=0");
+        const int fd = pod.talk();
+        // Zoom of the second channel, then an idle periodic frame.
+        const Bytes zoom = bytesOf("FB 2C AA 06 50 00 0F 00 00 00 59");
+        Bytes idle = kRight;
+        idle[37] = idle[38] = idle[39] = 0;
+        idle[42] = 0;
+        for (int i = 2; i < 42; ++i) {
+            idle[42] = static_cast<std::uint8_t>(idle[42] ^ idle[static_cast<std::size_t>(i)]);
+        }
+        ASSERT_EQ(send(fd, zoom.data(), zoom.size(), 0), 11);
+        ASSERT_EQ(send(fd, idle.data(), idle.size(), 0), 44);
+        const auto deadline = Clock::now() + 10s;
+        std::optional<std::string> told;
+        do {
+            pod.writeLine("motion");
+            told = pod.readLine();
+        } while (told && told->find("frames=3") == std::string::npos && Clock::now() < deadline);
+        EXPECT_EQ(told, "motion az=0.000 el=0.000 zoom0=0 focus0=0 zoom1=" + std::to_string(latched ? 1 : 0) +
+                            " focus1=0 commands=2 movements=1 frames=3 standing=0");
+        close(fd);
+    }
+}
+
 TEST(Program, StopsByItselfAfterItsDuration) {
     Pod pod({"--udp", "0", "--rtsp-port", "off", "--duration", "0.2"});
     EXPECT_TRUE(pod.waitReady());
