@@ -11,6 +11,7 @@ struct X11Pointer::State {
     Window root = None;
     Atom move_resize = None;
     Atom mark = None;
+    Window other = None;
     std::vector<XClientMessageEvent> requests;
     long last_button = 0;
 };
@@ -48,6 +49,47 @@ void X11Pointer::press(int button) {
 void X11Pointer::release(int button) {
     XTestFakeButtonEvent(m_state->display, static_cast<unsigned>(button), False, CurrentTime);
     XSync(m_state->display, False);
+}
+
+static bool fakeKey(Display* display, const char* name, Bool down) {
+    const KeySym symbol = XStringToKeysym(name);
+    const KeyCode code = symbol != NoSymbol ? XKeysymToKeycode(display, symbol) : KeyCode(0);
+    if (code == 0) {
+        return false;
+    }
+    XTestFakeKeyEvent(display, code, down, CurrentTime);
+    XSync(display, False);
+    return true;
+}
+
+bool X11Pointer::keyPress(const char* name) { return fakeKey(m_state->display, name, True); }
+
+bool X11Pointer::keyRelease(const char* name) { return fakeKey(m_state->display, name, False); }
+
+bool X11Pointer::takeGrab() {
+    const State& s = *m_state;
+    return XGrabPointer(s.display, s.root, False, ButtonPressMask | ButtonReleaseMask | PointerMotionMask,
+                        GrabModeAsync, GrabModeAsync, None, None, CurrentTime) == GrabSuccess;
+}
+
+void X11Pointer::dropGrab() {
+    XUngrabPointer(m_state->display, CurrentTime);
+    XSync(m_state->display, False);
+}
+
+void X11Pointer::takeFocus() {
+    State& s = *m_state;
+    if (s.other == None) {
+        XSetWindowAttributes attributes;
+        std::memset(&attributes, 0, sizeof attributes);
+        attributes.override_redirect = True;
+        s.other = XCreateWindow(s.display, s.root, 0, 0, 20, 20, 0, 0, InputOutput, nullptr,
+                                CWOverrideRedirect, &attributes);
+        XMapWindow(s.display, s.other);
+        XSync(s.display, False);
+    }
+    XSetInputFocus(s.display, s.other, RevertToParent, CurrentTime);
+    XSync(s.display, False);
 }
 
 std::pair<int, int> X11Pointer::position(std::uintptr_t window) {

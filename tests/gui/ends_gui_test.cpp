@@ -1,0 +1,117 @@
+// Whatever ends a hold, the frame that stops it leaves, each movement gets the stop of its own code, and
+// nothing on the pod moves once the hand is gone. Judged from outside, by a pod that forgives nothing.
+//
+//   SORVANE_ENDS_ROWS   a regular expression: only the rows "BEGIN x END x MODE" that it finds
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <cstdio>
+
+#include "ends_table.h"
+
+void Row::liftAndSettle() {
+    scene.hand.lift();
+    const Motion m = scene.waitStill();
+    if (!scene.atRest(m)) {
+        trouble += "after the hand was gone: " + m.text + "; ";
+        return;
+    }
+    const Motion later = scene.staysStill();
+    if (!scene.atRest(later) || later.movements != m.movements) {
+        trouble += "it moves again: " + later.text + "; ";
+    }
+}
+
+namespace {
+
+class Ends : public EndsScene {
+protected:
+    void runTable(const std::vector<Begin>& begins, const std::vector<End>& ends);
+    // Empty when the row went well.
+    QString runRow(const Begin& begin, const End& end);
+
+private:
+    QString m_mode;
+    quint64 m_movements = 0;
+    bool m_rested = false;  // m_movements tells what there was at the end of the row before
+};
+
+QString Ends::runRow(const Begin& begin, const End& end) {
+    if (!raise()) {
+        return "the scene: " + problem();
+    }
+    const Motion before = pod.motion();
+    if (m_rested && before.movements != m_movements) {
+        m_rested = false;
+        return "moved after the row before: " + before.text;
+    }
+    Row row{*this, begin, begin.start(*this, begin), {}};
+    if (row.widget == nullptr) {
+        return "cannot begin";
+    }
+    const Motion begun = pod.until(
+        [&](const Motion& m) { return begin.moves ? !m.still() : m.commands > before.commands; }, kAppearMs);
+    if (begin.moves ? begun.still() : begun.commands == before.commands) {
+        return "nothing to end: " + begun.text;
+    }
+    end.run(row);
+    if (end.stops) {
+        const Motion m = waitStill();
+        row.trouble += atRest(m) ? "" : "with the hand still there: " + m.text + "; ";
+    }
+    row.liftAndSettle();
+    if (end.undo) {
+        end.undo(row);
+        row.liftAndSettle();
+    }
+    m_movements = pod.motion().movements;
+    m_rested = true;
+    return row.trouble;
+}
+
+void Ends::runTable(const std::vector<Begin>& begins, const std::vector<End>& ends) {
+    ASSERT_TRUE(hand.available());
+    const QRegularExpression wanted(qEnvironmentVariable("SORVANE_ENDS_ROWS"));
+    const QString mode = QStringLiteral("%1, %2 ms").arg(single() ? "single" : "periodic").arg(period());
+    int rows = 0;
+    int failed = 0;
+    QElapsedTimer clock;
+    clock.start();
+    for (const Begin& begin : begins) {
+        for (const End& end : ends) {
+            const QString name =
+                QStringLiteral("%1 x %2 x %3")
+                    .arg(QString::fromStdString(begin.name), QString::fromStdString(end.name), mode);
+            if (!(begin.thorough || end.common) || !end.applies(begin) || !wanted.match(name).hasMatch()) {
+                continue;
+            }
+            ++rows;
+            const QString trouble = runRow(begin, end);
+            if (!trouble.isEmpty()) {
+                ++failed;
+                ADD_FAILURE() << qPrintable(name) << ": " << qPrintable(trouble);
+                m_rested = false;
+                startOver();
+            }
+        }
+    }
+    std::printf("%s: %d rows, %d failed, %.1f s\n", qPrintable(mode), rows, failed,
+                static_cast<double>(clock.elapsed()) / 1000);
+    EXPECT_GT(rows, 0);
+}
+
+TEST_F(Ends, InSingleMode) {
+    setMode(true);
+    runTable(allBegins(), allEnds());
+}
+
+TEST_F(Ends, InPeriodicMode) {
+    setMode(false);
+    runTable(allBegins(), allEnds());
+}
+
+TEST_F(Ends, WithATickASecond) {
+    setMode(false, 1000);
+    runTable(allBegins(), endsAfterTheRelease());
+}
+
+}  // namespace

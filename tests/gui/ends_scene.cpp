@@ -1,0 +1,140 @@
+#include "ends_scene.h"
+
+#include <QElapsedTimer>
+#include <QScrollArea>
+#include <QStackedWidget>
+
+#include "link/command_codes.h"
+
+void EndsScene::setMode(bool single, int period_ms) {
+    m_single = single;
+    m_period_ms = period_ms;
+}
+
+bool EndsScene::fail(const QString& why) {
+    m_problem = why;
+    return false;
+}
+
+bool EndsScene::openWindow() {
+    start({{"common/send_single", m_single},
+           {"common/send_period_ms", m_period_ms},
+           {"common/video_display_mode", 2},
+           {"connection/destination_address", "127.0.0.1"}});
+    return !HasFatalFailure() || fail("the window does not appear");
+}
+
+bool EndsScene::connectLink() {
+    Ui::connection& dialog = *in().ui_connection();
+    if (dialog.comboBox->findText("127.0.0.1") < 0) {
+        dialog.comboBox->addItem("127.0.0.1");
+    }
+    dialog.comboBox->setCurrentIndex(dialog.comboBox->findText("127.0.0.1"));
+    dialog.cbb_ctrlConnIpPort->setText(QString::number(pod.port()));
+    dialog.cbb_ctrlConnLocalPort->setText(QString::number(m_station_port));
+    toggleLink();
+    return linkOpen() || fail("the link does not open");
+}
+
+void EndsScene::toggleLink() { in().ui_connection()->pushButton_26->click(); }
+
+void EndsScene::chooseMode(bool single) {
+    Ui::dialogSettings& ui = *in().m_settings()->ui;
+    (single ? ui.rbtn_scaleQualHigh_3 : ui.rbtn_scaleQualLow_3)->setChecked(true);
+}
+
+bool EndsScene::raise() {
+    if (pod.port() == 0) {
+        // The pod speaks first, so the station's port must be known to it: reserve one.
+        QUdpSocket probe;
+        probe.bind(QHostAddress(QHostAddress::LocalHost));
+        m_station_port = probe.localPort();
+        probe.close();
+        if (!pod.start(m_station_port)) {
+            return fail(pod.problem());
+        }
+    }
+    if (!window && !openWindow()) {
+        return false;
+    }
+    if (!window->isVisible() || window->isMinimized()) {
+        window->showMaximized();
+    }
+    if (!window->isActiveWindow()) {
+        window->activateWindow();
+    }
+    if (!waitFor([this] { return window->isActiveWindow() && window->isVisible(); }, kAppearMs)) {
+        return fail("the window is not active");
+    }
+    if (!linkOpen() && !connectLink()) {
+        return false;
+    }
+    chooseMode(m_single);
+    if (!ui().tabWidget->isVisible()) {
+        in().m_btnCtrlPane()->click();
+    }
+    ui().radioButton_13->setChecked(true);
+    const Motion rest = waitStill();
+    return atRest(rest) || fail("no rest to begin with: " + rest.text);
+}
+
+void EndsScene::closeWindow() { stop(); }
+
+void EndsScene::startOver() {
+    hand.lift();
+    closeWindow();
+    pod.brake();
+    waitStill(1000);
+}
+
+void EndsScene::TearDown() {
+    hand.lift();
+    KorvathTest::TearDown();
+    pod.stop();
+}
+
+QWidget* EndsScene::control(const char* name) {
+    for (int page = 0; page < ui().tabWidget->count(); ++page) {
+        auto* found = ui().tabWidget->widget(page)->findChild<QWidget*>(QLatin1String(name));
+        if (found == nullptr) {
+            continue;
+        }
+        ui().tabWidget->setCurrentIndex(page);
+        for (QWidget* w = found->parentWidget(); w != nullptr; w = w->parentWidget()) {
+            if (auto* scrolled = qobject_cast<QScrollArea*>(w)) {
+                scrolled->ensureWidgetVisible(found);
+            }
+        }
+        const auto inSight = [found] {
+            return found->isVisible() && found->visibleRegion().contains(found->rect().center());
+        };
+        return waitFor(inSight, kAppearMs) ? found : nullptr;
+    }
+    return nullptr;
+}
+
+QPoint EndsScene::centre(const QWidget* widget) { return widget->mapToGlobal(widget->rect().center()); }
+
+QWidget* EndsScene::picture(int number) const {
+    return number == 1 ? static_cast<QWidget*>(ui().videoWin1) : ui().videoWin2;
+}
+
+bool EndsScene::atRest(const Motion& m) const {
+    const bool periodic = window && !in().m_settings()->ui->rbtn_scaleQualHigh_3->isChecked();
+    return m.still() && (!periodic || !linkOpen() || m.standing == 0);
+}
+
+Motion EndsScene::waitStill(int deadline_ms) {
+    return pod.until([this](const Motion& m) { return atRest(m); }, deadline_ms);
+}
+
+Motion EndsScene::staysStill() {
+    const Motion first = pod.motion();
+    QElapsedTimer since;
+    since.start();
+    return pod.until(
+        [&](const Motion& m) {
+            return !atRest(m) || m.movements != first.movements || since.elapsed() > 3 * m_period_ms;
+        },
+        10 * m_period_ms + 1000);
+}

@@ -1,0 +1,68 @@
+// The stage of the table of ends: the real window, linked over loopback to a latched pod, and a hand.
+#pragma once
+
+#include <QPointer>
+#include <QUdpSocket>
+
+#include "hand.h"
+#include "korvath_fixture.h"
+#include "pod_judge.h"
+
+class EndsScene : public KorvathTest {
+public:
+    // Five times what a right station needs at most: two periods, a tenth of a second, the pod's slowing down
+    // and the half second after which a gyro rate ends by itself.
+    static constexpr int kStopDeadlineMs = 2500;
+    static constexpr int kPeriodMs = 40;
+    static constexpr int kAppearMs = 4000;
+
+    void setMode(bool single, int period_ms = kPeriodMs);
+    bool single() const { return m_single; }
+    int period() const { return m_period_ms; }
+
+    // Window and pod stand, the link is open, the control pages are shown and both pictures. Builds anew what
+    // is missing. False: problem() tells why.
+    bool raise();
+    void closeWindow();
+    // After a row that went wrong: nothing of it is left.
+    void startOver();
+    QString problem() const { return m_problem; }
+
+    bool linkOpen() const { return in().m_linkState() == kLinkUdp; }
+    void toggleLink();
+    void chooseMode(bool single);
+
+    // A control of the two pages, brought into sight; null when there is none.
+    QWidget* control(const char* name);
+    static QPoint centre(const QWidget* widget);
+    QWidget* picture(int number) const;
+
+    using KorvathTest::in;
+    using KorvathTest::stop;
+    using KorvathTest::ui;
+    using KorvathTest::waitFor;
+    using KorvathTest::window;
+
+    // Still and with an idle frame (periodic mode, open link) within the deadline.
+    Motion waitStill(int deadline_ms = kStopDeadlineMs);
+    // Nothing moves for longer than two periods; the answer that shows otherwise.
+    Motion staysStill();
+    bool atRest(const Motion& m) const;
+
+    Hand hand;
+    PodJudge pod;
+
+protected:
+    void TearDown() override;
+    void TestBody() override {}
+
+private:
+    bool openWindow();
+    bool connectLink();
+    bool fail(const QString& why);
+
+    bool m_single = true;
+    int m_period_ms = kPeriodMs;
+    int m_station_port = 0;
+    QString m_problem;
+};
