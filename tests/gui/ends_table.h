@@ -45,7 +45,8 @@ struct End {
     bool stops;   // ends a hold by itself: the pod stands before the hand is gone
     std::function<bool(const Begin&)> applies;
     std::function<void(Row&)> run;
-    // Back to a window that can be used, null: nothing; what the scene's raise() does by itself is left to it.
+    // Back to a window that can be used, null: nothing; what the scene's raise() does by itself is left to
+    // it.
     std::function<void(Row&)> undo;
 };
 
