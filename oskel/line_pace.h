@@ -24,11 +24,13 @@ public:
     // Until the next run is to be handed over: so little before the line falls silent that hardly anything
     // more is out of reach for a run that goes ahead.
     Duration untilNext(std::size_t unsent, TimePoint now) const;
-    // A run that waited came too late for a line that had fallen silent: this machine needs more lead.
-    void cameLate();
+    // A run that waited is about to be handed over; too_late: the line had fallen silent before. A machine
+    // whose timers are late needs more lead, as long as they are.
+    void woke(bool too_late);
 
 private:
     unsigned int m_baud;
+    Duration m_leastLead;
     Duration m_lead;
     TimePoint m_freeAt{};
 };

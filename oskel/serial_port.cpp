@@ -48,9 +48,7 @@ int SerialPort::busyMs(std::size_t waiting, Clock::time_point now) {
 void SerialPort::onBegun(std::size_t size, Clock::time_point now) { m_pace.handedOver(size, now); }
 
 void SerialPort::onWoken(Clock::time_point now) {
-    if (m_pace.left(unsent(), now) == Duration::zero()) {
-        m_pace.cameLate();
-    }
+    m_pace.woke(m_pace.left(unsent(), now) == Duration::zero());
 }
 
 bool SerialPort::lingers() {

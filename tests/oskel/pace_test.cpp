@@ -55,16 +55,23 @@ TEST(LinePace, TheNextRunComesALittleBeforeTheLineFallsSilent) {
     }
 }
 
-TEST(LinePace, ALateMachineGetsMoreLeadButNeverMuch) {
-    LinePace pace(2400);
-    pace.handedOver(kFrame, start);
-    const auto before = pace.untilNext(0, start);
-    pace.cameLate();
-    EXPECT_LT(pace.untilNext(0, start), before);
+TEST(LinePace, ALateMachineGetsMoreLeadAsLongAsItIsLate) {
+    LinePace pace(115200);
+    pace.handedOver(1000, start);
+    const auto lead = [&pace] { return pace.left(0, start) - pace.untilNext(0, start); };
+    const auto least = lead();
+    pace.woke(true);
+    EXPECT_EQ(lead(), 2 * least);
     for (int i = 0; i < 100; ++i) {
-        pace.cameLate();
+        pace.woke(true);
     }
-    EXPECT_EQ(pace.left(0, start) - pace.untilNext(0, start), 10ms);
+    EXPECT_EQ(lead(), 40ms);
+    pace.woke(false);
+    EXPECT_LT(lead(), 40ms);
+    for (int i = 0; i < 1000; ++i) {
+        pace.woke(false);
+    }
+    EXPECT_EQ(lead(), least);
 }
 
 std::string takeAll(RunQueue& queue) {
