@@ -1,8 +1,6 @@
 #include "link/link_panel.h"
 
 #include <QDebug>
-#include <QHostAddress>
-#include <QHostInfo>
 #include <QSerialPortInfo>
 #include <utility>
 
@@ -31,14 +29,16 @@ void fillPorts(QComboBox* box) {
     }
 }
 
-// The network part of an address, as far as the last dot.
-QString subnetOf(const QString& address) { return address.left(address.lastIndexOf(QLatin1Char('.'))); }
-
 }  // namespace
 
 LinkPanel::LinkPanel(const ConnectionForm& form, QWidget& dialog, MyAppConfig& config,
-                     const LinkFields& fields, LinkActions actions)
-    : m_form(form), m_dialog(dialog), m_config(config), m_fields(fields), m_actions(std::move(actions)) {
+                     const LinkFields& fields, LinkActions actions, AddressSources addresses)
+    : m_form(form),
+      m_dialog(dialog),
+      m_config(config),
+      m_fields(fields),
+      m_actions(std::move(actions)),
+      m_addresses(*form.local_address, config.destination_address, std::move(addresses)) {
     fillBaudRates(m_form.serial_rate);
     fillBaudRates(m_form.ins_rate);
     // Names that the system does not list, a pseudo terminal for instance, are typed in.
@@ -62,24 +62,7 @@ void LinkPanel::fillFromConfig() {
 void LinkPanel::fillLists() {
     refreshSerialPorts();
     refreshInsPorts();
-    fillLocalAddresses();
-}
-
-void LinkPanel::fillLocalAddresses() {
-    QComboBox* box = m_form.local_address;
-    const auto addresses = QHostInfo::fromName(QHostInfo::localHostName()).addresses();
-    for (const QHostAddress& address : addresses) {
-        if (address.protocol() == QAbstractSocket::IPv4Protocol) {
-            box->addItem(address.toString());
-        }
-    }
-    const QString subnet = subnetOf(m_config.destination_address);
-    for (int i = 0; i < box->count(); ++i) {
-        if (subnetOf(box->itemText(i)) == subnet) {
-            box->setCurrentIndex(i);
-            break;
-        }
-    }
+    m_addresses.fill();
 }
 
 void LinkPanel::refreshSerialPorts() {
@@ -165,6 +148,8 @@ void LinkPanel::openUdp() {
                                            m_form.local_address->currentText().toLatin1().constData(),
                                            m_form.local_port->text().toInt(), m_actions.control_data);
     if (handle >= 1) {
+        // What the link stands on is not to be replaced in its box by a late address.
+        m_addresses.keep();
         opened(handle, kLinkUdp);
     }
 }

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "link/link_state.h"
+#include "link/local_addresses.h"
 #include "oskel/oskel.h"
 
 class MyAppConfig;
@@ -35,9 +36,9 @@ class LinkPanel {
 
 public:
     LinkPanel(const ConnectionForm& form, QWidget& dialog, MyAppConfig& config, const LinkFields& fields,
-              LinkActions actions);
+              LinkActions actions, AddressSources addresses = systemAddresses());
 
-    // Both serial port lists and the local addresses, the address on the pod's subnet selected.
+    // Both serial port lists and the local addresses.
     void fillLists();
     void refreshSerialPorts();
     void refreshInsPorts();
@@ -60,7 +61,6 @@ public:
 
 private:
     void fillFromConfig();
-    void fillLocalAddresses();
     void closeLink();
     void opened(int handle, LinkState state);
     void openUdp();
@@ -73,4 +73,5 @@ private:
     MyAppConfig& m_config;
     LinkFields m_fields;
     LinkActions m_actions;
+    LocalAddresses m_addresses;
 };

@@ -51,7 +51,9 @@ protected:
                             calls << "closing";
                             sent_while_closing = oskel::push_bytes("bye", 3, link_handle);
                         },
-                        [this] { calls << "changed"; }});
+                        [this] { calls << "changed"; }},
+            AddressSources{[] { return QStringList{"127.0.0.1"}; },
+                           [this](const AddressSources::Take& take) { looked_up = take; }});
     }
     void aimAt(int port) const {
         form.pod_address->setText("127.0.0.1");
@@ -86,6 +88,7 @@ protected:
     Received control;
     Received ins;
     QStringList calls;
+    AddressSources::Take looked_up;
     int sent_while_closing = 0;
     UdpPeer peer;
     SerialPeer line;
@@ -143,6 +146,29 @@ TEST_F(LinkPanelPart, TheLocalAddressOnThePodsSubnetIsChosen) {
     config.destination_address = "198.51.100.77";
     panel->fillLists();
     EXPECT_EQ(form.local_address->currentText(), "198.51.100.4");
+}
+
+TEST_F(LinkPanelPart, ALateAddressDoesNotReplaceTheOneThatTheLinkStandsOn) {
+    config.destination_address = "127.0.0.1";
+    build();
+    panel->fillLists();
+    form.pod_address->setText("127.0.0.1");
+    form.pod_port->setText(QString::number(peer.port()));
+    form.local_port->setText("0");
+    form.udp->setChecked(true);
+    panel->toggleNetwork();
+    ASSERT_EQ(link_state, kLinkUdp);
+    looked_up({"127.0.0.9"});
+    EXPECT_EQ(form.local_address->itemText(0), "127.0.0.9");
+    EXPECT_EQ(form.local_address->currentText(), "127.0.0.1");
+}
+
+TEST_F(LinkPanelPart, AnAddressThatOutlivesThePanelIsNotTaken) {
+    build();
+    panel->fillLists();
+    panel.reset();
+    looked_up({"127.0.0.9"});
+    EXPECT_EQ(form.local_address->count(), 1);
 }
 
 TEST_F(LinkPanelPart, AUdpPeerGetsAndSends) {
