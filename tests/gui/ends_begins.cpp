@@ -38,36 +38,27 @@ QWidget* wheel(EndsScene& s, const Begin&) {
     return w;
 }
 
-// Beyond the dead radius, and on, so that rates are sent. The first moves only arm the drag.
-constexpr int kDragSteps = 6, kDragStep = 12;
-
 template <int kPicture>
 QWidget* dragByMouse(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(kPicture);
-    const QPoint from = EndsScene::centre(w);
-    s.hand.move(from);
+    s.hand.move(EndsScene::centre(w));
     s.hand.press();
-    for (int i = 1; i <= kDragSteps; ++i) {
-        s.hand.move(from + QPoint(i * kDragStep, -i * kDragStep / 2));
-        QTest::qWait(1);
-    }
+    s.dragUntilMoving([&s](const QPoint& at) { s.hand.move(at); }, EndsScene::centre(w));
     return w;
 }
 
 QWidget* dragByFinger(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(1);
-    const QPoint from = EndsScene::centre(w);
-    s.hand.fingerDown(1, w->window(), from);
-    for (int i = 1; i <= kDragSteps; ++i) {
-        s.hand.fingerMove(1, from + QPoint(i * kDragStep, -i * kDragStep / 2));
-        QTest::qWait(1);
-    }
+    s.hand.fingerDown(1, w->window(), EndsScene::centre(w));
+    s.dragUntilMoving([&s](const QPoint& at) { s.hand.fingerMove(1, at); }, EndsScene::centre(w));
     return w;
 }
 
+// Each time elsewhere: the second press of a double click is none.
 QWidget* middleButton(EndsScene& s, const Begin&) {
+    static int times = 0;
     QWidget* const w = s.picture(1);
-    s.hand.move(EndsScene::centre(w));
+    s.hand.move(EndsScene::centre(w) + QPoint(++times % 8 * 20, 0));
     s.hand.press(2);
     return w;
 }
@@ -89,7 +80,16 @@ QWidget* chooseByMouse(EndsScene& s, const Begin& b) {
     }
     const QModelIndex other = box->model()->index((box->currentIndex() + 1) % box->count(), 0);
     const QAbstractItemView* view = box->view();
-    s.hand.click(view->viewport()->mapToGlobal(view->visualRect(other).center()));
+    const QPoint at = view->viewport()->mapToGlobal(view->visualRect(other).center());
+    int step = 0;
+    EndsScene::waitFor(
+        [&] {
+            s.hand.move(at + QPoint(step++ % 20, 0));
+            return view->currentIndex() == other;
+        },
+        EndsScene::kAppearMs);
+    s.hand.press();
+    s.hand.release();
     return EndsScene::waitFor([view] { return !view->isVisible(); }, EndsScene::kAppearMs) ? box : nullptr;
 }
 

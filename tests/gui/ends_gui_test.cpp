@@ -111,7 +111,13 @@ TEST_F(Ends, InPeriodicMode) {
 
 TEST_F(Ends, WithATickASecond) {
     setMode(false, 1000);
-    runTable(allBegins(), endsAfterTheRelease());
+    std::vector<Begin> few;
+    for (const Begin& begin : allBegins()) {
+        if (begin.thorough && begin.kind != Begin::kFinger) {
+            few.push_back(begin);
+        }
+    }
+    runTable(few, endsAfterTheRelease());
 }
 
 }  // namespace

@@ -3,8 +3,14 @@
 #include <QElapsedTimer>
 #include <QScrollArea>
 #include <QStackedWidget>
+#include <QWindow>
+#include <cmath>
 
-#include "link/command_codes.h"
+namespace {
+
+const QRect kPlace(100, 60, 1700, 960);
+
+}  // namespace
 
 void EndsScene::setMode(bool single, int period_ms) {
     m_single = single;
@@ -21,7 +27,20 @@ bool EndsScene::openWindow() {
            {"common/send_period_ms", m_period_ms},
            {"common/video_display_mode", 2},
            {"connection/destination_address", "127.0.0.1"}});
-    return !HasFatalFailure() || fail("the window does not appear");
+    if (HasFatalFailure()) {
+        return fail("the window does not appear");
+    }
+    // Not maximised: there is a world outside.
+    window->showNormal();
+    return waitFor(
+               [this] {
+                   if (!window->isMaximized() && window->geometry() != kPlace) {
+                       window->setGeometry(kPlace);
+                   }
+                   return !window->isMaximized() && window->geometry() == kPlace;
+               },
+               kAppearMs) ||
+           fail("the window does not take its place");
 }
 
 bool EndsScene::connectLink() {
@@ -57,13 +76,7 @@ bool EndsScene::raise() {
     if (!window && !openWindow()) {
         return false;
     }
-    if (!window->isVisible() || window->isMinimized()) {
-        window->showMaximized();
-    }
-    if (!window->isActiveWindow()) {
-        window->activateWindow();
-    }
-    if (!waitFor([this] { return window->isActiveWindow() && window->isVisible(); }, kAppearMs)) {
+    if (!showWindow()) {
         return fail("the window is not active");
     }
     if (!linkOpen() && !connectLink()) {
@@ -76,6 +89,21 @@ bool EndsScene::raise() {
     ui().radioButton_13->setChecked(true);
     const Motion rest = waitStill();
     return atRest(rest) || fail("no rest to begin with: " + rest.text);
+}
+
+bool EndsScene::showWindow() {
+    if (!window->isVisible() || window->isMinimized()) {
+        window->showNormal();
+    }
+    return waitFor(
+        [this] {
+            if (!window->isActiveWindow()) {
+                window->activateWindow();
+            }
+            return window->isActiveWindow() && window->windowHandle()->isExposed() &&
+                   window->geometry() == kPlace;
+        },
+        kAppearMs);
 }
 
 void EndsScene::closeWindow() { stop(); }
@@ -117,6 +145,19 @@ QPoint EndsScene::centre(const QWidget* widget) { return widget->mapToGlobal(wid
 
 QWidget* EndsScene::picture(int number) const {
     return number == 1 ? static_cast<QWidget*>(ui().videoWin1) : ui().videoWin2;
+}
+
+void EndsScene::dragUntilMoving(const std::function<void(const QPoint&)>& move_to, const QPoint& from) {
+    int step = 0;
+    pod.until(
+        [&](const Motion& m) {
+            const bool moves = std::fabs(m.az) + std::fabs(m.el) > 0;
+            // A hand never stands quite still.
+            step = step < 20 ? step + 1 : 17;
+            move_to(from + QPoint(6 * step, -4 * step));
+            return moves;
+        },
+        kAppearMs);
 }
 
 bool EndsScene::atRest(const Motion& m) const {

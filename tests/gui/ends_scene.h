@@ -43,6 +43,9 @@ public:
     using KorvathTest::waitFor;
     using KorvathTest::window;
 
+    // Goes on from `from` until the pod moves: a few pixels only arm a drag, and moves may come in bundles.
+    void dragUntilMoving(const std::function<void(const QPoint&)>& move_to, const QPoint& from);
+
     // Still and with an idle frame (periodic mode, open link) within the deadline.
     Motion waitStill(int deadline_ms = kStopDeadlineMs);
     // Nothing moves for longer than two periods; the answer that shows otherwise.
@@ -58,6 +61,7 @@ protected:
 
 private:
     bool openWindow();
+    bool showWindow();
     bool connectLink();
     bool fail(const QString& why);
 
