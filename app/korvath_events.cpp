@@ -9,10 +9,10 @@
 #include <type_traits>
 
 #include "app/events/my_event.h"
-#include "app/frameless_edges.h"
 #include "app/korvath_parts.h"
 #include "video/stream_rules.h"
 #include "video/video_surface.h"
+#include "widgets/frameless_edges.h"
 #include "widgets/page_wheel.h"
 #include "widgets/window_drag.h"
 

@@ -1,5 +1,5 @@
 // The edges of the frameless window: pure geometry.
-#include "app/frameless_edges.h"
+#include "widgets/frameless_edges.h"
 
 #include <gtest/gtest.h>
 
@@ -75,6 +75,14 @@ TEST(FramelessEdges, NoEdgeOppositeEdgesAndMoreThanTwoMoveNothing) {
         EXPECT_EQ(Edges::cursor(edges), Qt::ArrowCursor) << edges;
         EXPECT_EQ(Edges::moved(kFrame, edges, QPoint(30, -20)), kFrame) << edges;
     }
+}
+
+TEST(FramelessEdges, TenPixelsInAnyDirectionAreNoDrag) {
+    EXPECT_FALSE(Edges::isDrag({0, 0}));
+    EXPECT_FALSE(Edges::isDrag({10, 0}));
+    EXPECT_FALSE(Edges::isDrag({-6, 8}));
+    EXPECT_TRUE(Edges::isDrag({0, -11}));
+    EXPECT_TRUE(Edges::isDrag({8, 7}));
 }
 
 }  // namespace

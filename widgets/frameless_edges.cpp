@@ -1,4 +1,4 @@
-#include "app/frameless_edges.h"
+#include "widgets/frameless_edges.h"
 
 #include <cmath>
 #include <cstdlib>
