@@ -101,9 +101,13 @@ void QMyVideoWidget::dragTo(const QPoint& pos) {
 
 void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
     const QPoint pos = truncated(e->localPos());
-    const bool was_cut = m_holdCut;
-    m_holdCut = false;
-    if (e->button() == Qt::MiddleButton) {
+    // Of a gesture that was cut nothing is left: neither the release of its button nor what is clicked before
+    // that.
+    const bool left = e->button() == Qt::LeftButton;
+    const bool was_cut = m_holdCut && (left || (e->buttons() & Qt::LeftButton) != 0);
+    if (left) {
+        m_holdCut = false;
+    } else if (e->button() == Qt::MiddleButton) {
         endMiddle();
     }
     if (m_drag.dragging) {
@@ -114,7 +118,7 @@ void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
     } else {
         m_drag.release();
         if (!was_cut && owner != nullptr && window_id == 1) {
-            if (e->button() == Qt::LeftButton && !owner->edgeGesture(e->globalPos())) {
+            if (left && !owner->edgeGesture(e->globalPos())) {
                 clickAt(pos);
             } else if (e->button() == Qt::RightButton) {
                 qDebug("mouseReleaseEvent");

@@ -49,6 +49,9 @@ bool HoldWatch::endsHold(QObject* object, QEvent* e) const {
         case QEvent::MouseButtonDblClick:
         case QEvent::MouseButtonRelease:
             return object != &m_held && mouseLost(object, *static_cast<QMouseEvent*>(e));
+        case QEvent::TouchCancel:
+            // Also of a finger that plays the mouse: no release is made of it then.
+            return true;
         case QEvent::Show:
         case QEvent::Hide:
         case QEvent::Close:

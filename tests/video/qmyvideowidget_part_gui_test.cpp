@@ -166,6 +166,36 @@ TEST_F(VideoFace, TheRightButtonStopsTrackingAndTheMiddleOneIsHeld) {
     EXPECT_EQ(taken(), QStringList{"middle released"});
 }
 
+// The left button is still down: what it does after the cut is neither a drag nor a click.
+TEST_F(VideoFace, WhatCutsADragLeavesNoClickBehind) {
+    for (const Qt::MouseButton other : {Qt::MiddleButton, Qt::RightButton}) {
+        beginDrag();
+        widget.endDrag();
+        EXPECT_EQ(taken(), kStop);
+        click({320, 256}, other);
+        taken();
+        move({400, 256});
+        release({400, 256});
+        EXPECT_EQ(taken(), QStringList{}) << other;
+        click({320, 256});
+        EXPECT_EQ(taken(), QStringList{"track 0 0"});
+    }
+    beginDrag();
+    click({320, 256}, Qt::RightButton);
+    EXPECT_EQ(taken(), kStop) << "any release ends a drag";
+    release({331, 256});
+}
+
+// Its own release went elsewhere.
+TEST_F(VideoFace, ARightClickAfterACutDragStopsTracking) {
+    beginDrag();
+    widget.endDrag();
+    held = Qt::NoButton;
+    taken();
+    click({320, 256}, Qt::RightButton);
+    EXPECT_EQ(taken(), QStringList{"stop tracking"});
+}
+
 TEST_F(VideoFace, AGestureOnTheWindowsEdgeIsNoClick) {
     press({320, 256});
     owner.edge_gesture = true;

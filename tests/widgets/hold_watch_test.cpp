@@ -149,6 +149,12 @@ TEST_F(Watch, AnotherApplication) {
     expectOver();
 }
 
+TEST_F(Watch, ACancelledTouch) {
+    QEvent cancel(QEvent::TouchCancel);
+    QCoreApplication::sendEvent(window.windowHandle(), &cancel);
+    expectOver();
+}
+
 TEST_F(Watch, AtRestItSaysNothing) {
     watch.end();
     window.close();
