@@ -201,6 +201,9 @@ bool Korvath::onFrameTimer() {
 }
 bool Korvath::onTick() {
     m_parts->panes->placeToggles();
+    if (m_parts->link != nullptr) {
+        m_parts->link->showSendTrouble();
+    }
     return true;
 }
 bool Korvath::onPeriodTick() { return m_parts->sender->onPeriodTick(); }

@@ -26,12 +26,14 @@ struct ConnectionForm {
     QLineEdit* local_port = ui.cbb_ctrlConnLocalPort;
     QComboBox* local_address = ui.comboBox;
     QPushButton* net_open = ui.pushButton_26;
+    QLabel* net_trouble = ui.label_net_trouble;
 
     // Control link over a serial line.
     QComboBox* serial_port = ui.cbb_ctrlSerialNo;
     QComboBox* serial_rate = ui.cbb_ctrlSerialBaudRate;
     QPushButton* serial_refresh = ui.pushButton_24;
     QPushButton* serial_open = ui.pushButton_25;
+    QLabel* serial_trouble = ui.label_serial_trouble;
 
     // External inertial unit.
     QComboBox* ins_port = ui.cbb_ctrlSerialNo_2;

@@ -8,6 +8,8 @@
 #include "forms/connection_form.h"
 #include "widgets/my_message_box.h"
 
+using oskel::SendTrouble;
+
 namespace {
 
 constexpr int kBaudRates[] = {2400, 4800, 9600, 19200, 38400, 115200, 230400, 460800};
@@ -87,12 +89,52 @@ void LinkPanel::refreshButtons() {
     m_form.serial_open->setText(text(m_fields.link_state == kLinkSerial));
     m_form.ins_open->setText(text(m_fields.ins_handle >= 0));
     m_form.net_open->setText(text(onNetwork()));
+    writeTrouble();
+}
+
+void LinkPanel::showSendTrouble() {
+    const SendTrouble trouble =
+        m_fields.link_state == kLinkNone ? SendTrouble::kNone : m_actions.send_trouble(m_fields.link_handle);
+    if (trouble != m_trouble) {
+        m_trouble = trouble;
+        writeTrouble();
+    }
+}
+
+// The tip has the whole text, should a translation ever be longer than the line.
+void LinkPanel::writeTrouble() {
+    const QString text = troubleText(m_trouble);
+    const auto write = [&text](QLabel* line, bool of_this_group) {
+        line->setText(of_this_group ? text : QString());
+        line->setToolTip(line->text());
+    };
+    write(m_form.net_trouble, onNetwork());
+    write(m_form.serial_trouble, m_fields.link_state == kLinkSerial);
+}
+
+QString LinkPanel::troubleText(SendTrouble trouble) {
+    switch (trouble) {
+        case SendTrouble::kNone:
+            return {};
+        case SendTrouble::kUnreachable:
+            return tr("发送失败：没有到设备的路由");
+        case SendTrouble::kRefused:
+            return tr("发送失败：设备端口无人接收");
+        case SendTrouble::kStuck:
+            return tr("发送停滞：对方不接收数据");
+        case SendTrouble::kGone:
+            return tr("线路已断开");
+        case SendTrouble::kOther:
+            break;
+    }
+    return tr("发送失败");
 }
 
 void LinkPanel::closeLink() {
     m_actions.closing();
     oskel::hang_up(m_fields.link_handle);
     m_fields.link_state = kLinkNone;
+    m_trouble = SendTrouble::kNone;
 }
 
 void LinkPanel::opened(int handle, LinkState state) {

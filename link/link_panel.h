@@ -28,6 +28,8 @@ struct LinkActions {
     std::function<void()> opened;         // the link stands: what the protocol mode asks for starts
     std::function<void()> closing;        // the link is about to close: the timers end
     std::function<void()> state_changed;  // after each attempt
+    // What is wrong with sending on a handle of the transport library; asked again and again.
+    std::function<oskel::SendTrouble(int handle)> send_trouble = oskel::send_trouble;
 };
 
 // Form, dialog, configuration and fields outlive the panel. GUI thread.
@@ -50,10 +52,14 @@ public:
     // UDP has a local port and a local address, TCP has neither.
     void onNetKindChanged(bool udp);
 
-    // Button texts by the present state; after each retranslation and at the dialog's opening.
+    // Button texts and the lines under the groups by the present state; after each retranslation and at the
+    // dialog's opening.
     void refreshButtons();
     // The link's state as the status bar shows it; nothing for TCP, on purpose.
     QString stateText() const;
+    // Asks why the open link cannot send, and says so under its group until it can; called again and again.
+    // Texts of state and buttons do not change by it.
+    void showSendTrouble();
     // Closes both ports without a word, when the window closes.
     void closeAll();
     // What the edits hold, into the configuration.
@@ -65,6 +71,8 @@ private:
     void opened(int handle, LinkState state);
     void openUdp();
     void openTcp();
+    void writeTrouble();
+    static QString troubleText(oskel::SendTrouble trouble);
     void warnPortFailed(const QString& port);
     bool onNetwork() const;
 
@@ -74,4 +82,5 @@ private:
     LinkFields m_fields;
     LinkActions m_actions;
     LocalAddresses m_addresses;
+    oskel::SendTrouble m_trouble = oskel::SendTrouble::kNone;  // the one shown
 };

@@ -90,6 +90,26 @@
             <translation>UDP link open</translation>
         </message>
         <message>
+            <source>发送失败：没有到设备的路由</source>
+            <translation>Cannot send: no route to the device</translation>
+        </message>
+        <message>
+            <source>发送失败：设备端口无人接收</source>
+            <translation>Cannot send: nobody listens at the device port</translation>
+        </message>
+        <message>
+            <source>发送停滞：对方不接收数据</source>
+            <translation>Sending has stalled: the other end takes no data</translation>
+        </message>
+        <message>
+            <source>线路已断开</source>
+            <translation>The line is gone</translation>
+        </message>
+        <message>
+            <source>发送失败</source>
+            <translation>Cannot send</translation>
+        </message>
+        <message>
             <source>白热</source>
             <translation>White hot</translation>
         </message>
