@@ -150,6 +150,19 @@ TEST_F(SlowLine, ALineThatTakesNothingIsAskedAgainLater) {
     EXPECT_GE(oskel::line_busy_ms(handle), 5);
 }
 
+// Nothing waits here behind the run that the terminal has taken in part.
+TEST_F(SlowLine, ARunThatStandsStillIsATroubleUntilItMoves) {
+    dial(460800);
+    const Bytes run(40000);
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(waitUntil([this] { return oskel::line_busy_ms(handle) == 0; }));
+        ASSERT_EQ(oskel::push_bytes(run.data(), 40000, handle), 40000);
+    }
+    EXPECT_TRUE(waitUntil([this] { return oskel::send_trouble(handle) == SendTrouble::kStuck; }));
+    EXPECT_EQ(terminal.read(80000).size(), 80000u);
+    EXPECT_TRUE(waitUntil([this] { return oskel::send_trouble(handle) == SendTrouble::kNone; }));
+}
+
 TEST_F(SlowLine, MarkedRunsHaveRoomOfTheirOwn) {
     dial(2400);
     const Bytes run(1000);
