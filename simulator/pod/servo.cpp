@@ -43,6 +43,8 @@ void Servo::become(ServoState state) {
     m_state = state;
     m_rateAz = m_rateEl = 0;
     m_feedAz = m_feedEl = 0;
+    // What follows a movement of another kind is none of the hand's until the next rate.
+    m_inHand = m_inHand && (state == ServoState::kManual || state == ServoState::kGyroManualDrift);
     if (state != ServoState::kAttitudeGuide) {
         m_guidanceFeedback = 0;
     }
@@ -54,12 +56,14 @@ void Servo::rate(double az_dps, double el_dps) {
     }
     m_rateAz = az_dps;
     m_rateEl = el_dps;
+    m_inHand = true;
 }
 
 void Servo::gyroRate(double az_dps, double el_dps, double hold_s) {
     become(ServoState::kGyroManualDrift);
     m_rateAz = az_dps;
     m_rateEl = el_dps;
+    m_inHand = true;
     m_timerS = hold_s;
 }
 

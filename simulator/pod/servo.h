@@ -28,8 +28,8 @@ public:
     double earthYaw(const FlightState& flight) const;  // -180..180
     int guidanceFeedback() const { return m_guidanceFeedback; }
     bool movingByRate() const { return m_state == ServoState::kManual && (m_rateAz != 0 || m_rateEl != 0); }
-    // By rates, or coming to rest after them.
-    bool inHand() const { return m_state == ServoState::kManual || m_state == ServoState::kGyroManualDrift; }
+    // Moving by rates, or coming to rest after them.
+    bool inHand() const { return m_inHand; }
     // The rates commanded, 0 once another movement has taken their place.
     double commandedAzimuth() const { return m_rateAz; }
     double commandedElevation() const { return m_rateEl; }
@@ -73,6 +73,7 @@ private:
     Axis m_az{90, 0}, m_el{-33.7, 0};
     ServoState m_state = ServoState::kStandby;
     double m_rateAz = 0, m_rateEl = 0;
+    bool m_inHand = false;
     double m_timerS = 0;
     double m_targetAz = 0, m_targetEl = 0;  // frame angles, or earth angles when m_earth
     double m_feedAz = 0, m_feedEl = 0;

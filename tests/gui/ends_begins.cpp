@@ -33,7 +33,7 @@ QWidget* inGyroMode(EndsScene& s, const Begin& b) {
 template <int kPicture, bool kUp>
 QWidget* wheel(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(kPicture);
-    s.hand.move(EndsScene::centre(w));
+    s.hand.move(s.spot(kPicture));
     s.hand.wheel(kUp);
     return w;
 }
@@ -41,16 +41,16 @@ QWidget* wheel(EndsScene& s, const Begin&) {
 template <int kPicture>
 QWidget* dragByMouse(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(kPicture);
-    s.hand.move(EndsScene::centre(w));
+    s.hand.move(s.spot(kPicture));
     s.hand.press();
-    s.dragUntilMoving([&s](const QPoint& at) { s.hand.move(at); }, EndsScene::centre(w));
+    s.dragUntilMoving([&s](const QPoint& at) { s.hand.move(at); }, s.spot(kPicture));
     return w;
 }
 
 QWidget* dragByFinger(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(1);
-    s.hand.fingerDown(1, w->window(), EndsScene::centre(w));
-    s.dragUntilMoving([&s](const QPoint& at) { s.hand.fingerMove(1, at); }, EndsScene::centre(w));
+    s.hand.fingerDown(1, w->window(), s.spot(1));
+    s.dragUntilMoving([&s](const QPoint& at) { s.hand.fingerMove(1, at); }, s.spot(1));
     return w;
 }
 
@@ -58,7 +58,7 @@ QWidget* dragByFinger(EndsScene& s, const Begin&) {
 QWidget* middleButton(EndsScene& s, const Begin&) {
     static int times = 0;
     QWidget* const w = s.picture(1);
-    s.hand.move(EndsScene::centre(w) + QPoint(++times % 8 * 20, 0));
+    s.hand.move(s.spot(1) + QPoint(0, ++times % 8 * 20));
     s.hand.press(2);
     return w;
 }
@@ -78,7 +78,7 @@ QWidget* chooseByMouse(EndsScene& s, const Begin& b) {
     if (box == nullptr) {
         return nullptr;
     }
-    const QModelIndex other = box->model()->index((box->currentIndex() + 1) % box->count(), 0);
+    const QModelIndex other = box->model()->index(box->currentIndex() == 0 ? 1 : 0, 0);
     const QAbstractItemView* view = box->view();
     const QPoint at = view->viewport()->mapToGlobal(view->visualRect(other).center());
     int step = 0;

@@ -51,7 +51,7 @@ void openMenu(Row& r) {
     auto* menu = new QMenu(r.scene.window.get());
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(QStringLiteral("one"));
-    menu->popup(EndsScene::centre(r.scene.picture(1)));
+    menu->popup(r.scene.spot(1));
     waitOpen(
         r, [] { return QApplication::activePopupWidget() != nullptr; }, "the menu");
 }
@@ -177,7 +177,7 @@ void firstFingerLeaves(Row& r) {
 }
 
 void wheelBetween(Row& r) {
-    r.scene.hand.move(EndsScene::centre(r.scene.picture(1)));
+    r.scene.hand.move(r.scene.spot(1));
     r.scene.hand.wheel(true);
     letTick(r);
 }
@@ -186,12 +186,12 @@ template <int kButton>
 void clickBetween(Row& r) {
     // Each time elsewhere: the second press of a double click is none.
     static int times = 0;
-    r.scene.hand.click(EndsScene::centre(r.scene.picture(1)) + QPoint(++times % 8 * 20, 15), kButton);
+    r.scene.hand.click(r.scene.spot(1) + QPoint(10, ++times % 8 * 20), kButton);
     letTick(r);
 }
 
 void dragBetween(Row& r) {
-    const QPoint from = EndsScene::centre(r.scene.picture(2));
+    const QPoint from = r.scene.spot(2);
     r.scene.hand.move(from);
     r.scene.hand.press();
     r.scene.dragUntilMoving([&r](const QPoint& at) { r.scene.hand.move(at); }, from);
@@ -205,7 +205,7 @@ void releaseUnderMenu(Row& r) {
     r.scene.hand.key("Escape");
     closePopups(r);
     r.scene.hand.move(EndsScene::centre(r.scene.ui().title));
-    r.scene.hand.move(EndsScene::centre(r.scene.picture(1)));
+    r.scene.hand.move(r.scene.spot(1));
 }
 
 void releaseForAnother(Row& r) {
@@ -215,8 +215,8 @@ void releaseForAnother(Row& r) {
     r.scene.hand.release();
     r.scene.hand.regainMouse();
     r.scene.hand.move(EndsScene::centre(r.scene.ui().title));
-    r.scene.hand.move(EndsScene::centre(r.scene.picture(1)));
-    r.scene.hand.move(EndsScene::centre(r.scene.picture(1)) + QPoint(30, 0));
+    r.scene.hand.move(r.scene.spot(1));
+    r.scene.hand.move(r.scene.spot(1) + QPoint(30, 0));
 }
 
 void liftThen(Row& r, const std::function<void(Row&)>& then) {

@@ -45,6 +45,12 @@ bool EndsScene::openWindow() {
 
 bool EndsScene::connectLink() {
     Ui::connection& dialog = *in().ui_connection();
+    if (!m_serial_port.isEmpty()) {
+        dialog.cbb_ctrlSerialNo->setEditText(m_serial_port);
+        dialog.cbb_ctrlSerialBaudRate->setCurrentText("9600");
+        toggleLink();
+        return linkOpen() || fail("the serial port does not open");
+    }
     if (dialog.comboBox->findText("127.0.0.1") < 0) {
         dialog.comboBox->addItem("127.0.0.1");
     }
@@ -55,23 +61,31 @@ bool EndsScene::connectLink() {
     return linkOpen() || fail("the link does not open");
 }
 
-void EndsScene::toggleLink() { in().ui_connection()->pushButton_26->click(); }
+void EndsScene::toggleLink() {
+    const Ui::connection& dialog = *in().ui_connection();
+    (m_serial_port.isEmpty() ? dialog.pushButton_26 : dialog.pushButton_25)->click();
+}
 
 void EndsScene::chooseMode(bool single) {
     Ui::dialogSettings& ui = *in().m_settings()->ui;
     (single ? ui.rbtn_scaleQualHigh_3 : ui.rbtn_scaleQualLow_3)->setChecked(true);
 }
 
+bool EndsScene::startPod() {
+    if (pod.port() != 0) {
+        return true;
+    }
+    // The pod speaks first, so the station's port must be known to it: reserve one.
+    QUdpSocket probe;
+    probe.bind(QHostAddress(QHostAddress::LocalHost));
+    m_station_port = probe.localPort();
+    probe.close();
+    return pod.start(m_station_port) || fail(pod.problem());
+}
+
 bool EndsScene::raise() {
-    if (pod.port() == 0) {
-        // The pod speaks first, so the station's port must be known to it: reserve one.
-        QUdpSocket probe;
-        probe.bind(QHostAddress(QHostAddress::LocalHost));
-        m_station_port = probe.localPort();
-        probe.close();
-        if (!pod.start(m_station_port)) {
-            return fail(pod.problem());
-        }
+    if (!startPod()) {
+        return false;
     }
     if (!window && !openWindow()) {
         return false;
@@ -87,6 +101,12 @@ bool EndsScene::raise() {
         in().m_btnCtrlPane()->click();
     }
     ui().radioButton_13->setChecked(true);
+    const auto uncovered = [this] {
+        return QApplication::widgetAt(spot(1)) == picture(1) && QApplication::widgetAt(spot(2)) == picture(2);
+    };
+    if (!waitFor(uncovered, kAppearMs)) {
+        return fail("a picture is covered");
+    }
     const Motion rest = waitStill();
     return atRest(rest) || fail("no rest to begin with: " + rest.text);
 }
@@ -99,6 +119,9 @@ bool EndsScene::showWindow() {
         [this] {
             if (!window->isActiveWindow()) {
                 window->activateWindow();
+            }
+            if (window->geometry() != kPlace) {
+                window->setGeometry(kPlace);
             }
             return window->isActiveWindow() && window->windowHandle()->isExposed() &&
                    window->geometry() == kPlace;
@@ -142,6 +165,11 @@ QWidget* EndsScene::control(const char* name) {
 }
 
 QPoint EndsScene::centre(const QWidget* widget) { return widget->mapToGlobal(widget->rect().center()); }
+
+QPoint EndsScene::spot(int picture_number) const {
+    const QWidget* const w = picture(picture_number);
+    return w->mapToGlobal(QPoint(w->width() * 3 / 4, w->height() / 2));
+}
 
 QWidget* EndsScene::picture(int number) const {
     return number == 1 ? static_cast<QWidget*>(ui().videoWin1) : ui().videoWin2;

@@ -14,7 +14,7 @@ public:
     // and the half second after which a gyro rate ends by itself.
     static constexpr int kStopDeadlineMs = 2500;
     static constexpr int kPeriodMs = 40;
-    static constexpr int kAppearMs = 4000;
+    static constexpr int kAppearMs = 10000;
 
     void setMode(bool single, int period_ms = kPeriodMs);
     bool single() const { return m_single; }
@@ -23,18 +23,27 @@ public:
     // Window and pod stand, the link is open, the control pages are shown and both pictures. Builds anew what
     // is missing. False: problem() tells why.
     bool raise();
+    // The first of it alone.
+    bool startPod();
+    // Shown, active and in its place; false after the deadline.
+    bool showWindow();
     void closeWindow();
     // After a row that went wrong: nothing of it is left.
     void startOver();
     QString problem() const { return m_problem; }
 
-    bool linkOpen() const { return in().m_linkState() == kLinkUdp; }
+    // The link goes over that serial port from now on, at 9600 baud, not over UDP.
+    void useSerial(const QString& port) { m_serial_port = port; }
+
+    bool linkOpen() const { return in().m_linkState() == (m_serial_port.isEmpty() ? kLinkUdp : kLinkSerial); }
     void toggleLink();
     void chooseMode(bool single);
 
     // A control of the two pages, brought into sight; null when there is none.
     QWidget* control(const char* name);
     static QPoint centre(const QWidget* widget);
+    // A place of a picture that no pane covers.
+    QPoint spot(int picture_number) const;
     QWidget* picture(int number) const;
 
     using KorvathTest::in;
@@ -61,12 +70,11 @@ protected:
 
 private:
     bool openWindow();
-    bool showWindow();
     bool connectLink();
     bool fail(const QString& why);
 
     bool m_single = true;
     int m_period_ms = kPeriodMs;
     int m_station_port = 0;
-    QString m_problem;
+    QString m_serial_port, m_problem;
 };

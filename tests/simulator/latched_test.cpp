@@ -75,6 +75,18 @@ TEST(PodHand, WhatMovesOfItselfIsNoMovementByHand) {
     EXPECT_TRUE(atRest(pod)) << "auto-focus";
 }
 
+TEST(PodHand, ComingToRestAfterATrackIsNoneEither) {
+    Pod pod;
+    run(pod, 1);
+    send(pod, 0x73);
+    run(pod, 0.4);
+    send(pod, 59 /* tracking stops, the servo stands */);
+    pod.step(0.01);
+    EXPECT_EQ(pod.snapshot().servo_state, ServoState::kManual);
+    EXPECT_GT(std::fabs(pod.snapshot().rate_el_dps), 0.1);
+    EXPECT_TRUE(atRest(pod));
+}
+
 TEST(PodHand, AGyroRateEndsByItself) {
     LatchedPod pod;
     send(pod, kGyro, {3, 5, 0});
