@@ -20,7 +20,9 @@ constexpr std::size_t kBlockSize = std::size_t{64} << 20;
 
 void* block(const Bytes& bytes) {
     void* result = std::malloc(kBlockSize);
-    std::memcpy(result, bytes.data(), bytes.size());
+    if (!bytes.empty()) {
+        std::memcpy(result, bytes.data(), bytes.size());
+    }
     return result;
 }
 
