@@ -43,6 +43,24 @@ bool EndsScene::openWindow() {
            fail("the window does not take its place");
 }
 
+// Bars and panes that come and go move the pictures, in several turns of the event loop.
+bool EndsScene::picturesSettle() {
+    constexpr int kSettledMs = 100;
+    QElapsedTimer since;
+    return waitFor(
+        [&] {
+            const QPair<QPoint, QPoint> now(spot(1), spot(2));
+            if (now != m_spots) {
+                m_spots = now;
+                since.start();
+            }
+            return QApplication::widgetAt(spot(1)) == picture(1) &&
+                   QApplication::widgetAt(spot(2)) == picture(2) &&
+                   (!since.isValid() || since.elapsed() > kSettledMs);
+        },
+        kAppearMs);
+}
+
 bool EndsScene::connectLink() {
     Ui::connection& dialog = *in().ui_connection();
     if (!m_serial_port.isEmpty()) {
@@ -101,10 +119,7 @@ bool EndsScene::raise() {
         in().m_btnCtrlPane()->click();
     }
     ui().radioButton_13->setChecked(true);
-    const auto uncovered = [this] {
-        return QApplication::widgetAt(spot(1)) == picture(1) && QApplication::widgetAt(spot(2)) == picture(2);
-    };
-    if (!waitFor(uncovered, kAppearMs)) {
+    if (!picturesSettle()) {
         return fail("a picture is covered");
     }
     const Motion rest = waitStill();
@@ -129,7 +144,10 @@ bool EndsScene::showWindow() {
         kAppearMs);
 }
 
-void EndsScene::closeWindow() { stop(); }
+void EndsScene::closeWindow() {
+    m_spots = {};
+    stop();
+}
 
 void EndsScene::startOver() {
     hand.lift();
@@ -197,13 +215,20 @@ Motion EndsScene::waitStill(int deadline_ms) {
     return pod.until([this](const Motion& m) { return atRest(m); }, deadline_ms);
 }
 
-Motion EndsScene::staysStill() {
-    const Motion first = pod.motion();
-    QElapsedTimer since;
-    since.start();
-    return pod.until(
+// A command of the last moment is still on its way at first: what counts is the quiet that lasts.
+bool EndsScene::comesToRest(Motion& last, int deadline_ms) {
+    const int long_enough_ms = 3 * m_period_ms;
+    QElapsedTimer quiet;
+    quint64 movements = 0;
+    last = pod.until(
         [&](const Motion& m) {
-            return !atRest(m) || m.movements != first.movements || since.elapsed() > 3 * m_period_ms;
+            if (!atRest(m) || m.movements != movements || !quiet.isValid()) {
+                quiet.start();
+                movements = m.movements;
+                return false;
+            }
+            return quiet.elapsed() > long_enough_ms;
         },
-        10 * m_period_ms + 1000);
+        deadline_ms + long_enough_ms);
+    return atRest(last) && last.movements == movements && quiet.elapsed() > long_enough_ms;
 }

@@ -57,8 +57,9 @@ public:
 
     // Still and with an idle frame (periodic mode, open link) within the deadline.
     Motion waitStill(int deadline_ms = kStopDeadlineMs);
-    // Nothing moves for longer than two periods; the answer that shows otherwise.
-    Motion staysStill();
+    // Within the deadline it stands as it should, and goes on so for longer than two periods. The last
+    // answer.
+    bool comesToRest(Motion& last, int deadline_ms = kStopDeadlineMs);
     bool atRest(const Motion& m) const;
 
     Hand hand;
@@ -71,10 +72,12 @@ protected:
 private:
     bool openWindow();
     bool connectLink();
+    bool picturesSettle();
     bool fail(const QString& why);
 
     bool m_single = true;
     int m_period_ms = kPeriodMs;
     int m_station_port = 0;
+    QPair<QPoint, QPoint> m_spots;  // of the pictures, as last seen
     QString m_serial_port, m_problem;
 };

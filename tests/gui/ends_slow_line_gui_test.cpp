@@ -73,10 +73,8 @@ protected:
         ASSERT_FALSE(pod.until([](const Motion& m) { return !m.still(); }, kAppearMs).still());
         QTest::qWait(kHoldMs);
         hand.lift();
-        const Motion end = waitStill(kSlowStopMs);
-        EXPECT_TRUE(end.still()) << qPrintable(end.text);
-        const Motion later = staysStill();
-        EXPECT_TRUE(later.still() && later.movements == end.movements) << qPrintable(later.text);
+        Motion last;
+        EXPECT_TRUE(comesToRest(last, kSlowStopMs)) << qPrintable(last.text);
         if (HasFailure()) {
             startOver();
         }

@@ -40,6 +40,7 @@ public:
     // Takes the hand away wholly: every button, every finger.
     void lift();
     bool mouseDown() const { return !m_buttons.isEmpty(); }
+    bool fingerIsDown(int id) const { return m_fingers.contains(id); }
     bool fingersDown() const { return !m_fingers.isEmpty(); }
 
 private:
