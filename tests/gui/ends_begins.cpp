@@ -115,17 +115,6 @@ QWidget* switchByMouse(EndsScene& s, const Begin& b) {
     return w;
 }
 
-// A mouse that takes over where a finger was before.
-QWidget* pressAfterFinger(EndsScene& s, const Begin& b) {
-    if (pressByFinger(s, b) == nullptr) {
-        return nullptr;
-    }
-    s.pod.until([](const Motion& m) { return !m.still(); }, EndsScene::kAppearMs);
-    s.hand.fingerUp(1);
-    s.waitStill();
-    return pressByMouse(s, b);
-}
-
 struct Button {
     const char* what;
     const char* widget;
@@ -155,6 +144,7 @@ std::vector<Begin> allBegins() {
     all.push_back({"choice by mouse", Begin::kOver, false, false, false, "comboBox_4", chooseByMouse});
     all.push_back({"choice by keys", Begin::kOver, false, false, false, "comboBox_4", chooseByKeys});
     all.push_back({"switch by mouse", Begin::kOver, false, false, false, "widget_2", switchByMouse});
+    // After all of the mouse's: a finger's end leaves the button waiting for a release by mouse.
     for (const Button& b : kButtons) {
         all.push_back({std::string(b.what) + " by finger", Begin::kFinger, b.moves, b.thorough, true,
                        b.widget, pressByFinger});
@@ -162,7 +152,5 @@ std::vector<Begin> allBegins() {
     all.push_back({"gyro arrow by finger", Begin::kFinger, true, false, true, "pushButton_115",
                    inGyroMode<pressByFinger>});
     all.push_back({"drag on picture 1 by finger", Begin::kFinger, true, true, false, "", dragByFinger});
-    all.push_back({"arrow by mouse after a finger", Begin::kMouse, true, false, true, "pushButton_112",
-                   pressAfterFinger});
     return all;
 }

@@ -268,7 +268,7 @@ std::vector<End> allEnds() {
         {"the link closed", true, true, always, closeOrOpenLink, closeOrOpenLink},
         {"a release under a menu", false, false, byMouse, releaseUnderMenu, nullptr},
         {"a release that another program gets", true, false, byMouse, releaseForAnother, nullptr},
-        {"the window closed", true, true, always, closeWindow, rebuild},
+        {"the window closed", false, true, always, closeWindow, rebuild},
     };
 }
 

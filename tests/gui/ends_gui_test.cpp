@@ -43,9 +43,14 @@ QString Ends::runRow(const Begin& begin, const End& end) {
     if (row.widget == nullptr) {
         return "cannot begin";
     }
-    const Motion begun = pod.until(
-        [&](const Motion& m) { return begin.moves ? !m.still() : m.commands > before.commands; }, kAppearMs);
-    if (begin.moves ? begun.still() : begun.commands == before.commands) {
+    // A hold is seen to move; what is over at once may have moved and stood between two looks.
+    const auto has_begun = [&](const Motion& m) {
+        return !begin.moves   ? m.commands > before.commands
+               : begin.held() ? !m.still()
+                              : m.movements > before.movements;
+    };
+    const Motion begun = pod.until(has_begun, kAppearMs);
+    if (!has_begun(begun)) {
         return "nothing to end: " + begun.text;
     }
     end.run(row);
@@ -108,8 +113,10 @@ TEST_F(Ends, WithATickASecond) {
     setMode(false, 1000);
     std::vector<Begin> few;
     for (const Begin& begin : allBegins()) {
-        if (begin.thorough && begin.kind != Begin::kFinger) {
-            few.push_back(begin);
+        for (const char* name : {"arrow by mouse", "visible zoom by mouse", "wheel up on picture 1"}) {
+            if (begin.name == name) {
+                few.push_back(begin);
+            }
         }
     }
     runTable(few, endsAfterTheRelease());

@@ -217,7 +217,7 @@ Motion EndsScene::waitStill(int deadline_ms) {
 
 // A command of the last moment is still on its way at first: what counts is the quiet that lasts.
 bool EndsScene::comesToRest(Motion& last, int deadline_ms) {
-    const int long_enough_ms = 3 * m_period_ms;
+    const int long_enough_ms = m_period_ms * 5 / 2;
     QElapsedTimer quiet;
     quint64 movements = 0;
     last = pod.until(
