@@ -115,9 +115,11 @@ TEST_F(PageWheelWindow, ScrollsTheControlPageUnderAComboBox) {
     ASSERT_TRUE(waitFor([this] { return !window->isMaximized(); }));
     window->setGeometry(20, 20, 1366, 720);
     auto* area = find<QScrollArea>("scroll_test");
-    QComboBox* box = ui().comboBox;
+    QComboBox* box = ui().comboBox_2;
     QScrollBar* bar = area->verticalScrollBar();
-    ASSERT_TRUE(waitFor([&] { return bar->maximum() > 0 && box->isVisible() && pointAt(box); }));
+    ASSERT_TRUE(waitFor([&] { return bar->maximum() > 0; })) << bar->maximum();
+    ASSERT_TRUE(waitFor([&] { return box->isVisible(); }));
+    ASSERT_TRUE(pointAt(box));
     setToTheMiddle(box);
     const int index = box->currentIndex();
     const int from = bar->value();
