@@ -17,7 +17,16 @@ constexpr const char* kKeys[] = {"Escape", "space", "Tab", "Down", "Up", "Return
 // In sight, without changing anything: the monkey takes what it sees.
 QWidget* seen(EndsScene& s, const QString& name) {
     auto* w = s.ui().tabWidget->currentWidget()->findChild<QWidget*>(name);
-    return w != nullptr && w->isVisible() && w->visibleRegion().contains(w->rect().center()) ? w : nullptr;
+    return w != nullptr && !s.window->isMinimized() && w->isVisible() &&
+                   w->visibleRegion().contains(w->rect().center())
+               ? w
+               : nullptr;
+}
+
+// The mouse stays with the window: on the desktop it would steer the window manager.
+bool overWindow(EndsScene& s, const QPoint& at) {
+    return s.window->isVisible() && !s.window->isMinimized() && s.window->geometry().contains(at) &&
+           QApplication::widgetAt(at) != nullptr;
 }
 
 void closeModal() {
@@ -57,12 +66,18 @@ void fingerUp(EndsScene& s, const QStringList& a) { s.hand.fingerUp(a[0].toInt()
 void cancel(EndsScene& s, const QStringList&) { s.hand.cancelTouch(); }
 
 void wheel(EndsScene& s, const QStringList& a) {
+    if (!overWindow(s, s.spot(a[0].toInt()))) {
+        return;
+    }
     s.hand.move(s.spot(a[0].toInt()));
     s.hand.wheel(a[1] == "up");
 }
 
 void drag(EndsScene& s, const QStringList& a) {
     const QPoint from = s.spot(a[0].toInt());
+    if (!overWindow(s, from)) {
+        return;
+    }
     s.hand.move(from);
     s.hand.press();
     for (int i = 1; i <= 5; ++i) {
@@ -72,7 +87,11 @@ void drag(EndsScene& s, const QStringList& a) {
 }
 
 void click(EndsScene& s, const QStringList& a) {
-    s.hand.move(s.spot(a[0].toInt()) + QPoint(a[2].toInt() % 40, a[2].toInt() % 30));
+    const QPoint at = s.spot(a[0].toInt()) + QPoint(a[2].toInt() % 40, a[2].toInt() % 30);
+    if (!overWindow(s, at)) {
+        return;
+    }
+    s.hand.move(at);
     s.hand.press(a[1].toInt());
     s.hand.release(a[1].toInt());
 }
