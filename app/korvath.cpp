@@ -298,7 +298,7 @@ void Korvath::closeEvent(QCloseEvent* e) {
     m_parts->streams->store();
     m_parts->link->store();
     m_parts->fields->store(config());
-    // No thread posts any more: what still waits is handled here. Replies first, since they post records.
+    // No thread posts any more: what is posted is handled here. Replies first, since they post records.
     QCoreApplication::sendPostedEvents(this, EVT_LINK_FRAME);
     for (int type = EVT_REPLAY_START; type <= EVT_NAV_BLOCK; ++type) {
         QCoreApplication::sendPostedEvents(this, type);

@@ -29,6 +29,8 @@ CommandPages::CommandPages(const MainForm& form, QObject& timers, CommandSender&
     auto& surroundings = m_sender.movements().surroundings;
     surroundings.let_go = [this](const void* but) { letGo(but); };
     surroundings.kill_zoom_timers = [this] { killZoomTimers(); };
+    m_rateWaits.setSingleShot(true);
+    QObject::connect(&m_rateWaits, &QTimer::timeout, &m_rateWaits, [this] { slew(m_rateX, m_rateY); });
     surroundings.kill_stop_timer = [this] {
         killIfRunning(m_timers, m_fields.stop_timer);
         m_fields.stop_timer = 0;
@@ -102,12 +104,21 @@ void CommandPages::slewBegins(int window) {
 }
 
 void CommandPages::slew(std::int16_t x, std::int16_t y) {
-    if (!m_sender.rateWouldWait()) {
-        m_sender.frames().sendCommandRate(0, sorvane::CMD_SERVO_RATE, x, y);
+    m_rateX = x;
+    m_rateY = y;
+    const int wait_ms = m_sender.rateWaitMs();
+    if (wait_ms > 0) {
+        m_rateWaits.start(wait_ms);
+        return;
     }
+    m_rateWaits.stop();
+    m_sender.frames().sendCommandRate(0, sorvane::CMD_SERVO_RATE, x, y);
 }
 
-void CommandPages::slewEnded(int window) { m_sender.movements().holdEnded(picture(window)); }
+void CommandPages::slewEnded(int window) {
+    m_rateWaits.stop();
+    m_sender.movements().holdEnded(picture(window));
+}
 
 void CommandPages::videoSwitchPressed() {
     m_sender.movements().holdBegins(&kMiddleButton, sorvane::CMD_VIDEO_SWITCH);
@@ -211,4 +222,7 @@ void CommandPages::modeChanged() {
 
 void CommandPages::endAll() { m_sender.movements().endAll(linkOpen()); }
 
-void CommandPages::abandon() { m_sender.movements().abandon(linkOpen()); }
+void CommandPages::abandon() {
+    m_rateWaits.stop();
+    m_sender.movements().abandon(linkOpen());
+}

@@ -1,6 +1,7 @@
 // What the two command pages, the gestures, the stick and the map send, and the timers that end it.
 #pragma once
 
+#include <QTimer>
 #include <cstdint>
 #include <functional>
 
@@ -52,7 +53,8 @@ public:
     void zoomBySource(bool in);
     void osdNext();
 
-    // Rates of a drag on picture 1 or 2.
+    // Rates of a drag on picture 1 or 2. A rate that a busy line cannot take yet is sent once it can, unless
+    // a newer one comes or the drag ends.
     void slewBegins(int window);
     void slew(std::int16_t x, std::int16_t y);
     void slewEnded(int window);
@@ -87,4 +89,7 @@ private:
     CommandSender& m_sender;
     CommandPagesFields m_fields;
     CommandQuestions m_questions;
+    QTimer m_rateWaits;
+    std::int16_t m_rateX = 0;  // of the drag, the newest
+    std::int16_t m_rateY = 0;
 };

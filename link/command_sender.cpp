@@ -1,6 +1,7 @@
 #include "link/command_sender.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <utility>
 
 #include "app/events/timers.h"
@@ -94,8 +95,9 @@ bool CommandSender::lineFree(QTimer& put_off) {
     return busy_ms <= 0;
 }
 
-bool CommandSender::rateWouldWait() const {
-    return singleMode() && oskel::line_busy_ms(m_fields.link_handle) > kRateMayWaitMs;
+int CommandSender::rateWaitMs() const {
+    const int busy_ms = singleMode() ? oskel::line_busy_ms(m_fields.link_handle) : 0;
+    return std::max(busy_ms - kRateMayWaitMs, 0);
 }
 
 bool CommandSender::onPeriodTick() {

@@ -57,9 +57,9 @@ public:
     // line that is still busy with what was sent before puts the whole tick off until it is free.
     bool onPeriodTick();
     bool onNavTick();
-    // A drag's rates are left out while the line is this far behind: what is newest shall be sent, not
-    // queued.
-    bool rateWouldWait() const;
+    // Single mode: until a rate of a drag can leave soon after it is sent; 0 now. Rates in a queue would be
+    // old.
+    int rateWaitMs() const;
 
     // The local time as all commands see it; a test sets its own.
     std::function<sorvane::CalendarTime()> local_clock;
@@ -67,7 +67,7 @@ public:
 private:
     sorvane::SenderConditions conditions();
     void killTimers();
-    // False when the line is busy: `tick` runs again as soon as it is free.
+    // False when the line is busy: the timer then runs out as soon as it is free.
     bool lineFree(QTimer& put_off);
 
     QObject& m_timers;

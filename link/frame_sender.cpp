@@ -136,6 +136,10 @@ void FrameSender::sendFixedFrame(FixedCommandFrame& frame) {
 }
 
 void FrameSender::periodTick() {
+    // The end of a command goes ahead of what waits, and never ahead of the command itself.
+    if (m_frameRelease) {
+        markAhead();
+    }
     sendFixedFrame(m_frame);
     // A second frame of this code would start tracking anew.
     if (m_frame.code == CMD_TRACK_POINT) {
@@ -154,6 +158,7 @@ void FrameSender::release() {
     if (code == CMD_VL_LENS || code == CMD_IR_LENS) {
         // Zero parameters end the lens movement on the pod.
         m_frame.code = code;
+        markAhead();
         sendFixedFrame(m_frame);
         m_frame.code = 0;
     } else if (code == kLegacyHeldCode) {
@@ -176,15 +181,7 @@ void FrameSender::navTick() {
     sendVariableFrame(CMD_NAV_BLOCK, &m_navBlock, kNavBlockSize);
 }
 
-void FrameSender::stopCommand(std::uint16_t code) {
-    m_frameRelease = true;
-    const std::uint16_t ended = code != 0 ? code : m_lastCode;
-    if (!m_conditions.single_mode() || !needsStopFrame(ended)) {
-        return;
-    }
-    const std::uint8_t zero[4] = {};
-    sendOnce(ended, zero, sizeof zero);
-}
+void FrameSender::stopCommand(std::uint16_t code) { letGo(code, m_conditions.single_mode()); }
 
 void FrameSender::letGo(std::uint16_t code, bool single) {
     m_frameRelease = true;
@@ -196,6 +193,11 @@ void FrameSender::letGo(std::uint16_t code, bool single) {
     m_stopping = true;
     sendOnce(ended, zero, sizeof zero);
     m_stopping = false;
+}
+
+void FrameSender::clearRates() {
+    m_frame.rate_x = 0;
+    m_frame.rate_y = 0;
 }
 
 void FrameSender::sendEndFrame(std::uint16_t code) {

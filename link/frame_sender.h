@@ -45,11 +45,13 @@ public:
     void sendVariableFrame(std::uint16_t code, const void* data, int n);
     // Completes the given frame in place and sends it.
     void sendFixedFrame(FixedCommandFrame& frame);
-    // A held control was let go; code 0 means the last code that was sent.
+    // A held control was let go; code 0 means the last code that was sent. Never dropped: a drag's limit is
+    // neither read nor restarted.
     void stopCommand(std::uint16_t code);
-    // The same for a movement that began in that protocol mode (whatever is chosen now), and never dropped: a
-    // drag's limit is neither read nor restarted.
+    // The same for a movement that began in that protocol mode, whatever is chosen now.
     void letGo(std::uint16_t code, bool single);
+    // Rates that have ended: a payload would leave them in the frame and the pod turning.
+    void clearRates();
     // Periodic mode: one frame of its own, at once, that ends a movement of `code` (a lens or the servo
     // rate).
     void sendEndFrame(std::uint16_t code);

@@ -107,6 +107,9 @@ void MovementGuard::beforeCommand(std::uint16_t code, std::uint8_t action, bool 
     if (!m_single && !goes_on) {
         endOnWire(rate);
     }
+    if (!m_single && !rate && m_sender.releasing()) {
+        m_sender.clearRates();
+    }
     m_holdSent = m_holder != nullptr;
 }
 

@@ -23,16 +23,16 @@ void onRequest(int /*signal*/) {
 
 void onLostReader(int /*signal*/) {}
 
-bool handle(int signal, void (*handler)(int)) {
+void handle(int signal, void (*handler)(int)) {
     struct sigaction before {};
     if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) {
-        return true;
+        return;
     }
     struct sigaction action {};
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
     action.sa_handler = handler;
-    return ::sigaction(signal, &action, nullptr) == 0;
+    ::sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
@@ -44,9 +44,7 @@ int watchTermination() {
     }
     g_request_end = ends[1];
     for (const int signal : kRequests) {
-        if (!handle(signal, onRequest)) {
-            return -1;
-        }
+        handle(signal, onRequest);
     }
     return ends[0];
 }

@@ -7,7 +7,11 @@
 
 // Ends a timer of `owner`; ids that are not running (-1, 0, one that belongs to nobody any more) do nothing.
 inline void killIfRunning(QObject& owner, int timer) {
-    const auto running = QAbstractEventDispatcher::instance()->registeredTimers(&owner);
+    auto* dispatcher = QAbstractEventDispatcher::instance();
+    if (dispatcher == nullptr) {
+        return;
+    }
+    const auto running = dispatcher->registeredTimers(&owner);
     for (const auto& info : running) {
         if (info.timerId == timer) {
             owner.killTimer(timer);

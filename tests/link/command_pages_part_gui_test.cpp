@@ -397,4 +397,26 @@ TEST_F(Overtaken, WhatTheSettingsEndLeavesAHoldAlone) {
     EXPECT_FALSE(frame_release);
 }
 
+// The hand may stand still behind its last move: what is newest leaves once the line takes it.
+TEST_F(CommandPagesPart, TheNewestRateOfADragIsSentOnceASlowLineIsFree) {
+    SerialPeer line;
+    oskel::hang_up(link_handle);
+    link_handle = oskel::dialSerial(line.name().toLatin1().constData(), 2400, {});
+    ASSERT_GE(link_handle, 1);
+    pages.slewBegins(1);
+    for (int i = 0; i < 2; ++i) {
+        sender.frames().sendVariableFrame(sorvane::CMD_NAV_BLOCK, &nav, sorvane::kNavBlockSize);
+    }
+    pages.slew(9, 0);
+    pages.slew(2, 0);
+    ASSERT_TRUE(waitFor([&] { return line.bytes().contains(variableFrame("700002000000")); }));
+    EXPECT_FALSE(line.bytes().contains(variableFrame("700009000000")));
+    sender.frames().sendVariableFrame(sorvane::CMD_NAV_BLOCK, &nav, sorvane::kNavBlockSize);
+    sender.frames().sendVariableFrame(sorvane::CMD_NAV_BLOCK, &nav, sorvane::kNavBlockSize);
+    pages.slew(9, 0);
+    pages.slewEnded(1);
+    ASSERT_TRUE(waitFor([&] { return line.bytes().contains(variableFrame("700000000000")); }));
+    EXPECT_FALSE(waitFor([&] { return line.bytes().contains(variableFrame("700009000000")); }, 400));
+}
+
 }  // namespace

@@ -282,6 +282,28 @@ TEST_F(Periodic, AReleaseThatIsStillToGoOutIsNotOverwritten) {
     EXPECT_EQ(codes(), Codes{-kRate}) << "the zero rates had not gone out yet";
 }
 
+// A payload leaves the rates of the frame as they are.
+TEST_F(Periodic, APayloadDoesNotReviveARateThatHasEnded) {
+    const std::uint8_t payload[9] = {1};
+    const auto frameTurns = [this] { return frame.rate_x != 0 || frame.rate_y != 0; };
+    pressArrow(button);
+    ticks(1);
+    other = true;
+    guard.holdBegins(&other, CMD_TIME_SYNC);
+    link_sender.sendCommandPayload(CMD_TIME_SYNC, payload, sizeof payload);
+    EXPECT_EQ(codes(), Codes{-kRate});
+    EXPECT_FALSE(frameTurns());
+    release(other);
+    ticks(2);
+    pressArrow(button);
+    release(button);
+    link_sender.sendCommandPayload(CMD_TIME_SYNC, payload, sizeof payload);
+    EXPECT_FALSE(frameTurns()) << "pressed and let go before any tick";
+    link_sender.sendCommandRate(0, CMD_SERVO_RATE, 5, 0);
+    link_sender.sendCommandPayload(CMD_TIME_SYNC, payload, sizeof payload);
+    EXPECT_TRUE(frameTurns()) << "a rate that nobody let go stands beside it";
+}
+
 TEST_F(Periodic, TheSameAgainNeedsNoEnd) {
     press(button, CMD_VL_LENS, 1);
     ticks(1);
