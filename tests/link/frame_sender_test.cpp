@@ -192,5 +192,26 @@ TEST_F(PeriodicSender, DragDoesNotThrottleTheFixedFrame) {
     EXPECT_EQ(clock_reads, 0);
 }
 
+// Behind bulk on a slow line a stop would come late; ahead of its own command it would stop nothing.
+TEST_F(SenderFixture, CommandsAndTheirEndsGoAheadOfStreamsAndBulk) {
+    const std::uint8_t bulk[8] = {};
+    sender.sendVariableFrame(CMD_NAV_BLOCK, bulk, sizeof bulk);
+    sender.sendVariableFrame(0x1234, bulk, sizeof bulk);
+    sender.sendCommand4(CMD_VL_LENS, 1, 2, 0, 0);
+    sender.sendCommandRate(0, CMD_SERVO_RATE, 3, 4);
+    sender.sendCommandPayload(CMD_TIME_SYNC, bulk, sizeof bulk);
+    sender.stopCommand(CMD_VL_LENS);
+    EXPECT_EQ(ahead, (std::vector<bool>{false, false, true, true, true, true}));
+    ahead.clear();
+    single = false;
+    sender.sendCommand4(CMD_VL_LENS, 1, 2, 0, 0);
+    sender.periodTick();
+    sender.stopCommand(0);
+    sender.periodTick();
+    sender.sendEndFrame(CMD_SERVO_RATE);
+    EXPECT_EQ(ahead, (std::vector<bool>{false, true, true, true}))
+        << "held, once more and its end, an end alone";
+}
+
 }  // namespace
 }  // namespace sorvane

@@ -24,6 +24,14 @@ protected:
                            [this](const AddressSources::Take& take) { answer = take; }});
         list->fill();
     }
+    bool openList() {
+        box.show();
+        if (!QTest::qWaitForWindowActive(&box)) {
+            return false;
+        }
+        box.showPopup();
+        return QTest::qWaitForWindowExposed(box.view()->window());
+    }
     QStringList items() const {
         QStringList texts;
         for (int i = 0; i < box.count(); ++i) {
@@ -151,10 +159,7 @@ TEST_F(LocalAddressesPart, TheRulesOwnAddressTypedIsAChoice) {
 
 TEST_F(LocalAddressesPart, NoRowMovesWhileTheListIsOpen) {
     build();
-    box.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&box));
-    box.showPopup();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(box.view()->window()));
+    ASSERT_TRUE(openList());
     answer({"192.0.2.9"});
     EXPECT_EQ(items(), interfaces);
     box.hidePopup();
@@ -174,10 +179,7 @@ TEST_F(LocalAddressesPart, AnAnswerAfterTheEndIsNotTaken) {
 
 TEST_F(LocalAddressesPart, AnAnswerThatWaitsForTheListEndsWithTheObject) {
     build();
-    box.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&box));
-    box.showPopup();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(box.view()->window()));
+    ASSERT_TRUE(openList());
     answer({"192.0.2.9"});
     list.reset();
     box.hidePopup();

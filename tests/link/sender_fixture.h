@@ -27,6 +27,8 @@ struct SenderFixture : ::testing::Test {
     int clock_reads = 0;
     CalendarTime local{2026, 11, 21, 7, 9, 45, 678};
     std::vector<Bytes> sent;
+    std::vector<bool> ahead;  // of each frame sent: it goes ahead of what waits for the line
+    bool marked = false;
 
     FrameSender sender{frame, release, last_code, nav, conditions()};
 
@@ -45,7 +47,10 @@ struct SenderFixture : ::testing::Test {
         c.push = [this](const void* data, int n) {
             const auto* p = static_cast<const std::uint8_t*>(data);
             sent.emplace_back(p, p + n);
+            ahead.push_back(marked);
+            marked = false;
         };
+        c.mark_ahead = [this] { marked = true; };
         return c;
     }
 

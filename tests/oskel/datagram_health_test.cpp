@@ -30,30 +30,27 @@ TEST(DatagramHealth, IsGoodAgainWhenOneHasGoneOutAndNoFailureFollowed) {
     EXPECT_EQ(health.at(start + 1501ms, true), SendTrouble::kNone);
 }
 
-// A host limits its reports to one a second.
-TEST(DatagramHealth, StandsSteadilyWhileOneDatagramASecondIsReported) {
+// Sends every 40 ms for 20 s; every so many sendings one is reported.
+void expectStandsSteadily(SendTrouble trouble, int reported_every, bool system_holds_some) {
     DatagramHealth health;
     for (int tick = 0; tick < 500; ++tick) {
         const auto now = start + tick * 40ms;
         health.worked(now);
-        if (tick % 26 == 0) {
-            health.failed(SendTrouble::kRefused);
+        if (tick % reported_every == 0) {
+            health.failed(trouble);
         }
-        ASSERT_EQ(health.at(now + 39ms, false), SendTrouble::kRefused) << tick;
+        ASSERT_EQ(health.at(now + 39ms, system_holds_some), trouble) << tick;
     }
+}
+
+// A host limits its reports to one a second.
+TEST(DatagramHealth, StandsSteadilyWhileOneDatagramASecondIsReported) {
+    expectStandsSteadily(SendTrouble::kRefused, 26, false);
 }
 
 // A neighbour who does not answer is given up every three seconds; in between datagrams wait.
 TEST(DatagramHealth, StandsSteadilyWhileDatagramsWaitForASilentNeighbour) {
-    DatagramHealth health;
-    for (int tick = 0; tick < 500; ++tick) {
-        const auto now = start + tick * 40ms;
-        health.worked(now);
-        if (tick % 75 == 0) {
-            health.failed(SendTrouble::kUnreachable);
-        }
-        ASSERT_EQ(health.at(now + 39ms, true), SendTrouble::kUnreachable) << tick;
-    }
+    expectStandsSteadily(SendTrouble::kUnreachable, 75, true);
 }
 
 TEST(DatagramHealth, ASystemThatAlwaysHoldsSomethingDelaysTheEndOnly) {

@@ -236,11 +236,15 @@ TEST(Datagram, ARefusalIsATroubleThatStandsAndCostsNoDatagram) {
     EXPECT_EQ(oskel::send_trouble(handle), SendTrouble::kNone);
     EXPECT_EQ(oskel::line_busy_ms(handle), 0);
     const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-    while (std::chrono::steady_clock::now() < until) {
-        ASSERT_EQ(push("knock", handle), 5);
-        ASSERT_EQ(oskel::send_trouble(handle), SendTrouble::kRefused);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    bool all_taken = true;
+    bool stands = true;
+    EXPECT_TRUE(waitUntil([&] {
+        all_taken = all_taken && push("knock", handle) == 5;
+        stands = stands && oskel::send_trouble(handle) == SendTrouble::kRefused;
+        return !all_taken || !stands || std::chrono::steady_clock::now() > until;
+    }));
+    EXPECT_TRUE(all_taken);
+    EXPECT_TRUE(stands);
     UdpPeer late("127.0.0.1", nobody);
     EXPECT_EQ(push("the first", handle), 9);
     EXPECT_EQ(late.receive(), bytes("the first"));
