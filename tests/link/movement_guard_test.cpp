@@ -176,6 +176,15 @@ TEST_F(Movements, AStopTimerNeverEndsTheHoldThatFollows) {
     EXPECT_EQ(ticks(3), (Codes{kRate, kRate, kRate}));
 }
 
+TEST_F(Movements, ACommandOfAnotherCodeEndsTheStopTimerAndTheSameOneDoesNot) {
+    choose(CMD_IR_PALETTE);
+    link_sender.sendCommand4(CMD_IR_PALETTE, 1, 3, 0, 0);
+    EXPECT_EQ(stop_timer, 1);
+    link_sender.sendCommandWord(CMD_TRACK_POINT, 9, 0);
+    EXPECT_EQ(stop_timer, 0) << "its expiry would end what came after";
+    EXPECT_FALSE(guard.standing());
+}
+
 TEST_F(Movements, AStopTimersOwnCodeStopsNothingElse) {
     choose(CMD_IR_PALETTE);
     last_code = CMD_VL_LENS;
@@ -362,6 +371,18 @@ TEST_F(Periodic, WithoutALinkACommandStaysForTheNextOpening) {
     guard.endAll(false);
     EXPECT_EQ(codes(), Codes{});
     EXPECT_EQ(ticks(2), (Codes{kVl, -kVl, 0}));
+}
+
+TEST_F(Periodic, WhatALinkThatIsGoneWasToldIsForgotten) {
+    press(button, CMD_VL_LENS);
+    ticks(1);
+    guard.endAll(false);
+    pressArrow(other);
+    ticks(1);
+    guard.endAll(false);
+    sent.clear();
+    press(button, CMD_STOW);
+    EXPECT_EQ(codes(), Codes{});
 }
 
 TEST_F(Periodic, TheModeInWhichAMovementBeganEndsIt) {
