@@ -5,7 +5,37 @@
 #include <QWidget>
 #include <utility>
 
+#include "platform/mouse_buttons.h"
+#include "widgets/input_connection.h"
+
+namespace {
+
+constexpr int kAskMs = 50;
+// The release itself is under way to the control for a moment after the button is up.
+constexpr int kUpAnswersThatCount = 2;
+
+std::optional<bool> isDown(Qt::MouseButton button) {
+    const std::optional<void*> connection = inputConnection();
+    if (!connection) {
+        return std::nullopt;
+    }
+    switch (button) {
+        case Qt::LeftButton:
+            return platform::isButtonDown(*connection, platform::MouseButton::kLeft);
+        case Qt::MiddleButton:
+            return platform::isButtonDown(*connection, platform::MouseButton::kMiddle);
+        case Qt::RightButton:
+            return platform::isButtonDown(*connection, platform::MouseButton::kRight);
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
 HoldWatch::HoldWatch(QWidget& held, std::function<void()> over) : m_held(held), m_over(std::move(over)) {
+    m_ask.setInterval(kAskMs);
+    connect(&m_ask, &QTimer::timeout, this, &HoldWatch::askForButton);
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (m_active && state != Qt::ApplicationActive) {
             takeAway();
@@ -21,12 +51,27 @@ void HoldWatch::begin(Qt::MouseButton button) {
         m_active = true;
         qApp->installEventFilter(this);
     }
+    // A press that the toolkit makes of a finger leaves the mouse's own button up: nothing to ask for then.
+    m_upAnswers = 0;
+    if (isDown(button).value_or(false)) {
+        m_ask.start();
+    } else {
+        m_ask.stop();
+    }
 }
 
 void HoldWatch::end() {
     if (m_active) {
         m_active = false;
+        m_ask.stop();
         qApp->removeEventFilter(this);
+    }
+}
+
+void HoldWatch::askForButton() {
+    m_upAnswers = isDown(m_button).value_or(true) ? 0 : m_upAnswers + 1;
+    if (m_upAnswers >= kUpAnswersThatCount) {
+        takeAway();
     }
 }
 

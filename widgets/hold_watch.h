@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <functional>
 
 class QEvent;
@@ -12,7 +13,8 @@ class QWidget;
 // A hold is over when the control can no longer be sure of the hand: a popup opens (it takes the mouse and
 // the fingers), the release goes to another widget, the pointer moves or presses again without the button,
 // the program is no longer the active one, the control's window is minimised or closed, the control is
-// hidden, disabled or blocked by a modal dialog. GUI thread.
+// hidden, disabled or blocked by a modal dialog. A release that only another program hears is seen by asking
+// the system for the button, 20 times a second while it is held. GUI thread.
 class HoldWatch : public QObject {
 public:
     // `over` is called once a hold, after the watch has come to rest. `held` outlives the watch.
@@ -30,6 +32,7 @@ protected:
 
 private:
     void takeAway();
+    void askForButton();
     bool endsHold(QObject* object, QEvent* e) const;
     bool endsForWidget(const QWidget& widget, const QEvent& e) const;
     bool mouseLost(const QObject* object, const QMouseEvent& e) const;
@@ -38,4 +41,6 @@ private:
     const std::function<void()> m_over;
     Qt::MouseButton m_button = Qt::NoButton;
     bool m_active = false;
+    QTimer m_ask;
+    int m_upAnswers = 0;  // in a row
 };

@@ -22,6 +22,13 @@ bool mouseFree(const Begin& b) { return b.kind != Begin::kMouse; }
 
 void nothing(Row&) {}
 
+// Whichever button the begin holds.
+void releaseButtons(Row& r) {
+    for (const int button : {1, 2}) {
+        r.scene.hand.release(button);
+    }
+}
+
 void moveHand(Row& r, const QPoint& to) {
     if (r.begin.kind == Begin::kMouse) {
         r.scene.hand.move(to);
@@ -182,7 +189,7 @@ void firstFingerLeaves(Row& r) {
     if (r.begin.kind == Begin::kFinger) {
         r.scene.hand.fingerUp(1);
     } else {
-        r.scene.hand.release(1);
+        releaseButtons(r);
     }
     letTick(r);
 }
@@ -212,7 +219,7 @@ void dragBetween(Row& r) {
 
 void releaseUnderMenu(Row& r) {
     openMenu(r);
-    r.scene.hand.release();
+    releaseButtons(r);
     r.scene.hand.key("Escape");
     closePopups(r);
     r.scene.hand.move(EndsScene::centre(r.scene.ui().title));
@@ -223,11 +230,19 @@ void releaseForAnother(Row& r) {
     if (!r.scene.hand.loseMouse()) {
         r.trouble += "the other program gets no grab; ";
     }
-    r.scene.hand.release();
+    releaseButtons(r);
     r.scene.hand.regainMouse();
     r.scene.hand.move(EndsScene::centre(r.scene.ui().title));
     r.scene.hand.move(r.scene.spot(1));
     r.scene.hand.move(r.scene.spot(1) + QPoint(30, 0));
+}
+
+// The pointer stays where it is; nothing of the mouse reaches the station any more.
+void releaseElsewhere(Row& r) {
+    if (!r.scene.hand.loseMouse()) {
+        r.trouble += "the other program gets no grab; ";
+    }
+    releaseButtons(r);
 }
 
 void liftThen(Row& r, const std::function<void(Row&)>& then) {
@@ -268,6 +283,7 @@ std::vector<End> allEnds() {
         {"the link closed", true, true, always, closeOrOpenLink, closeOrOpenLink},
         {"a release under a menu", false, false, byMouse, releaseUnderMenu, nullptr},
         {"a release that another program gets", true, false, byMouse, releaseForAnother, nullptr},
+        {"a release that only another program gets", true, true, byMouse, releaseElsewhere, nullptr},
         {"the window closed", false, true, always, closeWindow, rebuild},
     };
 }

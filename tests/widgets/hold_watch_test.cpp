@@ -180,4 +180,26 @@ TEST_F(Watch, AReleaseOverAPopupByTheRealPointer) {
     menu.close();
 }
 
+// Another program has the pointer: no event of the mouse reaches this one.
+TEST_F(Watch, AReleaseThatOnlyAnotherProgramHears) {
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.takeGrab());
+    watch.end();
+    pointer.press(1);
+    watch.begin(Qt::LeftButton);
+    QTest::qWait(200);
+    expectOver(0);
+    pointer.release(1);
+    EXPECT_TRUE(waitFor([this] { return over > 0; }));
+    expectOver();
+    pointer.dropGrab();
+}
+
+TEST_F(Watch, APressMadeOfAFingerIsNotLookedForAtTheMouse) {
+    watch.end();
+    watch.begin(Qt::LeftButton);
+    QTest::qWait(200);
+    expectOver(0);
+}
+
 }  // namespace
