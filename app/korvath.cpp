@@ -134,7 +134,7 @@ void Korvath::buildViewMenu() {
 
 void Korvath::initFirstStage() {
     m_parts->panes->createStatPane();
-    m_settings = new PlayerSettingsDlg(tavrik::list_decoders(), this);
+    m_settings = new PlayerSettingsDlg(sorvane::DecoderMask(tavrik::list_decoders), this);
     connectSettings();
     // The strip beside the logo shows what a window frame would.
     m_parts->form.title_text->setText(config().app_title);

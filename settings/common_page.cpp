@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QRadioButton>
 #include <QSignalBlocker>
+#include <utility>
 
 #include "app/config/my_app_config.h"
 #include "forms/settings_form.h"
@@ -18,15 +19,49 @@ constexpr std::array<const char*, 3> kDecoders = {QT_TRANSLATE_NOOP("CommonPage"
 
 }  // namespace
 
-CommonPage::CommonPage(const SettingsForm& form, MyAppConfig& config, int decoder_mask)
-    : m_form(form), m_config(config) {
-    for (const int decoder : sorvane::decoderItems(decoder_mask)) {
-        m_form.decoder->addItem(QString(), decoder);
+CommonPage::CommonPage(const SettingsForm& form, MyAppConfig& config, sorvane::DecoderMask decoders)
+    : m_form(form), m_config(config), m_decoders(std::move(decoders)) {
+    constexpr int kLookMs = 20;
+    connect(&m_decodersTimer, &QTimer::timeout, this, [this] {
+        if (m_decoders.known()) {
+            fillDecoders();
+        }
+    });
+    if (m_decoders.known()) {
+        fillDecoders();
+    } else {
+        m_decodersTimer.start(kLookMs);
     }
     // The texts come with the language.
     m_form.language->addItems({QString(), QString()});
     m_form.theme->addItems({QString(), QString()});
     connectWidgets();
+}
+
+void CommonPage::fillDecoders() {
+    m_decodersTimer.stop();
+    if (m_decodersShown) {
+        return;
+    }
+    m_decodersShown = true;
+    for (const int decoder : sorvane::decoderItems(m_decoders.value())) {
+        m_form.decoder->addItem(QString(), decoder);
+    }
+    nameDecoders();
+    selectDecoder();
+}
+
+void CommonPage::selectDecoder() {
+    if (m_decodersShown) {
+        m_form.decoder->setCurrentIndex(sorvane::decoderRow(m_config.decode_method, m_form.decoder->count()));
+    }
+}
+
+void CommonPage::nameDecoders() {
+    for (int row = 0; row < m_form.decoder->count(); ++row) {
+        const auto decoder = m_form.decoder->itemData(row).toUInt();
+        m_form.decoder->setItemText(row, tr(kDecoders[decoder]));
+    }
 }
 
 void CommonPage::connectWidgets() {
@@ -65,7 +100,7 @@ void CommonPage::allowTelemetryStream(bool single) {
 
 void CommonPage::load() {
     const QSignalBlocker quiet(this);
-    m_form.decoder->setCurrentIndex(sorvane::decoderRow(m_config.decode_method, m_form.decoder->count()));
+    selectDecoder();
     m_form.language->setCurrentIndex(m_config.language);
     m_form.theme->setCurrentIndex(m_config.theme);
     const int view = m_config.video_display_mode;
@@ -102,15 +137,14 @@ void CommonPage::store() {
     } else if (m_form.two_axes->isChecked()) {
         m_config.platform_type = 1;
     }
-    m_config.decode_method = m_form.decoder->currentIndex();
+    if (m_decodersShown) {
+        m_config.decode_method = m_form.decoder->currentIndex();
+    }
     m_config.show_fps = m_form.show_statistics->isChecked();
 }
 
 void CommonPage::retranslate() {
-    for (int row = 0; row < m_form.decoder->count(); ++row) {
-        const auto decoder = m_form.decoder->itemData(row).toUInt();
-        m_form.decoder->setItemText(row, tr(kDecoders[decoder]));
-    }
+    nameDecoders();
     m_form.language->setItemText(0, tr("中文"));
     m_form.language->setItemText(1, tr("英文"));
     m_form.theme->setItemText(0, tr("白天"));
@@ -123,6 +157,7 @@ bool CommonPage::sendsTelemetryPeriodically() const { return m_form.telemetry_st
 
 int CommonPage::languageIndex() const { return m_form.language->currentIndex(); }
 
-std::uint8_t CommonPage::decoderValue() const {
+std::uint8_t CommonPage::decoderValue() {
+    fillDecoders();
     return sorvane::decoderMask(m_form.decoder->currentData().toInt());
 }

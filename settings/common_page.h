@@ -2,9 +2,11 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <array>
 #include <cstdint>
 
+#include "settings/decoder_mask.h"
 #include "settings/settings_page.h"
 
 class MyAppConfig;
@@ -15,8 +17,8 @@ class CommonPage : public QObject, public SettingsPage {
     Q_OBJECT
 
 public:
-    // Form and configuration outlive the page. decoder_mask: bit 0 software, 1 CUDA, 2 Quick Sync are there.
-    CommonPage(const SettingsForm& form, MyAppConfig& config, int decoder_mask);
+    // Form and configuration outlive the page. The list of decoders is filled once they are known.
+    CommonPage(const SettingsForm& form, MyAppConfig& config, sorvane::DecoderMask decoders);
 
     void load() override;
     void store() override;
@@ -27,8 +29,8 @@ public:
     // Command 1026 goes out every 40 ms in single mode.
     bool sendsTelemetryPeriodically() const;
     int languageIndex() const;
-    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
-    std::uint8_t decoderValue() const;
+    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Waits for the list if need be.
+    std::uint8_t decoderValue();
 
 signals:
     void languageChosen(int language);
@@ -40,6 +42,9 @@ signals:
 
 private:
     void connectWidgets();
+    void fillDecoders();
+    void selectDecoder();
+    void nameDecoders();
     // In the order of the stored values.
     std::array<QRadioButton*, 4> views() const;
     // The stream of positions exists in single mode alone. Makes no sendModeChanged of its own.
@@ -47,4 +52,7 @@ private:
 
     const SettingsForm& m_form;
     MyAppConfig& m_config;
+    const sorvane::DecoderMask m_decoders;
+    bool m_decodersShown = false;
+    QTimer m_decodersTimer;  // until they are known
 };

@@ -42,7 +42,7 @@ constexpr std::array<ReplyRow, 0> kReplies{};
 
 }  // namespace
 
-PlayerSettingsDlg::PlayerSettingsDlg(int decoder_mask, QWidget* parent)
+PlayerSettingsDlg::PlayerSettingsDlg(const sorvane::DecoderMask& decoders, QWidget* parent)
     : common_dlg(parent),
       m_config(new MyAppConfig),
       ui(new Ui::dialogSettings),
@@ -59,7 +59,7 @@ PlayerSettingsDlg::PlayerSettingsDlg(int decoder_mask, QWidget* parent)
         qDebug("Load translate file failed!");
     }
     addRows();
-    addPages(decoder_mask);
+    addPages(decoders);
     connectWidgets();
     init();
     m_form->page_list->setCurrentRow(0);
@@ -80,8 +80,8 @@ void PlayerSettingsDlg::addRows() {
     }
 }
 
-void PlayerSettingsDlg::addPages(int decoder_mask) {
-    auto common = std::make_unique<CommonPage>(*m_form, *m_config, decoder_mask);
+void PlayerSettingsDlg::addPages(const sorvane::DecoderMask& decoders) {
+    auto common = std::make_unique<CommonPage>(*m_form, *m_config, decoders);
     auto osd = std::make_unique<OsdPage>(*m_form);
     m_common = common.get();
     m_osd = osd.get();

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "link/command_catalogue.h"
+#include "settings/decoder_mask.h"
 #include "settings/reply_router.h"
 #include "widgets/common_dlg.h"
 
@@ -23,9 +24,8 @@ class PlayerSettingsDlg : public common_dlg {
     Q_OBJECT
 
 public:
-    // Creates and loads the configuration, fills the pages from it. decoder_mask: decoders that the stream
-    // library has, bit 0 software, 1 CUDA, 2 Quick Sync.
-    explicit PlayerSettingsDlg(int decoder_mask, QWidget* parent = nullptr);
+    // Creates and loads the configuration, fills the pages from it; the list of decoders once they are known.
+    explicit PlayerSettingsDlg(const sorvane::DecoderMask& decoders, QWidget* parent = nullptr);
     // Saves and deletes the configuration.
     ~PlayerSettingsDlg() override;
 
@@ -41,7 +41,7 @@ public:
     int languageIndex() const;
     // The page of the pod's on-screen display, whose controls the commands of its buttons read.
     const QWidget* osdPage() const;
-    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync.
+    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Waits until the decoders are known.
     std::uint8_t decoderValue() const;
 
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.
@@ -71,7 +71,7 @@ protected:
 
 private:
     void addRows();
-    void addPages(int decoder_mask);
+    void addPages(const sorvane::DecoderMask& decoders);
     void place(PageId id, std::unique_ptr<SettingsPage> page);
     void connectWidgets();
     void storePages();

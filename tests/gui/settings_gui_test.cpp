@@ -58,6 +58,7 @@ protected:
         stop();
         fake_tavrik::state().decoders = decoders;
         start({{"decode/decode_method", stored_index}});
+        settings().decoderValue();  // waits for the list
     }
 };
 
