@@ -9,7 +9,8 @@ class PictureOwner {
 public:
     // True when a stream is open on that window; false for any other number.
     virtual bool noSignalTest(int window_id) const = 0;
-    // Size of the encoded picture that clicks are converted with.
+    // Size of the picture drawn last on either window: what clicks are converted with on a window that has
+    // shown none yet.
     virtual int frameWidth() const = 0;
     virtual int frameHeight() const = 0;
     // The window's frame is being resized from an edge at this moment.

@@ -169,6 +169,7 @@ void PicturePresenter::render(FrameParcel& parcel) {
     m_fields.video_alive = true;
     m_fields.frame_width = src.width;
     m_fields.frame_height = src.height;
+    surface->widget->pictureDrawn(QSize(src.width, src.height));
     if (surface->sdl_window == nullptr && !attach(*surface)) {
         return;
     }

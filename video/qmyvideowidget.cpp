@@ -131,8 +131,10 @@ void QMyVideoWidget::mouseReleaseEvent(QMouseEvent* e) {
 }
 
 void QMyVideoWidget::clickAt(const QPoint& pos) {
-    const sorvane::ImagePoint point = sorvane::widgetToImage(pos.x(), pos.y(), owner->frameWidth(),
-                                                             owner->frameHeight(), width(), height());
+    const QSize size =
+        m_pictureSize.isValid() ? m_pictureSize : QSize(owner->frameWidth(), owner->frameHeight());
+    const sorvane::ImagePoint point =
+        sorvane::widgetToImage(pos.x(), pos.y(), size.width(), size.height(), width(), height());
     qDebug("Point select trace, pt1 x: %d, y: %d", point.x, point.y);
     if (!point.inside()) {
         return;

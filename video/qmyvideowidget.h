@@ -3,6 +3,7 @@
 
 #include <QFont>
 #include <QLabel>
+#include <QSize>
 
 #include "video/drag_gesture.h"
 #include "widgets/hold_watch.h"
@@ -30,6 +31,9 @@ public:
     void endMiddle();
     // To be called whenever the owner's no-signal state of this window has changed.
     void streamStateChanged();
+    // A picture of that many pixels, before scaling, has been drawn here: clicks are converted with it.
+    // Before the first one the owner's size counts.
+    void pictureDrawn(const QSize& size) { m_pictureSize = size; }
 
     QPaintEngine* paintEngine() const override;
 
@@ -58,5 +62,6 @@ private:
     HoldWatch m_dragWatch{*this, [this] { endDrag(); }};
     HoldWatch m_middleWatch{*this, [this] { endMiddle(); }};
     bool m_middleHeld = false;
+    QSize m_pictureSize;
     QFont font;
 };

@@ -130,6 +130,40 @@ TEST_F(Picture, ChangedResolutionIsTakenOverWithTheNextPicture) {
     EXPECT_EQ(window->frameWidth(), 1280);
 }
 
+// Both channels play at different sizes: what is clicked is a point of the picture under the pointer,
+// whichever was drawn last.
+TEST_F(Picture, AClickOnTheFirstPictureIsAPointOfThatPicture) {
+    Pod pod;
+    ASSERT_TRUE(pod.bind());
+    startPlaying({{"common/send_single", true},
+                  {"connection/destination_address", "127.0.0.1"},
+                  {"connection/destination_port", pod.port()},
+                  {"connection/local_bind_port", 0}});
+    connection().comboBox->addItem("127.0.0.1");
+    connection().comboBox->setCurrentIndex(connection().comboBox->count() - 1);
+    window->OnUdpConnect();
+    ASSERT_EQ(window->linkState(), kLinkUdp);
+    window->OnOpenVideo2();
+    const QSize shape = shapeOf(win1());
+    deliver(library().opens[0].on_frame, makeFrame(shape.width() * 2, shape.height() * 2, kWhite, kWhite));
+    ASSERT_TRUE(waitFor([&] { return in().frame_width() == shape.width() * 2; }));
+    deliver(library().opens[1].on_frame, makeFrame(320, 256, kRed, kRed));
+    ASSERT_TRUE(waitFor([this] { return in().frame_width() == 320; }));
+    pod.take();
+    QTest::mouseClick(win1()->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                      QPoint(win1()->width() / 2 + 100, win1()->height() / 2));
+    QByteArray sent;
+    ASSERT_TRUE(waitFor([&] {
+        for (const QByteArray& frame : pod.take()) {
+            sent = frame.mid(4, 1) == QByteArray("\x3a") ? frame : sent;
+        }
+        return !sent.isEmpty();
+    }));
+    const int x = static_cast<std::int16_t>(static_cast<unsigned char>(sent[6]) |
+                                            (static_cast<unsigned char>(sent[7]) << 8));
+    EXPECT_NEAR(x, 200, 4);
+}
+
 TEST_F(Picture, QtPaintsNothingWhilePicturesRunAndLeavesTheLastOne) {
     startPlaying();
     ASSERT_TRUE(deliverUntil(640, 512, kWhite, kWhite,

@@ -126,6 +126,19 @@ protected:
     Qt::MouseButtons held = Qt::NoButton;
 };
 
+// The other picture may be of another size; it does not matter here.
+TEST_F(VideoFace, AClickIsConvertedWithTheSizeLastDrawnHere) {
+    click({0, 0});
+    EXPECT_EQ(taken(), QStringList{"track -320 256"}) << "the owner's size before the first picture";
+    widget.pictureDrawn({1280, 1024});
+    owner.frame = {320, 256};
+    click({0, 0});
+    EXPECT_EQ(taken(), QStringList{"track -640 512"});
+    widget.pictureDrawn({320, 256});
+    click({0, 0});
+    EXPECT_EQ(taken(), QStringList{"track -160 128"});
+}
+
 TEST_F(VideoFace, TakesItsNumberFromItsName) {
     EXPECT_EQ(widget.windowId(), 1);
     QMyVideoWidget other;
