@@ -18,11 +18,18 @@ void Row::liftAndSettle() {
 
 namespace {
 
+constexpr int kTellSlowMs = 3000;
+
 class Ends : public EndsScene {
 protected:
+    // What a row says. A row that could not be set up has judged nothing.
+    struct Verdict {
+        bool judged;
+        QString trouble;  // empty when the row went well
+    };
     void runTable(const std::vector<Begin>& begins, const std::vector<End>& ends);
-    // Empty when the row went well.
-    QString runRow(const Begin& begin, const End& end);
+    Verdict runRow(const Begin& begin, const End& end);
+    Verdict runRowTwiceIfNeedBe(const Begin& begin, const End& end);
 
 private:
     QString m_mode;
@@ -30,18 +37,18 @@ private:
     bool m_rested = false;  // m_movements tells what there was at the end of the row before
 };
 
-QString Ends::runRow(const Begin& begin, const End& end) {
+Ends::Verdict Ends::runRow(const Begin& begin, const End& end) {
     if (!raise()) {
-        return "the scene: " + problem();
+        return {false, "the scene: " + problem()};
     }
     const Motion before = pod.motion();
     if (m_rested && before.movements != m_movements) {
         m_rested = false;
-        return "moved after the row before: " + before.text;
+        return {true, "moved after the row before: " + before.text};
     }
     Row row{*this, begin, begin.start(*this, begin), {}};
     if (row.widget == nullptr) {
-        return "cannot begin";
+        return {false, "cannot begin"};
     }
     // A hold is seen to move; what is over at once may have moved and stood between two looks.
     const auto has_begun = [&](const Motion& m) {
@@ -51,7 +58,7 @@ QString Ends::runRow(const Begin& begin, const End& end) {
     };
     const Motion begun = pod.until(has_begun, kAppearMs);
     if (!has_begun(begun)) {
-        return "nothing to end: " + begun.text;
+        return {false, "nothing to end: " + begun.text};
     }
     end.run(row);
     if (end.stops) {
@@ -65,7 +72,20 @@ QString Ends::runRow(const Begin& begin, const End& end) {
     }
     m_movements = pod.motion().movements;
     m_rested = true;
-    return row.trouble;
+    return {true, row.trouble};
+}
+
+// A window manager under load may keep the scene from standing, once; what has been judged is never repeated.
+Ends::Verdict Ends::runRowTwiceIfNeedBe(const Begin& begin, const End& end) {
+    const Verdict first = runRow(begin, end);
+    if (first.judged) {
+        return first;
+    }
+    std::printf("%s x %s is set up again: %s\n", begin.name.c_str(), end.name.c_str(),
+                qPrintable(first.trouble));
+    m_rested = false;
+    startOver();
+    return runRow(begin, end);
 }
 
 void Ends::runTable(const std::vector<Begin>& begins, const std::vector<End>& ends) {
@@ -85,7 +105,13 @@ void Ends::runTable(const std::vector<Begin>& begins, const std::vector<End>& en
                 continue;
             }
             ++rows;
-            const QString trouble = runRow(begin, end);
+            QElapsedTimer row_clock;
+            row_clock.start();
+            const QString trouble = runRowTwiceIfNeedBe(begin, end).trouble;
+            if (row_clock.elapsed() > kTellSlowMs) {
+                std::printf("%s took %.1f s\n", qPrintable(name),
+                            static_cast<double>(row_clock.elapsed()) / 1000);
+            }
             if (!trouble.isEmpty()) {
                 ++failed;
                 ADD_FAILURE() << qPrintable(name) << ": " << qPrintable(trouble);
