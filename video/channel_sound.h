@@ -1,34 +1,63 @@
 // Sound of a channel, played on the stream library's audio thread.
 #pragma once
 
+#include <functional>
+#include <memory>
+
 class QAudioOutput;
 class QIODevice;
 
-// The window's fields: created on the stream library's audio thread, stopped on the GUI thread after
-// feedClose has ended that thread's calls; by that order alone no lock is needed.
+// The window's fields: set on the stream library's audio thread, nulled on the GUI thread.
 struct SoundFields {
     QAudioOutput*& output;
     QIODevice*& device;
 };
 
-// Fields outlive it.
+// What takes the samples. Used by one thread at a time; any operation may hang with the system's sound
+// server.
+class SoundOutput {
+public:
+    SoundOutput() = default;
+    virtual ~SoundOutput() = default;
+    SoundOutput(const SoundOutput&) = delete;
+    SoundOutput& operator=(const SoundOutput&) = delete;
+
+    virtual bool stopped() const = 0;
+    // Bytes that it holds at most, and that it would take now.
+    virtual int bufferBytes() const = 0;
+    virtual int freeBytes() const = 0;
+    virtual void write(const char* data, int size) = 0;
+    // Notes it in the fields.
+    virtual void show(const SoundFields& fields) const = 0;
+};
+
+// Fields outlive it. GUI thread but where told.
 class ChannelSound {
 public:
+    // Signed 16-bit little-endian samples, bytes, samples a second, channels.
+    using Player = std::function<void(const unsigned char* data, int size, int sample_rate, int channels)>;
+    // Null when there is no device. On the audio thread.
+    using Opener = std::function<std::unique_ptr<SoundOutput>(int sample_rate, int channels)>;
+
     explicit ChannelSound(const SoundFields& fields);
+    ChannelSound(const SoundFields& fields, Opener opener);
+    ~ChannelSound();
 
     // Whether sound may wait for its device. Closing ends a wait under way within 10 ms and turns sound away
     // until the next opening. Any thread.
     static void openGate();
     static void closeGate();
-    // One packet, signed 16-bit little-endian; waits until the device has taken it. Stream library's audio
-    // thread.
-    void play(const unsigned char* data, int size, int sample_rate, int channels);
-    // GUI thread, after feedClose: the audio thread has ended.
+    // Plays one packet and waits until the device has taken it; opens the device at the first. To be called
+    // by the stream library's audio thread alone; may outlive this object. Of one player at most one call
+    // runs at a time.
+    Player player() const;
+    // After feedClose. A call that hangs in the device is left to itself: the device is its own then, and
+    // goes when the call comes back.
     void stop();
 
 private:
-    void start(int sample_rate, int channels);
-    bool waitForRoom(int bytes) const;
-
-    SoundFields m_fields;
+    struct Channel;
+    const SoundFields m_fields;
+    const Opener m_opener;
+    std::shared_ptr<Channel> m_channel;
 };

@@ -198,15 +198,15 @@ void PicturePresenter::render(FrameParcel& parcel) {
 }
 
 void PicturePresenter::take(QMyEvent& e, bool cached) {
-    auto* parcel = static_cast<FrameParcel*>(std::exchange(e.data, nullptr));
-    if (parcel == nullptr) {
+    std::unique_ptr<FrameParcel> parcel(static_cast<FrameParcel*>(std::exchange(e.data, nullptr)));
+    if (parcel == nullptr || m_closed) {
         return;
     }
     if (!cached) {
-        drawInTurn(std::unique_ptr<FrameParcel>(parcel));
+        drawInTurn(std::move(parcel));
         return;
     }
-    m_fields.frame_cache.push_back(parcel);
+    m_fields.frame_cache.push_back(parcel.release());
     const MyAppConfig* config = m_config();
     if (m_fields.frame_timer == 0 && config != nullptr &&
         static_cast<int>(m_fields.frame_cache.size()) == config->cache_frame_count_start) {
@@ -277,6 +277,7 @@ void PicturePresenter::drawCachedTail() {
 }
 
 void PicturePresenter::closeStreams() {
+    m_closed = true;
     stopFrameTimer();
     if (m_turnTimer != 0) {
         killTimer(m_turnTimer);

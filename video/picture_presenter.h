@@ -53,7 +53,7 @@ public:
     // The channel closes: the cached tail is drawn at full speed, not dropped, which is meant; the rate
     // starts anew.
     void drawCachedTail();
-    // The window closes: every surface's stream ends, nothing more is drawn.
+    // The window closes: every surface's stream ends, nothing more is drawn or kept.
     void closeStreams();
     void dropPictures();
 
@@ -74,4 +74,5 @@ private:
     // runs from a picture drawn until none is left.
     std::list<std::unique_ptr<FrameParcel>> m_laterPictures;
     int m_turnTimer = 0;
+    bool m_closed = false;
 };

@@ -60,9 +60,7 @@ void VideoChannel::openStream() {
     const StreamRequest request = m_parts.panel.request(m_number);
     tavrik::AudioCallback on_audio;
     if (m_first != nullptr) {
-        on_audio = [&sound = m_first->sound](unsigned char* data, int size, int sample_rate, int channels) {
-            sound.play(data, size, sample_rate, channels);
-        };
+        on_audio = m_first->sound.player();
     }
     VideoSurface* surface = m_parts.presenter.findSurface(&m_parts.widget);
     surface->player_handle = tavrik::feedOpen(

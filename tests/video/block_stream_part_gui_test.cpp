@@ -1,16 +1,12 @@
-// The block stream over loopback and the sound of a channel, without the window.
+// The block stream over loopback, without the window.
 #include <gtest/gtest.h>
 
-#include <QAudioOutput>
-#include <QBuffer>
-#include <QPointer>
 #include <QUdpSocket>
 #include <thread>
 
 #include "tests/fakes/fake_tavrik.h"
 #include "tests/widgets/wait.h"
 #include "video/block_stream.h"
-#include "video/channel_sound.h"
 #include "video/stream_panel.h"
 
 namespace {
@@ -125,95 +121,6 @@ TEST_F(BlockStreamPart, WithoutThePortNothingIsPulled) {
     stream.close();
     EXPECT_LT(port, 0) << "there is nothing to close";
     EXPECT_NE(data, nullptr);
-}
-
-// --- sound ---
-
-class SoundPart : public ::testing::Test {
-protected:
-    ~SoundPart() override {
-        sound.closeGate();
-        sound.stop();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    // One packet from a thread of the stream library's.
-    void playOnItsThread(int size) {
-        std::thread([this, size] {
-            std::vector<unsigned char> packet(static_cast<std::size_t>(std::max(size, 0)));
-            sound.play(packet.data(), size, 48000, 2);
-        }).join();
-    }
-
-    QAudioOutput* output = nullptr;
-    QIODevice* device = nullptr;
-    ChannelSound sound{SoundFields{output, device}};
-};
-
-TEST_F(SoundPart, IsTurnedAwayUntilTheGateOpens) {
-    playOnItsThread(4);
-    EXPECT_EQ(output, nullptr);
-    sound.openGate();
-    playOnItsThread(0);
-    playOnItsThread(-4);
-    EXPECT_EQ(output, nullptr);
-    playOnItsThread(4);
-    ASSERT_NE(output, nullptr);
-    EXPECT_EQ(output->thread(), QCoreApplication::instance()->thread()) << "it is deleted over there";
-}
-
-TEST_F(SoundPart, WithoutADevicePacketsAreLostAndNobodyWaits) {
-    sound.openGate();
-    playOnItsThread(4);
-    ASSERT_NE(output, nullptr);
-    QAudioOutput* const first = output;
-    // What a machine without sound gives.
-    device = nullptr;
-    playOnItsThread(1 << 20);
-    EXPECT_EQ(output, first) << "one output a stream";
-}
-
-TEST_F(SoundPart, AStoppedOutputTakesNothingAndHoldsNobodyUp) {
-    sound.openGate();
-    playOnItsThread(4);
-    output->stop();
-    QBuffer played;
-    played.open(QIODevice::WriteOnly);
-    device = &played;
-    playOnItsThread(1 << 20);
-    EXPECT_EQ(played.data().size(), 0);
-    device = nullptr;
-}
-
-TEST_F(SoundPart, StoppingLetsGoOfBoth) {
-    sound.stop();
-    sound.openGate();
-    playOnItsThread(4);
-    QPointer<QAudioOutput> was = output;
-    ASSERT_FALSE(was.isNull());
-    sound.stop();
-    EXPECT_EQ(output, nullptr);
-    EXPECT_EQ(device, nullptr);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(was.isNull());
-    // The next stream begins with an output of its own.
-    playOnItsThread(4);
-    EXPECT_NE(output, nullptr);
-}
-
-TEST_F(SoundPart, AClosedGateEndsAWait) {
-    sound.openGate();
-    // With a device the thread waits for it, without one it plays on; either way it ends.
-    std::atomic<bool> ended{false};
-    std::thread stream([&] {
-        std::vector<unsigned char> packet(1 << 16);
-        for (int i = 0; i < 100; ++i) {
-            sound.play(packet.data(), static_cast<int>(packet.size()), 8000, 2);
-        }
-        ended = true;
-    });
-    sound.closeGate();
-    EXPECT_TRUE(waitFor([&] { return ended.load(); }));
-    stream.join();
 }
 
 }  // namespace

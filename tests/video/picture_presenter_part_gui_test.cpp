@@ -207,6 +207,15 @@ TEST_F(Presenter, ClosingDrawsNothingMoreAndClosesEveryStream) {
     presenter->dropPictures();
     EXPECT_EQ(freed, 3);
     EXPECT_EQ(frame_width, 64);
+    for (const bool cache : {false, true}) {
+        cached = cache;
+        post(makeCountedFrame(66, 64, freed), win1);
+        deliver();
+    }
+    EXPECT_EQ(freed, 5) << "pictures that were still under way";
+    EXPECT_TRUE(frame_cache.empty());
+    EXPECT_EQ(frame_timer, 0);
+    EXPECT_EQ(frame_width, 64);
 }
 
 TEST_F(Presenter, TheEndFreesWhatStillWaits) {
