@@ -109,7 +109,7 @@ bool EndsScene::raise() {
         return false;
     }
     if (!showWindow()) {
-        return fail("the window is not active");
+        return fail("the window does not stand: " + windowState());
     }
     if (!linkOpen() && !connectLink()) {
         return false;
@@ -126,13 +126,22 @@ bool EndsScene::raise() {
     return atRest(rest) || fail("no rest to begin with: " + rest.text);
 }
 
+// The toolkit may take itself for inactive although the server's focus is on its window (a popup has grabbed
+// the keyboard meanwhile); a focus that goes and comes sets it right.
 bool EndsScene::showWindow() {
+    constexpr int kPatienceMs = 1500;
     if (!window->isVisible() || window->isMinimized()) {
         window->showNormal();
     }
+    QElapsedTimer since;
+    since.start();
     return waitFor(
-        [this] {
+        [this, &since] {
             if (!window->isActiveWindow()) {
+                if (since.elapsed() > kPatienceMs) {
+                    hand.activateOther();
+                    since.start();
+                }
                 window->activateWindow();
             }
             if (window->geometry() != kPlace) {
@@ -142,6 +151,19 @@ bool EndsScene::showWindow() {
                    window->geometry() == kPlace;
         },
         kAppearMs);
+}
+
+QString EndsScene::windowState() const {
+    const QRect at = window->geometry();
+    return QStringLiteral("active %1, exposed %2, minimised %3, visible %4, at %5,%6 %7x%8")
+        .arg(window->isActiveWindow())
+        .arg(window->windowHandle()->isExposed())
+        .arg(window->isMinimized())
+        .arg(window->isVisible())
+        .arg(at.x())
+        .arg(at.y())
+        .arg(at.width())
+        .arg(at.height());
 }
 
 void EndsScene::closeWindow() {

@@ -27,6 +27,8 @@ public:
     bool startPod();
     // Shown, active and in its place; false after the deadline.
     bool showWindow();
+    // How it stands, for a message.
+    QString windowState() const;
     void closeWindow();
     // After a row that went wrong: nothing of it is left.
     void startOver();

@@ -111,7 +111,11 @@ void list(EndsScene& s, const QStringList& a) {
     }
 }
 
+// Nobody opens a menu on a window that is not there.
 void menu(EndsScene& s, const QStringList&) {
+    if (s.window->isMinimized() || !s.window->isVisible()) {
+        return;
+    }
     auto* m = new QMenu(s.window.get());
     m->setAttribute(Qt::WA_DeleteOnClose);
     m->addAction(QStringLiteral("one"));
@@ -124,7 +128,11 @@ void mode(EndsScene& s, const QStringList& a) { s.chooseMode(a[0] == "single"); 
 void link(EndsScene& s, const QStringList&) { s.toggleLink(); }
 void other(EndsScene& s, const QStringList&) { s.hand.activateOther(); }
 void back(EndsScene& s, const QStringList&) { s.window->activateWindow(); }
-void minimise(EndsScene& s, const QStringList&) { s.window->showMinimized(); }
+void minimise(EndsScene& s, const QStringList&) {
+    if (QApplication::activePopupWidget() == nullptr) {
+        s.window->showMinimized();
+    }
+}
 void restore(EndsScene& s, const QStringList&) { s.window->showNormal(); }
 void lose(EndsScene& s, const QStringList&) { s.hand.loseMouse(); }
 void regain(EndsScene& s, const QStringList&) { s.hand.regainMouse(); }

@@ -106,7 +106,7 @@ void Monkey::tidy() {
             dialog->close();
         }
     }
-    EXPECT_TRUE(showWindow());
+    EXPECT_TRUE(showWindow()) << qPrintable(windowState());
     if (!linkOpen()) {
         toggleLink();
     }
