@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QSerialPortInfo>
+#include <QStyle>
 #include <utility>
 
 #include "app/config/my_app_config.h"
@@ -14,6 +15,9 @@ namespace {
 
 constexpr int kBaudRates[] = {2400, 4800, 9600, 19200, 38400, 115200, 230400, 460800};
 constexpr int kDefaultBaudIndex = 5;
+constexpr const char* kWrong = "wrong";
+constexpr int kLowestPodPort = 1;
+constexpr int kLowestLocalPort = 0;  // the system chooses one
 
 void fillBaudRates(QComboBox* box) {
     box->clear();
@@ -22,12 +26,47 @@ void fillBaudRates(QComboBox* box) {
     }
 }
 
+// A name that was typed in, not chosen, stays.
 void fillPorts(QComboBox* box) {
+    const QString name = box->currentText();
+    const bool typed = !name.isEmpty() && box->findText(name) < 0;
     box->clear();
     const auto ports = QSerialPortInfo::availablePorts();
     for (const QSerialPortInfo& port : ports) {
         box->addItem(port.portName());
         qDebug() << port.serialNumber();
+    }
+    if (typed) {
+        box->setCurrentIndex(box->findText(name));
+        box->setEditText(name);
+    }
+}
+
+bool isPort(const QLineEdit& edit, int lowest) {
+    constexpr int kHighest = 65535;
+    bool number = false;
+    const int port = edit.text().toInt(&number);
+    return number && port >= lowest && port <= kHighest;
+}
+
+// The sheet draws the border of a marked field in the colour of danger.
+void mark(QLineEdit& edit, bool wrong) {
+    if (edit.property(kWrong).toBool() != wrong) {
+        edit.setProperty(kWrong, wrong);
+        edit.style()->unpolish(&edit);
+        edit.style()->polish(&edit);
+    }
+}
+
+bool markUnlessPort(QLineEdit& edit, int lowest) {
+    const bool right = isPort(edit, lowest);
+    mark(edit, !right);
+    return right;
+}
+
+void setReadOnly(QComboBox& box, bool read_only) {
+    if (box.lineEdit() != nullptr) {
+        box.lineEdit()->setReadOnly(read_only);
     }
 }
 
@@ -48,6 +87,9 @@ LinkPanel::LinkPanel(const ConnectionForm& form, QWidget& dialog, MyAppConfig& c
     m_form.ins_port->setEditable(true);
     fillFromConfig();
     refreshButtons();
+    for (QLineEdit* edit : {m_form.pod_port, m_form.local_port}) {
+        QObject::connect(edit, &QLineEdit::textChanged, edit, [edit] { mark(*edit, false); });
+    }
 }
 
 void LinkPanel::fillFromConfig() {
@@ -70,6 +112,9 @@ void LinkPanel::fillLists() {
 void LinkPanel::refreshSerialPorts() {
     QComboBox* box = m_form.serial_port;
     fillPorts(box);
+    if (!box->currentText().isEmpty() && box->findText(box->currentText()) < 0) {
+        return;
+    }
     const int configured = box->findText(m_config.serial_port, Qt::MatchExactly | Qt::MatchCaseSensitive);
     box->setCurrentIndex(configured >= 0 ? configured : box->count() - 1);
     // Without any port the name stays to be seen and stored again.
@@ -90,6 +135,23 @@ void LinkPanel::refreshButtons() {
     m_form.ins_open->setText(text(m_fields.ins_handle >= 0));
     m_form.net_open->setText(text(onNetwork()));
     writeTrouble();
+    lockAddresses();
+}
+
+// What an open port stands on can be read and copied, not changed.
+void LinkPanel::lockAddresses() {
+    for (QLineEdit* edit : {m_form.pod_address, m_form.pod_port, m_form.local_port}) {
+        edit->setReadOnly(onNetwork());
+    }
+    setReadOnly(*m_form.local_address, onNetwork());
+    setReadOnly(*m_form.serial_port, m_fields.link_state == kLinkSerial);
+    setReadOnly(*m_form.ins_port, m_fields.ins_handle >= 0);
+}
+
+// Both are looked at, so that both are marked. False: nothing is opened.
+bool LinkPanel::portsAreRight(bool local) {
+    const bool pod = markUnlessPort(*m_form.pod_port, kLowestPodPort);
+    return (!local || markUnlessPort(*m_form.local_port, kLowestLocalPort)) && pod;
 }
 
 void LinkPanel::showSendTrouble() {
@@ -185,6 +247,9 @@ void LinkPanel::toggleNetwork() {
 }
 
 void LinkPanel::openUdp() {
+    if (!portsAreRight(true)) {
+        return;
+    }
     const int handle = oskel::dialDatagram(m_form.pod_address->text().toLatin1().constData(),
                                            m_form.pod_port->text().toInt(),
                                            m_form.local_address->currentText().toLatin1().constData(),
@@ -197,6 +262,9 @@ void LinkPanel::openUdp() {
 }
 
 void LinkPanel::openTcp() {
+    if (!portsAreRight(false)) {
+        return;
+    }
     const int handle = oskel::dialStream(m_form.pod_address->text().toLatin1().constData(),
                                          m_form.pod_port->text().toInt(), m_actions.control_data);
     // Unlike the other two a negative handle counts as open here.
@@ -208,6 +276,8 @@ void LinkPanel::openTcp() {
 void LinkPanel::onNetKindChanged(bool udp) {
     m_form.local_port->setEnabled(udp);
     m_form.local_address->setEnabled(udp);
+    // TCP asks for none.
+    mark(*m_form.local_port, false);
 }
 
 void LinkPanel::toggleIns() {

@@ -69,6 +69,8 @@ private:
     void fillFromConfig();
     void closeLink();
     void opened(int handle, LinkState state);
+    void lockAddresses();
+    bool portsAreRight(bool local);
     void openUdp();
     void openTcp();
     void writeTrouble();

@@ -123,6 +123,68 @@ TEST_F(LinkPanelPart, AFailedUdpOpenChangesNothing) {
     link_handle = -1;
 }
 
+// Text that is no port opens nothing; what was typed stays and is marked until it is changed.
+TEST_F(LinkPanelPart, APortThatIsNoneOpensNothingAndIsMarked) {
+    build();
+    const auto marked = [](const QLineEdit* edit) { return edit->property("wrong").toBool(); };
+    for (const bool udp : {true, false}) {
+        for (const char* port : {"abc", "0", "-1", "65536", "", "80 81"}) {
+            aimAt(peer.port());
+            (udp ? form.udp : form.tcp)->setChecked(true);
+            form.pod_port->setText(port);
+            panel->toggleNetwork();
+            EXPECT_EQ(link_state, kLinkNone) << port;
+            EXPECT_TRUE(marked(form.pod_port)) << port;
+            EXPECT_FALSE(marked(form.local_port)) << port;
+            EXPECT_EQ(form.pod_port->text(), port);
+            EXPECT_EQ(form.net_open->text(), kConnect);
+        }
+    }
+    EXPECT_EQ(boxes.seen, QStringList{});
+    EXPECT_FALSE(calls.contains("opened"));
+    aimAt(peer.port());
+    EXPECT_FALSE(marked(form.pod_port)) << "the mark goes with the first change";
+    form.udp->setChecked(true);
+    form.local_port->setText("x");
+    panel->toggleNetwork();
+    EXPECT_EQ(link_state, kLinkNone);
+    EXPECT_TRUE(marked(form.local_port));
+    form.local_port->setText("0");
+    panel->toggleNetwork();
+    EXPECT_EQ(link_state, kLinkUdp) << "the system chooses a local port";
+}
+
+TEST_F(LinkPanelPart, WhatAnOpenPortStandsOnIsReadOnly) {
+    build();
+    const auto network = [this] {
+        return QList<bool>{form.pod_address->isReadOnly(), form.pod_port->isReadOnly(),
+                           form.local_port->isReadOnly()};
+    };
+    EXPECT_EQ(network(), QList<bool>({false, false, false}));
+    openUdp();
+    EXPECT_EQ(network(), QList<bool>({true, true, true}));
+    EXPECT_TRUE(form.pod_port->isEnabled());
+    EXPECT_FALSE(form.serial_port->lineEdit()->isReadOnly());
+    panel->toggleNetwork();
+    EXPECT_EQ(network(), QList<bool>({false, false, false}));
+    openSerial();
+    EXPECT_EQ(network(), QList<bool>({false, false, false}));
+    EXPECT_TRUE(form.serial_port->lineEdit()->isReadOnly());
+    panel->toggleSerial();
+    EXPECT_FALSE(form.serial_port->lineEdit()->isReadOnly());
+}
+
+TEST_F(LinkPanelPart, ATypedSerialNameOutlivesARefresh) {
+    build();
+    panel->fillLists();
+    form.serial_port->setEditText("/dev/pts/typed");
+    form.ins_port->setEditText("/dev/pts/other");
+    panel->refreshSerialPorts();
+    panel->refreshInsPorts();
+    EXPECT_EQ(form.serial_port->currentText(), "/dev/pts/typed");
+    EXPECT_EQ(form.ins_port->currentText(), "/dev/pts/other");
+}
+
 TEST_F(LinkPanelPart, ATcpPeerGetsAndSends) {
     build();
     QTcpServer server;
