@@ -1,6 +1,9 @@
 #include "app/config/my_app_config.h"
 
 #include <QCoreApplication>
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <algorithm>
@@ -79,13 +82,36 @@ T limited(const T& value, const T& fallback, const Limits& limits) {
     }
 }
 
+// A thousand times what the station writes; more takes the toolkit seconds to read and again to write.
+constexpr qint64 kMostBytes = 1 << 20;
+
+// Null when the file is not one that can be opened without waiting (a pipe, a device). One that is far too
+// large is put aside under another name.
+std::unique_ptr<QSettings> openSettings(const QString& path) {
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile()) {
+        qDebug("settings: %s is no file", qPrintable(path));
+        return nullptr;
+    }
+    if (info.size() > kMostBytes) {
+        const QString aside = path + QStringLiteral(".bak");
+        QFile::remove(aside);
+        const bool moved = QFile::rename(path, aside);
+        qDebug("settings: %s is too large, %s", qPrintable(path),
+               moved ? qPrintable(QStringLiteral("moved to ") + aside) : "not used");
+        if (!moved) {
+            return nullptr;
+        }
+    }
+    return std::make_unique<QSettings>(path, QSettings::IniFormat);
+}
+
 }  // namespace
 
 MyAppConfig::MyAppConfig(QObject* parent)
     : MyAppConfig(QCoreApplication::applicationDirPath() + QStringLiteral("/appCfg.ini"), parent) {}
 
-MyAppConfig::MyAppConfig(const QString& file, QObject* parent)
-    : QObject(parent), m_file(new QSettings(file, QSettings::IniFormat)) {
+MyAppConfig::MyAppConfig(const QString& file, QObject* parent) : QObject(parent), m_file(openSettings(file)) {
 #define SORVANE_CONFIG_DEFAULT(section, key, type, fallback, limits, persistence) key = fallback;
     SORVANE_CONFIG_KEYS(SORVANE_CONFIG_DEFAULT)
 #undef SORVANE_CONFIG_DEFAULT
@@ -94,11 +120,14 @@ MyAppConfig::MyAppConfig(const QString& file, QObject* parent)
 MyAppConfig::~MyAppConfig() = default;
 
 void MyAppConfig::load() {
-    m_file->setIniCodec("utf-8");
+    if (m_file != nullptr) {
+        m_file->setIniCodec("utf-8");
+    }
     const auto read = [this](const char* name, auto& field, const auto& fallback, const Limits& limits) {
         using T = std::decay_t<decltype(field)>;
-        field = limited<T>(fromVariant<T>(m_file->value(QLatin1String(name), toVariant<T>(fallback))),
-                           fallback, limits);
+        const QVariant value = m_file != nullptr ? m_file->value(QLatin1String(name), toVariant<T>(fallback))
+                                                 : toVariant<T>(fallback);
+        field = limited<T>(fromVariant<T>(value), fallback, limits);
     };
 #define SORVANE_CONFIG_READ(section, key, type, fallback, limits, persistence) \
     read(#section "/" #key, key, type(fallback), limits);
@@ -107,6 +136,10 @@ void MyAppConfig::load() {
 }
 
 void MyAppConfig::save() {
+    if (m_file == nullptr) {
+        qDebug("settings: not saved");
+        return;
+    }
     m_file->setIniCodec("utf-8");
     const auto write = [this](const char* name, const auto& field, bool persistent) {
         if (persistent) {
@@ -118,4 +151,7 @@ void MyAppConfig::save() {
     SORVANE_CONFIG_KEYS(SORVANE_CONFIG_WRITE)
 #undef SORVANE_CONFIG_WRITE
     m_file->sync();
+    if (m_file->status() != QSettings::NoError) {
+        qDebug("settings: %s cannot be written", qPrintable(m_file->fileName()));
+    }
 }

@@ -29,7 +29,7 @@ public:
     // Reads every key with its default and holds it to its limits.
     void load();
     // Writes every saved key; the file itself is replaced whole, so that a power cut leaves the old one or
-    // the new one.
+    // the new one. A file that cannot be written costs a debug line.
     void save();
 
 #define SORVANE_CONFIG_FIELD(section, key, type, fallback, limits, persistence) type key{};
@@ -37,5 +37,5 @@ public:
 #undef SORVANE_CONFIG_FIELD
 
 private:
-    std::unique_ptr<QSettings> m_file;
+    std::unique_ptr<QSettings> m_file;  // null: there is nothing that could be read or written
 };

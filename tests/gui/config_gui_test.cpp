@@ -1,8 +1,12 @@
 // The configuration: defaults, limits, what is saved, bad files.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <functional>
 
 #include "korvath_fixture.h"
 
@@ -293,6 +297,68 @@ TEST_F(Config, SavingReplacesTheFileWhole) {
     MyAppConfig again(path());
     again.load();
     EXPECT_EQ(again.theme, 0);
+}
+
+// What is told while `run` runs, a line each.
+QStringList g_lines;
+QStringList linesOf(const std::function<void()>& run) {
+    g_lines.clear();
+    const QtMessageHandler before = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& line) { g_lines << line; });
+    run();
+    qInstallMessageHandler(before);
+    return g_lines;
+}
+
+TEST_F(Config, WhatCannotBeWrittenCostsOneLine) {
+    write("a file where a folder should be");
+    QStringList lines = linesOf([this] {
+        MyAppConfig c(path() + "/below.ini");
+        c.load();
+        EXPECT_EQ(c.send_period_ms, 40);
+        c.theme = 1;
+        c.save();
+    });
+    ASSERT_EQ(lines.size(), 1) << qPrintable(lines.join('\n'));
+    EXPECT_TRUE(lines[0].contains("cannot be written"));
+}
+
+// Opened, it would wait for a writer for ever; and a save would go to a reader that nobody knows.
+TEST_F(Config, APipeGivesTheDefaultsAndIsLeftAlone) {
+    ASSERT_EQ(::mkfifo(path().toLocal8Bit().constData(), 0600), 0);
+    MyAppConfig c(path());
+    c.load();
+    EXPECT_EQ(c.send_period_ms, 40);
+    EXPECT_EQ(c.app_title, "Duskmere");
+    c.theme = 1;
+    c.save();
+    struct stat now {};
+    ASSERT_EQ(::stat(path().toLocal8Bit().constData(), &now), 0);
+    EXPECT_TRUE(S_ISFIFO(now.st_mode));
+    MyAppConfig device("/dev/zero");
+    device.load();
+    device.save();
+    EXPECT_EQ(device.send_period_ms, 40);
+}
+
+TEST_F(Config, AFileFarTooLargeIsPutAsideWhole) {
+    const QString aside = path() + ".bak";
+    const QByteArray large = "[common]\ntheme=1\nrest=" + QByteArray(2 << 20, 'x') + "\n";
+    write(large);
+    {
+        MyAppConfig c(path());
+        c.load();
+        EXPECT_EQ(c.theme, 0) << "it was not read";
+        c.language = 1;
+        c.save();
+    }
+    QFile kept(aside);
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), large);
+    kept.remove();
+    MyAppConfig again(path());
+    again.load();
+    EXPECT_EQ(again.language, 1);
 }
 
 TEST_F(Config, NoValueCrashesOrHangsTheWindow) {
