@@ -6,7 +6,6 @@
 #include <elf.h>
 #include <fcntl.h>
 #include <link.h>
-#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -21,6 +20,7 @@
 
 #include "platform/dump_format.h"
 #include "platform/signal_safe.h"
+#include "platform/thread_stacks_linux.h"
 
 namespace {
 
@@ -30,7 +30,8 @@ using platform::SafeText;
 
 constexpr std::array<int, 7> kFatalSignals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS, SIGTRAP};
 constexpr int kReportWaitMs = 500;  // for all threads together
-constexpr std::size_t kAltStackBytes = 128 * 1024;
+// An overflow leaves the stack pointer below its stack, in the pages that guard it.
+constexpr std::uint64_t kGuardBytes = 1024 * 1024;
 
 struct ThreadReport {
     std::atomic<int> tid{0};
@@ -129,12 +130,18 @@ void stopOtherThreads() {
 
 void writeStack(ChunkWriter& out, int tid, std::uint64_t stack_pointer) {
     // The words below the pointer belong to leaf functions that do not move it.
-    const std::uint64_t begin = stack_pointer - 128;
+    std::uint64_t begin = stack_pointer - 128;
     std::uint64_t end = 0;
     MapReader maps;
     Mapping mapping{};
-    while (maps.next(&mapping)) {
-        if (mapping.begin <= stack_pointer && stack_pointer < mapping.end) {
+    while (end == 0 && maps.next(&mapping)) {
+        if (!mapping.readable || mapping.end <= stack_pointer) {
+            continue;
+        }
+        if (mapping.begin <= stack_pointer) {
+            end = mapping.end;
+        } else if (mapping.begin - stack_pointer < kGuardBytes) {
+            begin = mapping.begin;
             end = mapping.end;
         }
     }
@@ -272,6 +279,10 @@ void writeCrashDump(int signal, siginfo_t* info, const ucontext_t* context) {
     } else {
         text.add("Write File ").add(name.c_str()).add(" Failed ").dec(errno).add("\n");
     }
+    // A full disk leaves a file without a byte, which tells nothing.
+    if (!out.ok() && ::lseek(fd, 0, SEEK_END) == 0) {
+        ::unlink(name.c_str());
+    }
     ::close(fd);
     say(text);
 }
@@ -304,16 +315,8 @@ bool installCrashHandler() {
     if (::localtime_r(&now, &local) != nullptr) {
         g_utc_offset = local.tm_gmtoff;
     }
-    // A stack of its own, so that an overflow of the main thread's stack leaves a dump too.
-    void* memory =
-        ::mmap(nullptr, kAltStackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
-        return false;
-    }
-    stack_t stack{};
-    stack.ss_sp = memory;
-    stack.ss_size = kAltStackBytes;
-    bool ok = ::sigaltstack(&stack, nullptr) == 0;
+    // An overflow of a stack leaves a dump too.
+    bool ok = giveSignalStack();
 
     struct sigaction action {};
     sigemptyset(&action.sa_mask);

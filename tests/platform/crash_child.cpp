@@ -8,6 +8,12 @@
 #include <mutex>
 #include <thread>
 
+#ifndef _WIN32
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 #include "platform/process.h"
 
 namespace {
@@ -41,6 +47,15 @@ __attribute__((noinline)) int crash_by_recursion(volatile int depth) {
     return crash_by_recursion(depth + 1) + page[0];
 }
 
+// No file takes a byte any more.
+void fillTheDisk() {
+#ifndef _WIN32
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_FSIZE, &none);
+#endif
+}
+
 __attribute__((noinline)) void crash_by_abort() { std::abort(); }
 
 int main(int argc, char* argv[]) {
@@ -59,6 +74,11 @@ int main(int argc, char* argv[]) {
         crash_by_null_write();
     } else if (std::strcmp(kind, "recursion") == 0) {
         crash_by_recursion(0);
+    } else if (std::strcmp(kind, "thread-recursion") == 0) {
+        std::thread(crash_by_recursion, 0).join();
+    } else if (std::strcmp(kind, "full") == 0) {
+        fillTheDisk();
+        crash_by_null_write();
     } else if (std::strcmp(kind, "abort") == 0) {
         crash_by_abort();
     } else if (std::strcmp(kind, "thread") == 0) {

@@ -1,5 +1,6 @@
 """A crash of a real program becomes a back trace with the names of its functions, in every thread."""
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -34,6 +35,12 @@ class DumpBacktrace(unittest.TestCase):
         result = back_trace("thread").stdout
         self.assertRegex(result, r"crash_by_null_write ?\(")
         self.assertRegex(result, r"worker_waits_here ?\(")
+
+    def test_stack_overflow(self):
+        for kind in ("recursion", "thread-recursion"):
+            result = back_trace(kind).stdout
+            self.assertGreater(len(re.findall(r"crash_by_recursion ?\(", result)), 10, kind)
+            self.assertRegex(result, r"worker_waits_here ?\(", kind)
 
     def test_not_a_dump(self):
         result = subprocess.run([ROOT / "scripts" / "dump_backtrace", __file__], capture_output=True, text=True,

@@ -1,7 +1,9 @@
 // Crashes of a real child process: one dump file each, by name and content. Runs on both systems.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -76,6 +78,22 @@ TEST_F(CrashTest, CrashInAnotherThreadLeavesOneDump) { expectOneDump(run("thread
 TEST_F(CrashTest, AbortLeavesOneDump) { expectOneDump(run("abort")); }
 
 TEST_F(CrashTest, StackOverflowLeavesOneDump) { expectOneDump(run("recursion")); }
+
+TEST_F(CrashTest, StackOverflowOfAnotherThreadLeavesOneDump) { expectOneDump(run("thread-recursion")); }
+
+// The child's output goes through a pipe, since a file takes nothing either.
+TEST_F(CrashTest, AFullDiskLeavesALineAndNoDump) {
+    const std::string child = (m_start / CRASH_CHILD).string();
+    FILE* const pipe = ::popen(("\"" + child + "\" full").c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::string output;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+        output.push_back(static_cast<char>(c));
+    }
+    EXPECT_NE(::pclose(pipe), 0);
+    EXPECT_TRUE(std::regex_search(output, std::regex("Write File .*\\.dmp Failed \\d+"))) << output;
+    EXPECT_TRUE(dumps().empty());
+}
 
 TEST_F(CrashTest, TheNameHoldsTheLocalTime) {
     const std::time_t before = std::time(nullptr);
