@@ -2,6 +2,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "platform/show_directory.h"
 
 namespace platform {
@@ -43,6 +45,11 @@ bool showDirectory(const char* native_path) {
     }
     int status = 0;
     while (waitpid(middle, &status, 0) < 0) {
+        if (errno != EINTR) {
+            // Where SIGCHLD is ignored (inherited by a start under nohup and the like) the system reaps and
+            // tells nothing.
+            return true;
+        }
     }
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <csignal>
 
 #include "wait.h"
 
@@ -43,6 +44,14 @@ TEST(ShowDirectory, HandsThePathToTheDesktopsProgram) {
         ASSERT_TRUE(waitFor([&] { return opener.called(); }));
         EXPECT_EQ(opener.argument(), QByteArray(path));
     }
+}
+
+TEST(ShowDirectory, WhereTheSystemReapsChildrenItDoesNotWaitForEver) {
+    const Opener opener;
+    const auto before = ::signal(SIGCHLD, SIG_IGN);
+    EXPECT_TRUE(platform::showDirectory("/tmp"));
+    ::signal(SIGCHLD, before);
+    EXPECT_TRUE(waitFor([&] { return opener.called(); }));
 }
 
 TEST(ShowDirectory, NoPathStartsNothing) {
