@@ -4,8 +4,11 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QTreeView>
 #include <array>
 
 #include "app/config/my_app_config.h"
@@ -20,6 +23,8 @@ constexpr std::array<int, 5> kIntervals = {1, 2, 5, 10, 30};  // minutes
 constexpr std::array<QCheckBox * SettingsForm::*, 4> kOptions = {
     &SettingsForm::save_raw, &SettingsForm::save_frame_angles, &SettingsForm::save_attitude,
     &SettingsForm::save_deviation};
+
+constexpr QSize kChooserSize(900, 560);
 
 struct DirectoryRow {
     QLineEdit* SettingsForm::*edit;
@@ -46,6 +51,24 @@ void selectInterval(QComboBox* box, int minutes) {
     box->setCurrentIndex(row >= 0 ? row : static_cast<int>(kIntervals.size()) - 1);
 }
 
+// Empty when it was dismissed.
+QString chooseDirectory(QWidget* parent, const QString& title) {
+    QFileDialog chooser(parent, title, QStringLiteral("./"));
+    chooser.setFileMode(QFileDialog::Directory);
+    chooser.setOption(QFileDialog::ShowDirsOnly);
+    chooser.setViewMode(QFileDialog::Detail);
+    chooser.resize(kChooserSize.boundedTo(parent->screen()->availableSize()));
+    // The toolkit's own chooser, where the desktop has none: a directory has neither size nor kind, and its
+    // name and date are shown whole.
+    if (auto* list = chooser.findChild<QTreeView*>(QStringLiteral("treeView"))) {
+        list->setColumnHidden(1, true);
+        list->setColumnHidden(2, true);
+        list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        list->header()->setSectionResizeMode(3, QHeaderView::ResizeToContents);
+    }
+    return chooser.exec() == QDialog::Accepted ? chooser.selectedFiles().value(0) : QString();
+}
+
 }  // namespace
 
 FilePage::FilePage(const SettingsForm& form, MyAppConfig& config) : m_form(form), m_config(config) {
@@ -57,14 +80,17 @@ FilePage::FilePage(const SettingsForm& form, MyAppConfig& config) : m_form(form)
     for (const DirectoryRow& row : kDirectories) {
         QLineEdit* edit = m_form.*row.edit;
         connect(m_form.*row.change, &QPushButton::clicked, this, [this, &row, edit] {
-            const QString path =
-                QFileDialog::getExistingDirectory(edit->window(), tr(row.title), QStringLiteral("./"));
+            const QString path = chooseDirectory(edit->window(), tr(row.title));
             if (!path.isEmpty()) {
                 edit->setText(path);
                 m_config.*row.key = path;
             }
         });
+        // What was typed would be lost: the directory changes by the chooser alone.
+        edit->setReadOnly(true);
         connect(m_form.*row.show, &QPushButton::clicked, this, [this, &row] {
+            // Until something has been saved there it may not exist.
+            QDir().mkpath(m_config.*row.key);
             platform::showDirectory(QDir::toNativeSeparators(m_config.*row.key).toUtf8().constData());
         });
     }

@@ -54,6 +54,11 @@ PlayerSettingsDlg::PlayerSettingsDlg(const sorvane::DecoderMask& decoders, QWidg
     enlargeLists(this);
     setTitleWidget(m_form->title);
     m_form->close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+    // What the toolkit itself says, in the language of the source texts.
+    if (!m_toolkitTexts.load(QStringLiteral("./translations/qtbase_zh_CN.qm"))) {
+        qDebug("no Chinese texts of the toolkit");
+    }
+    QCoreApplication::installTranslator(&m_toolkitTexts);
     m_translatorLoaded = m_translator.load(QStringLiteral("./translations/Translation_en.qm"));
     if (!m_translatorLoaded) {
         qDebug("Load translate file failed!");
@@ -121,7 +126,9 @@ void PlayerSettingsDlg::init() {
 void PlayerSettingsDlg::applyLanguage(int language) {
     if (language == 0) {
         QCoreApplication::removeTranslator(&m_translator);
+        QCoreApplication::installTranslator(&m_toolkitTexts);
     } else if (language == 1 && m_translatorLoaded) {
+        QCoreApplication::removeTranslator(&m_toolkitTexts);
         QCoreApplication::installTranslator(&m_translator);
     }
     emit languageChanged();

@@ -81,6 +81,7 @@ private:
     ReplyRouter m_router;
     CommonPage* m_common = nullptr;
     OsdPage* m_osd = nullptr;
+    QTranslator m_toolkitTexts;
     QTranslator m_translator;
     bool m_translatorLoaded = false;
 };

@@ -203,8 +203,8 @@ protected:
         in().m_settings()->close();
     }
 
-    // A real box: the serial port of the configuration does not exist.
-    void messageBox() {
+    // The box that `open` brings up and waits for.
+    void modal(const QString& page, const std::function<void()>& open) {
         bool seen_box = false;
         QTimer poll;
         QObject::connect(&poll, &QTimer::timeout, window.get(), [&] {
@@ -215,14 +215,26 @@ protected:
             poll.stop();
             seen_box = true;
             QSet<const QWidget*> seen;
-            measure(box, "message_box", &seen);
-            save(box->grab().toImage(), "message_box");
+            measure(box, page, &seen);
+            save(box->grab().toImage(), page);
             box->close();
         });
         poll.start(10);
-        in().ui_connection()->cbb_ctrlSerialNo->setEditText("COM5");
-        in().ui_connection()->pushButton_25->click();
+        open();
         EXPECT_TRUE(seen_box);
+    }
+
+    // A real box: the serial port of the configuration does not exist.
+    void messageBox() {
+        modal("message_box", [this] {
+            in().ui_connection()->cbb_ctrlSerialNo->setEditText("COM5");
+            in().ui_connection()->pushButton_25->click();
+        });
+    }
+
+    void chooser() {
+        QDir().mkpath("a folder whose name is as long as a date and a mission");
+        modal("directory_chooser", [this] { in().m_settings()->ui->btn_recSaveDirChange->click(); });
     }
 
     void everything(const Look& look) {
@@ -236,6 +248,7 @@ protected:
         dialog(in().m_seiDlg(), "sei");
         settings();
         messageBox();
+        chooser();
     }
 
     Look m_look = {};

@@ -130,6 +130,7 @@ TEST_F(SettingsTest, ADirectoryChosenReachesTheEditAndTheConfigurationAtOnce) {
         auto* edit = onPage<QLineEdit>(form().page_file, row.edit);
         ASSERT_NE(edit, nullptr);
         EXPECT_EQ(edit->text(), config().*row.key);
+        EXPECT_TRUE(edit->isReadOnly());
         const QString before = edit->text();
         ChooserAnswer none{QString()};
         onPage<QPushButton>(form().page_file, row.change)->click();
@@ -166,6 +167,7 @@ TEST_F(SettingsTest, TheFolderButtonShowsTheStoredDirectory) {
         config().*row.key = folder.path() + "/" + row.edit;
         onPage<QPushButton>(form().page_file, row.open)->click();
         EXPECT_TRUE(waitFor([&] { return QFile::exists(seen); })) << row.open;
+        EXPECT_TRUE(QDir(config().*row.key).exists()) << "there was nothing to show";
         QFile file(seen);
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(QString::fromUtf8(file.readAll()),
