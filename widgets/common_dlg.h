@@ -3,8 +3,8 @@
 
 #include <QDialog>
 
-// A dialog without a window frame. A press of any button on its title widget hands the move to the system.
-// GUI thread.
+// A dialog without a window frame. A press of any button on its title widget hands the move to the system. It
+// opens in the middle of its parent's window and whole on the screen. GUI thread.
 class common_dlg : public QDialog {
     Q_OBJECT
 
@@ -17,7 +17,10 @@ public:
     void setTitleWidget(QWidget* widget);
 
     bool eventFilter(QObject* obj, QEvent* e) override;
+    void setVisible(bool visible) override;
 
 private:
+    void place();
+
     QWidget* m_title = nullptr;
 };

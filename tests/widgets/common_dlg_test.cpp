@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 
 #include "wait.h"
@@ -123,6 +124,38 @@ TEST(CommonDlg, TheStripTakesItsGroundFromAStyleSheet) {
     strip.setStyleSheet(QStringLiteral("title_bar { background: #123456; }"));
     strip.resize(20, 10);
     EXPECT_EQ(strip.grab().toImage().pixelColor(10, 5), QColor(0x12, 0x34, 0x56));
+}
+
+// In the middle of the window each time it opens, also after the window has moved, and never beyond the
+// screen.
+TEST(CommonDlg, OpensInTheMiddleOfItsWindowAndWholeOnTheScreen) {
+    QWidget window;
+    window.setWindowFlag(Qt::FramelessWindowHint);
+    window.setGeometry(300, 200, 600, 400);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    common_dlg dialog(&window);
+    dialog.resize(200, 100);
+    const auto placed = [&](const QPoint& centre) {
+        dialog.show();
+        const bool there = QTest::qWaitForWindowExposed(&dialog) && waitFor([&] {
+                               return (dialog.geometry().center() - centre).manhattanLength() <= 2;
+                           });
+        dialog.close();
+        return there;
+    };
+    EXPECT_TRUE(placed({600, 400})) << dialog.geometry().center().y();
+    window.move(500, 100);
+    ASSERT_TRUE(waitFor([&] { return window.pos() == QPoint(500, 100); }));
+    EXPECT_TRUE(placed({800, 300}));
+
+    const QRect room = window.screen()->availableGeometry();
+    for (const QPoint& corner : {room.topLeft() - QPoint(500, 300), room.bottomRight() - QPoint(50, 50)}) {
+        window.move(corner);
+        dialog.show();
+        EXPECT_TRUE(room.contains(dialog.geometry()));
+        dialog.close();
+    }
 }
 
 }  // namespace
