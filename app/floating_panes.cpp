@@ -81,6 +81,7 @@ void FloatingPanes::rebuildPageSelectors() {
 
 void FloatingPanes::addChineseSelectors() {
     const QString texts[] = {QStringLiteral("控\n制"), QStringLiteral("扩\n展\n控\n制")};
+    QStackedWidget* pages = m_form.control_pages;
     for (int i = 0; i < 2; ++i) {
         auto* button = new QPushButton(texts[i], m_fields.ctrl_select);
         button->setObjectName(QStringLiteral("page_selector"));
@@ -88,10 +89,20 @@ void FloatingPanes::addChineseSelectors() {
         button->setStyleSheet(
             QStringLiteral("QPushButton { background-color: rgba(160, 160, 160, 150); border: none; "
                            "padding: 0; min-height: 0;"
-                           " font: 700 10pt \"Microsoft YaHei UI\"; }"));
+                           " font: 700 10pt \"Microsoft YaHei UI\"; }"
+                           "QPushButton:hover { background-color: rgba(190, 190, 190, 190); }"
+                           "QPushButton:pressed { background-color: rgba(110, 110, 110, 190); }"
+                           "QPushButton:checked { border-right: 3px solid #0a63bd; }"));
         button->setFocusPolicy(Qt::NoFocus);
-        connect(button, &QPushButton::clicked, m_form.control_pages,
-                [pages = m_form.control_pages, i] { pages->setCurrentIndex(i); });
+        button->setCheckable(true);
+        // The one of the open page is marked; the map's page has none.
+        const auto mark = [button, i](int page) { button->setChecked(page == i); };
+        mark(pages->currentIndex());
+        connect(pages, &QStackedWidget::currentChanged, button, mark);
+        connect(button, &QPushButton::clicked, pages, [pages, i, mark] {
+            pages->setCurrentIndex(i);
+            mark(pages->currentIndex());
+        });
         button->show();
     }
 }

@@ -170,6 +170,26 @@ TEST_F(FloatingPanesPart, InChineseTheSelectorsAreUprightButtons) {
     EXPECT_EQ(form.control_pages->currentIndex(), 0);
 }
 
+// Whoever turns the page; the map's page has no selector.
+TEST_F(FloatingPanesPart, TheSelectorOfTheOpenPageIsMarked) {
+    form.control_pages->setCurrentIndex(0);
+    panes.createPageSelectors();
+    const auto marked = [this] {
+        return QList<bool>{selectors()[0]->isChecked(), selectors()[1]->isChecked()};
+    };
+    EXPECT_EQ(marked(), QList<bool>({true, false}));
+    selectors()[1]->click();
+    EXPECT_EQ(marked(), QList<bool>({false, true}));
+    selectors()[1]->click();
+    EXPECT_EQ(marked(), QList<bool>({false, true})) << "a second click does not take the mark away";
+    form.control_pages->setCurrentIndex(0);
+    EXPECT_EQ(marked(), QList<bool>({true, false}));
+    form.control_pages->setCurrentIndex(2);
+    EXPECT_EQ(marked(), QList<bool>({false, false}));
+    panes.rebuildPageSelectors();
+    EXPECT_EQ(marked(), QList<bool>({false, false}));
+}
+
 TEST_F(FloatingPanesPart, InEnglishTheyAreTabsThatFollowThePages) {
     form.control_pages->setCurrentIndex(1);
     panes.createPageSelectors();
