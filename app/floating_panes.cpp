@@ -1,6 +1,7 @@
 #include "app/floating_panes.h"
 
 #include <QMainWindow>
+#include <QStyle>
 #include <QTabWidget>
 #include <utility>
 
@@ -92,17 +93,17 @@ void FloatingPanes::addChineseSelectors() {
                            " font: 700 10pt \"Microsoft YaHei UI\"; }"
                            "QPushButton:hover { background-color: rgba(190, 190, 190, 190); }"
                            "QPushButton:pressed { background-color: rgba(110, 110, 110, 190); }"
-                           "QPushButton:checked { border-right: 3px solid #0a63bd; }"));
+                           "QPushButton[open=\"true\"] { border-right: 3px solid #0a63bd; }"));
         button->setFocusPolicy(Qt::NoFocus);
-        button->setCheckable(true);
         // The one of the open page is marked; the map's page has none.
-        const auto mark = [button, i](int page) { button->setChecked(page == i); };
+        const auto mark = [button, i](int page) {
+            button->setProperty("open", page == i);
+            button->style()->unpolish(button);
+            button->style()->polish(button);
+        };
         mark(pages->currentIndex());
         connect(pages, &QStackedWidget::currentChanged, button, mark);
-        connect(button, &QPushButton::clicked, pages, [pages, i, mark] {
-            pages->setCurrentIndex(i);
-            mark(pages->currentIndex());
-        });
+        connect(button, &QPushButton::clicked, pages, [pages, i] { pages->setCurrentIndex(i); });
         button->show();
     }
 }

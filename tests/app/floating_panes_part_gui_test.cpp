@@ -175,13 +175,14 @@ TEST_F(FloatingPanesPart, TheSelectorOfTheOpenPageIsMarked) {
     form.control_pages->setCurrentIndex(0);
     panes.createPageSelectors();
     const auto marked = [this] {
-        return QList<bool>{selectors()[0]->isChecked(), selectors()[1]->isChecked()};
+        return QList<bool>{selectors()[0]->property("open").toBool(),
+                           selectors()[1]->property("open").toBool()};
     };
     EXPECT_EQ(marked(), QList<bool>({true, false}));
     selectors()[1]->click();
     EXPECT_EQ(marked(), QList<bool>({false, true}));
     selectors()[1]->click();
-    EXPECT_EQ(marked(), QList<bool>({false, true})) << "a second click does not take the mark away";
+    EXPECT_EQ(marked(), QList<bool>({false, true}));
     form.control_pages->setCurrentIndex(0);
     EXPECT_EQ(marked(), QList<bool>({true, false}));
     form.control_pages->setCurrentIndex(2);
