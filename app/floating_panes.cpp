@@ -1,12 +1,12 @@
 #include "app/floating_panes.h"
 
 #include <QMainWindow>
-#include <QStyle>
 #include <QTabWidget>
 #include <utility>
 
 #include "forms/main_form.h"
 #include "widgets/my_trans_dlg.h"
+#include "widgets/sheets.h"
 
 namespace {
 
@@ -96,11 +96,7 @@ void FloatingPanes::addChineseSelectors() {
                            "QPushButton[open=\"true\"] { border-right: 3px solid #0a63bd; }"));
         button->setFocusPolicy(Qt::NoFocus);
         // The one of the open page is marked; the map's page has none.
-        const auto mark = [button, i](int page) {
-            button->setProperty("open", page == i);
-            button->style()->unpolish(button);
-            button->style()->polish(button);
-        };
+        const auto mark = [button, i](int page) { setStyleProperty(*button, "open", page == i); };
         mark(pages->currentIndex());
         connect(pages, &QStackedWidget::currentChanged, button, mark);
         connect(button, &QPushButton::clicked, pages, [pages, i] { pages->setCurrentIndex(i); });

@@ -19,6 +19,7 @@
 #include "video/replay_panel.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_trans_dlg.h"
+#include "widgets/sheets.h"
 #include "widgets/touch_lists.h"
 
 namespace {
@@ -268,8 +269,11 @@ void Korvath::refreshStatus() {
     if (m_parts->link == nullptr) {
         return;
     }
-    m_statusVideo->setText(pictureStateText({playing1, playing2, recording1, recording2, m_replayState}));
+    const PictureStates pictures = {playing1, playing2, recording1, recording2, m_replayState};
+    m_statusVideo->setText(pictureStateText(pictures));
+    setStyleProperty(*m_statusVideo, "tone", pictureStateTone(pictures));
     m_statusLink->setText(m_parts->link->stateText());
+    setStyleProperty(*m_statusLink, "tone", linkState() == kLinkNone ? "warn" : "ok");
 }
 
 void Korvath::abandon() {

@@ -2,12 +2,12 @@
 
 #include <QDebug>
 #include <QSerialPortInfo>
-#include <QStyle>
 #include <utility>
 
 #include "app/config/my_app_config.h"
 #include "forms/connection_form.h"
 #include "widgets/my_message_box.h"
+#include "widgets/sheets.h"
 
 using oskel::SendTrouble;
 
@@ -50,13 +50,7 @@ bool isPort(const QLineEdit& edit, int lowest) {
 }
 
 // The sheet draws the border of a marked field in the colour of danger.
-void mark(QLineEdit& edit, bool wrong) {
-    if (edit.property(kWrong).toBool() != wrong) {
-        edit.setProperty(kWrong, wrong);
-        edit.style()->unpolish(&edit);
-        edit.style()->polish(&edit);
-    }
-}
+void mark(QLineEdit& edit, bool wrong) { setStyleProperty(edit, kWrong, wrong); }
 
 bool markUnlessPort(QLineEdit& edit, int lowest) {
     const bool right = isPort(edit, lowest);

@@ -2,24 +2,17 @@
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <QStyle>
 #include <QVariant>
 
 #include "forms/settings_form.h"
+#include "widgets/sheets.h"
 
 namespace {
 
 // A style sheet's colour covers the palette's for placeholders: an empty field tells the sheet that it is
 // empty.
 void muteWhileEmpty(QLineEdit* edit) {
-    const auto tell = [edit] {
-        const bool empty = edit->text().isEmpty();
-        if (edit->property("empty").toBool() != empty) {
-            edit->setProperty("empty", empty);
-            edit->style()->unpolish(edit);
-            edit->style()->polish(edit);
-        }
-    };
+    const auto tell = [edit] { setStyleProperty(*edit, "empty", edit->text().isEmpty()); };
     tell();
     QObject::connect(edit, &QLineEdit::textChanged, edit, tell);
 }

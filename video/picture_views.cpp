@@ -37,3 +37,11 @@ QString pictureStateText(const PictureStates& states) {
     add(states.recording2, Texts::tr("视频2录制中"));
     return text.isEmpty() ? Texts::tr("视频未连接") : text;
 }
+
+QString pictureStateTone(const PictureStates& states) {
+    if (states.recording1 || states.recording2) {
+        return QStringLiteral("danger");
+    }
+    const bool plays = states.playing1 || states.playing2 || states.replay != 0;
+    return plays ? QStringLiteral("ok") : QStringLiteral("warn");
+}

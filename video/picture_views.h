@@ -15,3 +15,5 @@ struct PictureStates {
 };
 // What the status bar shows of them.
 QString pictureStateText(const PictureStates& states);
+// Its colour, as the sheets name it: "danger" while recording, "ok" while anything plays, else "warn".
+QString pictureStateTone(const PictureStates& states);

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QPointer>
 #include <QStyle>
+#include <QVariant>
 #include <QWidget>
 
 namespace {
@@ -63,4 +64,13 @@ void setOwnSheet(QWidget* widget, const QString& text) {
     if (widget->styleSheet() != text) {
         widget->setStyleSheet(text);
     }
+}
+
+void setStyleProperty(QWidget& widget, const char* name, const QVariant& value) {
+    if (widget.property(name) == value) {
+        return;
+    }
+    widget.setProperty(name, value);
+    widget.style()->unpolish(&widget);
+    widget.style()->polish(&widget);
 }

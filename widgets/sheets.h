@@ -2,6 +2,7 @@
 #pragma once
 
 class QString;
+class QVariant;
 class QWidget;
 
 // Sets the application's style sheet and styles every widget by it once, parents before children, hidden
@@ -10,3 +11,6 @@ void setApplicationSheet(const QString& text);
 
 // Sets the widget's own style sheet. Does nothing when it has that text.
 void setOwnSheet(QWidget* widget, const QString& text);
+
+// Sets a property that the sheets ask for, and styles the widget anew if it has another value now.
+void setStyleProperty(QWidget& widget, const char* name, const QVariant& value);

@@ -66,6 +66,7 @@ def main():
         table = colours(tokens, theme)
         red, green, blue = channels(table["surface"])
         table["surface_85"] = f"rgba({red}, {green}, {blue}, 217)"
+        table["surface_95"] = f"rgba({red}, {green}, {blue}, 242)"
         table["suffix"] = sheet["suffix"]
         table["glyph_rules"] = glyph_rules(sheet["suffix"])
         for template, name in sheet["files"].items():

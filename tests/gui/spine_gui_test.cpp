@@ -238,6 +238,29 @@ TEST_F(Spine, TheStatusBarComposesItsTexts) {
     in().m_linkState() = 0;
 }
 
+TEST_F(Spine, TheStatusTextsHaveTheColourOfTheirState) {
+    const auto colour = [](const QLabel* label) { return label->palette().color(QPalette::WindowText); };
+    window->refreshStatus();
+    const QColor nothing = colour(in().m_statusVideo());
+    EXPECT_EQ(colour(in().m_statusLink()), nothing) << "amber, both";
+    in().playing2() = true;
+    in().m_linkState() = kLinkTcp;
+    window->refreshStatus();
+    const QColor running = colour(in().m_statusVideo());
+    EXPECT_NE(running, nothing);
+    EXPECT_EQ(colour(in().m_statusLink()), running);
+    in().recording1() = true;
+    window->refreshStatus();
+    EXPECT_NE(colour(in().m_statusVideo()), running);
+    EXPECT_NE(colour(in().m_statusVideo()), nothing);
+    in().playing2() = in().recording1() = false;
+    in().m_replayState() = 2;
+    window->refreshStatus();
+    EXPECT_EQ(colour(in().m_statusVideo()), running) << "a paused replay has not gone";
+    in().m_replayState() = 0;
+    in().m_linkState() = kLinkNone;
+}
+
 TEST_F(Spine, TheSliderJumpsToTheClick) {
     QSlider* slider = ui().horizontalSlider;
     in().m_btnCtrlPane()->click();
