@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QKeyEvent>
 #include <QMouseEvent>
 
 #include "app/events/event_receiver.h"
@@ -10,6 +11,12 @@
 namespace {
 
 bool isLeftButton(QEvent* e) { return static_cast<QMouseEvent*>(e)->button() == Qt::LeftButton; }
+
+// A key holds nothing: the button must not look held by it.
+bool isPressKey(const QKeyEvent& e) {
+    return e.key() == Qt::Key_Space || e.key() == Qt::Key_Select || e.key() == Qt::Key_Enter ||
+           e.key() == Qt::Key_Return;
+}
 
 }  // namespace
 
@@ -100,6 +107,22 @@ bool QMyCmdBtn::touchBegin(QEvent* e) {
     setDown(m_held);
     touching = true;
     return true;
+}
+
+void QMyCmdBtn::keyPressEvent(QKeyEvent* e) {
+    if (isPressKey(*e)) {
+        e->ignore();
+    } else {
+        QPushButton::keyPressEvent(e);
+    }
+}
+
+void QMyCmdBtn::keyReleaseEvent(QKeyEvent* e) {
+    if (isPressKey(*e)) {
+        e->ignore();
+    } else {
+        QPushButton::keyReleaseEvent(e);
+    }
 }
 
 void QMyCmdBtn::mousePress(QEvent* e) {

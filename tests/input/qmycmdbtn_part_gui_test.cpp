@@ -58,6 +58,16 @@ TEST_F(CmdBtnTest, MousePressAndReleaseAreReported) {
     EXPECT_EQ(button.commandId(), 7);
 }
 
+TEST_F(CmdBtnTest, AKeySendsNothingAndDoesNotLightIt) {
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        QTest::keyPress(&button, key);
+        EXPECT_FALSE(button.isDown()) << key;
+        QTest::keyRelease(&button, key);
+        EXPECT_FALSE(button.isDown()) << key;
+    }
+    EXPECT_TRUE(target.take().isEmpty());
+}
+
 TEST_F(CmdBtnTest, RightButtonSendsNothing) {
     QTest::mousePress(&button, Qt::RightButton);
     QTest::mouseRelease(&button, Qt::RightButton);
