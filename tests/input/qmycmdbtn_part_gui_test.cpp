@@ -65,7 +65,7 @@ TEST_F(CmdBtnTest, AKeySendsNothingAndDoesNotLightIt) {
         QTest::keyRelease(&button, key);
         EXPECT_FALSE(button.isDown()) << key;
     }
-    EXPECT_TRUE(target.take().isEmpty());
+    EXPECT_TRUE(target.take().empty());
 }
 
 TEST_F(CmdBtnTest, RightButtonSendsNothing) {
