@@ -4,34 +4,56 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "tavrik/nal.h"
+#include "tavrik/nal_splitter.h"
+#include "tavrik/stamp.h"
 
 namespace tavrik {
 
+// One picture with its bytes. Never changed once it is handed out, so that a decoder, a recorder and a writer
+// share one without copies.
 struct AccessUnit {
-    std::vector<std::uint8_t> bytes;  // Annex B, each NAL with a 4-byte start code
-    std::vector<std::uint8_t> sei;    // its SEI NALs alone, in the same form
-    bool has_picture = false;
-    bool key = false;  // decoding can begin here
+    static constexpr std::size_t kPadding = 64;  // decoders read a little beyond their input
 
-    void clear();
+    Codec codec = Codec::kUnknown;
+    // Annex B, each NAL with a 4-byte start code (a codec without NALs: as received), then kPadding zeros.
+    std::vector<std::uint8_t> padded;
+    std::vector<std::uint8_t> sei;    // its SEI NALs alone, in the same form, not padded
+    Stamp stamp;                      // pts and dts of the container, arrival of the first byte
+    bool decoding_can_begin = false;  // a random access picture, or a recovery point is told
+    bool file_can_begin = false;      // a random access picture whose parameter sets have been seen
+    bool damaged = false;             // bytes of it were lost on the way
+
+    const std::uint8_t* data() const { return padded.data(); }
+    std::size_t size() const { return padded.size() - kPadding; }
 };
 
-// Not thread-safe. A unit is complete when a NAL arrives that only the next one can hold, or at flush().
+using AccessUnitPtr = std::shared_ptr<const AccessUnit>;
+
+// Adds the padding to the bytes and gives back what vector growth took in vain.
+void sealBytes(std::vector<std::uint8_t>& bytes);
+
+// Not thread-safe. A unit is complete when a slice arrives that only the next one can hold, at a delimiter,
+// or at flush().
 class AccessUnitAssembler {
 public:
-    using Sink = std::function<void(const AccessUnit&)>;
+    using Sink = std::function<void(const AccessUnitPtr&)>;
     // Above this a unit is no picture but a fault: it is thrown away.
     static constexpr std::size_t kMaxUnitBytes = 16u << 20;
 
     AccessUnitAssembler(Codec codec, Sink sink) : m_codec(codec), m_sink(std::move(sink)) {}
 
-    void add(const std::uint8_t* nal, std::size_t size);
-    // Hands out the unit if it holds a picture; parameter sets and SEI without one wait for theirs.
+    void add(const Nal& nal);
+    // The NAL's first bytes, the rest to come. Ends the picture before it if they show that it is another
+    // one's; true when nothing more can be learnt from this NAL's beginning.
+    bool peek(const Nal& begun);
+    // Hands out the unit if it holds a picture; parameter sets and SEI behind it wait for theirs.
     void flush();
-    void reset() { m_unit.clear(); }
+    // Bytes were lost in or behind the picture in hand.
+    void markDamaged() { m_unit.damaged = true; }
 
     bool pending() const { return m_unit.has_picture; }
     // True once after a unit has begun with a slice that is not a picture's first: the unit before was cut
@@ -39,9 +61,26 @@ public:
     bool takeContinued();
 
 private:
+    struct Part {
+        std::vector<std::uint8_t> bytes, sei;
+        Stamp stamp;
+        bool empty = true;
+        bool has_picture = false;
+        bool random_access = false;
+        bool recovery_point = false;
+        bool damaged = false;
+    };
+
+    bool beginsPicture(const NalInfo& info) const;
+    void append(Part& part, const Nal& nal, const NalInfo& info);
+    void joinHeld();
+
     Codec m_codec;
     Sink m_sink;
-    AccessUnit m_unit;
+    Part m_unit;
+    Part m_held;  // behind the picture's slices: the next one's, unless a slice of this one follows
+    unsigned m_setsSeen = 0;
+    std::size_t m_lastSize = 0;
     bool m_continued = false;
 };
 

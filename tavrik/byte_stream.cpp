@@ -61,7 +61,8 @@ ByteStream::Form formOf(const std::uint8_t* data, std::size_t size) {
 ByteStream::ByteStream(PictureSink pictures, AudioSink audio)
     : m_pictures(std::move(pictures)), m_audio(std::move(audio)), m_transport(*this) {}
 
-void ByteStream::push(const std::uint8_t* data, std::size_t size) {
+void ByteStream::push(const std::uint8_t* data, std::size_t size, Clock::time_point arrival) {
+    m_arrival = arrival;
     if (size == 0) {
         return;
     }
@@ -81,6 +82,7 @@ void ByteStream::push(const std::uint8_t* data, std::size_t size) {
                 startOver();
                 sniff(data, size);
             } else {
+                m_video->stamp({kNoTime, kNoTime, arrival});
                 m_video->push(data, size);
             }
             break;
@@ -93,6 +95,12 @@ void ByteStream::idle() {
     }
 }
 
+void ByteStream::finish() {
+    if (m_video != nullptr) {
+        m_video->finish();
+    }
+}
+
 void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
     m_unknown.insert(m_unknown.end(), data, data + size);
     const Form form = formOf(m_unknown.data(), m_unknown.size());
@@ -100,7 +108,7 @@ void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
         begin(form);
         const std::vector<std::uint8_t> held = std::move(m_unknown);
         m_unknown = {};
-        push(held.data(), held.size());
+        push(held.data(), held.size(), m_arrival);
         return;
     }
     // Looking again at each piece is quadratic: keep only what a decision can still need.

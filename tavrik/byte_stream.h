@@ -2,6 +2,7 @@
 // arrives.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -16,6 +17,7 @@ namespace tavrik {
 // Not thread-safe. A sender that changes its form is followed.
 class ByteStream : private TsDemuxer::Handler {
 public:
+    using Clock = std::chrono::steady_clock;
     using PictureSink = PictureStream::Sink;
     // One whole PES payload of the sound; stream_type as in the programme map.
     using AudioSink = std::function<void(int stream_type, const std::uint8_t* data, std::size_t size)>;
@@ -23,10 +25,15 @@ public:
 
     ByteStream(PictureSink pictures, AudioSink audio);
 
-    void push(const std::uint8_t* data, std::size_t size);
+    // arrival: when the bytes came; needed where silence is to end pictures.
+    void push(const std::uint8_t* data, std::size_t size, Clock::time_point arrival = {});
+    // No byte has come for idleMs() milliseconds, and none waits in the system or in a queue.
     void idle();
+    // The stream has ended: what waits is let go.
+    void finish();
     bool pending() const { return m_video != nullptr && m_video->pending(); }
-    int idleMs() const { return m_video != nullptr ? m_video->idleMs() : 1000; }
+    // -1 while silence ends nothing.
+    int idleMs() const { return m_video != nullptr ? m_video->idleMs() : -1; }
     Form form() const { return m_form; }
 
 private:
@@ -41,6 +48,7 @@ private:
     PictureSink m_pictures;
     AudioSink m_audio;
     Form m_form = Form::kUnknown;
+    Clock::time_point m_arrival{};
     std::vector<std::uint8_t> m_unknown;  // while the form is unknown, bounded
     TsDemuxer m_transport;
     std::unique_ptr<PictureStream> m_video;

@@ -65,11 +65,8 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     tavrik::ByteStream stream(
-        [](tavrik::Codec, const tavrik::AccessUnit& unit) {
-            if (!unit.has_picture) {
-                __builtin_trap();
-            }
-            fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
+        [](const tavrik::AccessUnitPtr& unit) {
+            fuzz::touch(unit->padded.data(), static_cast<std::int32_t>(unit->padded.size()));
             fuzz::countAccepted();
         },
         [](int, const std::uint8_t* sound, std::size_t n) {
@@ -81,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             stream.idle();
         }
     });
-    stream.idle();
+    stream.finish();
     if (stream.pending()) {
         __builtin_trap();
     }
