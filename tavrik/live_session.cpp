@@ -43,15 +43,19 @@ Codec codecOf(AVCodecID id) {
 
 AVCodecID audioCodec(int stream_type) {
     switch (stream_type) {
-        case 0x03:
-        case 0x04:
+        case kSoundMpeg1:
+        case kSoundMpeg2:
             return AV_CODEC_ID_MP2;
-        case 0x0F:
+        case kSoundAac:
             return AV_CODEC_ID_AAC;
-        case 0x11:
+        case kSoundLatm:
             return AV_CODEC_ID_AAC_LATM;
-        case 0x81:
+        case kSoundAc3:
             return AV_CODEC_ID_AC3;
+        case kSoundEac3:
+            return AV_CODEC_ID_EAC3;
+        case kSoundDts:
+            return AV_CODEC_ID_DTS;
         default:
             return AV_CODEC_ID_NONE;
     }
@@ -62,7 +66,9 @@ AVCodecID audioCodec(int stream_type) {
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
     : m_callbacks(std::move(callbacks)),
       m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); },
-              [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
+              [this](int type, const Stamp&, const std::uint8_t* data, std::size_t size) {
+                  onTsAudio(type, data, size);
+              }),
       m_decoder(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
