@@ -47,7 +47,7 @@ void AccessUnitAssembler::add(const Nal& nal) {
     }
     if (slice) {
         joinHeld();
-        noteSlice(info, head);
+        noteSlice(nal, info, head);
         append(m_unit, nal, info);
         m_unit.has_picture = !m_unit.empty;
         return;
@@ -106,8 +106,8 @@ bool AccessUnitAssembler::ofAnother(const NalInfo& info, const SliceHead& head) 
                               : info.first_slice || ofAnotherPicture(m_last, head);
 }
 
-void AccessUnitAssembler::noteSlice(const NalInfo& info, const SliceHead& head) {
-    if (m_watched == Slice::kNone) {
+void AccessUnitAssembler::noteSlice(const Nal& nal, const NalInfo& info, const SliceHead& head) {
+    if (m_watched == Slice::kNone && nal.begin >= m_watchFrom) {
         m_watched = ofAnother(info, head) ? Slice::kOfAnotherPicture : Slice::kOfTheSamePicture;
     }
     m_hasFirst = (m_unit.has_picture && m_hasFirst) || info.first_slice;
