@@ -124,11 +124,7 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
     if (part.bytes.empty()) {
         part.bytes.reserve(m_lastSize);
     }
-    if (part.empty || part.stamp.pts == kNoTime) {
-        const auto arrival = part.empty ? nal.stamp.arrival : part.stamp.arrival;
-        part.stamp = nal.stamp;
-        part.stamp.arrival = arrival;
-    }
+    takeTimes(part, nal.stamp);
     part.begin = part.empty ? nal.begin : part.begin;
     part.end = nal.end;
     part.empty = false;
@@ -141,11 +137,30 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
     }
 }
 
+// The container's times are those of the first unit that begins behind them: where the NAL goes on with one,
+// they wait for the next. Parameter sets that came without times get those of their picture.
+void AccessUnitAssembler::takeTimes(Part& part, const Stamp& stamp) {
+    if (part.empty) {
+        part.stamp = stamp;
+        if (stamp.pts == kNoTime) {
+            part.stamp.pts = m_nextTimes.pts;
+            part.stamp.dts = m_nextTimes.dts;
+        }
+        m_nextTimes = Stamp{};
+    } else if (stamp.pts != kNoTime && part.stamp.pts == kNoTime && !part.has_picture) {
+        part.stamp.pts = stamp.pts;
+        part.stamp.dts = stamp.dts;
+    } else if (stamp.pts != kNoTime) {
+        m_nextTimes = stamp;
+    }
+}
+
 // A slice of the picture in hand has followed: what lay between is its own too.
 void AccessUnitAssembler::joinHeld() {
     if (m_held.empty) {
         return;
     }
+    takeTimes(m_unit, m_held.stamp);
     if (m_unit.bytes.size() + m_held.bytes.size() <= kMaxUnitBytes) {
         appendBytes(m_unit.bytes, m_held.bytes);
         appendBytes(m_unit.sei, m_held.sei);

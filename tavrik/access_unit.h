@@ -91,11 +91,13 @@ private:
     void noteSlice(const Nal& nal, const NalInfo& info, const SliceHead& head);
     void append(Part& part, const Nal& nal, const NalInfo& info);
     void joinHeld();
+    void takeTimes(Part& part, const Stamp& stamp);
 
     Codec m_codec;
     Sink m_sink;
     Part m_unit;
-    Part m_held;  // behind the picture's slices: the next one's, unless a slice of this one follows
+    Part m_held;        // behind the picture's slices: the next one's, unless a slice of this one follows
+    Stamp m_nextTimes;  // told inside a unit, for the next that begins
     unsigned m_setsSeen = 0;
     std::size_t m_lastSize = 0;
     SliceHeads m_heads;
