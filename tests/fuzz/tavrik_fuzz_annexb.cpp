@@ -53,9 +53,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const Codec codecs[] = {Codec::kUnknown, Codec::kH264, Codec::kH265};
-    PictureStream stream(codecs[data[0] / 16 % 3], check);
+    const auto ends = data[0] % 2 != 0 ? PictureStream::Ends::kGuessed : PictureStream::Ends::kProven;
+    PictureStream stream(codecs[data[0] / 16 % 3], check, ends);
+    tavrik::Stamp stamp;
     fuzz::inPieces(data, size, [&](const std::uint8_t* piece, std::int32_t n) {
+        stamp.arrival += std::chrono::microseconds(100 * piece[0]);
+        stamp.pts = piece[0] % 3 == 0 ? piece[0] : tavrik::kNoTime;
+        stream.stamp(stamp);
         stream.push(piece, static_cast<std::size_t>(n));
+        stream.idle();
         if (piece[0] % 5 == 0) {
             stream.endOfPicture();
         }
