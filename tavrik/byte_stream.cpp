@@ -123,7 +123,7 @@ void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
     }
     m_unknown.insert(m_unknown.end(), data, data + size);
     const Form form = formOf(m_unknown.data(), m_unknown.size());
-    const bool rtp_next = form == Form::kTransport && m_rtpPieces == 1 &&
+    const bool rtp_next = form == Form::kTransport && m_rtpPieces == 1 && m_unknown.size() == size &&
                           formOf(m_unknownRtp.data(), m_unknownRtp.size()) == Form::kTransport;
     // What looks like RTP that is not in step shows by the next datagram whether it is.
     if (form != Form::kUnknown && !rtp_next) {

@@ -116,7 +116,7 @@ inline Bytes realSlice265(const Slice265& s, std::size_t size = 60) {
         w.u(1, s.dependent ? 1 : 0).u(11, s.address);
     }
     if (!s.dependent) {
-        w.u(2, 0).ue(1).u(1, 1);
+        w.u(2, 3).ue(1).u(1, 1);
         if (!s.idr) {
             w.u(8, s.order);
         }

@@ -193,6 +193,54 @@ TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
     }
 }
 
+TEST(TsForms, ARawStreamMayBecomeATransportStreamInAnyDress) {
+    const Sample s = sample(true, true);
+    Bytes raw;
+    for (const Bytes& picture : s.pictures) {
+        raw.insert(raw.end(), picture.begin(), picture.end());
+    }
+    for (const auto& after : journeys(s.bytes)) {
+        // Small pieces that lie across packets show nothing, one by one.
+        RtpPayload rtp;
+        const bool whole =
+            wholeTsPackets(after[0].data(), after[0].size()) ||
+            (readRtp(after[0].data(), after[0].size(), rtp) && wholeTsPackets(rtp.data, rtp.size));
+        if (!whole && after[0].size() < 900) {
+            continue;
+        }
+        Watcher w;
+        w.feed(inPieces(raw, 1400));
+        ASSERT_EQ(w.stream.form(), Form::kRaw);
+        for (int i = 0; i < 4; ++i) {
+            w.feed(after);
+        }
+        EXPECT_EQ(w.stream.form(), Form::kTransport) << after[0].size();
+    }
+}
+
+TEST(TsForms, PlainPacketsThatLookLikeRtpArePlain) {
+    TsWriter writer;
+    writer.tables(0x1B);
+    std::vector<Bytes> pictures;
+    for (std::uint32_t n = 0; n < 20; ++n) {
+        Bytes slice = realSlice264({0, n, n * 2 % 64, n == 0});
+        slice.resize(9000, 0xA1);
+        pictures.push_back(n == 0 ? joined({sequence264(), picture264(), slice}) : joined({slice}));
+        writer.pes(kVideo, pictures.back(), false);
+    }
+    const Bytes bytes = writer.take();
+    for (const std::size_t piece : {500u, 1316u, 1400u}) {
+        Watcher w;
+        // The first piece ends within a packet, so that nearly each one after it begins like an RTP head.
+        w.push({bytes.begin(), bytes.begin() + 1000});
+        w.feed(inPieces({bytes.begin() + 1000, bytes.end()}, piece));
+        EXPECT_TRUE(w.units == pictures) << piece;
+        Watcher late;
+        late.feed(inPieces({bytes.begin() + 500, bytes.end()}, piece));
+        EXPECT_EQ(late.stream.form(), Form::kTransport);
+    }
+}
+
 TEST(TsForms, ARawStreamIsTakenForNoTransportStream) {
     // Pictures full of sync bytes, at any distance.
     for (const std::uint8_t filling : {0x47, 0x99}) {

@@ -76,13 +76,38 @@ TEST(TsProof, StuffingInTheLastPacketEndsAPictureOfAnySizeButAnExactFit) {
     }
 }
 
-TEST(TsProof, ACodeOrPrivateDataInTheFieldIsNoStuffing) {
+TEST(TsProof, StuffingBehindAClockOrPrivateDataCounts) {
+    Watcher w;
+    TsWriter writer;
+    writer.clocks(true);
+    writer.tables(0x1B);
+    writer.pes(kVideo, picture(0), true);
+    for (std::uint32_t n = 1; n < 20; ++n) {
+        writer.pes(kVideo, picture(n, 70 + n), false);
+    }
+    w.feed(writer.take());
+    EXPECT_EQ(w.units.size(), 20u);
+    Bytes pes{0, 0, 1, 0xE0, 0, 0, 0x80, 0, 0};
+    const Bytes small = picture(20, 100);
+    pes.insert(pes.end(), small.begin(), small.end());
+    Bytes packet{0x47, 0x40 | (kVideo >> 8), kVideo & 0xFF, 0x30};
+    packet[3] = static_cast<std::uint8_t>(packet[3] | ((picture(0).size() + 14 + 8 + 183) / 184 + 19) % 16);
+    packet.insert(packet.end(), {static_cast<std::uint8_t>(183 - pes.size()), 0x02, 3, 1, 2, 3});
+    packet.resize(188 - pes.size(), 0xFF);
+    packet.insert(packet.end(), pes.begin(), pes.end());
+    w.feed(packet);
+    ASSERT_EQ(w.units.size(), 21u);
+    EXPECT_EQ(w.bytes(20), small);
+    EXPECT_FALSE(w.units[20]->damaged);
+}
+
+TEST(TsProof, AClockOrPrivateDataInTheFieldIsNoStuffing) {
     Watcher w;
     TsWriter writer;
     writer.tables(0x1B);
     writer.pes(kVideo, picture(0), true);
     Bytes stream = writer.take();
-    // A PES packet of two packets whose first has private data of 0xFF and the second a full clock.
+    // A PES packet of two packets whose first has private data and the second a clock, both of 0xFF.
     const Bytes second = picture(1, 300);
     const auto packet = [&](bool starts, int counter, const Bytes& field, const Bytes& payload) {
         Bytes p{0x47, static_cast<std::uint8_t>((starts ? 0x40 : 0) | (kVideo >> 8)), kVideo & 0xFF,
@@ -94,7 +119,7 @@ TEST(TsProof, ACodeOrPrivateDataInTheFieldIsNoStuffing) {
     };
     Bytes pes{0, 0, 1, 0xE0, 0, 0, 0x80, 0, 0};
     pes.insert(pes.end(), second.begin(), second.end());
-    const std::size_t first_size = pes.size() - 176 + 0;
+    const std::size_t first_size = pes.size() - 176;
     Bytes field{static_cast<std::uint8_t>(183 - first_size), 0x02,
                 static_cast<std::uint8_t>(183 - first_size - 2)};
     field.resize(184 - first_size, 0xFF);
@@ -103,7 +128,7 @@ TEST(TsProof, ACodeOrPrivateDataInTheFieldIsNoStuffing) {
     w.feed(stream);
     EXPECT_EQ(w.units.size(), 1u);
     stream.clear();
-    packet(false, counter + 1, {7, 0x10, 1, 2, 3, 4, 0x7E, 5},
+    packet(false, counter + 1, {7, 0x10, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF},
            {pes.begin() + static_cast<long>(first_size), pes.end()});
     w.feed(stream);
     EXPECT_EQ(w.units.size(), 1u) << "neither proves an end";
@@ -225,23 +250,25 @@ TEST(TsProof, ALostPacketDamagesItsPictureAlone) {
     }
 }
 
-TEST(TsProof, ADamagedPictureIsShownAsFarAsItGoes) {
-    TsWriter writer;
-    writer.tables(0x1B);
-    writer.pes(kVideo, picture(0, 900), false);
-    const std::size_t before = writer.bytes().size();
-    writer.pes(kVideo, picture(1, 900, 2), false);
-    Bytes stream = writer.take();
-    stream.erase(stream.begin() + static_cast<long>(before + 2 * 188),
-                 stream.begin() + static_cast<long>(before + 3 * 188));
-    Watcher w;
-    w.feed(stream);
-    ASSERT_EQ(w.units.size(), 2u);
-    EXPECT_FALSE(w.units[0]->damaged);
-    EXPECT_TRUE(w.units[1]->damaged);
-    const Bytes whole = picture(1, 900, 2), got = w.bytes(1);
-    EXPECT_EQ(got.size(), 2 * 184u - 14) << "the bytes before the gap, none of those behind it";
-    EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin()));
+TEST(TsProof, ADamagedPictureIsShownAtOnceAsFarAsItGoes) {
+    for (const bool with_length : {true, false}) {
+        TsWriter writer;
+        writer.tables(0x1B);
+        writer.pes(kVideo, picture(0, 900), with_length);
+        const std::size_t before = writer.bytes().size();
+        writer.pes(kVideo, picture(1, 900, 2), with_length);
+        Bytes stream = writer.take();
+        stream.erase(stream.begin() + static_cast<long>(before + 2 * 188),
+                     stream.begin() + static_cast<long>(before + 3 * 188));
+        Watcher w;
+        w.feed(stream);
+        ASSERT_EQ(w.units.size(), 2u);
+        EXPECT_FALSE(w.units[0]->damaged);
+        EXPECT_TRUE(w.units[1]->damaged);
+        const Bytes whole = picture(1, 900, 2), got = w.bytes(1);
+        EXPECT_EQ(got.size(), 2 * 184u - 14) << "the bytes before the gap, none of those behind it";
+        EXPECT_TRUE(std::equal(got.begin(), got.end(), whole.begin()));
+    }
 }
 
 TEST(TsProof, AJumpOfTheCounterThatIsToldAndARepeatedPacketAreNoLoss) {
