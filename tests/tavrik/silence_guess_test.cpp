@@ -93,7 +93,9 @@ TEST(SilenceGuess, LearnsFromTheWrongOneToo) {
     Line line;
     line.pictures(SilenceGuess::kPictures + 1);
     line.push(milliseconds(4));
+    testing::internal::CaptureStderr();
     line.guess.wrong();
+    testing::internal::GetCapturedStderr();
     line.now += SilenceGuess::kRest;
     line.pictures(1);
     EXPECT_EQ(line.guess.silenceMs(), 12);

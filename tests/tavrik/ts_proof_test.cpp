@@ -276,11 +276,13 @@ TEST(TsProof, AJumpOfTheCounterThatIsToldAndARepeatedPacketAreNoLoss) {
     writer.clocks(true);
     writer.tables(0x1B);
     writer.pes(kVideo, picture(0), false);
-    writer.skip(kVideo, 5);
     const std::size_t before = writer.bytes().size();
     writer.pes(kVideo, picture(1), false);
     Bytes stream = writer.take();
-    stream[before + 5] |= 0x80;
+    // In the picture's last packet, which has a field for its stuffing.
+    const std::size_t last = stream.size() - 188;
+    stream[last + 3] = static_cast<std::uint8_t>((stream[last + 3] & 0xF0) | ((stream[last + 3] + 5) & 15));
+    stream[last + 5] |= 0x80;
     // The first packet again with another clock.
     Bytes again(stream.begin() + static_cast<long>(before), stream.begin() + static_cast<long>(before + 188));
     again[6] ^= 1;
