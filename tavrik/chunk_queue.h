@@ -62,6 +62,11 @@ public:
         return Taken::kChunk;
     }
 
+    bool empty() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_chunks.empty();
+    }
+
     void close() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_closed = true;

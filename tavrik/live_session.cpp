@@ -25,6 +25,9 @@ AVCodecID idOf(Codec codec, const AVCodecParameters* format) {
     if (codec == Codec::kH265) {
         return AV_CODEC_ID_HEVC;
     }
+    if (codec == Codec::kMpegVideo) {
+        return AV_CODEC_ID_MPEG2VIDEO;
+    }
     return format != nullptr ? format->codec_id : AV_CODEC_ID_NONE;
 }
 
@@ -40,15 +43,19 @@ Codec codecOf(AVCodecID id) {
 
 AVCodecID audioCodec(int stream_type) {
     switch (stream_type) {
-        case 0x03:
-        case 0x04:
+        case kSoundMpeg1:
+        case kSoundMpeg2:
             return AV_CODEC_ID_MP2;
-        case 0x0F:
+        case kSoundAac:
             return AV_CODEC_ID_AAC;
-        case 0x11:
+        case kSoundLatm:
             return AV_CODEC_ID_AAC_LATM;
-        case 0x81:
+        case kSoundAc3:
             return AV_CODEC_ID_AC3;
+        case kSoundEac3:
+            return AV_CODEC_ID_EAC3;
+        case kSoundDts:
+            return AV_CODEC_ID_DTS;
         default:
             return AV_CODEC_ID_NONE;
     }
@@ -58,8 +65,10 @@ AVCodecID audioCodec(int stream_type) {
 
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
     : m_callbacks(std::move(callbacks)),
-      m_bytes([this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); },
-              [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
+      m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); },
+              [this](int type, const Stamp&, const std::uint8_t* data, std::size_t size) {
+                  onTsAudio(type, data, size);
+              }),
       m_decoder(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
@@ -170,7 +179,7 @@ int LiveSession::silenceMs() const {
 
 void LiveSession::onSilence() {
     // The receiving thread may not have had its turn yet: bytes that wait in the system are no silence.
-    if (m_source->bytesWaiting()) {
+    if (m_source->bytesWaiting() || !m_queue.empty()) {
         return;
     }
     if (m_packets) {
@@ -180,29 +189,27 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
-    const auto before = std::exchange(m_arrived, chunk.arrived);
+    m_arrived = chunk.arrived;
     if (chunk.format != nullptr) {
-        takePacket(chunk, before);
+        takePacket(chunk);
     } else {
-        m_bytes.push(chunk.data.data(), chunk.data.size());
+        m_bytes.push(chunk.data.data(), chunk.data.size(), chunk.arrived);
     }
 }
 
-void LiveSession::takePacket(const Chunk& chunk, Clock::time_point before) {
+void LiveSession::takePacket(const Chunk& chunk) {
     if (chunk.format != m_format) {
         if (m_packets) {
-            m_packets->idle();
+            m_packets->finish();
         }
         m_format = chunk.format;
         m_decoder.close();
         m_packets.emplace(codecOf(m_format->codec_id),
-                          [this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); });
+                          [this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); });
     } else if (chunk.pts != m_lastPts) {
         m_packets->endOfPicture();
-    } else if (chunk.pts != AV_NOPTS_VALUE) {
-        m_packets->samePicture(
-            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(chunk.arrived - before).count()));
     }
+    m_packets->stamp({kNoTime, kNoTime, chunk.arrived});
     m_lastPts = chunk.pts;
     m_packets->push(chunk.data.data(), chunk.data.size());
 }
@@ -211,12 +218,12 @@ void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
     if (m_stopped) {
         return;
     }
-    m_rate.addBytes(nowUs(), unit.bytes.size());
+    m_rate.addBytes(nowUs(), unit.size());
     passSei(codec, unit);
     if (!admit(unit) || !ensureDecoder(codec)) {
         return;
     }
-    m_decoder.decode(unit.bytes.data(), unit.bytes.size(), AV_NOPTS_VALUE);
+    m_decoder.decode(unit.data(), unit.size(), AV_NOPTS_VALUE);
 }
 
 void LiveSession::passSei(Codec codec, const AccessUnit& unit) {
@@ -247,7 +254,7 @@ bool LiveSession::admit(const AccessUnit& unit) {
         return true;
     }
     ++m_skipped;
-    if (full || late || (!unit.key && m_skipped < kMaxSkipped)) {
+    if (full || late || (!unit.decoding_can_begin && m_skipped < kMaxSkipped)) {
         return false;
     }
     m_waitForKey = false;

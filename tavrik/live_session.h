@@ -48,8 +48,7 @@ private:
     // The decoding thread.
     void decodeLoop();
     void take(const Chunk& chunk);
-    // `before`: when the chunk before it came.
-    void takePacket(const Chunk& chunk, Clock::time_point before);
+    void takePacket(const Chunk& chunk);
     int silenceMs() const;
     void onSilence();
     void onPicture(Codec codec, const AccessUnit& unit);

@@ -9,19 +9,20 @@
 
 namespace {
 
-using tavrik::AccessUnit;
+using tavrik::AccessUnitPtr;
 using tavrik::Codec;
 using tavrik::PictureStream;
 
-void check(Codec codec, const AccessUnit& unit) {
-    if (!unit.has_picture || unit.bytes.size() < 4) {
+void check(const AccessUnitPtr& unit) {
+    if (unit->size() < 5) {
         __builtin_trap();
     }
+    const Codec codec = unit->codec;
     if (codec != Codec::kH264 && codec != Codec::kH265) {
         __builtin_trap();
     }
-    fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
-    fuzz::touch(unit.sei.data(), static_cast<std::int32_t>(unit.sei.size()));
+    fuzz::touch(unit->padded.data(), static_cast<std::int32_t>(unit->padded.size()));
+    fuzz::touch(unit->sei.data(), static_cast<std::int32_t>(unit->sei.size()));
     fuzz::countAccepted();
 }
 
@@ -52,20 +53,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const Codec codecs[] = {Codec::kUnknown, Codec::kH264, Codec::kH265};
-    PictureStream stream(codecs[data[0] / 16 % 3], check);
+    const auto ends = data[0] % 2 != 0 ? PictureStream::Ends::kGuessed : PictureStream::Ends::kProven;
+    PictureStream stream(codecs[data[0] / 16 % 3], check, ends);
+    tavrik::Stamp stamp;
     fuzz::inPieces(data, size, [&](const std::uint8_t* piece, std::int32_t n) {
+        stamp.arrival += std::chrono::microseconds(100 * piece[0]);
+        stamp.pts = piece[0] % 3 == 0 ? piece[0] : tavrik::kNoTime;
+        stream.stamp(stamp);
         stream.push(piece, static_cast<std::size_t>(n));
+        stream.idle();
         if (piece[0] % 5 == 0) {
             stream.endOfPicture();
         }
         if (piece[0] % 7 == 0) {
-            stream.idle();
-        }
-        if (stream.idleMs() < 3 || stream.idleMs() > 48) {
-            __builtin_trap();
+            stream.lost();
         }
     });
-    stream.idle();
+    stream.finish();
     if (stream.pending()) {
         __builtin_trap();
     }
