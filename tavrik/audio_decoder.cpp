@@ -8,56 +8,15 @@ extern "C" {
 #include <cstring>
 
 namespace tavrik {
-namespace {
-
-std::shared_ptr<AVCodecParameters> shareParameters(const AVCodecParameters* parameters) {
-    std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(), AvFree());
-    if (copy != nullptr && parameters != nullptr) {
-        avcodec_parameters_copy(copy.get(), parameters);
-    }
-    return copy;
-}
-
-}  // namespace
-
 AudioDecoder::~AudioDecoder() { swr_free(&m_resampler); }
 
-void AudioDecoder::push(const AVPacket* packet, const AVCodecParameters* parameters) {
-    Item item{PacketPtr(av_packet_clone(packet)), nullptr, true};
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_lastParameters == nullptr) {
-            m_lastParameters = shareParameters(parameters);
-        }
-        item.parameters = m_lastParameters;
-    }
-    enqueue(std::move(item));
-}
-
-void AudioDecoder::push(AVCodecID codec, const std::uint8_t* data, std::size_t size) {
-    Item item{PacketPtr(av_packet_alloc()), nullptr, false};
-    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(size)) < 0) {
+void AudioDecoder::push(const SoundPiece& piece, const SharedParameters& parameters) {
+    Item item{PacketPtr(av_packet_alloc()), parameters, piece.whole, piece.stamp.arrival};
+    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(piece.size)) < 0) {
         return;
     }
-    std::memcpy(item.packet->data, data, size);
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_lastParameters == nullptr || m_lastParameters->codec_id != codec) {
-            m_lastParameters = shareParameters(nullptr);
-            if (m_lastParameters != nullptr) {
-                m_lastParameters->codec_type = AVMEDIA_TYPE_AUDIO;
-                m_lastParameters->codec_id = codec;
-            }
-        }
-        item.parameters = m_lastParameters;
-    }
-    enqueue(std::move(item));
-}
-
-void AudioDecoder::enqueue(Item item) {
-    if (item.packet == nullptr || item.parameters == nullptr) {
-        return;
-    }
+    std::memcpy(item.packet->data, piece.data, piece.size);
+    item.packet->pts = piece.stamp.pts != kNoTime ? piece.stamp.pts : AV_NOPTS_VALUE;
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_stopped) {
         return;
@@ -89,7 +48,7 @@ void AudioDecoder::stop() {
 
 void AudioDecoder::run() {
     Item item;
-    std::shared_ptr<AVCodecParameters> opened;
+    SharedParameters opened;
     while (next(item)) {
         if (item.parameters != opened) {
             opened = item.parameters;

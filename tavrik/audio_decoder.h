@@ -10,7 +10,9 @@
 #include <mutex>
 #include <vector>
 
+#include "tavrik/callback_gate.h"
 #include "tavrik/ffmpeg_ptr.h"
+#include "tavrik/source.h"
 
 struct SwrContext;
 
@@ -28,20 +30,18 @@ public:
     explicit AudioDecoder(Sink sink) : m_sink(std::move(sink)) {}
     ~AudioDecoder();
 
-    // A packet as the container cut it.
-    void push(const AVPacket* packet, const AVCodecParameters* parameters);
-    // A piece of an elementary stream of the codec, cut anywhere.
-    void push(AVCodecID codec, const std::uint8_t* data, std::size_t size);
+    // Bytes are copied. `parameters` changes object when the stream's format changes.
+    void push(const SoundPiece& piece, const SharedParameters& parameters);
     void run();
     void stop();
 
 private:
     struct Item {
         PacketPtr packet;
-        std::shared_ptr<AVCodecParameters> parameters;
+        SharedParameters parameters;
         bool whole = true;
+        Clock::time_point arrival{};
     };
-    void enqueue(Item item);
     bool next(Item& item);
     bool open(const Item& item);
     void parse(const AVPacket* packet);
@@ -52,7 +52,6 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Item> m_waiting;
-    std::shared_ptr<AVCodecParameters> m_lastParameters;
     bool m_stopped = false;
 
     // Of the sound's thread alone.

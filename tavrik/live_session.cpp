@@ -57,6 +57,15 @@ AVCodecID audioCodec(int stream_type) {
     }
 }
 
+SharedParameters soundParameters(AVCodecID codec) {
+    std::shared_ptr<AVCodecParameters> out(avcodec_parameters_alloc(), AvFree());
+    if (out != nullptr) {
+        out->codec_type = AVMEDIA_TYPE_AUDIO;
+        out->codec_id = codec;
+    }
+    return out;
+}
+
 }  // namespace
 
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
@@ -71,7 +80,7 @@ bool LiveSession::start(std::unique_ptr<Source> source) {
     if (!m_workers.start([self] { self->decodeLoop(); })) {
         return false;
     }
-    if (m_workers.start([self] { self->m_source->run(*self); })) {
+    if (m_workers.start([self] { self->receive(); })) {
         return true;
     }
     close();
@@ -104,19 +113,32 @@ void LiveSession::pause(int ms) {
                              [this] { return m_stopped.load(); });
 }
 
+void LiveSession::receive() {
+    m_source->run(*this);
+    Chunk end;
+    end.ends_stream = true;
+    m_queue.push(std::move(end), true);
+}
+
 void LiveSession::onBytes(const std::uint8_t* data, std::size_t size) {
-    m_queue.push(Chunk{{data, data + size}, AV_NOPTS_VALUE, nullptr}, false);
+    Chunk chunk;
+    chunk.data.assign(data, data + size);
+    m_queue.push(std::move(chunk), false);
 }
 
-void LiveSession::onVideoPacket(const AVPacket* packet, const SharedParameters& format) {
-    if (packet->size > 0) {
-        m_queue.push(Chunk{{packet->data, packet->data + packet->size}, packet->pts, format}, true);
-    }
+void LiveSession::onVideo(const VideoPiece& piece, const SharedParameters& format) {
+    Chunk chunk;
+    chunk.data.assign(piece.data, piece.data + piece.size);
+    chunk.stamp = piece.stamp;
+    chunk.format = format;
+    chunk.ends_picture = piece.ends_picture;
+    chunk.after_loss = piece.after_loss;
+    m_queue.push(std::move(chunk), true);
 }
 
-void LiveSession::onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) {
+void LiveSession::onSound(const SoundPiece& piece, const SharedParameters& format) {
     if (AudioDecoder* decoder = audio()) {
-        decoder->push(packet, format);
+        decoder->push(piece, format);
     }
 }
 
@@ -126,7 +148,14 @@ void LiveSession::onTsAudio(int stream_type, const std::uint8_t* data, std::size
         return;
     }
     if (AudioDecoder* decoder = audio()) {
-        decoder->push(codec, data, size);
+        if (m_tsSound == nullptr || m_tsSound->codec_id != codec) {
+            m_tsSound = soundParameters(codec);
+        }
+        if (m_tsSound != nullptr) {
+            SoundPiece piece{data, size, {}, false};
+            piece.stamp.arrival = m_arrived;
+            decoder->push(piece, m_tsSound);
+        }
     }
 }
 
@@ -183,29 +212,39 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
-    m_arrived = chunk.arrived;
-    if (chunk.format != nullptr) {
-        takePacket(chunk);
+    m_arrived = chunk.stamp.arrival;
+    if (chunk.ends_stream) {
+        finish();
+    } else if (chunk.format != nullptr) {
+        takePiece(chunk);
     } else {
-        m_bytes.push(chunk.data.data(), chunk.data.size(), chunk.arrived);
+        m_bytes.push(chunk.data.data(), chunk.data.size(), chunk.stamp.arrival);
     }
 }
 
-void LiveSession::takePacket(const Chunk& chunk) {
+void LiveSession::takePiece(const Chunk& chunk) {
     if (chunk.format != m_format) {
-        if (m_packets) {
-            m_packets->finish();
-        }
+        finish();
         m_format = chunk.format;
         m_decoder.close();
         m_packets.emplace(codecOf(m_format->codec_id),
                           [this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); });
-    } else if (chunk.pts != m_lastPts) {
+    }
+    if (chunk.after_loss) {
+        m_packets->lost();
+    }
+    m_packets->stamp(chunk.stamp);
+    m_packets->push(chunk.data.data(), chunk.data.size());
+    if (chunk.ends_picture) {
         m_packets->endOfPicture();
     }
-    m_packets->stamp({kNoTime, kNoTime, chunk.arrived});
-    m_lastPts = chunk.pts;
-    m_packets->push(chunk.data.data(), chunk.data.size());
+}
+
+void LiveSession::finish() {
+    if (m_packets) {
+        m_packets->finish();
+    }
+    m_bytes.finish();
 }
 
 void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
@@ -217,7 +256,7 @@ void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
     if (!admit(unit) || !ensureDecoder(codec)) {
         return;
     }
-    m_decoder.decode(unit.data(), unit.size(), AV_NOPTS_VALUE);
+    m_decoder.decode(unit.data(), unit.size(), unit.stamp.pts);
 }
 
 void LiveSession::passSei(Codec codec, const AccessUnit& unit) {

@@ -41,14 +41,16 @@ private:
     bool stopped() const override { return m_stopped; }
     void pause(int ms) override;
     void onBytes(const std::uint8_t* data, std::size_t size) override;
-    void onVideoPacket(const AVPacket* packet, const SharedParameters& format) override;
+    void onVideo(const VideoPiece& piece, const SharedParameters& format) override;
     bool wantsAudio() const override { return static_cast<bool>(m_callbacks.on_audio); }
-    void onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) override;
+    void onSound(const SoundPiece& piece, const SharedParameters& format) override;
+    void receive();
 
     // The decoding thread.
     void decodeLoop();
     void take(const Chunk& chunk);
-    void takePacket(const Chunk& chunk);
+    void takePiece(const Chunk& chunk);
+    void finish();
     int silenceMs() const;
     void onSilence();
     void onPicture(Codec codec, const AccessUnit& unit);
@@ -78,7 +80,7 @@ private:
     std::optional<PictureStream> m_packets;
     SharedParameters m_format;
     Clock::time_point m_arrived{};  // when the chunk in hand came
-    std::int64_t m_lastPts = AV_NOPTS_VALUE;
+    SharedParameters m_tsSound;
     VideoDecoder m_decoder;
     FramesInFlight m_inFlight;
     RateCounter m_rate;
