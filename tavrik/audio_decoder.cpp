@@ -16,7 +16,9 @@ void AudioDecoder::push(const SoundPiece& piece, const SharedParameters& paramet
         return;
     }
     std::memcpy(item.packet->data, piece.data, piece.size);
-    item.packet->pts = piece.stamp.pts != kNoTime ? piece.stamp.pts : AV_NOPTS_VALUE;
+    static_assert(kNoTime == AV_NOPTS_VALUE);
+    item.packet->pts = piece.stamp.pts;
+    m_sync.soundReceived(piece.stamp.pts, Clock::now());
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_stopped) {
         return;
@@ -60,9 +62,9 @@ void AudioDecoder::run() {
             continue;
         }
         if (item.whole) {
-            decode(item.packet.get());
+            play(item.packet.get(), item.arrival);
         } else {
-            parse(item.packet.get());
+            parse(item.packet.get(), item.arrival);
         }
     }
 }
@@ -84,15 +86,17 @@ bool AudioDecoder::open(const Item& item) {
     return item.whole || m_parser != nullptr;
 }
 
-void AudioDecoder::parse(const AVPacket* packet) {
+void AudioDecoder::parse(const AVPacket* packet, Clock::time_point arrival) {
     const std::uint8_t* at = packet->data;
+    std::int64_t pts = packet->pts;
     int left = packet->size;
     const PacketPtr cut(av_packet_alloc());
     while (left > 0 && cut != nullptr) {
         std::uint8_t* frame = nullptr;
         int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left,
-                                          AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
+        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left, pts,
+                                          AV_NOPTS_VALUE, 0);
+        pts = AV_NOPTS_VALUE;
         if (used < 0 || (used == 0 && size == 0)) {
             return;
         }
@@ -100,10 +104,35 @@ void AudioDecoder::parse(const AVPacket* packet) {
         left -= used;
         if (size > 0 && av_new_packet(cut.get(), size) >= 0) {
             std::memcpy(cut->data, frame, static_cast<std::size_t>(size));
-            decode(cut.get());
+            cut->pts = m_parser->pts;
+            play(cut.get(), arrival);
             av_packet_unref(cut.get());
         }
     }
+}
+
+// Waits until the picture has come as far; false if the sound is too late, or at the end.
+bool AudioDecoder::timely(std::int64_t pts, Clock::time_point arrival) {
+    for (;;) {
+        const SoundSync::Answer answer = m_sync.judge(pts, arrival, Clock::now());
+        if (answer.verdict != SoundSync::Verdict::kWait) {
+            return answer.verdict == SoundSync::Verdict::kPlay;
+        }
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (m_changed.wait_until(lock, Clock::now() + answer.wait, [this] { return m_stopped; })) {
+            return false;
+        }
+    }
+}
+
+void AudioDecoder::play(AVPacket* packet, Clock::time_point arrival) {
+    const std::int64_t pts = packet->pts != AV_NOPTS_VALUE ? packet->pts : m_nextPts;
+    const bool played = timely(pts, arrival);
+    if (played) {
+        m_packetTicks = 0;
+        decode(packet);
+    }
+    m_nextPts = pts != kNoTime ? pts + m_packetTicks : kNoTime;
 }
 
 void AudioDecoder::decode(const AVPacket* packet) {
@@ -122,6 +151,7 @@ void AudioDecoder::deliver(const AVFrame* frame) {
     if (channels <= 0 || frame->nb_samples <= 0 || frame->sample_rate <= 0) {
         return;
     }
+    m_packetTicks += static_cast<std::int64_t>(frame->nb_samples) * 90000 / frame->sample_rate;
     const bool same = m_resampler != nullptr && m_resamplerRate == frame->sample_rate &&
                       m_resamplerChannels == channels && m_resamplerFormat == frame->format;
     if (!same) {

@@ -7,8 +7,8 @@
 namespace tavrik {
 namespace {
 
-// A stream with no key pictures at all (gradual refresh without a recovery point) is decoded after so many.
-constexpr int kMaxSkipped = 250;
+// A stream with no key pictures at all (gradual refresh without a recovery point) is decoded after so long.
+constexpr auto kMaxWaitForKey = std::chrono::seconds(8);
 // A decoder further behind than this shows fewer pictures instead of old ones.
 constexpr auto kMaxLag = std::chrono::seconds(2);
 constexpr auto kCallbackPatience = std::chrono::seconds(2);
@@ -133,6 +133,7 @@ void LiveSession::onVideo(const VideoPiece& piece, const SharedParameters& forma
     chunk.format = format;
     chunk.ends_picture = piece.ends_picture;
     chunk.after_loss = piece.after_loss;
+    m_sync.pictureReceived(piece.stamp.pts);
     m_queue.push(std::move(chunk), true);
 }
 
@@ -165,8 +166,8 @@ AudioDecoder* LiveSession::audio() {
     }
     const std::lock_guard<std::mutex> lock(m_audioMutex);
     if (m_audio == nullptr && !m_stopped) {
-        m_audio =
-            std::make_shared<AudioDecoder>([this](std::uint8_t* data, int size, int rate, int channels) {
+        m_audio = std::make_shared<AudioDecoder>(
+            m_sync, [this](std::uint8_t* data, int size, int rate, int channels) {
                 m_gate.call([&] { m_callbacks.on_audio(data, size, rate, channels); });
             });
         m_workers.start([self = shared_from_this(), decoder = m_audio] { decoder->run(); });
@@ -252,6 +253,9 @@ void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
         return;
     }
     m_rate.addBytes(nowUs(), unit.size());
+    if (m_format == nullptr) {
+        m_sync.pictureReceived(unit.stamp.pts);
+    }
     passSei(codec, unit);
     if (!admit(unit) || !ensureDecoder(codec)) {
         return;
@@ -278,21 +282,35 @@ bool LiveSession::admit(const AccessUnit& unit) {
         std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", m_inFlight.count());
         m_toldFull = true;
     }
-    const bool late = Clock::now() - m_arrived > kMaxLag;
+    const auto now = Clock::now();
+    const bool late = now - m_arrived > kMaxLag;
     if (!m_waitForKey && (full || late)) {
         m_waitForKey = true;
-        m_skipped = 0;
+        m_waitSince = {};
     }
     if (!m_waitForKey) {
+        if (m_showsAll && unit.file_can_begin) {
+            showAll(false);
+        }
         return true;
     }
-    ++m_skipped;
-    if (full || late || (!unit.decoding_can_begin && m_skipped < kMaxSkipped)) {
+    if (m_waitSince == Clock::time_point{}) {
+        m_waitSince = now;
+    }
+    const bool patient = now - m_waitSince < kMaxWaitForKey;
+    if (full || late || (!unit.decoding_can_begin && patient)) {
         return false;
     }
     m_waitForKey = false;
     m_decoder.flush();
+    showAll(!unit.decoding_can_begin);
     return true;
+}
+
+// FFmpeg keeps pictures back until a key picture has come: here none will.
+void LiveSession::showAll(bool all) {
+    m_showsAll = all;
+    m_decoder.showAll(all);
 }
 
 bool LiveSession::ensureDecoder(Codec codec) {
@@ -310,6 +328,7 @@ void LiveSession::onFrame(AVFrame* frame) {
     if (!m_inFlight.track(frame)) {
         return;
     }
+    m_sync.pictureShown(frame->pts, Clock::now());
     const std::int64_t now = nowUs();
     m_rate.addPicture(now);
     const float fps = m_rate.fps(now);

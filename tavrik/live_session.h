@@ -14,6 +14,7 @@
 #include "tavrik/frames_in_flight.h"
 #include "tavrik/rate_counter.h"
 #include "tavrik/session.h"
+#include "tavrik/sound_sync.h"
 #include "tavrik/source.h"
 #include "tavrik/tavrik.h"
 #include "tavrik/video_decoder.h"
@@ -56,6 +57,7 @@ private:
     void onPicture(Codec codec, const AccessUnit& unit);
     void passSei(Codec codec, const AccessUnit& unit);
     bool admit(const AccessUnit& unit);
+    void showAll(bool all);
     bool ensureDecoder(Codec codec);
     void onFrame(AVFrame* frame);
     void onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size);
@@ -74,6 +76,7 @@ private:
 
     std::mutex m_audioMutex;
     std::shared_ptr<AudioDecoder> m_audio;
+    SoundSync m_sync;
 
     // Of the decoding thread alone.
     ByteStream m_bytes;
@@ -85,8 +88,9 @@ private:
     FramesInFlight m_inFlight;
     RateCounter m_rate;
     bool m_waitForKey = true;
-    int m_skipped = 0;  // pictures not decoded while waiting for a key picture
+    Clock::time_point m_waitSince{};  // the first picture while waiting for a key picture; 0: none yet
     bool m_toldFull = false;
+    bool m_showsAll = false;  // pictures are shown although no key picture has come
 };
 
 }  // namespace tavrik

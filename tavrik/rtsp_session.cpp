@@ -18,8 +18,6 @@ constexpr auto kGoodbye = milliseconds(200);
 constexpr int kLookOpeningMs = 10;
 constexpr int kLookMs = 100;
 constexpr int kMaxRedirects = 5;
-// Each connection that is tried asks for the server's methods and for the session.
-constexpr int kOpenStepsPerServer = 2;
 constexpr int kMaxLinks = 32;
 
 const char* protocolsOf(RtspTransport transport) {
@@ -182,6 +180,9 @@ void RtspSession::stop() {
         m_stopping = true;
         m_changed.notify_all();
     }
+    // The farewell gets its short time; then whatever the server is in the middle of ends.
+    gst_element_set_state(m_pipeline, GST_STATE_READY);
+    m_sockets->breakOff();
     gst_element_set_state(m_pipeline, GST_STATE_NULL);
 }
 
@@ -286,13 +287,16 @@ void RtspSession::onProgress(GstMessage* message) {
     GstProgressType type{};
     gchar* code = nullptr;
     gst_message_parse_progress(message, &type, &code, nullptr);
-    const bool opening = type == GST_PROGRESS_TYPE_CONTINUE && std::strcmp(code, "open") == 0;
+    const bool connecting = type == GST_PROGRESS_TYPE_CONTINUE && std::strcmp(code, "connect") == 0;
     const bool playing = type == GST_PROGRESS_TYPE_COMPLETE && std::strcmp(code, "request") == 0;
     g_free(code);
     if (playing) {
         m_playing = true;
     }
-    if (opening && m_openSteps++ >= kOpenStepsPerServer * (1 + kMaxRedirects)) {
+    if (connecting) {
+        SocketWatch::follow(m_sockets);
+    }
+    if (connecting && m_connections++ > kMaxRedirects) {
         // rtspsrc itself would follow for ever; its thread waits here until it is stopped.
         note(End::kOver);
         std::unique_lock<std::mutex> lock(m_mutex);

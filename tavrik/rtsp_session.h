@@ -4,12 +4,14 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 
 #include "tavrik/address.h"
 #include "tavrik/callback_gate.h"
 #include "tavrik/rtp_formats.h"
 #include "tavrik/rtsp_options.h"
+#include "tavrik/socket_watch.h"
 #include "tavrik/source.h"
 
 typedef struct _GstBus GstBus;
@@ -68,10 +70,11 @@ private:
     const RtspTransport m_transport;
 
     GstElement* m_pipeline = nullptr;
+    const std::shared_ptr<SocketWatch> m_sockets = std::make_shared<SocketWatch>();
     Track m_video, m_audio;
     bool m_videoChosen = false, m_audioChosen = false;  // of the thread that opens the session
     bool m_foreign = false;
-    int m_openSteps = 0;
+    int m_connections = 0;
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
