@@ -40,41 +40,80 @@ void AccessUnitAssembler::add(const Nal& nal) {
     if (nal.damaged && info.role != NalRole::kPicture) {
         return;
     }
-    m_setsSeen |= info.parameter_set;
-    if (m_unit.has_picture && beginsPicture(info)) {
+    const bool slice = info.role == NalRole::kPicture;
+    const SliceHead head = slice ? m_heads.read(nal.data, nal.size) : SliceHead{};
+    if (beginsPicture(info, head)) {
         flush();
     }
-    if (info.role == NalRole::kPicture) {
+    if (slice) {
         joinHeld();
-        if (!m_unit.has_picture && !info.first_slice) {
-            m_continued = true;
-        }
+        noteSlice(info, head);
         append(m_unit, nal, info);
         m_unit.has_picture = !m_unit.empty;
         return;
     }
+    m_setsSeen |= info.parameter_set;
+    m_heads.learn(nal.data, nal.size);
     const bool behind = m_unit.has_picture && (info.role != NalRole::kTrailing || !m_held.empty);
     append(behind ? m_held : m_unit, nal, info);
 }
 
 bool AccessUnitAssembler::peek(const Nal& begun) {
-    constexpr std::size_t kHeadBytes = 3;
-    if (begun.size < kHeadBytes && !m_unit.has_picture) {
+    // Enough for any slice's head up to what distinguishes pictures.
+    constexpr std::size_t kHeadBytes = 48;
+    if (!m_unit.has_picture) {
         return false;
     }
-    if (!m_unit.has_picture) {
-        return true;
-    }
     const NalInfo info = describeNal(m_codec, begun.data, begun.size);
-    if (beginsPicture(info)) {
+    const SliceHead head =
+        info.role == NalRole::kPicture ? m_heads.read(begun.data, begun.size) : SliceHead{};
+    if (beginsPicture(info, head)) {
         flush();
         return true;
     }
     return begun.size >= kHeadBytes;
 }
 
-bool AccessUnitAssembler::beginsPicture(const NalInfo& info) const {
-    return info.role == NalRole::kDelimiter || (info.role == NalRole::kPicture && info.first_slice);
+// Whether the NAL begins another picture than the one in hand.
+bool AccessUnitAssembler::beginsPicture(const NalInfo& info, const SliceHead& head) const {
+    if (!m_unit.has_picture || info.role != NalRole::kPicture) {
+        return m_unit.has_picture && info.role == NalRole::kDelimiter;
+    }
+    if (ofAnotherPicture(m_last, head)) {
+        return true;
+    }
+    // Where slices may come in any order, the first of the picture may come late.
+    const bool late = !m_hasFirst && m_last.known && head.known && !head.ordered;
+    return info.first_slice && !late;
+}
+
+bool AccessUnitAssembler::isSlice(const Nal& begun) const {
+    return describeNal(m_codec, begun.data, begun.size).role == NalRole::kPicture;
+}
+
+AccessUnitAssembler::Slice AccessUnitAssembler::judge(const Nal& begun) const {
+    const NalInfo info = describeNal(m_codec, begun.data, begun.size);
+    if (info.role != NalRole::kPicture) {
+        return Slice::kNone;
+    }
+    return ofAnother(info, m_heads.read(begun.data, begun.size)) ? Slice::kOfAnotherPicture
+                                                                 : Slice::kOfTheSamePicture;
+}
+
+// Of another picture than the slice before it, also if that has been handed out.
+bool AccessUnitAssembler::ofAnother(const NalInfo& info, const SliceHead& head) const {
+    return m_unit.has_picture ? beginsPicture(info, head)
+                              : info.first_slice || ofAnotherPicture(m_last, head);
+}
+
+void AccessUnitAssembler::noteSlice(const NalInfo& info, const SliceHead& head) {
+    if (m_watched == Slice::kNone) {
+        m_watched = ofAnother(info, head) ? Slice::kOfAnotherPicture : Slice::kOfTheSamePicture;
+    }
+    m_hasFirst = (m_unit.has_picture && m_hasFirst) || info.first_slice;
+    m_last = head.has_mark || !m_unit.has_picture
+                 ? head
+                 : SliceHead{head.known, m_last.mark, m_last.has_mark, head.address, head.ordered};
 }
 
 void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info) {
@@ -90,6 +129,8 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
         part.stamp = nal.stamp;
         part.stamp.arrival = arrival;
     }
+    part.begin = part.empty ? nal.begin : part.begin;
+    part.end = nal.end;
     part.empty = false;
     part.random_access = part.random_access || info.random_access;
     part.recovery_point = part.recovery_point || info.recovery_point;
@@ -108,6 +149,7 @@ void AccessUnitAssembler::joinHeld() {
     if (m_unit.bytes.size() + m_held.bytes.size() <= kMaxUnitBytes) {
         appendBytes(m_unit.bytes, m_held.bytes);
         appendBytes(m_unit.sei, m_held.sei);
+        m_unit.end = m_held.end;
         m_unit.recovery_point = m_unit.recovery_point || m_held.recovery_point;
     }
     m_held = Part{};
@@ -128,10 +170,10 @@ void AccessUnitAssembler::flush() {
     const unsigned needed = setsNeeded(m_codec);
     unit->file_can_begin = m_unit.random_access && (m_setsSeen & needed) == needed;
     unit->damaged = m_unit.damaged;
+    m_begin = m_unit.begin;
+    m_end = m_unit.end;
     m_unit = std::exchange(m_held, Part{});
     m_sink(unit);
 }
-
-bool AccessUnitAssembler::takeContinued() { return std::exchange(m_continued, false); }
 
 }  // namespace tavrik

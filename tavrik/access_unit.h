@@ -9,6 +9,7 @@
 
 #include "tavrik/nal.h"
 #include "tavrik/nal_splitter.h"
+#include "tavrik/slice_header.h"
 #include "tavrik/stamp.h"
 
 namespace tavrik {
@@ -44,7 +45,10 @@ public:
     // Above this a unit is no picture but a fault: it is thrown away.
     static constexpr std::size_t kMaxUnitBytes = 16u << 20;
 
-    AccessUnitAssembler(Codec codec, Sink sink) : m_codec(codec), m_sink(std::move(sink)) {}
+    // What a slice turned out to be.
+    enum class Slice { kNone, kOfAnotherPicture, kOfTheSamePicture };
+
+    AccessUnitAssembler(Codec codec, Sink sink) : m_codec(codec), m_sink(std::move(sink)), m_heads(codec) {}
 
     void add(const Nal& nal);
     // The NAL's first bytes, the rest to come. Ends the picture before it if they show that it is another
@@ -53,17 +57,25 @@ public:
     // Hands out the unit if it holds a picture; parameter sets and SEI behind it wait for theirs.
     void flush();
     // Bytes were lost in or behind the picture in hand.
-    void markDamaged() { m_unit.damaged = true; }
+    void markDamaged() { m_unit.damaged = m_unit.damaged || !m_unit.empty; }
 
     bool pending() const { return m_unit.has_picture; }
-    // True once after a unit has begun with a slice that is not a picture's first: the unit before was cut
-    // short, or a piece was lost.
-    bool takeContinued();
+    bool isSlice(const Nal& begun) const;
+    // Forgets what the last slice was, and after it says what the first one since then is, against the one
+    // before it; a slice of which its head tells nothing is of the same picture unless it begins one.
+    void watch() { m_watched = Slice::kNone; }
+    Slice watched() const { return m_watched; }
+    // What the slice that has come so far turns out to be.
+    Slice judge(const Nal& begun) const;
+    // Where the unit that is being handed out stood in the stream.
+    std::uint64_t begin() const { return m_begin; }
+    std::uint64_t end() const { return m_end; }
 
 private:
     struct Part {
         std::vector<std::uint8_t> bytes, sei;
         Stamp stamp;
+        std::uint64_t begin = 0, end = 0;
         bool empty = true;
         bool has_picture = false;
         bool random_access = false;
@@ -71,7 +83,9 @@ private:
         bool damaged = false;
     };
 
-    bool beginsPicture(const NalInfo& info) const;
+    bool beginsPicture(const NalInfo& info, const SliceHead& head) const;
+    bool ofAnother(const NalInfo& info, const SliceHead& head) const;
+    void noteSlice(const NalInfo& info, const SliceHead& head);
     void append(Part& part, const Nal& nal, const NalInfo& info);
     void joinHeld();
 
@@ -81,7 +95,11 @@ private:
     Part m_held;  // behind the picture's slices: the next one's, unless a slice of this one follows
     unsigned m_setsSeen = 0;
     std::size_t m_lastSize = 0;
-    bool m_continued = false;
+    SliceHeads m_heads;
+    SliceHead m_last;         // of the last slice, also of a picture that is gone
+    bool m_hasFirst = false;  // the picture in hand has the slice that begins it
+    Slice m_watched = Slice::kNone;
+    std::uint64_t m_begin = 0, m_end = 0;
 };
 
 }  // namespace tavrik

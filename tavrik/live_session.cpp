@@ -43,15 +43,19 @@ Codec codecOf(AVCodecID id) {
 
 AVCodecID audioCodec(int stream_type) {
     switch (stream_type) {
-        case 0x03:
-        case 0x04:
+        case kSoundMpeg1:
+        case kSoundMpeg2:
             return AV_CODEC_ID_MP2;
-        case 0x0F:
+        case kSoundAac:
             return AV_CODEC_ID_AAC;
-        case 0x11:
+        case kSoundLatm:
             return AV_CODEC_ID_AAC_LATM;
-        case 0x81:
+        case kSoundAc3:
             return AV_CODEC_ID_AC3;
+        case kSoundEac3:
+            return AV_CODEC_ID_EAC3;
+        case kSoundDts:
+            return AV_CODEC_ID_DTS;
         default:
             return AV_CODEC_ID_NONE;
     }
@@ -71,7 +75,9 @@ SharedParameters soundParameters(AVCodecID codec) {
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
     : m_callbacks(std::move(callbacks)),
       m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); },
-              [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
+              [this](int type, const Stamp& stamp, const std::uint8_t* data, std::size_t size) {
+                  onTsAudio(type, stamp, data, size);
+              }),
       m_decoder(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
@@ -143,7 +149,7 @@ void LiveSession::onSound(const SoundPiece& piece, const SharedParameters& forma
     }
 }
 
-void LiveSession::onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size) {
+void LiveSession::onTsAudio(int stream_type, const Stamp& stamp, const std::uint8_t* data, std::size_t size) {
     const AVCodecID codec = audioCodec(stream_type);
     if (codec == AV_CODEC_ID_NONE) {
         return;
@@ -153,9 +159,7 @@ void LiveSession::onTsAudio(int stream_type, const std::uint8_t* data, std::size
             m_tsSound = soundParameters(codec);
         }
         if (m_tsSound != nullptr) {
-            SoundPiece piece{data, size, {}, false};
-            piece.stamp.arrival = m_arrived;
-            decoder->push(piece, m_tsSound);
+            decoder->push({data, size, stamp, false}, m_tsSound);
         }
     }
 }

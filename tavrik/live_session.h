@@ -60,7 +60,7 @@ private:
     void showAll(bool all);
     bool ensureDecoder(Codec codec);
     void onFrame(AVFrame* frame);
-    void onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size);
+    void onTsAudio(int stream_type, const Stamp& stamp, const std::uint8_t* data, std::size_t size);
 
     AudioDecoder* audio();  // starts it at its first use; null if nobody listens
     void stopAll();

@@ -99,7 +99,7 @@ void NalSplitter::lost() {
     m_base += m_buffer.size();
     m_buffer.clear();
     m_begin = m_scanned = 0;
-    m_inNal = false;
+    m_inNal = m_stray = false;
     giveBack();
 }
 

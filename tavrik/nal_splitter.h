@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "tavrik/stamp.h"
@@ -42,9 +43,9 @@ public:
     bool pending() const { return m_inNal && m_buffer.size() > m_begin; }
     // The NAL in hand so far; only while pending().
     Nal begun() const;
-    // True when bytes other than zero have come since the last flush with no start code before them: the
-    // flush cut a NAL in two.
-    bool cutByFlush() const { return m_stray; }
+    // True once after bytes other than zero have come since the last flush or call with no start code before
+    // them: a flush cut a NAL in two.
+    bool takeStray() { return std::exchange(m_stray, false); }
     // Bytes pushed so far.
     std::uint64_t position() const { return m_base + m_buffer.size(); }
     std::size_t bytesHeld() const { return m_buffer.capacity(); }

@@ -15,12 +15,13 @@ bool holdsSequenceHeader(const std::vector<std::uint8_t>& bytes) {
 
 }  // namespace
 
-PictureStream::PictureStream(Codec codec, Sink sink)
+PictureStream::PictureStream(Codec codec, Sink sink, Ends ends)
     : m_sink(std::move(sink)),
       m_codec(codec),
       m_detect(codec == Codec::kUnknown),
       m_splitter([this](const Nal& nal) { onNal(nal); }),
-      m_assembler(codec, [this](const AccessUnitPtr& unit) { onUnit(unit); }) {}
+      m_assembler(codec, [this](const AccessUnitPtr& unit) { onUnit(unit); }),
+      m_ends(ends) {}
 
 void PictureStream::stamp(const Stamp& stamp) {
     m_stamp = stamp;
@@ -35,9 +36,12 @@ void PictureStream::push(const std::uint8_t* data, std::size_t size) {
         pushOpaque(data, size);
         return;
     }
+    if (m_ends == Ends::kGuessed) {
+        m_silence.pushed(m_splitter.position(), m_stamp.arrival);
+    }
     m_splitter.push(data, size);
     peek();
-    judgeCut();
+    judgeCut(false);
 }
 
 // The NAL in hand is not whole yet, but its first bytes may show that the picture before it is.
@@ -56,20 +60,19 @@ void PictureStream::endOfPicture() {
         finishOpaque();
         return;
     }
-    m_containerCut = true;
+    judgeCut(true);
     if (m_wrongContainerCuts < kWrongCutsAllowed) {
         m_splitter.flush();
         m_assembler.flush();
     }
+    watchCut(Cut::kContainer);
 }
 
 void PictureStream::lost() {
-    m_containerCut = false;
-    m_opaqueDamaged = !m_opaque.empty();
-    if (m_assembler.pending() || m_splitter.pending()) {
-        m_splitter.lost();
-        m_assembler.markDamaged();
-    }
+    m_cut = Cut::kNone;
+    m_opaqueDamaged = m_opaqueDamaged || !m_opaque.empty();
+    m_splitter.lost();
+    m_assembler.markDamaged();
 }
 
 void PictureStream::finish() {
@@ -79,30 +82,70 @@ void PictureStream::finish() {
     }
     m_splitter.flush();
     m_assembler.flush();
-    m_containerCut = false;
+    m_cut = Cut::kNone;
 }
 
-void PictureStream::idle() {}
+void PictureStream::idle() {
+    if (idleMs() < 0) {
+        return;
+    }
+    // A parameter set or message in hand belongs to the next picture, or is followed by what does.
+    const bool slice = m_splitter.pending() && m_assembler.isSlice(m_splitter.begun());
+    if (!slice && !m_assembler.pending()) {
+        return;
+    }
+    judgeCut(true);
+    if (slice) {
+        m_splitter.flush();
+    }
+    m_assembler.flush();
+    watchCut(Cut::kSilence);
+}
 
 bool PictureStream::pending() const {
     return opaque() ? !m_opaque.empty() : m_splitter.pending() || m_assembler.pending();
 }
 
-// The container's word was wrong if the stream went on inside the picture. A lost first slice looks the same,
-// so a few are forgiven; and it is judged on while it is not believed.
-void PictureStream::judgeCut() {
-    const bool continued = m_assembler.takeContinued() || m_splitter.cutByFlush();
-    if (!m_containerCut) {
+void PictureStream::watchCut(Cut cut) {
+    m_cut = cut;
+    m_cutPosition = m_splitter.position();
+    m_spansCut = false;
+    m_splitter.takeStray();
+    m_assembler.watch();
+}
+
+// A cut was wrong if the stream went on inside the picture. A lost first slice may look the same, so a few
+// are forgiven to a container; it is judged on while it is not believed.
+void PictureStream::judgeCut(bool nal_is_whole) {
+    if (m_cut == Cut::kNone) {
         return;
     }
-    if (continued) {
-        ++m_wrongContainerCuts;
-        m_cleanUnits = 0;
-        m_containerCut = false;
+    AccessUnitAssembler::Slice next = m_assembler.watched();
+    if (nal_is_whole && next == AccessUnitAssembler::Slice::kNone && m_splitter.pending()) {
+        const Nal begun = m_splitter.begun();
+        m_spansCut = m_spansCut || (begun.begin < m_cutPosition && begun.end > m_cutPosition);
+        next = begun.begin >= m_cutPosition ? m_assembler.judge(begun) : next;
+    }
+    const bool same = next == AccessUnitAssembler::Slice::kOfTheSamePicture;
+    if (m_splitter.takeStray() || same || m_spansCut) {
+        cutWasWrong();
+        m_cut = Cut::kNone;
+    } else if (next != AccessUnitAssembler::Slice::kNone) {
+        m_cut = Cut::kNone;
     }
 }
 
+void PictureStream::cutWasWrong() {
+    if (m_cut == Cut::kSilence) {
+        m_silence.wrong();
+        return;
+    }
+    ++m_wrongContainerCuts;
+    m_cleanUnits = 0;
+}
+
 void PictureStream::onNal(const Nal& nal) {
+    m_spansCut = m_spansCut || (nal.begin < m_cutPosition && nal.end > m_cutPosition);
     if (m_detect) {
         followCodec(nal);
     }
@@ -133,6 +176,9 @@ void PictureStream::onUnit(const AccessUnitPtr& unit) {
     if (++m_cleanUnits >= kCleanUnits) {
         m_cleanUnits = 0;
         m_wrongContainerCuts = 0;
+    }
+    if (m_ends == Ends::kGuessed) {
+        m_silence.picture(m_assembler.begin(), m_assembler.end(), unit->stamp.arrival);
     }
     m_sink(unit);
 }

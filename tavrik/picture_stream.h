@@ -10,6 +10,7 @@
 #include "tavrik/access_unit.h"
 #include "tavrik/nal.h"
 #include "tavrik/nal_splitter.h"
+#include "tavrik/silence_guess.h"
 #include "tavrik/stamp.h"
 
 namespace tavrik {
@@ -18,9 +19,12 @@ namespace tavrik {
 class PictureStream {
 public:
     using Sink = std::function<void(const AccessUnitPtr& unit)>;
+    // kProven: by endOfPicture() or the next picture's beginning alone. kGuessed: by silence too, once its
+    // pauses are known; each push then needs a stamp with its arrival.
+    enum class Ends { kProven, kGuessed };
 
     // Unknown: the first parameter set tells the codec, and a change of codec later is followed.
-    PictureStream(Codec codec, Sink sink);
+    PictureStream(Codec codec, Sink sink, Ends ends = Ends::kProven);
 
     // Of the picture whose first byte is pushed next.
     void stamp(const Stamp& stamp);
@@ -36,7 +40,7 @@ public:
     // No byte has come for idleMs() milliseconds, and none waits in the system or in a queue.
     void idle();
     // Milliseconds of silence that end a picture; -1 while silence ends none.
-    int idleMs() const { return -1; }
+    int idleMs() const { return m_ends == Ends::kGuessed ? m_silence.silenceMs() : -1; }
 
     // True while bytes wait for the end of their picture.
     bool pending() const;
@@ -45,6 +49,8 @@ public:
     std::size_t bytesHeld() const { return m_splitter.bytesHeld() + m_opaque.capacity(); }
 
 private:
+    enum class Cut { kNone, kContainer, kSilence };
+
     bool opaque() const { return m_codec == Codec::kOther || m_codec == Codec::kMpegVideo; }
     void onNal(const Nal& nal);
     void onUnit(const AccessUnitPtr& unit);
@@ -52,7 +58,9 @@ private:
     void finishOpaque();
     void followCodec(const Nal& nal);
     void peek();
-    void judgeCut();
+    void watchCut(Cut cut);
+    void judgeCut(bool nal_is_whole);
+    void cutWasWrong();
 
     Sink m_sink;
     Codec m_codec;
@@ -65,7 +73,11 @@ private:
     std::uint64_t m_peeked = 0;  // where the NAL begins whose beginning tells no more
     int m_foreignSets = 0;       // parameter sets of another codec in a row
 
-    bool m_containerCut = false;  // nothing has come since the container said that a picture has ended
+    const Ends m_ends;
+    SilenceGuess m_silence;
+    Cut m_cut = Cut::kNone;           // what has ended a picture, until the next slice shows whether rightly
+    std::uint64_t m_cutPosition = 0;  // where
+    bool m_spansCut = false;          // a NAL goes on across it
     int m_wrongContainerCuts = 0;
     int m_cleanUnits = 0;  // pictures since the container was last found wrong
 

@@ -18,7 +18,7 @@ struct Listener {
                           units.emplace_back(unit->data(), unit->data() + unit->size());
                           codecs.push_back(unit->codec);
                       },
-                      [this](int, const std::uint8_t*, std::size_t) { ++sounds; }};
+                      [this](int, const Stamp&, const std::uint8_t*, std::size_t) { ++sounds; }};
 
     void feed(const Bytes& bytes, std::size_t piece) {
         for (std::size_t at = 0; at < bytes.size(); at += piece) {

@@ -60,7 +60,7 @@ TEST(NalSplitter, KeepsAStartCodeThatAFlushCutsInTwo) {
     splitter.push(first.data(), first.size());
     splitter.flush();
     splitter.push(second.data(), second.size());
-    EXPECT_FALSE(splitter.cutByFlush());
+    EXPECT_FALSE(splitter.takeStray());
     splitter.flush();
     EXPECT_EQ(out, (std::vector<Bytes>{{0x65, 0x88}, {0x41, 0x9A}}));
 }
@@ -71,7 +71,7 @@ TEST(NalSplitter, TellsThatAFlushCutAUnit) {
     splitter.push(first.data(), first.size());
     splitter.flush();
     splitter.push(first.data() + 3, 2);
-    EXPECT_TRUE(splitter.cutByFlush());
+    EXPECT_TRUE(splitter.takeStray());
 }
 
 TEST(NalSplitter, StaysBoundedAndRecoversAfterAUnitWithoutEnd) {
