@@ -43,13 +43,39 @@ const char* text(const GstCaps* caps, const char* field) {
     return structure != nullptr ? gst_structure_get_string(structure, field) : nullptr;
 }
 
+// RFC 3551 tables 4 and 5: numbers that stand for an encoding without a line that says so.
+const char* encodingOfNumber(int payload) {
+    switch (payload) {
+        case 0:
+            return "PCMU";
+        case 8:
+            return "PCMA";
+        case 9:
+            return "G722";
+        case 10:
+        case 11:
+            return "L16";
+        case 14:
+            return "MPA";
+        case 26:
+            return "JPEG";
+        case 33:
+            return "MP2T";
+        default:
+            return "";
+    }
+}
+
 template <std::size_t count>
 const RtpFormat* find(const RtpFormat (&table)[count], const GstCaps* caps) {
-    const char* const encoding = text(caps, "encoding-name");
-    if (encoding == nullptr) {
+    if (caps == nullptr || gst_caps_get_size(caps) == 0) {
         return nullptr;
     }
-    std::string name = encoding;
+    const GstStructure* const structure = gst_caps_get_structure(caps, 0);
+    const char* const told = gst_structure_get_string(structure, "encoding-name");
+    int payload = -1;
+    gst_structure_get_int(structure, "payload", &payload);
+    std::string name = told != nullptr ? told : encodingOfNumber(payload);
     std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     const auto* const found = std::find_if(std::begin(table), std::end(table),

@@ -432,7 +432,7 @@ void RtspServer::sendSound(const Bytes& samples, std::uint32_t timestamp) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Client& client : m_clients) {
         if (client.playing && client.tracks[1].set_up) {
-            put(client, 1, pack(client.tracks[1], 1, samples, timestamp, false));
+            put(client, 1, pack(client.tracks[1], 1, samples, timestamp, m_settings.sound_marker));
         }
     }
 }

@@ -31,6 +31,7 @@ public:
         // Of the sound, behind its payload type in the session description.
         int sound_type = 0;
         std::string sound_lines = "a=rtpmap:0 PCMU/8000\r\n";
+        bool sound_marker = false;  // its packets end frames and say so
         bool sound_first = false;   // in the session description
         bool second_video = false;  // track2, behind the others
         bool refuses_tcp = false;   // 461 Unsupported transport
