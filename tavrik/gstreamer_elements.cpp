@@ -2,9 +2,11 @@
 
 #include <gst/gst.h>
 
+#include <algorithm>
 #include <cstdlib>
-#include <initializer_list>
 #include <string>
+
+#include "tavrik/no_proxies.h"
 
 #ifndef TAVRIK_GSTREAMER_PLUGINS
 #error "the build names GStreamer's folder of plugins"
@@ -46,6 +48,7 @@ bool load(const char* plugin) {
 }
 
 bool initialise() {
+    useNoProxies();
     if (!gst_is_initialized()) {
         // The switches are read from a command line alone.
         char name[] = "tavrik", no_scan[] = "--gst-disable-registry-update",

@@ -70,7 +70,7 @@ Bytes framed(int channel, const Bytes& packet) {
                   packet);
 }
 
-// RFC 3550 6.4.1, without receiver blocks.
+// RFC 3550 6.4.1, without receiver blocks, and 6.5 with the name that belongs to all tracks.
 Bytes report(int track, std::uint64_t wall_clock, std::uint32_t timestamp) {
     Bytes out{0x80, 200, 0, 6, 0x12, 0x34, 0x56, static_cast<std::uint8_t>(track)};
     for (int shift = 56; shift >= 0; shift -= 8) {
@@ -80,7 +80,9 @@ Bytes report(int track, std::uint64_t wall_clock, std::uint32_t timestamp) {
         out.push_back(static_cast<std::uint8_t>(timestamp >> shift));
     }
     out.insert(out.end(), {0, 0, 1, 0, 0, 1, 0, 0});
-    return out;
+    const Bytes name{0x81, 202, 0,   3,   0x12, 0x34, 0x56, static_cast<std::uint8_t>(track),
+                     1,    3,   'p', 'o', 'd',  0,    0,    0};
+    return joined(out, name);
 }
 
 constexpr const char* kRealm = "pod";
