@@ -394,6 +394,12 @@ void RtspServer::sendPicture(const Bytes& unit, std::uint32_t timestamp, const D
         for (std::size_t i = 0; i < nals.size(); ++i) {
             packNal(client, nals[i], timestamp, i + 1 == nals.size(), packets);
         }
+        for (std::size_t i = 1; delivery.swapped && i < packets.size(); i += 2) {
+            std::swap(packets[i - 1], packets[i]);
+        }
+        if (delivery.loses_one && packets.size() > 2) {
+            packets.erase(packets.begin() + 1);
+        }
         putSlowly(client, packets, timestamp, delivery);
     }
 }

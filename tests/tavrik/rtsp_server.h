@@ -46,6 +46,8 @@ public:
         int pause_ms = 0;
         Bytes sound;           // goes between the packets
         bool reports = false;  // sender reports go between the packets
+        bool swapped = false;  // each second packet overtakes the one before it
+        bool loses_one = false;
     };
 
     explicit RtspServer(Settings settings);

@@ -1,12 +1,16 @@
-// A line that stops and goes on inside pictures, with nothing lost.
+// Lines that stop and go on inside pictures, change the order of packets, or lose one.
 #include <gtest/gtest.h>
 
 extern "C" {
 #include <libavutil/adler32.h>
 }
 
+#include <algorithm>
+#include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "receiver.h"
@@ -76,6 +80,12 @@ public:
                                     std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs),
                                     [&] { return m_sums.size() >= count; });
     }
+    bool waitForSum(std::uint32_t sum) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return m_changed.wait_until(
+            lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatienceMs),
+            [&] { return std::find(m_sums.begin(), m_sums.end(), sum) != m_sums.end(); });
+    }
     std::vector<std::uint32_t> sums() {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_sums;
@@ -120,6 +130,59 @@ TEST_P(RtspStalls, EveryPictureIsWhole) {
     for (std::size_t n = 0; n < pictures.size(); ++n) {
         EXPECT_EQ(seen[n], pictures[n].sum) << "picture " << n;
     }
+}
+
+class RtspDatagrams : public testing::Test {
+protected:
+    RtspDatagrams() {
+        RtspServer::Settings settings;
+        settings.fragment = 150;
+        m_server = std::make_unique<RtspServer>(settings);
+        m_handle = feedOpen(m_server->url().c_str(), 0, m_sums.onFrame(), nullptr, "", true,
+                            "rtsp_transport=udp", nullptr, 1);
+        EXPECT_TRUE(m_server->waitForPlay(kPatienceMs));
+    }
+    ~RtspDatagrams() override { feedClose(m_handle); }
+    void send(std::size_t n, const RtspServer::Delivery& delivery) {
+        m_server->sendPicture(m_pictures[n].bytes, static_cast<std::uint32_t>(n) * kTicks, delivery);
+    }
+
+    const std::vector<CodedPicture> m_pictures = codedPictures({Codec::kH264, 4, true}, 40);
+    std::unique_ptr<RtspServer> m_server;
+    PictureSums m_sums;
+    int m_handle = 0;
+};
+
+TEST_F(RtspDatagrams, ThatOvertakeEachOtherArePutInOrder) {
+    RtspServer::Delivery delivery;
+    for (std::size_t n = 0; n < m_pictures.size(); ++n) {
+        delivery.swapped = n > 0;  // before the first packet nothing tells the order
+        send(n, delivery);
+        ASSERT_TRUE(m_sums.waitFor(n + 1)) << n;
+        EXPECT_EQ(m_sums.sums()[n], m_pictures[n].sum) << n;
+    }
+}
+
+// A key picture every 10 pictures: a loss is seen no longer than until the next.
+TEST_F(RtspDatagrams, ThatAreLostHurtNoFurtherThanTheNextKeyPicture) {
+    RtspServer::Delivery delivery;
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t n = 0; n < m_pictures.size(); ++n) {
+        delivery.loses_one = n == 13;
+        send(n, delivery);
+        std::this_thread::sleep_until(start + std::chrono::milliseconds(40) * (n + 1));
+    }
+    const auto whole = [&](std::size_t n) {
+        const std::vector<std::uint32_t> seen = m_sums.sums();
+        return std::find(seen.begin(), seen.end(), m_pictures[n].sum) != seen.end();
+    };
+    ASSERT_TRUE(m_sums.waitForSum(m_pictures.back().sum));
+    for (std::size_t n = 0; n < m_pictures.size(); ++n) {
+        if (n < 13 || n >= 20) {
+            EXPECT_TRUE(whole(n)) << n;
+        }
+    }
+    EXPECT_FALSE(whole(13)) << "the packet was lost";
 }
 
 INSTANTIATE_TEST_SUITE_P(Tavrik, RtspStalls,
