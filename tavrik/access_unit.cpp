@@ -47,7 +47,7 @@ void AccessUnitAssembler::add(const Nal& nal) {
     }
     if (slice) {
         joinHeld();
-        noteSlice(info, head);
+        noteSlice(nal, info, head);
         append(m_unit, nal, info);
         m_unit.has_picture = !m_unit.empty;
         return;
@@ -106,8 +106,8 @@ bool AccessUnitAssembler::ofAnother(const NalInfo& info, const SliceHead& head) 
                               : info.first_slice || ofAnotherPicture(m_last, head);
 }
 
-void AccessUnitAssembler::noteSlice(const NalInfo& info, const SliceHead& head) {
-    if (m_watched == Slice::kNone) {
+void AccessUnitAssembler::noteSlice(const Nal& nal, const NalInfo& info, const SliceHead& head) {
+    if (m_watched == Slice::kNone && nal.begin >= m_watchFrom) {
         m_watched = ofAnother(info, head) ? Slice::kOfAnotherPicture : Slice::kOfTheSamePicture;
     }
     m_hasFirst = (m_unit.has_picture && m_hasFirst) || info.first_slice;
@@ -124,11 +124,7 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
     if (part.bytes.empty()) {
         part.bytes.reserve(m_lastSize);
     }
-    if (part.empty || part.stamp.pts == kNoTime) {
-        const auto arrival = part.empty ? nal.stamp.arrival : part.stamp.arrival;
-        part.stamp = nal.stamp;
-        part.stamp.arrival = arrival;
-    }
+    takeTimes(part, nal.stamp);
     part.begin = part.empty ? nal.begin : part.begin;
     part.end = nal.end;
     part.empty = false;
@@ -141,11 +137,30 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
     }
 }
 
+// The container's times are those of the first unit that begins behind them: where the NAL goes on with one,
+// they wait for the next. Parameter sets that came without times get those of their picture.
+void AccessUnitAssembler::takeTimes(Part& part, const Stamp& stamp) {
+    if (part.empty) {
+        part.stamp = stamp;
+        if (stamp.pts == kNoTime) {
+            part.stamp.pts = m_nextTimes.pts;
+            part.stamp.dts = m_nextTimes.dts;
+        }
+        m_nextTimes = Stamp{};
+    } else if (stamp.pts != kNoTime && part.stamp.pts == kNoTime && !part.has_picture) {
+        part.stamp.pts = stamp.pts;
+        part.stamp.dts = stamp.dts;
+    } else if (stamp.pts != kNoTime) {
+        m_nextTimes = stamp;
+    }
+}
+
 // A slice of the picture in hand has followed: what lay between is its own too.
 void AccessUnitAssembler::joinHeld() {
     if (m_held.empty) {
         return;
     }
+    takeTimes(m_unit, m_held.stamp);
     if (m_unit.bytes.size() + m_held.bytes.size() <= kMaxUnitBytes) {
         appendBytes(m_unit.bytes, m_held.bytes);
         appendBytes(m_unit.sei, m_held.sei);

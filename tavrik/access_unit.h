@@ -61,9 +61,12 @@ public:
 
     bool pending() const { return m_unit.has_picture; }
     bool isSlice(const Nal& begun) const;
-    // Forgets what the last slice was, and after it says what the first one since then is, against the one
-    // before it; a slice of which its head tells nothing is of the same picture unless it begins one.
-    void watch() { m_watched = Slice::kNone; }
+    // Watched is the first slice from the position on, against the one before it; a slice whose head tells
+    // nothing is of the same picture unless it begins one.
+    void watch(std::uint64_t position) {
+        m_watched = Slice::kNone;
+        m_watchFrom = position;
+    }
     Slice watched() const { return m_watched; }
     // What the slice that has come so far turns out to be.
     Slice judge(const Nal& begun) const;
@@ -85,20 +88,23 @@ private:
 
     bool beginsPicture(const NalInfo& info, const SliceHead& head) const;
     bool ofAnother(const NalInfo& info, const SliceHead& head) const;
-    void noteSlice(const NalInfo& info, const SliceHead& head);
+    void noteSlice(const Nal& nal, const NalInfo& info, const SliceHead& head);
     void append(Part& part, const Nal& nal, const NalInfo& info);
     void joinHeld();
+    void takeTimes(Part& part, const Stamp& stamp);
 
     Codec m_codec;
     Sink m_sink;
     Part m_unit;
-    Part m_held;  // behind the picture's slices: the next one's, unless a slice of this one follows
+    Part m_held;        // behind the picture's slices: the next one's, unless a slice of this one follows
+    Stamp m_nextTimes;  // told inside a unit, for the next that begins
     unsigned m_setsSeen = 0;
     std::size_t m_lastSize = 0;
     SliceHeads m_heads;
     SliceHead m_last;         // of the last slice, also of a picture that is gone
     bool m_hasFirst = false;  // the picture in hand has the slice that begins it
     Slice m_watched = Slice::kNone;
+    std::uint64_t m_watchFrom = 0;
     std::uint64_t m_begin = 0, m_end = 0;
 };
 

@@ -7,6 +7,9 @@ namespace {
 
 constexpr std::size_t kMaxBytesOutOfStep = 64u << 10;
 constexpr int kPiecesWanted = 4;
+// Four packet heads stand within this, wherever a transport stream is joined; it holds parameter sets as
+// well.
+constexpr std::size_t kHeadsShowWithin = 4 * 204;
 // What a decision can still need of bytes that have told nothing.
 constexpr std::size_t kKeepUnknown = 1024;
 
@@ -18,11 +21,6 @@ bool holdsParameterSet(const std::uint8_t* data, std::size_t size) {
         }
     }
     return false;
-}
-
-// The data begins in the middle of a run of packets whose second head is missing or not there yet.
-bool mayBeginPackets(const std::uint8_t* data, std::size_t size) {
-    return data[0] == kTsSync && (size <= kTsPacketBytes || data[kTsPacketBytes] == kTsSync);
 }
 
 bool isTransport(const std::uint8_t* data, std::size_t size) {
@@ -39,13 +37,10 @@ void trim(std::vector<std::uint8_t>& bytes) {
 }  // namespace
 
 ByteStream::Form formOf(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) {
-        return ByteStream::Form::kUnknown;
-    }
     if (findTsStep(data, size).stride != 0) {
         return ByteStream::Form::kTransport;
     }
-    if (!mayBeginPackets(data, size) && holdsParameterSet(data, size)) {
+    if (size > kHeadsShowWithin && holdsParameterSet(data, size)) {
         return ByteStream::Form::kRaw;
     }
     return ByteStream::Form::kUnknown;

@@ -71,7 +71,7 @@ private:
 };
 
 // What the bytes are: Transport where four packet heads stand in step, Raw where a parameter set begins and
-// the whole does not look like transport packets, else Unknown.
+// there are enough bytes to see that those heads are missing, else Unknown.
 ByteStream::Form formOf(const std::uint8_t* data, std::size_t size);
 
 }  // namespace tavrik

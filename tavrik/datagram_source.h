@@ -16,8 +16,8 @@ class DatagramSource : public Source {
 public:
     explicit DatagramSource(const DatagramAddress& address) : m_address(address) { m_socket.open(m_address); }
     void run(SourceSink& sink) override;
-    // A false is certain only together with what the sink has got: look here first, then into the sink's
-    // queue.
+    // False: what came before the call is with the sink. A look into the sink's queue has to follow, not to
+    // go before.
     bool bytesWaiting() const override { return m_socket.readable() || m_taking; }
 
 private:

@@ -65,7 +65,7 @@ void PictureStream::endOfPicture() {
         m_splitter.flush();
         m_assembler.flush();
     }
-    watchCut(Cut::kContainer);
+    watchCut(Cut::kContainer, m_splitter.position());
 }
 
 void PictureStream::lost() {
@@ -99,19 +99,19 @@ void PictureStream::idle() {
         m_splitter.flush();
     }
     m_assembler.flush();
-    watchCut(Cut::kSilence);
+    watchCut(Cut::kSilence, m_splitter.pending() ? m_splitter.begun().begin : m_splitter.position());
 }
 
 bool PictureStream::pending() const {
     return opaque() ? !m_opaque.empty() : m_splitter.pending() || m_assembler.pending();
 }
 
-void PictureStream::watchCut(Cut cut) {
+void PictureStream::watchCut(Cut cut, std::uint64_t position) {
     m_cut = cut;
-    m_cutPosition = m_splitter.position();
+    m_cutPosition = position;
     m_spansCut = false;
     m_splitter.takeStray();
-    m_assembler.watch();
+    m_assembler.watch(position);
 }
 
 // A cut was wrong if the stream went on inside the picture. A lost first slice may look the same, so a few

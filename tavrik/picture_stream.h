@@ -58,7 +58,7 @@ private:
     void finishOpaque();
     void followCodec(const Nal& nal);
     void peek();
-    void watchCut(Cut cut);
+    void watchCut(Cut cut, std::uint64_t position);
     void judgeCut(bool nal_is_whole);
     void cutWasWrong();
 

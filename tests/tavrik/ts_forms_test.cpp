@@ -1,0 +1,266 @@
+// Transport streams in packets of each size, in RTP, joined anywhere, in pieces of any size.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "real_streams.h"
+#include "tavrik/byte_stream.h"
+#include "ts_writer.h"
+
+namespace tavrik::test {
+namespace {
+
+constexpr int kVideo = TsWriter::kVideoPid;
+using Form = ByteStream::Form;
+
+struct Watcher {
+    std::vector<Bytes> units;
+    int sounds = 0;
+    ByteStream stream{
+        [this](const AccessUnitPtr& unit) { units.emplace_back(unit->data(), unit->data() + unit->size()); },
+        [this](int, const Stamp&, const std::uint8_t*, std::size_t) { ++sounds; }};
+    void push(const Bytes& piece) { stream.push(piece.data(), piece.size()); }
+    void feed(const std::vector<Bytes>& pieces) {
+        for (const Bytes& piece : pieces) {
+            push(piece);
+        }
+    }
+};
+
+std::vector<Bytes> inPieces(const Bytes& bytes, std::size_t piece) {
+    std::vector<Bytes> out;
+    for (std::size_t at = 0; at < bytes.size(); at += piece) {
+        out.emplace_back(bytes.begin() + static_cast<long>(at),
+                         bytes.begin() + static_cast<long>(std::min(bytes.size(), at + piece)));
+    }
+    return out;
+}
+
+std::vector<Bytes> inRandomPieces(const Bytes& bytes, std::mt19937& random, std::size_t most) {
+    std::vector<Bytes> out;
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t to = std::min(bytes.size(), at + 1 + random() % most);
+        out.emplace_back(bytes.begin() + static_cast<long>(at), bytes.begin() + static_cast<long>(to));
+        at = to;
+    }
+    return out;
+}
+
+struct Sample {
+    Bytes bytes;
+    std::vector<Bytes> pictures;
+};
+
+// 40 pictures of 1 to 8 slices with sound between them and packets of nothing.
+Sample sample(bool h264, bool with_length) {
+    Sample out;
+    TsWriter writer;
+    std::mt19937 random(9);
+    for (std::uint32_t n = 0; n < 40; ++n) {
+        if (n % 10 == 0) {
+            writer.tables(h264 ? 0x1B : 0x24, 0x0F);
+        }
+        std::vector<Bytes> nals{h264 ? kAud264 : kAud265};
+        if (n % 10 == 0) {
+            const std::vector<Bytes> sets = h264 ? std::vector<Bytes>{sequence264(), picture264()}
+                                                 : std::vector<Bytes>{kVps265, sequence265(), picture265()};
+            nals.insert(nals.end(), sets.begin(), sets.end());
+        }
+        for (std::uint32_t s = 0; s <= n % 8; ++s) {
+            const std::size_t size = 60 + random() % 600;
+            nals.push_back(h264 ? realSlice264({s * 40, n, n * 2 % 64, n % 10 == 0}, {}, false, size)
+                                : realSlice265({s * 100, n, n % 10 == 0}, size));
+        }
+        out.pictures.push_back(joined(nals));
+        writer.clocks(n % 2 == 0);
+        writer.pes(kVideo, out.pictures.back(), with_length);
+        writer.pes(TsWriter::kAudioPid, Bytes(100, 7), true);
+        for (std::uint32_t i = n % 4; i > 0; --i) {
+            writer.null();
+        }
+    }
+    out.bytes = writer.take();
+    return out;
+}
+
+// Every way in which a sample can travel.
+std::vector<std::vector<Bytes>> journeys(const Bytes& s) {
+    std::vector<std::vector<Bytes>> out;
+    std::mt19937 random(21);
+    const Bytes b192 = in192(s), b204 = in204(s);
+    for (std::size_t packets = 1; packets <= 7; ++packets) {
+        out.push_back(inPieces(s, packets * 188));
+        out.push_back(inPieces(b192, packets * 192));
+        out.push_back(inPieces(b204, packets * 204));
+        out.push_back(inRtp(s, packets * 188));
+        out.push_back(inRtp(s, packets * 188, true));
+        out.push_back(inRtp(b192, packets * 192));
+        out.push_back(inRtp(b204, packets * 204, true));
+    }
+    for (const std::size_t piece : {100u, 997u, 1400u, 1472u}) {
+        out.push_back(inPieces(s, piece));
+        out.push_back(inPieces(b192, piece));
+        out.push_back(inPieces(b204, piece));
+        out.push_back(inRtp(s, piece));
+        out.push_back(inRtp(b192, piece, true));
+    }
+    out.push_back(inRandomPieces(s, random, 700));
+    out.push_back(inRandomPieces(b192, random, 700));
+    out.push_back(inRandomPieces(b204, random, 3000));
+    return out;
+}
+
+TEST(TsForms, EachIsReadWholeInEachKindOfPiece) {
+    for (const bool h264 : {true, false}) {
+        for (const bool with_length : {true, false}) {
+            const Sample s = sample(h264, with_length);
+            int number = 0;
+            for (const auto& pieces : journeys(s.bytes)) {
+                Watcher w;
+                w.feed(pieces);
+                w.stream.finish();
+                EXPECT_EQ(w.stream.form(), Form::kTransport) << number;
+                ASSERT_TRUE(w.units == s.pictures) << number << ": " << w.units.size();
+                EXPECT_EQ(w.sounds, 40) << number;
+                ++number;
+            }
+        }
+    }
+}
+
+TEST(TsForms, EachIsJoinedInTheMiddleOfAPacket) {
+    const Sample s = sample(true, false);
+    for (std::size_t from = 0; from < 400; from += 7) {
+        const Bytes rest(s.bytes.begin() + static_cast<long>(from), s.bytes.end());
+        const Bytes behind192 = in192(s.bytes), behind204 = in204(s.bytes);
+        const std::vector<std::vector<Bytes>> all{
+            inPieces(rest, 1316),
+            inPieces({behind192.begin() + static_cast<long>(from), behind192.end()}, 1316),
+            inPieces({behind204.begin() + static_cast<long>(from), behind204.end()}, 997), inRtp(rest, 1316),
+            inRtp(rest, 500, true)};
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            Watcher w;
+            w.feed(all[i]);
+            w.stream.finish();
+            EXPECT_EQ(w.stream.form(), Form::kTransport);
+            // The tables come again with the picture 10.
+            ASSERT_GE(w.units.size(), 30u) << from << " " << i;
+            const std::vector<Bytes> last(w.units.end() - 30, w.units.end());
+            ASSERT_TRUE(std::equal(last.begin(), last.end(), s.pictures.end() - 30)) << from << " " << i;
+        }
+    }
+}
+
+// A datagram that is missing where packets lie across datagrams leaves no packet made of two halves.
+TEST(TsForms, ALostDatagramOutOfStepDamagesNoOtherPicture) {
+    const Sample s = sample(true, true);
+    for (const bool rtp : {false, true}) {
+        const std::vector<Bytes> pieces = rtp ? inRtp(s.bytes, 500) : inPieces(s.bytes, 500);
+        for (std::size_t lost = 8; lost < pieces.size(); lost += 3) {
+            Watcher w;
+            for (std::size_t i = 0; i < pieces.size(); ++i) {
+                if (i != lost) {
+                    w.push(pieces[i]);
+                }
+            }
+            w.stream.finish();
+            int whole = 0;
+            for (const Bytes& picture : s.pictures) {
+                whole += std::find(w.units.begin(), w.units.end(), picture) != w.units.end() ? 1 : 0;
+            }
+            ASSERT_GE(whole, 38) << lost;
+        }
+    }
+}
+
+TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
+    const Sample s = sample(true, true);
+    const auto plain = inPieces(s.bytes, 1316), rtp = inRtp(s.bytes, 1316),
+               wide = inPieces(in192(s.bytes), 1344);
+    for (const auto& before : {plain, rtp, wide}) {
+        for (const auto& after : {plain, rtp, wide}) {
+            Watcher w;
+            w.feed(before);
+            w.units.clear();
+            w.feed(after);
+            w.feed(after);
+            int whole = 0;
+            for (const Bytes& unit : w.units) {
+                whole += std::find(s.pictures.begin(), s.pictures.end(), unit) != s.pictures.end() ? 1 : 0;
+            }
+            EXPECT_GE(whole, 60);
+        }
+    }
+}
+
+TEST(TsForms, ARawStreamIsTakenForNoTransportStream) {
+    // Pictures full of sync bytes, at any distance.
+    for (const std::uint8_t filling : {0x47, 0x99}) {
+        Bytes raw;
+        for (std::uint32_t n = 0; n < 40; ++n) {
+            std::vector<Bytes> nals;
+            if (n == 0) {
+                nals = {sequence264(), picture264()};
+            }
+            Bytes slice = realSlice264({0, n, n * 2 % 64, n == 0});
+            slice.resize(2000, filling);
+            nals.push_back(slice);
+            const Bytes picture = joined(nals);
+            raw.insert(raw.end(), picture.begin(), picture.end());
+        }
+        for (const std::size_t piece : {188u, 192u, 204u, 1316u, 1400u, 65000u}) {
+            Watcher w;
+            w.feed(inPieces(raw, piece));
+            w.stream.finish();
+            EXPECT_EQ(w.stream.form(), Form::kRaw) << piece;
+            EXPECT_EQ(w.units.size(), 40u) << piece;
+        }
+    }
+}
+
+TEST(TsForms, FormOfNeedsFourPacketHeads) {
+    const Bytes s = sample(true, true).bytes;
+    for (const Bytes& bytes : {s, in192(s), in204(s)}) {
+        const std::size_t stride = bytes.size() / (s.size() / 188);
+        const std::size_t first = stride == 192 ? 4 : 0;
+        EXPECT_EQ(formOf(bytes.data(), first + 3 * stride), Form::kUnknown);
+        EXPECT_EQ(formOf(bytes.data(), first + 3 * stride + 1), Form::kTransport);
+        EXPECT_EQ(formOf(bytes.data() + 50, 5 * stride), Form::kTransport);
+    }
+    EXPECT_EQ(formOf(s.data(), 0), Form::kUnknown);
+}
+
+TEST(TsForms, MemoryOfAGiantPictureIsGivenBack) {
+    const auto giant = [](std::uint32_t n, std::size_t size) {
+        Bytes slice = realSlice264({0, n, n * 2 % 64, n == 0});
+        slice.resize(size, 0x99);
+        return joined({sequence264(), picture264(), slice});
+    };
+    for (const bool transport : {false, true}) {
+        Watcher w;
+        const auto send = [&](const Bytes& picture) {
+            TsWriter writer;
+            writer.tables(0x1B);
+            writer.pes(kVideo, picture, false);
+            for (const Bytes& piece : inPieces(transport ? writer.bytes() : picture, 1316)) {
+                w.push(piece);
+            }
+        };
+        for (std::uint32_t n = 0; n < 4; ++n) {
+            send(giant(n, 7000000));
+        }
+        for (std::uint32_t n = 4; n < 8; ++n) {
+            send(giant(n, 1000));
+        }
+        EXPECT_GE(w.units.size(), 7u);
+        EXPECT_LT(w.stream.bytesHeld(), 2u << 20) << transport;
+    }
+    Watcher noise;
+    for (int i = 0; i < 5000; ++i) {
+        noise.push(Bytes(1316, 0x11));
+    }
+    EXPECT_LT(noise.stream.bytesHeld(), 64u << 10);
+}
+
+}  // namespace
+}  // namespace tavrik::test
