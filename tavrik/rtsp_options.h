@@ -13,7 +13,9 @@ enum class RtspTransport { kUdp, kTcp, kMulticast, kHttp };
 struct RtspOptions {
     // Tried one after the other while the server refuses them.
     std::vector<RtspTransport> transports{RtspTransport::kTcp, RtspTransport::kUdp};
-    int reorder_ms = 20;              // over UDP: how long a gap waits for a packet that comes late
+    // Over UDP: how long a gap waits for a packet that comes late, reckoned from when it would have come on
+    // the fastest way seen lately. What is in order never waits.
+    int reorder_ms = 50;
     std::int64_t silence_ms = 0;      // the session ends after so long without a packet; 0: never
     int buffer_bytes = 8 << 20;       // of the system, over UDP
     int port_min = 0, port_max = 0;   // local ports over UDP; 0: any

@@ -36,7 +36,7 @@ int list_decoders();
 // transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
 // av_options: "key=value;key=value" with FFmpeg's keys and units. Over RTSP: rtsp_transport (udp, tcp,
 // udp_multicast, http; none: tcp, and udp where the server refuses that), max_delay (microseconds that a
-// missing datagram is waited for; 20000) and reorder_queue_size=0 (not at all), timeout or stimeout
+// missing datagram is waited for; 50000) and reorder_queue_size=0 (not at all), timeout or stimeout
 // (microseconds without a packet after which the stream ends; none: never), buffer_size, min_port, max_port,
 // allowed_media_types, user_agent. Other keys go to the decoder and, for http:// and rtsps://, to FFmpeg's
 // receiver. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is

@@ -14,7 +14,7 @@ using Transports = std::vector<RtspTransport>;
 TEST(RtspOptions, TcpThenUdpByDefault) {
     const RtspOptions options = of("");
     EXPECT_EQ(options.transports, (Transports{RtspTransport::kTcp, RtspTransport::kUdp}));
-    EXPECT_EQ(options.reorder_ms, 20);
+    EXPECT_EQ(options.reorder_ms, 50);
     EXPECT_EQ(options.silence_ms, 0);
     EXPECT_TRUE(options.video && options.audio);
     EXPECT_EQ(of("rtsp_transport=carrier_pigeon").transports, options.transports);
@@ -32,10 +32,10 @@ TEST(RtspOptions, ATransportThatIsNamedIsTheOnlyOne) {
 }
 
 TEST(RtspOptions, TimesAndSizesKeepTheirUnits) {
-    EXPECT_EQ(of("max_delay=50000").reorder_ms, 50);
+    EXPECT_EQ(of("max_delay=30000").reorder_ms, 30);
     EXPECT_EQ(of("max_delay=99999999999").reorder_ms, 5000);
     EXPECT_EQ(of("reorder_queue_size=0").reorder_ms, 0);
-    EXPECT_EQ(of("reorder_queue_size=8").reorder_ms, 20);
+    EXPECT_EQ(of("reorder_queue_size=8").reorder_ms, 50);
     EXPECT_EQ(of("timeout=3000000").silence_ms, 3000);
     EXPECT_EQ(of("stimeout=1").silence_ms, 1);
     EXPECT_EQ(of("buffer_size=65536").buffer_bytes, 65536);
@@ -53,7 +53,7 @@ TEST(RtspOptions, MediaThatAreNotAllowedAreNotAskedFor) {
 
 TEST(RtspOptions, NonsenseChangesNothing) {
     for (const char* text : {"max_delay=", "max_delay=-1", "max_delay=12x", "max_delay", "unknown=5"}) {
-        EXPECT_EQ(of(text).reorder_ms, 20) << text;
+        EXPECT_EQ(of(text).reorder_ms, 50) << text;
     }
 }
 

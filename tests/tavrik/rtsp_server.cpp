@@ -429,6 +429,9 @@ void RtspServer::putSlowly(Client& client, const std::vector<Bytes>& packets, st
                 put(client, 0, report(0, (std::uint64_t{timestamp} << 32) / 90000, timestamp), true);
             }
         }
+        if (delivery.swapped && i == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(delivery.pause_ms));
+        }
         if (pause && !inside) {
             std::this_thread::sleep_for(std::chrono::milliseconds(delivery.pause_ms));
         }

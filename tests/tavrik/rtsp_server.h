@@ -49,7 +49,7 @@ public:
         int pause_ms = 0;
         Bytes sound;           // goes between the packets
         bool reports = false;  // sender reports go between the packets
-        bool swapped = false;  // each second packet overtakes the one before it
+        bool swapped = false;  // each second packet overtakes the one before it, the first by pause_ms
         bool loses_one = false;
     };
 

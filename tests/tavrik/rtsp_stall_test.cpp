@@ -139,23 +139,28 @@ protected:
         settings.fragment = 150;
         m_server = std::make_unique<RtspServer>(settings);
         m_handle = feedOpen(m_server->url().c_str(), 0, m_sums.onFrame(), nullptr, "", true,
-                            "rtsp_transport=udp", nullptr, 1);
+                            "rtsp_transport=udp;max_delay=500000", nullptr, 1);
         EXPECT_TRUE(m_server->waitForPlay(kPatienceMs));
     }
     ~RtspDatagrams() override { feedClose(m_handle); }
+    // With the time of sending, as a camera does: how long a gap is waited for hangs on it.
     void send(std::size_t n, const RtspServer::Delivery& delivery) {
-        m_server->sendPicture(m_pictures[n].bytes, static_cast<std::uint32_t>(n) * kTicks, delivery);
+        const auto since = std::chrono::steady_clock::now() - m_start;
+        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(since).count();
+        m_server->sendPicture(m_pictures[n].bytes, static_cast<std::uint32_t>(ms) * 90, delivery);
     }
 
     const std::vector<CodedPicture> m_pictures = codedPictures({Codec::kH264, 4, true}, 40);
     std::unique_ptr<RtspServer> m_server;
     PictureSums m_sums;
     int m_handle = 0;
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
 TEST_F(RtspDatagrams, ThatOvertakeEachOtherArePutInOrder) {
     RtspServer::Delivery delivery;
     for (std::size_t n = 0; n < m_pictures.size(); ++n) {
+        delivery.pause_ms = 30;
         delivery.swapped = n > 0;  // before the first packet nothing tells the order
         send(n, delivery);
         ASSERT_TRUE(m_sums.waitFor(n + 1)) << n;
@@ -166,11 +171,10 @@ TEST_F(RtspDatagrams, ThatOvertakeEachOtherArePutInOrder) {
 // A key picture every 10 pictures: a loss is seen no longer than until the next.
 TEST_F(RtspDatagrams, ThatAreLostHurtNoFurtherThanTheNextKeyPicture) {
     RtspServer::Delivery delivery;
-    const auto start = std::chrono::steady_clock::now();
     for (std::size_t n = 0; n < m_pictures.size(); ++n) {
         delivery.loses_one = n == 13;
         send(n, delivery);
-        std::this_thread::sleep_until(start + std::chrono::milliseconds(40) * (n + 1));
+        std::this_thread::sleep_until(m_start + std::chrono::milliseconds(40) * (n + 1));
     }
     const auto whole = [&](std::size_t n) {
         const std::vector<std::uint32_t> seen = m_sums.sums();
