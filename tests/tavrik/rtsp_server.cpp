@@ -501,12 +501,7 @@ Bytes RtspServer::pack(Track& track, int index, const Bytes& payload, std::uint3
 void RtspServer::put(Client& client, int index, const Bytes& packet, bool control) {
     const Track& track = client.tracks[index];
     if (track.udp) {
-        const int socket = control ? track.control : track.socket;
-        if (m_settings.datagrams) {
-            m_settings.datagrams(socket, packet);
-        } else {
-            ::send(socket, packet.data(), packet.size(), 0);
-        }
+        ::send(control ? track.control : track.socket, packet.data(), packet.size(), 0);
         return;
     }
     const Bytes whole = framed(track.channel + (control ? 1 : 0), packet);

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -40,8 +39,6 @@ public:
         bool digest = false;          // else the password is asked for in clear
         int port = 0;                 // 0: any
         std::size_t fragment = 1200;  // payload of a packet, in bytes
-        // Over UDP: takes each packet in the place of its socket.
-        std::function<void(int socket, const Bytes& packet)> datagrams;
     };
     // How a picture gets on the line.
     struct Delivery {
