@@ -5,13 +5,9 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <future>
-#include <thread>
-#include <utility>
 
 #include "receiver.h"
 #include "rtsp_server.h"
-#include "tavrik/decoder_probe.h"
 
 namespace tavrik::test {
 namespace {
@@ -151,16 +147,6 @@ TEST(Decoders, SoftwareIsAlwaysThere) {
     EXPECT_EQ(list_decoders() & 1, 1);
     EXPECT_EQ(list_decoders() & ~7, 0);
     EXPECT_EQ(list_decoders(), list_decoders());
-}
-
-TEST(Decoders, AreFoundOutWithoutWaiting) {
-    std::promise<std::pair<int, std::thread::id>> told;
-    probeDecoders([&](int mask) { told.set_value({mask, std::this_thread::get_id()}); });
-    auto answer = told.get_future();
-    ASSERT_EQ(answer.wait_for(std::chrono::milliseconds(kPatienceMs)), std::future_status::ready);
-    const auto [mask, thread] = answer.get();
-    EXPECT_EQ(mask, list_decoders());
-    EXPECT_NE(thread, std::this_thread::get_id());
 }
 
 // Gradual refresh without a recovery point: no picture says that decoding may begin with it.
