@@ -283,27 +283,36 @@ void RtspServer::sendRtp(Client& client, int index, const Bytes& payload, std::u
                          bool marker) {
     Track& track = client.tracks[index];
     const std::uint16_t sequence = track.sequence++;
-    Bytes packet{0x80,
-                 static_cast<std::uint8_t>((marker ? 0x80 : 0) | (index == 0 ? 96 : 0)),
-                 static_cast<std::uint8_t>(sequence >> 8),
-                 static_cast<std::uint8_t>(sequence),
-                 static_cast<std::uint8_t>(timestamp >> 24),
-                 static_cast<std::uint8_t>(timestamp >> 16),
-                 static_cast<std::uint8_t>(timestamp >> 8),
-                 static_cast<std::uint8_t>(timestamp),
-                 0x12,
-                 0x34,
-                 0x56,
-                 static_cast<std::uint8_t>(index)};
-    packet.insert(packet.end(), payload.begin(), payload.end());
+    const Bytes head{0x80,
+                     static_cast<std::uint8_t>((marker ? 0x80 : 0) | (index == 0 ? 96 : 0)),
+                     static_cast<std::uint8_t>(sequence >> 8),
+                     static_cast<std::uint8_t>(sequence),
+                     static_cast<std::uint8_t>(timestamp >> 24),
+                     static_cast<std::uint8_t>(timestamp >> 16),
+                     static_cast<std::uint8_t>(timestamp >> 8),
+                     static_cast<std::uint8_t>(timestamp),
+                     0x12,
+                     0x34,
+                     0x56,
+                     static_cast<std::uint8_t>(index)};
+    Bytes packet(head.size() + payload.size());
+    std::copy(payload.begin(), payload.end(), std::copy(head.begin(), head.end(), packet.begin()));
     if (track.udp) {
-        ::send(track.socket, packet.data(), packet.size(), 0);
+        sendDatagram(track.socket, packet);
         return;
     }
     Bytes framed{'$', static_cast<std::uint8_t>(track.channel), static_cast<std::uint8_t>(packet.size() >> 8),
                  static_cast<std::uint8_t>(packet.size())};
     framed.insert(framed.end(), packet.begin(), packet.end());
     ::send(client.fd, framed.data(), framed.size(), MSG_NOSIGNAL);
+}
+
+void RtspServer::sendDatagram(int socket, const Bytes& packet) {
+    if (m_settings.datagrams) {
+        m_settings.datagrams(socket, packet);
+    } else {
+        ::send(socket, packet.data(), packet.size(), 0);
+    }
 }
 
 void RtspServer::closeClient(Client& client) {

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,6 +25,8 @@ public:
         Manner manner = Manner::kGood;
         std::string parameter_sets;  // for the session description; empty: in the stream alone
         bool audio = false;          // G.711 mu-law, 8 kHz mono, as a second track
+        // Over UDP: takes each packet in the place of its socket.
+        std::function<void(int socket, const Bytes& packet)> datagrams;
     };
 
     explicit RtspServer(Settings settings);
@@ -63,6 +66,7 @@ private:
     std::string setUp(Client& client, const std::string& request);
     void sendNal(Client& client, const Bytes& nal, std::uint32_t timestamp, bool last);
     void sendRtp(Client& client, int track, const Bytes& payload, std::uint32_t timestamp, bool marker);
+    void sendDatagram(int socket, const Bytes& packet);
     void closeClient(Client& client);
 
     Settings m_settings;
