@@ -142,7 +142,7 @@ struct UdpProxy::Impl {
           toTarget(loop.io, seed, [this](const Datagram& data) { send(back, target, data); }),
           toClient(loop.io, ~seed, [this](const Datagram& data) { send(front, client, data); }) {
         for (auto* socket : {&front, &back}) {
-            socket->set_option(asio::socket_base::receive_buffer_size(1 << 20));
+            socket->set_option(asio::socket_base::receive_buffer_size(4 << 20));
         }
         listenFront();
         listenBack();

@@ -94,7 +94,8 @@ std::string Comparison::text() const {
            " groups_hurt=" + std::to_string(groups_hurt);
 }
 
-Comparison compare(const Film& film, const std::vector<std::uint32_t>& shown, std::size_t count) {
+Comparison compare(const Film& film, const std::vector<std::uint32_t>& shown, std::size_t count,
+                   std::size_t sent) {
     std::unordered_map<std::uint32_t, std::size_t> numbers;
     for (std::size_t i = 0; i < film.sums.size(); ++i) {
         numbers[film.sums[i]] = i;
@@ -115,7 +116,7 @@ Comparison compare(const Film& film, const std::vector<std::uint32_t>& shown, st
         }
         // In a film that repeats: the nearest picture of that content, or one behind.
         const std::size_t ahead = (found->second + length - next % length) % length;
-        const bool behind = count > length ? ahead > length / 2 : found->second < next;
+        const bool behind = sent > length ? ahead > length / 2 : found->second < next;
         if (behind) {
             ++result.repeated;
             continue;

@@ -46,7 +46,8 @@ struct Comparison {
     std::string text() const;
 };
 
-// `shown` against the first `count` pictures of the film (what follows those is no error).
-Comparison compare(const Film& film, const std::vector<std::uint32_t>& shown, std::size_t count);
+// `shown` against the first `count` of `sent` pictures (what follows those is no error).
+Comparison compare(const Film& film, const std::vector<std::uint32_t>& shown, std::size_t count,
+                   std::size_t sent);
 
 }  // namespace tavrik::test

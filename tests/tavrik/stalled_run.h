@@ -28,9 +28,15 @@ struct RunResult {
     std::uint64_t stalls = 0;
     // Datagrams that the system dropped before anybody had read them: the run then claims nothing.
     std::uint64_t dropped = 0;
+    std::uint64_t dropped_before = 0;  // by the line itself
+
+    bool valid() const { return dropped + dropped_before == 0; }
 
     std::string text() const;
 };
+
+// So many pictures follow those that are judged where the form needs them to end the last one.
+constexpr std::size_t kTailPictures = 3;
 
 // At 25 pictures a second; stalls of 1 to 500 ms, one in six pictures, many short ones and few long ones.
 // After a stall the bytes of UDP follow at no more than four times the film's rate. Throws std::runtime_error

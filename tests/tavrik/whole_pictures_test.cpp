@@ -116,7 +116,7 @@ FilmSettings filmOf(const Case& c, std::size_t pictures) {
         settings.kbps = 5000;
     }
     const auto group = static_cast<std::size_t>(settings.key_interval);
-    settings.pictures = std::min(kLongestFilm, (pictures + group - 1) / group * group);
+    settings.pictures = std::min(kLongestFilm, (pictures + kTailPictures + group - 1) / group * group);
     return settings;
 }
 
@@ -138,6 +138,7 @@ TEST_P(WholePictures, AreShownThroughStalls) {
     settings.ends_by_itself = c.form.ends_by_itself;
     settings.pictures = fromEnvironment("SORVANE_PICTURES", kPicturesInCi);
     settings.seed = fromEnvironment("SORVANE_SEED", 1);
+    settings.stalls = fromEnvironment("SORVANE_STALLS", 1) != 0;
     settings.busy_threads = static_cast<int>(fromEnvironment("SORVANE_LOAD", 0));
     const Film film = makeFilm(filmOf(c, settings.pictures));
     RunResult result;
@@ -146,12 +147,14 @@ TEST_P(WholePictures, AreShownThroughStalls) {
         record("form=" + c.form.name + " kind=" + c.kind.name +
                " pictures=" + std::to_string(settings.pictures) + " seed=" + std::to_string(settings.seed) +
                " load=" + std::to_string(settings.busy_threads) + " " + result.text());
-        if (result.dropped == 0) {
+        if (result.valid()) {
             break;
         }
     }
-    ASSERT_EQ(result.dropped, 0u) << "the system dropped datagrams in every attempt: no claim";
-    ASSERT_GT(result.stalls, settings.pictures / 20);
+    ASSERT_TRUE(result.valid()) << "the system dropped datagrams in every attempt: no claim";
+    if (settings.stalls) {
+        ASSERT_GT(result.stalls, settings.pictures / 20);
+    }
     EXPECT_EQ(result.comparison.repeated, 0u);
     if (c.form.proof) {
         EXPECT_EQ(result.comparison.damaged, 0u);
@@ -181,20 +184,20 @@ Film smallFilm() {
 TEST(Comparing, TellsDamagedFromMissingAndRepeated) {
     const Film film = smallFilm();
     std::vector<std::uint32_t> shown(film.sums);
-    Comparison all = compare(film, shown, 30);
+    Comparison all = compare(film, shown, 30, 30);
     EXPECT_EQ(all.text(), "shown=30 damaged=0 missing=0 repeated=0 groups_hurt=0");
     EXPECT_EQ(all.whole_groups, (std::vector<std::size_t>{0, 1, 2}));
     shown[12] ^= 1;                  // damaged, in the second group
     shown.erase(shown.begin() + 5);  // missing, in the first
     shown.push_back(shown[3]);       // behind
-    Comparison some = compare(film, shown, 30);
+    Comparison some = compare(film, shown, 30, 30);
     EXPECT_EQ(some.text(), "shown=30 damaged=1 missing=2 repeated=1 groups_hurt=2");
     EXPECT_EQ(some.whole_groups, (std::vector<std::size_t>{2}));
     // Twice through the film, with its last picture missing the first time.
     shown = film.sums;
     shown.pop_back();
     shown.insert(shown.end(), film.sums.begin(), film.sums.end());
-    EXPECT_EQ(compare(film, shown, 60).text(), "shown=59 damaged=0 missing=1 repeated=0 groups_hurt=1");
+    EXPECT_EQ(compare(film, shown, 60, 60).text(), "shown=59 damaged=0 missing=1 repeated=0 groups_hurt=1");
 }
 
 // Pictures that are cut short before they are sent have to be found: else every run above claims nothing.
