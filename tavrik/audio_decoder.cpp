@@ -8,56 +8,17 @@ extern "C" {
 #include <cstring>
 
 namespace tavrik {
-namespace {
-
-std::shared_ptr<AVCodecParameters> shareParameters(const AVCodecParameters* parameters) {
-    std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(), AvFree());
-    if (copy != nullptr && parameters != nullptr) {
-        avcodec_parameters_copy(copy.get(), parameters);
-    }
-    return copy;
-}
-
-}  // namespace
-
 AudioDecoder::~AudioDecoder() { swr_free(&m_resampler); }
 
-void AudioDecoder::push(const AVPacket* packet, const AVCodecParameters* parameters) {
-    Item item{PacketPtr(av_packet_clone(packet)), nullptr, true};
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_lastParameters == nullptr) {
-            m_lastParameters = shareParameters(parameters);
-        }
-        item.parameters = m_lastParameters;
-    }
-    enqueue(std::move(item));
-}
-
-void AudioDecoder::push(AVCodecID codec, const std::uint8_t* data, std::size_t size) {
-    Item item{PacketPtr(av_packet_alloc()), nullptr, false};
-    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(size)) < 0) {
+void AudioDecoder::push(const SoundPiece& piece, const SharedParameters& parameters) {
+    Item item{PacketPtr(av_packet_alloc()), parameters, piece.whole, piece.stamp.arrival};
+    if (item.packet == nullptr || av_new_packet(item.packet.get(), static_cast<int>(piece.size)) < 0) {
         return;
     }
-    std::memcpy(item.packet->data, data, size);
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_lastParameters == nullptr || m_lastParameters->codec_id != codec) {
-            m_lastParameters = shareParameters(nullptr);
-            if (m_lastParameters != nullptr) {
-                m_lastParameters->codec_type = AVMEDIA_TYPE_AUDIO;
-                m_lastParameters->codec_id = codec;
-            }
-        }
-        item.parameters = m_lastParameters;
-    }
-    enqueue(std::move(item));
-}
-
-void AudioDecoder::enqueue(Item item) {
-    if (item.packet == nullptr || item.parameters == nullptr) {
-        return;
-    }
+    std::memcpy(item.packet->data, piece.data, piece.size);
+    static_assert(kNoTime == AV_NOPTS_VALUE);
+    item.packet->pts = piece.stamp.pts;
+    m_sync.soundReceived(piece.stamp.pts, Clock::now());
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_stopped) {
         return;
@@ -89,7 +50,7 @@ void AudioDecoder::stop() {
 
 void AudioDecoder::run() {
     Item item;
-    std::shared_ptr<AVCodecParameters> opened;
+    SharedParameters opened;
     while (next(item)) {
         if (item.parameters != opened) {
             opened = item.parameters;
@@ -101,9 +62,9 @@ void AudioDecoder::run() {
             continue;
         }
         if (item.whole) {
-            decode(item.packet.get());
+            play(item.packet.get(), item.arrival);
         } else {
-            parse(item.packet.get());
+            parse(item.packet.get(), item.arrival);
         }
     }
 }
@@ -125,15 +86,17 @@ bool AudioDecoder::open(const Item& item) {
     return item.whole || m_parser != nullptr;
 }
 
-void AudioDecoder::parse(const AVPacket* packet) {
+void AudioDecoder::parse(const AVPacket* packet, Clock::time_point arrival) {
     const std::uint8_t* at = packet->data;
+    std::int64_t pts = packet->pts;
     int left = packet->size;
     const PacketPtr cut(av_packet_alloc());
     while (left > 0 && cut != nullptr) {
         std::uint8_t* frame = nullptr;
         int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left,
-                                          AV_NOPTS_VALUE, AV_NOPTS_VALUE, 0);
+        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left, pts,
+                                          AV_NOPTS_VALUE, 0);
+        pts = AV_NOPTS_VALUE;
         if (used < 0 || (used == 0 && size == 0)) {
             return;
         }
@@ -141,10 +104,35 @@ void AudioDecoder::parse(const AVPacket* packet) {
         left -= used;
         if (size > 0 && av_new_packet(cut.get(), size) >= 0) {
             std::memcpy(cut->data, frame, static_cast<std::size_t>(size));
-            decode(cut.get());
+            cut->pts = m_parser->pts;
+            play(cut.get(), arrival);
             av_packet_unref(cut.get());
         }
     }
+}
+
+// Waits until the picture has come as far; false if the sound is too late, or at the end.
+bool AudioDecoder::timely(std::int64_t pts, Clock::time_point arrival) {
+    for (;;) {
+        const SoundSync::Answer answer = m_sync.judge(pts, arrival, Clock::now());
+        if (answer.verdict != SoundSync::Verdict::kWait) {
+            return answer.verdict == SoundSync::Verdict::kPlay;
+        }
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (m_changed.wait_until(lock, Clock::now() + answer.wait, [this] { return m_stopped; })) {
+            return false;
+        }
+    }
+}
+
+void AudioDecoder::play(AVPacket* packet, Clock::time_point arrival) {
+    const std::int64_t pts = packet->pts != AV_NOPTS_VALUE ? packet->pts : m_nextPts;
+    const bool played = timely(pts, arrival);
+    if (played) {
+        m_packetTicks = 0;
+        decode(packet);
+    }
+    m_nextPts = pts != kNoTime ? pts + m_packetTicks : kNoTime;
 }
 
 void AudioDecoder::decode(const AVPacket* packet) {
@@ -163,6 +151,7 @@ void AudioDecoder::deliver(const AVFrame* frame) {
     if (channels <= 0 || frame->nb_samples <= 0 || frame->sample_rate <= 0) {
         return;
     }
+    m_packetTicks += static_cast<std::int64_t>(frame->nb_samples) * 90000 / frame->sample_rate;
     const bool same = m_resampler != nullptr && m_resamplerRate == frame->sample_rate &&
                       m_resamplerChannels == channels && m_resamplerFormat == frame->format;
     if (!same) {

@@ -10,7 +10,10 @@
 #include <mutex>
 #include <vector>
 
+#include "tavrik/callback_gate.h"
 #include "tavrik/ffmpeg_ptr.h"
+#include "tavrik/sound_sync.h"
+#include "tavrik/source.h"
 
 struct SwrContext;
 
@@ -25,34 +28,35 @@ public:
     // up.
     static constexpr std::size_t kMaxWaiting = 512;
 
-    explicit AudioDecoder(Sink sink) : m_sink(std::move(sink)) {}
+    // `sync` outlives run().
+    AudioDecoder(SoundSync& sync, Sink sink) : m_sync(sync), m_sink(std::move(sink)) {}
     ~AudioDecoder();
 
-    // A packet as the container cut it.
-    void push(const AVPacket* packet, const AVCodecParameters* parameters);
-    // A piece of an elementary stream of the codec, cut anywhere.
-    void push(AVCodecID codec, const std::uint8_t* data, std::size_t size);
+    // Bytes are copied. `parameters` changes object when the stream's format changes.
+    void push(const SoundPiece& piece, const SharedParameters& parameters);
     void run();
     void stop();
 
 private:
     struct Item {
         PacketPtr packet;
-        std::shared_ptr<AVCodecParameters> parameters;
+        SharedParameters parameters;
         bool whole = true;
+        Clock::time_point arrival{};
     };
-    void enqueue(Item item);
     bool next(Item& item);
     bool open(const Item& item);
-    void parse(const AVPacket* packet);
+    void parse(const AVPacket* packet, Clock::time_point arrival);
+    bool timely(std::int64_t pts, Clock::time_point arrival);
+    void play(AVPacket* packet, Clock::time_point arrival);
     void decode(const AVPacket* packet);
     void deliver(const AVFrame* frame);
 
+    SoundSync& m_sync;
     Sink m_sink;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Item> m_waiting;
-    std::shared_ptr<AVCodecParameters> m_lastParameters;
     bool m_stopped = false;
 
     // Of the sound's thread alone.
@@ -61,6 +65,8 @@ private:
     SwrContext* m_resampler = nullptr;
     int m_resamplerRate = 0, m_resamplerChannels = 0, m_resamplerFormat = -1;
     std::vector<std::uint8_t> m_samples;
+    std::int64_t m_nextPts = kNoTime;  // of a packet without a time of its own
+    std::int64_t m_packetTicks = 0;    // how long the last packet sounded, 1/90000 s
 };
 
 }  // namespace tavrik

@@ -5,22 +5,10 @@
 namespace tavrik {
 namespace {
 
-constexpr std::size_t kMaxUnknownBytes = 256u << 10;
 constexpr std::size_t kMaxBytesOutOfStep = 64u << 10;
-constexpr std::size_t kSyncsWanted = 4;
 constexpr int kPiecesWanted = 4;
-constexpr std::size_t kPacket = TsDemuxer::kPacketBytes;
-
-// Sync bytes from offset on, 188 apart, as far as the data goes; 0 where one is missing.
-std::size_t syncsFrom(const std::uint8_t* data, std::size_t size, std::size_t offset) {
-    std::size_t count = 0;
-    for (; offset < size && count < kSyncsWanted; offset += kPacket, ++count) {
-        if (data[offset] != TsDemuxer::kSync) {
-            return 0;
-        }
-    }
-    return count;
-}
+// What a decision can still need of bytes that have told nothing.
+constexpr std::size_t kKeepUnknown = 1024;
 
 bool holdsParameterSet(const std::uint8_t* data, std::size_t size) {
     for (std::size_t i = 0; i + 7 <= size; ++i) {
@@ -32,27 +20,32 @@ bool holdsParameterSet(const std::uint8_t* data, std::size_t size) {
     return false;
 }
 
-bool wholePackets(const std::uint8_t* data, std::size_t size) {
-    if (size < 2 * kPacket || size % kPacket != 0) {
-        return false;
+// The data begins in the middle of a run of packets whose second head is missing or not there yet.
+bool mayBeginPackets(const std::uint8_t* data, std::size_t size) {
+    return data[0] == kTsSync && (size <= kTsPacketBytes || data[kTsPacketBytes] == kTsSync);
+}
+
+bool isTransport(const std::uint8_t* data, std::size_t size) {
+    return wholeTsPackets(data, size) || findTsStep(data, size).stride != 0;
+}
+
+// Looking again at each piece is quadratic: keep only what is needed.
+void trim(std::vector<std::uint8_t>& bytes) {
+    if (bytes.size() > 2 * kKeepUnknown) {
+        bytes.erase(bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(kKeepUnknown));
     }
-    for (std::size_t at = 0; at < size; at += kPacket) {
-        if (data[at] != TsDemuxer::kSync) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace
 
 ByteStream::Form formOf(const std::uint8_t* data, std::size_t size) {
-    for (std::size_t offset = 0; offset + (kSyncsWanted - 1) * kPacket < size; ++offset) {
-        if (syncsFrom(data, size, offset) == kSyncsWanted) {
-            return ByteStream::Form::kTransport;
-        }
+    if (size == 0) {
+        return ByteStream::Form::kUnknown;
     }
-    if (syncsFrom(data, size, 0) == 0 && holdsParameterSet(data, size)) {
+    if (findTsStep(data, size).stride != 0) {
+        return ByteStream::Form::kTransport;
+    }
+    if (!mayBeginPackets(data, size) && holdsParameterSet(data, size)) {
         return ByteStream::Form::kRaw;
     }
     return ByteStream::Form::kUnknown;
@@ -61,7 +54,8 @@ ByteStream::Form formOf(const std::uint8_t* data, std::size_t size) {
 ByteStream::ByteStream(PictureSink pictures, AudioSink audio)
     : m_pictures(std::move(pictures)), m_audio(std::move(audio)), m_transport(*this) {}
 
-void ByteStream::push(const std::uint8_t* data, std::size_t size) {
+void ByteStream::push(const std::uint8_t* data, std::size_t size, Clock::time_point arrival) {
+    m_arrival = arrival;
     if (size == 0) {
         return;
     }
@@ -70,21 +64,46 @@ void ByteStream::push(const std::uint8_t* data, std::size_t size) {
             sniff(data, size);
             break;
         case Form::kTransport:
-            m_transport.push(data, size);
-            if (m_transport.bytesWithoutPacket() > kMaxBytesOutOfStep) {
-                startOver();
-            }
+            pushTransport(data, size);
             break;
         case Form::kRaw:
-            m_packetLike = wholePackets(data, size) ? m_packetLike + 1 : 0;
-            if (m_packetLike >= kPiecesWanted) {
-                startOver();
-                sniff(data, size);
-            } else {
-                m_video->push(data, size);
-            }
+            pushRaw(data, size);
             break;
     }
+}
+
+void ByteStream::pushTransport(const std::uint8_t* data, std::size_t size) {
+    RtpPayload rtp;
+    const bool in_rtp = readRtp(data, size, rtp);
+    // A sender may begin or cease to put RTP heads before its packets.
+    const bool changed = m_rtp ? wholeTsPackets(data, size) : in_rtp && wholeTsPackets(rtp.data, rtp.size);
+    m_otherForm = changed ? m_otherForm + 1 : 0;
+    if (m_otherForm >= kPiecesWanted) {
+        m_rtp = !m_rtp;
+        m_otherForm = 0;
+    }
+    if (m_rtp && in_rtp) {
+        m_transport.push(rtp.data, rtp.size);
+    } else {
+        m_transport.push(data, size);
+    }
+    if (m_transport.bytesWithoutPacket() > kMaxBytesOutOfStep) {
+        startOver();
+    }
+}
+
+void ByteStream::pushRaw(const std::uint8_t* data, std::size_t size) {
+    RtpPayload rtp;
+    const bool transport =
+        isTransport(data, size) || (readRtp(data, size, rtp) && isTransport(rtp.data, rtp.size));
+    m_otherForm = transport ? m_otherForm + 1 : 0;
+    if (m_otherForm >= kPiecesWanted) {
+        startOver();
+        sniff(data, size);
+        return;
+    }
+    m_video->stamp({kNoTime, kNoTime, m_arrival});
+    m_video->push(data, size);
 }
 
 void ByteStream::idle() {
@@ -93,28 +112,67 @@ void ByteStream::idle() {
     }
 }
 
-void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
-    m_unknown.insert(m_unknown.end(), data, data + size);
-    const Form form = formOf(m_unknown.data(), m_unknown.size());
-    if (form != Form::kUnknown) {
-        begin(form);
-        const std::vector<std::uint8_t> held = std::move(m_unknown);
-        m_unknown = {};
-        push(held.data(), held.size());
-        return;
-    }
-    // Looking again at each piece is quadratic: keep only what a decision can still need.
-    constexpr std::size_t kKeep = kSyncsWanted * kPacket;
-    if (m_unknown.size() > std::min(kMaxUnknownBytes, 2 * kKeep)) {
-        m_unknown.erase(m_unknown.begin(), m_unknown.end() - static_cast<std::ptrdiff_t>(kKeep));
+void ByteStream::finish() {
+    if (m_video != nullptr) {
+        m_video->finish();
     }
 }
 
-void ByteStream::begin(Form form) {
+std::size_t ByteStream::bytesHeld() const {
+    return m_unknown.capacity() + m_unknownRtp.capacity() + (m_video != nullptr ? m_video->bytesHeld() : 0);
+}
+
+void ByteStream::sniff(const std::uint8_t* data, std::size_t size) {
+    if (sniffRtp(data, size)) {
+        return;
+    }
+    m_unknown.insert(m_unknown.end(), data, data + size);
+    const Form form = formOf(m_unknown.data(), m_unknown.size());
+    const bool rtp_next = form == Form::kTransport && m_rtpPieces == 1 &&
+                          formOf(m_unknownRtp.data(), m_unknownRtp.size()) == Form::kTransport;
+    // What looks like RTP that is not in step shows by the next datagram whether it is.
+    if (form != Form::kUnknown && !rtp_next) {
+        begin(form, std::move(m_unknown));
+        return;
+    }
+    trim(m_unknown);
+    trim(m_unknownRtp);
+}
+
+// True if the datagrams are RTP with a transport stream; then they have been passed on.
+bool ByteStream::sniffRtp(const std::uint8_t* data, std::size_t size) {
+    RtpPayload rtp;
+    if (!readRtp(data, size, rtp)) {
+        m_rtpPieces = 0;
+        return false;
+    }
+    const auto expected = static_cast<std::uint16_t>(m_lastRtp.sequence + 1);
+    if (m_rtpPieces == 0 || rtp.source != m_lastRtp.source || rtp.sequence != expected) {
+        m_unknownRtp.clear();
+        m_rtpPieces = 0;
+    }
+    ++m_rtpPieces;
+    m_lastRtp = rtp;
+    m_unknownRtp.insert(m_unknownRtp.end(), rtp.data, rtp.data + rtp.size);
+    const bool sure = m_rtpPieces > 1 || wholeTsPackets(rtp.data, rtp.size);
+    if (!sure || formOf(m_unknownRtp.data(), m_unknownRtp.size()) != Form::kTransport) {
+        return false;
+    }
+    m_rtp = true;
+    begin(Form::kTransport, std::move(m_unknownRtp));
+    return true;
+}
+
+void ByteStream::begin(Form form, std::vector<std::uint8_t> held) {
     m_form = form;
-    m_packetLike = 0;
+    m_otherForm = m_rtpPieces = 0;
+    m_unknown = {};
+    m_unknownRtp = {};
     if (form == Form::kRaw) {
-        m_video = std::make_unique<PictureStream>(Codec::kUnknown, m_pictures);
+        m_video = std::make_unique<PictureStream>(Codec::kUnknown, m_pictures, PictureStream::Ends::kGuessed);
+        pushRaw(held.data(), held.size());
+    } else {
+        m_transport.push(held.data(), held.size());
     }
 }
 
@@ -122,15 +180,25 @@ void ByteStream::startOver() {
     m_form = Form::kUnknown;
     m_transport.reset();
     m_video.reset();
-    m_unknown.clear();
-    m_packetLike = 0;
+    m_unknown = {};
+    m_unknownRtp = {};
+    m_otherForm = m_rtpPieces = 0;
+    m_rtp = false;
 }
 
-void ByteStream::tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) {
+PictureStream& ByteStream::videoOf(Codec codec) {
     if (m_video == nullptr || m_video->codec() != codec) {
         m_video = std::make_unique<PictureStream>(codec, m_pictures);
     }
-    m_video->push(data, size);
+    return *m_video;
+}
+
+void ByteStream::tsVideoTimes(Codec codec, std::int64_t pts, std::int64_t dts) {
+    videoOf(codec).stamp({pts, dts, m_arrival});
+}
+
+void ByteStream::tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) {
+    videoOf(codec).push(data, size);
 }
 
 void ByteStream::tsPictureEnd() {
@@ -139,9 +207,16 @@ void ByteStream::tsPictureEnd() {
     }
 }
 
-void ByteStream::tsAudio(int stream_type, const std::uint8_t* data, std::size_t size) {
+void ByteStream::tsVideoLost() {
+    if (m_video != nullptr) {
+        m_video->lost();
+        m_video->stamp({kNoTime, kNoTime, m_arrival});
+    }
+}
+
+void ByteStream::tsAudio(int stream_type, std::int64_t pts, const std::uint8_t* data, std::size_t size) {
     if (m_audio) {
-        m_audio(stream_type, data, size);
+        m_audio(stream_type, {pts, kNoTime, m_arrival}, data, size);
     }
 }
 

@@ -15,9 +15,11 @@ namespace tavrik {
 
 struct Chunk {
     std::vector<std::uint8_t> data;
-    std::int64_t pts = AV_NOPTS_VALUE;
-    SharedParameters format;                          // null: bytes of unknown form
-    std::chrono::steady_clock::time_point arrived{};  // set by the queue
+    Stamp stamp;              // the queue sets the arrival where the source has not
+    SharedParameters format;  // null: bytes of unknown form
+    bool ends_picture = false;
+    bool after_loss = false;
+    bool ends_stream = false;  // nothing will come any more
 };
 
 // One sender, one taker; bounded by bytes.
@@ -36,7 +38,9 @@ public:
             return;
         }
         m_bytes += chunk.data.size();
-        chunk.arrived = std::chrono::steady_clock::now();
+        if (chunk.stamp.arrival == std::chrono::steady_clock::time_point{}) {
+            chunk.stamp.arrival = std::chrono::steady_clock::now();
+        }
         m_chunks.push_back(std::move(chunk));
         m_arrived.notify_one();
     }
@@ -60,6 +64,11 @@ public:
         m_bytes -= chunk.data.size();
         m_room.notify_one();
         return Taken::kChunk;
+    }
+
+    bool empty() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_chunks.empty();
     }
 
     void close() {

@@ -24,8 +24,10 @@ public:
     void close();
     bool isOpen() const { return m_handle != kNone; }
 
-    // Waits up to timeout_ms for a datagram. Bytes received, 0 if none came in time, -1 for a broken socket.
-    int receive(std::uint8_t* to, std::size_t capacity, int timeout_ms);
+    // Takes a datagram that waits. Its bytes, 0 if there is none (or it is empty), -1 for a broken socket.
+    int receive(std::uint8_t* to, std::size_t capacity);
+    // Waits up to timeout_ms until a datagram can be received. False for a broken socket.
+    bool wait(int timeout_ms);
     // True if a datagram waits. Any thread; a guess while another one opens or closes.
     bool readable() const;
 

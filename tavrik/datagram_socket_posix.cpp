@@ -83,31 +83,25 @@ bool DatagramSocket::readable() const {
     return ::poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
 }
 
-int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
+int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity) {
     const int fd = static_cast<int>(m_handle.load());
     for (;;) {
         const ssize_t got = ::recv(fd, to, capacity, 0);
-        if (got > 0) {
+        if (got >= 0) {
             return static_cast<int>(got);
         }
-        if (got == 0) {
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
             return 0;
         }
-        if (errno == EINTR || errno == ECONNREFUSED) {
-            continue;
-        }
-        if (errno != EAGAIN && errno != EWOULDBLOCK) {
-            return -1;
-        }
-        pollfd waiting{fd, POLLIN, 0};
-        const int ready = ::poll(&waiting, 1, timeout_ms);
-        if (ready == 0) {
-            return 0;
-        }
-        if (ready < 0 && errno != EINTR) {
+        if (errno != EINTR && errno != ECONNREFUSED) {
             return -1;
         }
     }
+}
+
+bool DatagramSocket::wait(int timeout_ms) {
+    pollfd waiting{static_cast<int>(m_handle.load()), POLLIN, 0};
+    return ::poll(&waiting, 1, timeout_ms) >= 0 || errno == EINTR;
 }
 
 }  // namespace tavrik

@@ -84,16 +84,11 @@ bool DatagramSocket::readable() const {
     return ::WSAPoll(&waiting, 1, 0) > 0 && (waiting.revents & POLLRDNORM) != 0;
 }
 
-int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_ms) {
-    const SOCKET s = static_cast<SOCKET>(m_handle.load());
-    WSAPOLLFD waiting{s, POLLRDNORM, 0};
-    const int ready = ::WSAPoll(&waiting, 1, timeout_ms);
-    if (ready == 0) {
+int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity) {
+    if (!readable()) {
         return 0;
     }
-    if (ready < 0) {
-        return -1;
-    }
+    const SOCKET s = static_cast<SOCKET>(m_handle.load());
     const int got = ::recv(s, reinterpret_cast<char*>(to), static_cast<int>(capacity), 0);
     if (got >= 0) {
         return got;
@@ -101,6 +96,11 @@ int DatagramSocket::receive(std::uint8_t* to, std::size_t capacity, int timeout_
     // A sender that refuses our earlier datagram, or a datagram cut short, is no fault of the socket.
     const int error = WSAGetLastError();
     return error == WSAECONNRESET || error == WSAEMSGSIZE ? 0 : -1;
+}
+
+bool DatagramSocket::wait(int timeout_ms) {
+    WSAPOLLFD waiting{static_cast<SOCKET>(m_handle.load()), POLLRDNORM, 0};
+    return ::WSAPoll(&waiting, 1, timeout_ms) >= 0;
 }
 
 }  // namespace tavrik

@@ -7,8 +7,8 @@
 namespace tavrik {
 namespace {
 
-// A stream with no key pictures at all (gradual refresh without a recovery point) is decoded after so many.
-constexpr int kMaxSkipped = 250;
+// A stream with no key pictures at all (gradual refresh without a recovery point) is decoded after so long.
+constexpr auto kMaxWaitForKey = std::chrono::seconds(8);
 // A decoder further behind than this shows fewer pictures instead of old ones.
 constexpr auto kMaxLag = std::chrono::seconds(2);
 constexpr auto kCallbackPatience = std::chrono::seconds(2);
@@ -25,6 +25,9 @@ AVCodecID idOf(Codec codec, const AVCodecParameters* format) {
     if (codec == Codec::kH265) {
         return AV_CODEC_ID_HEVC;
     }
+    if (codec == Codec::kMpegVideo) {
+        return AV_CODEC_ID_MPEG2VIDEO;
+    }
     return format != nullptr ? format->codec_id : AV_CODEC_ID_NONE;
 }
 
@@ -40,26 +43,41 @@ Codec codecOf(AVCodecID id) {
 
 AVCodecID audioCodec(int stream_type) {
     switch (stream_type) {
-        case 0x03:
-        case 0x04:
+        case kSoundMpeg1:
+        case kSoundMpeg2:
             return AV_CODEC_ID_MP2;
-        case 0x0F:
+        case kSoundAac:
             return AV_CODEC_ID_AAC;
-        case 0x11:
+        case kSoundLatm:
             return AV_CODEC_ID_AAC_LATM;
-        case 0x81:
+        case kSoundAc3:
             return AV_CODEC_ID_AC3;
+        case kSoundEac3:
+            return AV_CODEC_ID_EAC3;
+        case kSoundDts:
+            return AV_CODEC_ID_DTS;
         default:
             return AV_CODEC_ID_NONE;
     }
+}
+
+SharedParameters soundParameters(AVCodecID codec) {
+    std::shared_ptr<AVCodecParameters> out(avcodec_parameters_alloc(), AvFree());
+    if (out != nullptr) {
+        out->codec_type = AVMEDIA_TYPE_AUDIO;
+        out->codec_id = codec;
+    }
+    return out;
 }
 
 }  // namespace
 
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
     : m_callbacks(std::move(callbacks)),
-      m_bytes([this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); },
-              [this](int type, const std::uint8_t* data, std::size_t size) { onTsAudio(type, data, size); }),
+      m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); },
+              [this](int type, const Stamp& stamp, const std::uint8_t* data, std::size_t size) {
+                  onTsAudio(type, stamp, data, size);
+              }),
       m_decoder(decoder, std::move(options), [this](AVFrame* frame) { onFrame(frame); }) {}
 
 bool LiveSession::start(std::unique_ptr<Source> source) {
@@ -68,7 +86,7 @@ bool LiveSession::start(std::unique_ptr<Source> source) {
     if (!m_workers.start([self] { self->decodeLoop(); })) {
         return false;
     }
-    if (m_workers.start([self] { self->m_source->run(*self); })) {
+    if (m_workers.start([self] { self->receive(); })) {
         return true;
     }
     close();
@@ -101,29 +119,48 @@ void LiveSession::pause(int ms) {
                              [this] { return m_stopped.load(); });
 }
 
+void LiveSession::receive() {
+    m_source->run(*this);
+    Chunk end;
+    end.ends_stream = true;
+    m_queue.push(std::move(end), true);
+}
+
 void LiveSession::onBytes(const std::uint8_t* data, std::size_t size) {
-    m_queue.push(Chunk{{data, data + size}, AV_NOPTS_VALUE, nullptr}, false);
+    Chunk chunk;
+    chunk.data.assign(data, data + size);
+    m_queue.push(std::move(chunk), false);
 }
 
-void LiveSession::onVideoPacket(const AVPacket* packet, const SharedParameters& format) {
-    if (packet->size > 0) {
-        m_queue.push(Chunk{{packet->data, packet->data + packet->size}, packet->pts, format}, true);
-    }
+void LiveSession::onVideo(const VideoPiece& piece, const SharedParameters& format) {
+    Chunk chunk;
+    chunk.data.assign(piece.data, piece.data + piece.size);
+    chunk.stamp = piece.stamp;
+    chunk.format = format;
+    chunk.ends_picture = piece.ends_picture;
+    chunk.after_loss = piece.after_loss;
+    m_sync.pictureReceived(piece.stamp.pts);
+    m_queue.push(std::move(chunk), true);
 }
 
-void LiveSession::onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) {
+void LiveSession::onSound(const SoundPiece& piece, const SharedParameters& format) {
     if (AudioDecoder* decoder = audio()) {
-        decoder->push(packet, format);
+        decoder->push(piece, format);
     }
 }
 
-void LiveSession::onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size) {
+void LiveSession::onTsAudio(int stream_type, const Stamp& stamp, const std::uint8_t* data, std::size_t size) {
     const AVCodecID codec = audioCodec(stream_type);
     if (codec == AV_CODEC_ID_NONE) {
         return;
     }
     if (AudioDecoder* decoder = audio()) {
-        decoder->push(codec, data, size);
+        if (m_tsSound == nullptr || m_tsSound->codec_id != codec) {
+            m_tsSound = soundParameters(codec);
+        }
+        if (m_tsSound != nullptr) {
+            decoder->push({data, size, stamp, false}, m_tsSound);
+        }
     }
 }
 
@@ -133,8 +170,8 @@ AudioDecoder* LiveSession::audio() {
     }
     const std::lock_guard<std::mutex> lock(m_audioMutex);
     if (m_audio == nullptr && !m_stopped) {
-        m_audio =
-            std::make_shared<AudioDecoder>([this](std::uint8_t* data, int size, int rate, int channels) {
+        m_audio = std::make_shared<AudioDecoder>(
+            m_sync, [this](std::uint8_t* data, int size, int rate, int channels) {
                 m_gate.call([&] { m_callbacks.on_audio(data, size, rate, channels); });
             });
         m_workers.start([self = shared_from_this(), decoder = m_audio] { decoder->run(); });
@@ -170,7 +207,7 @@ int LiveSession::silenceMs() const {
 
 void LiveSession::onSilence() {
     // The receiving thread may not have had its turn yet: bytes that wait in the system are no silence.
-    if (m_source->bytesWaiting()) {
+    if (m_source->bytesWaiting() || !m_queue.empty()) {
         return;
     }
     if (m_packets) {
@@ -180,43 +217,54 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
-    const auto before = std::exchange(m_arrived, chunk.arrived);
-    if (chunk.format != nullptr) {
-        takePacket(chunk, before);
+    m_arrived = chunk.stamp.arrival;
+    if (chunk.ends_stream) {
+        finish();
+    } else if (chunk.format != nullptr) {
+        takePiece(chunk);
     } else {
-        m_bytes.push(chunk.data.data(), chunk.data.size());
+        m_bytes.push(chunk.data.data(), chunk.data.size(), chunk.stamp.arrival);
     }
 }
 
-void LiveSession::takePacket(const Chunk& chunk, Clock::time_point before) {
+void LiveSession::takePiece(const Chunk& chunk) {
     if (chunk.format != m_format) {
-        if (m_packets) {
-            m_packets->idle();
-        }
+        finish();
         m_format = chunk.format;
         m_decoder.close();
         m_packets.emplace(codecOf(m_format->codec_id),
-                          [this](Codec codec, const AccessUnit& unit) { onPicture(codec, unit); });
-    } else if (chunk.pts != m_lastPts) {
-        m_packets->endOfPicture();
-    } else if (chunk.pts != AV_NOPTS_VALUE) {
-        m_packets->samePicture(
-            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(chunk.arrived - before).count()));
+                          [this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); });
     }
-    m_lastPts = chunk.pts;
+    if (chunk.after_loss) {
+        m_packets->lost();
+    }
+    m_packets->stamp(chunk.stamp);
     m_packets->push(chunk.data.data(), chunk.data.size());
+    if (chunk.ends_picture) {
+        m_packets->endOfPicture();
+    }
+}
+
+void LiveSession::finish() {
+    if (m_packets) {
+        m_packets->finish();
+    }
+    m_bytes.finish();
 }
 
 void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
     if (m_stopped) {
         return;
     }
-    m_rate.addBytes(nowUs(), unit.bytes.size());
+    m_rate.addBytes(nowUs(), unit.size());
+    if (m_format == nullptr) {
+        m_sync.pictureReceived(unit.stamp.pts);
+    }
     passSei(codec, unit);
     if (!admit(unit) || !ensureDecoder(codec)) {
         return;
     }
-    m_decoder.decode(unit.bytes.data(), unit.bytes.size(), AV_NOPTS_VALUE);
+    m_decoder.decode(unit.data(), unit.size(), unit.stamp.pts);
 }
 
 void LiveSession::passSei(Codec codec, const AccessUnit& unit) {
@@ -238,21 +286,35 @@ bool LiveSession::admit(const AccessUnit& unit) {
         std::fprintf(stderr, "tavrik: %d pictures not released, dropping\n", m_inFlight.count());
         m_toldFull = true;
     }
-    const bool late = Clock::now() - m_arrived > kMaxLag;
+    const auto now = Clock::now();
+    const bool late = now - m_arrived > kMaxLag;
     if (!m_waitForKey && (full || late)) {
         m_waitForKey = true;
-        m_skipped = 0;
+        m_waitSince = {};
     }
     if (!m_waitForKey) {
+        if (m_showsAll && unit.file_can_begin) {
+            showAll(false);
+        }
         return true;
     }
-    ++m_skipped;
-    if (full || late || (!unit.key && m_skipped < kMaxSkipped)) {
+    if (m_waitSince == Clock::time_point{}) {
+        m_waitSince = now;
+    }
+    const bool patient = now - m_waitSince < kMaxWaitForKey;
+    if (full || late || (!unit.decoding_can_begin && patient)) {
         return false;
     }
     m_waitForKey = false;
     m_decoder.flush();
+    showAll(!unit.decoding_can_begin);
     return true;
+}
+
+// FFmpeg keeps pictures back until a key picture has come: here none will.
+void LiveSession::showAll(bool all) {
+    m_showsAll = all;
+    m_decoder.showAll(all);
 }
 
 bool LiveSession::ensureDecoder(Codec codec) {
@@ -270,6 +332,7 @@ void LiveSession::onFrame(AVFrame* frame) {
     if (!m_inFlight.track(frame)) {
         return;
     }
+    m_sync.pictureShown(frame->pts, Clock::now());
     const std::int64_t now = nowUs();
     m_rate.addPicture(now);
     const float fps = m_rate.fps(now);

@@ -14,6 +14,7 @@
 #include "tavrik/frames_in_flight.h"
 #include "tavrik/rate_counter.h"
 #include "tavrik/session.h"
+#include "tavrik/sound_sync.h"
 #include "tavrik/source.h"
 #include "tavrik/tavrik.h"
 #include "tavrik/video_decoder.h"
@@ -41,23 +42,25 @@ private:
     bool stopped() const override { return m_stopped; }
     void pause(int ms) override;
     void onBytes(const std::uint8_t* data, std::size_t size) override;
-    void onVideoPacket(const AVPacket* packet, const SharedParameters& format) override;
+    void onVideo(const VideoPiece& piece, const SharedParameters& format) override;
     bool wantsAudio() const override { return static_cast<bool>(m_callbacks.on_audio); }
-    void onAudioPacket(const AVPacket* packet, const AVCodecParameters* format) override;
+    void onSound(const SoundPiece& piece, const SharedParameters& format) override;
+    void receive();
 
     // The decoding thread.
     void decodeLoop();
     void take(const Chunk& chunk);
-    // `before`: when the chunk before it came.
-    void takePacket(const Chunk& chunk, Clock::time_point before);
+    void takePiece(const Chunk& chunk);
+    void finish();
     int silenceMs() const;
     void onSilence();
     void onPicture(Codec codec, const AccessUnit& unit);
     void passSei(Codec codec, const AccessUnit& unit);
     bool admit(const AccessUnit& unit);
+    void showAll(bool all);
     bool ensureDecoder(Codec codec);
     void onFrame(AVFrame* frame);
-    void onTsAudio(int stream_type, const std::uint8_t* data, std::size_t size);
+    void onTsAudio(int stream_type, const Stamp& stamp, const std::uint8_t* data, std::size_t size);
 
     AudioDecoder* audio();  // starts it at its first use; null if nobody listens
     void stopAll();
@@ -73,19 +76,21 @@ private:
 
     std::mutex m_audioMutex;
     std::shared_ptr<AudioDecoder> m_audio;
+    SoundSync m_sync;
 
     // Of the decoding thread alone.
     ByteStream m_bytes;
     std::optional<PictureStream> m_packets;
     SharedParameters m_format;
     Clock::time_point m_arrived{};  // when the chunk in hand came
-    std::int64_t m_lastPts = AV_NOPTS_VALUE;
+    SharedParameters m_tsSound;
     VideoDecoder m_decoder;
     FramesInFlight m_inFlight;
     RateCounter m_rate;
     bool m_waitForKey = true;
-    int m_skipped = 0;  // pictures not decoded while waiting for a key picture
+    Clock::time_point m_waitSince{};  // the first picture while waiting for a key picture; 0: none yet
     bool m_toldFull = false;
+    bool m_showsAll = false;  // pictures are shown although no key picture has come
 };
 
 }  // namespace tavrik

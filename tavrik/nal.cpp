@@ -7,17 +7,50 @@ namespace tavrik {
 namespace {
 
 constexpr int kRecoveryPoint = 6;
+constexpr int kLargestNumber = 1 << 24;
 
-// The payload type of the first message; the bytes 0xFF in front add 255 each.
-int firstSeiPayload(const std::uint8_t* payload, std::size_t size) {
-    int type = 0;
-    for (std::size_t i = 0; i < size; ++i) {
-        type += payload[i];
-        if (payload[i] != 0xFF) {
-            return type;
+// Whether one of the messages in the payload is of the type. Emulation-prevention bytes are left out, since a
+// message's size does not count them.
+bool holdsMessage(const std::uint8_t* payload, std::size_t size, int wanted) {
+    std::size_t at = 0;
+    int zeros = 0;
+    const auto next = [&]() -> int {
+        if (at < size && zeros >= 2 && payload[at] == 3) {
+            ++at;
+            zeros = 0;
+        }
+        if (at >= size) {
+            return -1;
+        }
+        zeros = payload[at] == 0 ? zeros + 1 : 0;
+        return payload[at++];
+    };
+    const auto number = [&]() -> int {
+        int sum = 0;
+        for (int byte = 0xFF; byte == 0xFF;) {
+            byte = next();
+            if (byte < 0 || sum > kLargestNumber) {
+                return -1;
+            }
+            sum += byte;
+        }
+        return sum;
+    };
+    // The last byte is the stop bit.
+    while (at + 1 < size) {
+        const int type = number();
+        int left = number();
+        if (type < 0 || left < 0) {
+            return false;
+        }
+        if (type == wanted) {
+            return true;
+        }
+        while (left > 0 && next() >= 0) {
+            --left;
         }
     }
-    return -1;
+    return false;
 }
 
 NalInfo describeH264(const std::uint8_t* nal, std::size_t size) {
@@ -30,26 +63,29 @@ NalInfo describeH264(const std::uint8_t* nal, std::size_t size) {
             info.role = NalRole::kPicture;
             // first_mb_in_slice is the first Exp-Golomb code: a leading 1 bit is 0.
             info.first_slice = size > 1 && (nal[1] & 0x80) != 0;
-            info.key = type == 5;
+            info.random_access = type == 5;
             break;
         case 3:
         case 4:
             info.role = NalRole::kPicture;
             break;
         case 6:
-            info.role = NalRole::kSupplement;
+            info.role = NalRole::kLeading;
             info.sei = true;
-            info.key = firstSeiPayload(nal + 1, size - 1) == kRecoveryPoint;
+            info.recovery_point = holdsMessage(nal + 1, size - 1, kRecoveryPoint);
+            break;
+        case 9:
+            info.role = NalRole::kDelimiter;
             break;
         case 7:
         case 8:
-        case 9:
         case 14:
         case 15:
         case 16:
         case 17:
         case 18:
             info.role = NalRole::kLeading;
+            info.parameter_set = type == 7 ? kSequenceSet : type == 8 ? kPictureSet : 0;
             break;
         default:
             break;
@@ -67,14 +103,18 @@ NalInfo describeH265(const std::uint8_t* nal, std::size_t size) {
     if (type <= 31) {
         info.role = NalRole::kPicture;
         info.first_slice = base_layer && size > 2 && (nal[2] & 0x80) != 0;
-        info.key = type >= 16 && type <= 23;
+        info.random_access = type >= 16 && type <= 23;
     } else if (type == 39) {
-        info.role = NalRole::kSupplement;
+        info.role = NalRole::kLeading;
         info.sei = true;
+        info.recovery_point = holdsMessage(nal + 2, size - 2, kRecoveryPoint);
     } else if (type == 40) {
         info.sei = true;
     } else if (type <= 35 || (type >= 41 && type <= 44) || (type >= 48 && type <= 55)) {
-        info.role = base_layer ? NalRole::kLeading : NalRole::kTrailing;
+        info.role = !base_layer ? NalRole::kTrailing : type == 35 ? NalRole::kDelimiter : NalRole::kLeading;
+        if (base_layer && type <= 34) {
+            info.parameter_set = type == 32 ? kVideoSet : type == 33 ? kSequenceSet : kPictureSet;
+        }
     }
     return info;
 }

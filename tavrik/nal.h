@@ -7,21 +7,27 @@
 
 namespace tavrik {
 
-// Other: a codec whose packets are passed on as they come (Motion JPEG, MPEG-4 ...).
-enum class Codec { kUnknown, kH264, kH265, kOther };
+// MpegVideo: MPEG-1 and MPEG-2. Other: a codec that the container names (Motion JPEG, MPEG-4 ...). The
+// packets of these two are passed on as they come.
+enum class Codec { kUnknown, kH264, kH265, kMpegVideo, kOther };
 
 enum class NalRole {
-    kPicture,     // a slice
-    kSupplement,  // SEI
-    kLeading,     // parameter sets, delimiters: what can only stand before a picture's first slice
-    kTrailing,    // belongs to the picture before it (end of sequence, filler, suffix SEI)
+    kPicture,    // a slice
+    kDelimiter,  // begins an access unit
+    kLeading,    // parameter sets, SEI: stands before a picture's slice, mostly its first
+    kTrailing,   // belongs to the picture before it (end of sequence, filler, suffix SEI)
 };
+
+// Bits of NalInfo::parameter_set.
+constexpr unsigned kVideoSet = 1, kSequenceSet = 2, kPictureSet = 4;
 
 struct NalInfo {
     NalRole role = NalRole::kTrailing;
-    bool first_slice = false;  // a slice that begins a picture
-    bool key = false;          // decoding can begin with the picture this NAL belongs to
-    bool sei = false;          // handed to the SEI callback, prefix or suffix
+    bool first_slice = false;     // a slice that begins a picture
+    bool random_access = false;   // a slice of a picture that needs none before it
+    bool recovery_point = false;  // SEI: decoding may begin with the picture this belongs to
+    bool sei = false;             // handed to the SEI callback, prefix or suffix
+    unsigned parameter_set = 0;
 };
 
 // H.264: ITU-T H.264 table 7-1 and 7.4.1.2.3; H.265: ITU-T H.265 table 7-1 and 7.4.2.4.4.

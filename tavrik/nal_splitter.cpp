@@ -19,6 +19,8 @@ void NalSplitter::push(const std::uint8_t* data, std::size_t size) {
             emit(at - 2);
             m_inNal = true;
             m_begin = at + 1;
+            m_openStamp = m_stamp;
+            m_stamp.pts = m_stamp.dts = kNoTime;
             at += 2;
         }
         ++at;
@@ -27,7 +29,7 @@ void NalSplitter::push(const std::uint8_t* data, std::size_t size) {
     dropProcessed();
 }
 
-void NalSplitter::emit(std::size_t end) {
+void NalSplitter::emit(std::size_t end, bool damaged) {
     std::size_t last = end;
     while (last > m_begin && m_buffer[last - 1] == 0) {
         --last;
@@ -37,8 +39,18 @@ void NalSplitter::emit(std::size_t end) {
         return;
     }
     if (last > m_begin) {
-        m_sink(m_buffer.data() + m_begin, last - m_begin);
+        m_sink({m_buffer.data() + m_begin, last - m_begin, m_base + m_begin, m_base + last, m_openStamp,
+                damaged});
     }
+}
+
+Nal NalSplitter::begun() const {
+    return {m_buffer.data() + m_begin,
+            m_buffer.size() - m_begin,
+            m_base + m_begin,
+            position(),
+            m_openStamp,
+            false};
 }
 
 void NalSplitter::dropProcessed() {
@@ -53,8 +65,18 @@ void NalSplitter::dropProcessed() {
         return;
     }
     m_buffer.erase(m_buffer.begin(), m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin));
+    m_base += m_begin;
     m_scanned -= std::min(m_scanned, m_begin);
     m_begin = 0;
+    giveBack();
+}
+
+// One giant picture must not hold its memory for ever.
+void NalSplitter::giveBack() {
+    constexpr std::size_t kKeepBytes = 1u << 20;
+    if (m_buffer.capacity() > kKeepBytes && m_buffer.size() < kKeepBytes / 4) {
+        std::vector<std::uint8_t>(m_buffer).swap(m_buffer);
+    }
 }
 
 void NalSplitter::flush() {
@@ -63,17 +85,30 @@ void NalSplitter::flush() {
     while (zeros < 2 && zeros < m_buffer.size() - m_begin && m_buffer[m_buffer.size() - 1 - zeros] == 0) {
         ++zeros;
     }
+    m_base += m_buffer.size() - zeros;
     m_buffer.assign(zeros, 0);
     m_begin = 0;
     m_scanned = 0;
     m_inNal = false;
     m_stray = false;
+    giveBack();
 }
 
-void NalSplitter::reset() {
+void NalSplitter::lost() {
+    emit(m_buffer.size(), true);
+    m_base += m_buffer.size();
     m_buffer.clear();
     m_begin = m_scanned = 0;
     m_inNal = m_stray = false;
+    giveBack();
+}
+
+void NalSplitter::reset() {
+    m_buffer = {};
+    m_base = 0;
+    m_begin = m_scanned = 0;
+    m_inNal = m_stray = false;
+    m_stamp = m_openStamp = Stamp{};
 }
 
 }  // namespace tavrik

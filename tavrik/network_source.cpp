@@ -1,6 +1,11 @@
 #include "tavrik/network_source.h"
 
+extern "C" {
+#include <libavutil/mathematics.h>
+}
+
 #include <chrono>
+#include <cstring>
 
 #include "tavrik/callback_gate.h"
 #include "tavrik/host_lookup.h"
@@ -12,6 +17,8 @@ constexpr int kLookUpMs = 10000;
 constexpr std::int64_t kOpenUs = 10000000;
 constexpr std::int64_t kGoodbyeUs = 200000;
 constexpr int kTryAgainMs = 5;
+// Where FFmpeg's demuxer of transport streams cuts a picture of unknown length in two.
+constexpr int kTransportPieceBytes = 200 << 10;
 
 std::int64_t nowUs() {
     return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now().time_since_epoch()).count();
@@ -28,6 +35,22 @@ void fillOptions(Dictionary& options, const Options& given, bool audio) {
         options.set(key.c_str(), value.c_str());
     }
     options.set("protocol_whitelist", "rtp,udp,tcp,tls,http,https,httpproxy,srtp");
+}
+
+std::int64_t ticks(std::int64_t time, AVRational unit) {
+    return time != AV_NOPTS_VALUE ? av_rescale_q(time, unit, AVRational{1, 90000}) : kNoTime;
+}
+
+Stamp stampOf(const AVPacket* packet, AVRational unit) {
+    return {ticks(packet->pts, unit), ticks(packet->dts, unit), Clock::now()};
+}
+
+SharedParameters copyOf(const AVCodecParameters* parameters) {
+    std::shared_ptr<AVCodecParameters> copy(avcodec_parameters_alloc(), AvFree());
+    if (copy == nullptr || avcodec_parameters_copy(copy.get(), parameters) < 0) {
+        return nullptr;
+    }
+    return copy;
 }
 
 const char* annexBFilter(const AVCodecParameters* format) {
@@ -64,6 +87,9 @@ void NetworkSource::run(SourceSink& sink) {
         return;
     }
     m_deadlineUs = 0;
+    const char* const name = format->iformat->name;
+    m_wholePictures = std::strcmp(name, "rtsp") != 0;
+    m_pictureLimit = std::strcmp(name, "mpegts") == 0 ? kTransportPieceBytes : 0;
     read(sink, format.get());
     // Closing tells the server to stop sending, which matters over UDP; a hanging server gets little time for
     // it.
@@ -126,7 +152,7 @@ void NetworkSource::read(SourceSink& sink, AVFormatContext* format) {
         if (stream->index == m_videoIndex) {
             passVideo(sink, stream, packet.get());
         } else if (stream->index == m_audioIndex && sink.wantsAudio()) {
-            sink.onAudioPacket(packet.get(), stream->codecpar);
+            passSound(sink, stream, packet.get());
         }
         av_packet_unref(packet.get());
     }
@@ -137,15 +163,36 @@ void NetworkSource::passVideo(SourceSink& sink, const AVStream* stream, AVPacket
         return;
     }
     if (m_toAnnexB == nullptr) {
-        sink.onVideoPacket(packet, m_videoFormat);
+        passVideoPacket(sink, packet);
         return;
     }
     if (av_bsf_send_packet(m_toAnnexB.get(), packet) < 0) {
         return;
     }
     while (av_bsf_receive_packet(m_toAnnexB.get(), packet) >= 0) {
-        sink.onVideoPacket(packet, m_videoFormat);
+        passVideoPacket(sink, packet);
         av_packet_unref(packet);
+    }
+}
+
+void NetworkSource::passVideoPacket(SourceSink& sink, const AVPacket* packet) {
+    if (packet->size <= 0) {
+        return;
+    }
+    VideoPiece piece{packet->data, static_cast<std::size_t>(packet->size), stampOf(packet, m_videoUnit)};
+    piece.ends_picture = m_wholePictures && (m_pictureLimit == 0 || packet->size < m_pictureLimit);
+    piece.after_loss = (packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+    sink.onVideo(piece, m_videoFormat);
+}
+
+void NetworkSource::passSound(SourceSink& sink, const AVStream* stream, const AVPacket* packet) {
+    if (m_audioFormat == nullptr) {
+        m_audioFormat = copyOf(stream->codecpar);
+    }
+    if (m_audioFormat != nullptr && packet->size > 0) {
+        sink.onSound(
+            {packet->data, static_cast<std::size_t>(packet->size), stampOf(packet, stream->time_base)},
+            m_audioFormat);
     }
 }
 
@@ -160,6 +207,7 @@ bool NetworkSource::prepareVideo(const AVStream* stream) {
             return false;
         }
         m_toAnnexB.reset(filter);
+        filter->time_base_in = stream->time_base;
         if (avcodec_parameters_copy(filter->par_in, format.get()) < 0 || av_bsf_init(filter) < 0) {
             return false;
         }
@@ -168,6 +216,7 @@ bool NetworkSource::prepareVideo(const AVStream* stream) {
         }
     }
     m_videoFormat = std::move(format);
+    m_videoUnit = m_toAnnexB != nullptr ? m_toAnnexB->time_base_out : stream->time_base;
     return true;
 }
 

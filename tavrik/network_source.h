@@ -1,4 +1,4 @@
-// A stream that FFmpeg fetches: RTSP or HTTP.
+// A stream that FFmpeg fetches: HTTP, RTSP over TLS, and RTSP where GStreamer is of no use.
 #pragma once
 
 #include <atomic>
@@ -24,6 +24,8 @@ private:
     void read(SourceSink& sink, AVFormatContext* format);
     void passVideo(SourceSink& sink, const AVStream* stream, AVPacket* packet);
     bool prepareVideo(const AVStream* stream);
+    void passVideoPacket(SourceSink& sink, const AVPacket* packet);
+    void passSound(SourceSink& sink, const AVStream* stream, const AVPacket* packet);
 
     NetworkAddress m_address;
     Options m_options;
@@ -33,8 +35,11 @@ private:
 
     int m_videoIndex = -1;
     int m_audioIndex = -1;
-    SharedParameters m_videoFormat;
-    BitstreamFilterPtr m_toAnnexB;  // for containers with length-prefixed NALs
+    SharedParameters m_videoFormat, m_audioFormat;
+    AVRational m_videoUnit{1, 90000};  // of the packets' times
+    bool m_wholePictures = false;      // the container's packets are pictures
+    int m_pictureLimit = 0;            // but not those of this size and above; 0: no limit
+    BitstreamFilterPtr m_toAnnexB;     // for containers with length-prefixed NALs
 };
 
 }  // namespace tavrik

@@ -1,121 +1,161 @@
 #include "tavrik/picture_stream.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace tavrik {
+namespace {
 
-PictureStream::PictureStream(Codec codec, Sink sink)
+// A sequence header of MPEG-1 or MPEG-2 video.
+bool holdsSequenceHeader(const std::vector<std::uint8_t>& bytes) {
+    static constexpr std::uint8_t kHeader[] = {0, 0, 1, 0xB3};
+    return std::search(bytes.begin(), bytes.end(), std::begin(kHeader), std::end(kHeader)) != bytes.end();
+}
+
+}  // namespace
+
+PictureStream::PictureStream(Codec codec, Sink sink, Ends ends)
     : m_sink(std::move(sink)),
       m_codec(codec),
       m_detect(codec == Codec::kUnknown),
-      m_splitter([this](const std::uint8_t* nal, std::size_t size) { onNal(nal, size); }),
-      m_assembler(codec, [this](const AccessUnit& unit) { onUnit(unit); }) {}
+      m_splitter([this](const Nal& nal) { onNal(nal); }),
+      m_assembler(codec, [this](const AccessUnitPtr& unit) { onUnit(unit); }),
+      m_ends(ends) {}
+
+void PictureStream::stamp(const Stamp& stamp) {
+    m_stamp = stamp;
+    m_splitter.stamp(stamp);
+}
 
 void PictureStream::push(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return;
     }
-    if (m_codec != Codec::kOther) {
-        m_splitter.push(data, size);
-        learnFromCut();
+    if (opaque()) {
+        pushOpaque(data, size);
         return;
     }
-    if (m_opaque.bytes.size() + size > AccessUnitAssembler::kMaxUnitBytes) {
-        m_opaque.clear();
+    if (m_ends == Ends::kGuessed) {
+        m_silence.pushed(m_splitter.position(), m_stamp.arrival);
     }
-    m_opaque.bytes.insert(m_opaque.bytes.end(), data, data + size);
-    m_opaque.has_picture = m_opaque.key = true;
+    m_splitter.push(data, size);
+    peek();
+    judgeCut(false);
+}
+
+// The NAL in hand is not whole yet, but its first bytes may show that the picture before it is.
+void PictureStream::peek() {
+    if (!m_splitter.pending() || m_codec == Codec::kUnknown) {
+        return;
+    }
+    const Nal begun = m_splitter.begun();
+    if (begun.begin != m_peeked && m_assembler.peek(begun)) {
+        m_peeked = begun.begin;
+    }
 }
 
 void PictureStream::endOfPicture() {
-    // A container that ends packets inside pictures is no guide; silence and the next picture's beginning
-    // remain.
-    if (m_wrongContainerCuts < kWrongCutsAllowed) {
-        cut(Cut::kContainer);
-    }
-}
-
-void PictureStream::idle() { cut(Cut::kIdle); }
-
-void PictureStream::samePicture(int gap_ms) {
-    m_gapMs = std::max(m_gapMs, gap_ms);
-    followGaps();
-    if (m_lastCut == Cut::kIdle) {
-        m_lastCut = Cut::kNone;
-    }
-}
-
-// Half as long again as the longest pause seen: it needs no trial at the price of a damaged picture to come
-// down.
-void PictureStream::followGaps() {
-    const int longest = std::max(m_gapMs, m_lastGapMs);
-    m_idleMs = std::clamp(longest + (longest + 1) / 2, kIdleMs, kMaxIdleMs);
-}
-
-bool PictureStream::pending() const {
-    return m_codec == Codec::kOther ? m_opaque.has_picture : m_splitter.pending() || m_assembler.pending();
-}
-
-void PictureStream::cut(Cut reason) {
-    if (m_codec == Codec::kOther) {
-        if (m_opaque.has_picture) {
-            onUnit(m_opaque);
-        }
-        m_opaque.clear();
+    if (opaque()) {
+        finishOpaque();
         return;
     }
-    if (!pending()) {
+    judgeCut(true);
+    if (m_wrongContainerCuts < kWrongCutsAllowed) {
+        m_splitter.flush();
+        m_assembler.flush();
+    }
+    watchCut(Cut::kContainer);
+}
+
+void PictureStream::lost() {
+    m_cut = Cut::kNone;
+    m_opaqueDamaged = m_opaqueDamaged || !m_opaque.empty();
+    m_splitter.lost();
+    m_assembler.markDamaged();
+}
+
+void PictureStream::finish() {
+    if (opaque()) {
+        finishOpaque();
         return;
     }
     m_splitter.flush();
-    m_cutAPicture = m_assembler.pending();
     m_assembler.flush();
-    m_lastCut = reason;
+    m_cut = Cut::kNone;
 }
 
-// A cut was wrong if the stream went on inside the picture. Then that kind of cut is used with more patience,
-// and trusted again after many good pictures.
-void PictureStream::learnFromCut() {
-    const bool continued = m_assembler.takeContinued();
-    const bool wrong = continued || m_splitter.cutByFlush();
-    if (!wrong || m_lastCut == Cut::kNone) {
+void PictureStream::idle() {
+    if (idleMs() < 0) {
         return;
     }
-    // A lost first slice looks the same as a pause, so it takes two within a short time.
-    const bool again = m_idleSuspect && m_cleanUnits < kSuspectUnits;
-    if (m_lastCut == Cut::kIdle) {
-        m_idleSuspect = !again;
-        if (again && m_gapMs < 0) {
-            morePatience();
-        }
+    // A parameter set or message in hand belongs to the next picture, or is followed by what does.
+    const bool slice = m_splitter.pending() && m_assembler.isSlice(m_splitter.begun());
+    if (!slice && !m_assembler.pending()) {
+        return;
     }
-    if (m_lastCut == Cut::kContainer) {
-        ++m_wrongContainerCuts;
+    judgeCut(true);
+    if (slice) {
+        m_splitter.flush();
     }
-    m_lastCut = Cut::kNone;
+    m_assembler.flush();
+    watchCut(Cut::kSilence);
+}
+
+bool PictureStream::pending() const {
+    return opaque() ? !m_opaque.empty() : m_splitter.pending() || m_assembler.pending();
+}
+
+void PictureStream::watchCut(Cut cut) {
+    m_cut = cut;
+    m_cutPosition = m_splitter.position();
+    m_spansCut = false;
+    m_splitter.takeStray();
+    m_assembler.watch();
+}
+
+// A cut was wrong if the stream went on inside the picture. A lost first slice may look the same, so a few
+// are forgiven to a container; it is judged on while it is not believed.
+void PictureStream::judgeCut(bool nal_is_whole) {
+    if (m_cut == Cut::kNone) {
+        return;
+    }
+    AccessUnitAssembler::Slice next = m_assembler.watched();
+    if (nal_is_whole && next == AccessUnitAssembler::Slice::kNone && m_splitter.pending()) {
+        const Nal begun = m_splitter.begun();
+        m_spansCut = m_spansCut || (begun.begin < m_cutPosition && begun.end > m_cutPosition);
+        next = begun.begin >= m_cutPosition ? m_assembler.judge(begun) : next;
+    }
+    const bool same = next == AccessUnitAssembler::Slice::kOfTheSamePicture;
+    if (m_splitter.takeStray() || same || m_spansCut) {
+        cutWasWrong();
+        m_cut = Cut::kNone;
+    } else if (next != AccessUnitAssembler::Slice::kNone) {
+        m_cut = Cut::kNone;
+    }
+}
+
+void PictureStream::cutWasWrong() {
+    if (m_cut == Cut::kSilence) {
+        m_silence.wrong();
+        return;
+    }
+    ++m_wrongContainerCuts;
     m_cleanUnits = 0;
 }
 
-// Each time it takes longer until the shorter silence is tried again: a try costs a damaged picture.
-void PictureStream::morePatience() {
-    if (m_idleMs < kMaxIdleMs) {
-        m_unitsToTrust = std::min(m_unitsToTrust * 2, kMaxCleanUnits);
-    }
-    m_idleMs = std::min(m_idleMs * 2, kMaxIdleMs);
-    m_cleanUnits = 0;
-}
-
-void PictureStream::onNal(const std::uint8_t* nal, std::size_t size) {
+void PictureStream::onNal(const Nal& nal) {
+    m_spansCut = m_spansCut || (nal.begin < m_cutPosition && nal.end > m_cutPosition);
     if (m_detect) {
-        followCodec(nal, size);
+        followCodec(nal);
     }
     if (m_codec != Codec::kUnknown) {
-        m_assembler.add(nal, size);
+        m_assembler.add(nal);
     }
 }
 
-void PictureStream::followCodec(const std::uint8_t* nal, std::size_t size) {
-    const Codec told = codecOfParameterSet(nal, size);
+void PictureStream::followCodec(const Nal& nal) {
+    const Codec told = codecOfParameterSet(nal.data, nal.size);
     if (told == Codec::kUnknown) {
         return;
     }
@@ -129,24 +169,45 @@ void PictureStream::followCodec(const std::uint8_t* nal, std::size_t size) {
     }
     m_foreignSets = 0;
     m_codec = told;
-    m_assembler = AccessUnitAssembler(told, [this](const AccessUnit& unit) { onUnit(unit); });
+    m_assembler = AccessUnitAssembler(told, [this](const AccessUnitPtr& unit) { onUnit(unit); });
 }
 
-void PictureStream::onUnit(const AccessUnit& unit) {
-    if (m_gapMs >= 0 && ++m_windowUnits >= kGapUnits) {
-        m_windowUnits = 0;
-        m_lastGapMs = m_gapMs;
-        m_gapMs = 0;
-        followGaps();
-    }
-    if (++m_cleanUnits >= m_unitsToTrust) {
+void PictureStream::onUnit(const AccessUnitPtr& unit) {
+    if (++m_cleanUnits >= kCleanUnits) {
         m_cleanUnits = 0;
-        if (m_gapMs < 0) {
-            m_idleMs = std::max(m_idleMs / 2, kIdleMs);
-        }
         m_wrongContainerCuts = 0;
     }
-    m_sink(m_codec, unit);
+    if (m_ends == Ends::kGuessed) {
+        m_silence.picture(m_assembler.begin(), m_assembler.end(), unit->stamp.arrival);
+    }
+    m_sink(unit);
+}
+
+void PictureStream::pushOpaque(const std::uint8_t* data, std::size_t size) {
+    if (m_opaque.size() + size > AccessUnitAssembler::kMaxUnitBytes) {
+        m_opaque.clear();
+        m_opaqueDamaged = true;
+    }
+    if (m_opaque.empty()) {
+        m_opaqueStamp = m_stamp;
+        m_stamp.pts = m_stamp.dts = kNoTime;
+    }
+    m_opaque.insert(m_opaque.end(), data, data + size);
+}
+
+void PictureStream::finishOpaque() {
+    if (m_opaque.empty()) {
+        return;
+    }
+    auto unit = std::make_shared<AccessUnit>();
+    unit->codec = m_codec;
+    unit->stamp = m_opaqueStamp;
+    unit->decoding_can_begin = m_codec == Codec::kOther || holdsSequenceHeader(m_opaque);
+    unit->file_can_begin = unit->decoding_can_begin;
+    unit->damaged = std::exchange(m_opaqueDamaged, false);
+    sealBytes(m_opaque);
+    unit->padded = std::exchange(m_opaque, {});
+    m_sink(unit);
 }
 
 }  // namespace tavrik

@@ -1,77 +1,87 @@
-// One video elementary stream from bytes to pictures, with no frame of delay: a picture leaves as soon as its
-// end is known from the container, from the next one's beginning, or from silence on the line.
+// One video elementary stream from bytes to pictures, with no frame of delay where the container tells a
+// picture's end; else a picture leaves when the next one begins.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "tavrik/access_unit.h"
 #include "tavrik/nal.h"
 #include "tavrik/nal_splitter.h"
+#include "tavrik/silence_guess.h"
+#include "tavrik/stamp.h"
 
 namespace tavrik {
 
-// Not thread-safe; the owner measures the silence.
+// Not thread-safe.
 class PictureStream {
 public:
-    using Sink = std::function<void(Codec codec, const AccessUnit& unit)>;
+    using Sink = std::function<void(const AccessUnitPtr& unit)>;
+    // kProven: by endOfPicture() or the next picture's beginning alone. kGuessed: by silence too, once its
+    // pauses are known; each push then needs a stamp with its arrival.
+    enum class Ends { kProven, kGuessed };
 
     // Unknown: the first parameter set tells the codec, and a change of codec later is followed.
-    PictureStream(Codec codec, Sink sink);
+    PictureStream(Codec codec, Sink sink, Ends ends = Ends::kProven);
 
+    // Of the picture whose first byte is pushed next.
+    void stamp(const Stamp& stamp);
     void push(const std::uint8_t* data, std::size_t size);
-    // The container says that a picture has ended here.
+    // The container proves that a picture has ended here. One that is found to say so inside pictures is not
+    // believed until its word has been right for many.
     void endOfPicture();
-    // The container says that what is pushed next belongs to the picture of the last push, gap_ms
-    // milliseconds after it. The longest gap of the last pictures then sets the silence that ends one.
-    void samePicture(int gap_ms);
-    // No byte has come for idleMs() milliseconds.
+    // The container knows that bytes are missing between the last push and the next.
+    void lost();
+    // The stream has ended: what waits is let go.
+    void finish();
+
+    // No byte has come for idleMs() milliseconds, and none waits in the system or in a queue.
     void idle();
+    // Milliseconds of silence that end a picture; -1 while silence ends none.
+    int idleMs() const { return m_ends == Ends::kGuessed ? m_silence.silenceMs() : -1; }
 
     // True while bytes wait for the end of their picture.
     bool pending() const;
-    // Milliseconds of silence that end a picture: 3, and longer (up to 48) for a sender found to pause inside
-    // pictures.
-    int idleMs() const { return m_idleMs; }
     Codec codec() const { return m_codec; }
+    // Of its buffers.
+    std::size_t bytesHeld() const { return m_splitter.bytesHeld() + m_opaque.capacity(); }
 
 private:
-    enum class Cut { kNone, kContainer, kIdle };
+    enum class Cut { kNone, kContainer, kSilence };
 
-    void onNal(const std::uint8_t* nal, std::size_t size);
-    void onUnit(const AccessUnit& unit);
-    void followCodec(const std::uint8_t* nal, std::size_t size);
-    void cut(Cut reason);
-    void learnFromCut();
-    void morePatience();
-    void followGaps();
+    bool opaque() const { return m_codec == Codec::kOther || m_codec == Codec::kMpegVideo; }
+    void onNal(const Nal& nal);
+    void onUnit(const AccessUnitPtr& unit);
+    void pushOpaque(const std::uint8_t* data, std::size_t size);
+    void finishOpaque();
+    void followCodec(const Nal& nal);
+    void peek();
+    void watchCut(Cut cut);
+    void judgeCut(bool nal_is_whole);
+    void cutWasWrong();
 
     Sink m_sink;
     Codec m_codec;
     const bool m_detect;
     NalSplitter m_splitter;
     AccessUnitAssembler m_assembler;
-    AccessUnit m_opaque;  // for Codec::kOther
-    Cut m_lastCut = Cut::kNone;
-    bool m_cutAPicture = false;  // the last cut handed one out
+    std::vector<std::uint8_t> m_opaque;  // of a codec whose packets are passed on
+    Stamp m_stamp, m_opaqueStamp;
+    bool m_opaqueDamaged = false;
+    std::uint64_t m_peeked = 0;  // where the NAL begins whose beginning tells no more
     int m_foreignSets = 0;       // parameter sets of another codec in a row
-    int m_idleMs = kIdleMs;
-    bool m_idleSuspect = false;        // one silence has cut a picture; it may have been a loss
-    int m_cleanUnits = 0;              // pictures since a cut was last found wrong
-    int m_unitsToTrust = kCleanUnits;  // clean pictures after which a shorter silence is tried again
-    int m_wrongContainerCuts = 0;
-    int m_gapMs = -1;     // longest pause inside the pictures of the present window; -1: none was ever told
-    int m_lastGapMs = 0;  // that of the window before
-    int m_windowUnits = 0;
 
-    static constexpr int kIdleMs = 3;
-    static constexpr int kMaxIdleMs = 48;
-    static constexpr int kGapUnits =
-        100;  // pictures in a window of gaps: a pause is remembered 4 to 8 s at 25 a second
-    static constexpr int kSuspectUnits = 50;
+    const Ends m_ends;
+    SilenceGuess m_silence;
+    Cut m_cut = Cut::kNone;           // what has ended a picture, until the next slice shows whether rightly
+    std::uint64_t m_cutPosition = 0;  // where
+    bool m_spansCut = false;          // a NAL goes on across it
+    int m_wrongContainerCuts = 0;
+    int m_cleanUnits = 0;  // pictures since the container was last found wrong
+
     static constexpr int kCleanUnits = 500;
-    static constexpr int kMaxCleanUnits = 16000;
     static constexpr int kWrongCutsAllowed = 3;
 };
 

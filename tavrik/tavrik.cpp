@@ -13,6 +13,7 @@
 #include "tavrik/live_session.h"
 #include "tavrik/network_source.h"
 #include "tavrik/pull_source.h"
+#include "tavrik/rtsp_source.h"
 
 namespace tavrik {
 namespace {
@@ -95,6 +96,9 @@ std::unique_ptr<Source> makeSource(const char* url, int port, const std::string&
         const auto address = parseNetworkAddress(text);
         if (!address) {
             return nullptr;
+        }
+        if (address->scheme == "rtsp") {
+            return std::make_unique<RtspSource>(*address, options);
         }
         return std::make_unique<NetworkSource>(*address, options);
     }

@@ -14,7 +14,8 @@ namespace tavrik {
 // likewise. Called on the stream's decoder thread.
 using FrameCallback = std::function<void(AVFrame* frame, float fps, int bitrate)>;
 // Signed 16-bit little-endian interleaved PCM, `size` bytes. Called on the stream's audio thread, which may
-// block in it.
+// block in it. Sound waits for its picture where the stream tells the times of both; what lies more than
+// 300 ms behind the picture is not handed out.
 using AudioCallback = std::function<void(unsigned char* data, int size, int sample_rate, int channels)>;
 // A run of SEI NAL units of one picture, each with a 4-byte start code, emulation prevention in place.
 // One zero byte follows the last (trailing_zero_8bits of the byte stream format), so that a reader that looks
@@ -33,7 +34,12 @@ int list_decoders();
 // address or a multicast group (joined on local_ip), may be empty; `port` the local UDP port to bind;
 // local_ip the interface, empty = any (and so is a loopback one when `url` names another host or a group);
 // transport stream or raw Annex B, H.264 or H.265, is told by the bytes.
-// av_options: "key=value;key=value" handed to FFmpeg. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is
+// av_options: "key=value;key=value" with FFmpeg's keys and units. Over RTSP: rtsp_transport (udp, tcp,
+// udp_multicast, http; none: tcp, and udp where the server refuses that), max_delay (microseconds that a
+// missing datagram is waited for; 20000) and reorder_queue_size=0 (not at all), timeout or stimeout
+// (microseconds without a packet after which the stream ends; none: never), buffer_size, min_port, max_port,
+// allowed_media_types, user_agent. Other keys go to the decoder and, for http:// and rtsps://, to FFmpeg's
+// receiver. decoder: 1 software, 2 CUDA, 4 Quick Sync; one that is
 // not there falls back to software. Returns a handle above 0, or 0 for a malformed or refused address
 // (control characters, foreign protocol, port out of range). It never reconnects by itself. Empty callables
 // are allowed for audio and SEI.

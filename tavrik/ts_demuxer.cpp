@@ -1,278 +1,193 @@
 #include "tavrik/ts_demuxer.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace tavrik {
 namespace {
 
-constexpr std::size_t kMaxSectionBytes = 1024;
 constexpr std::size_t kMaxAudioBytes = 256u << 10;
-constexpr std::size_t kMaxProgrammes = 64;
-constexpr int kAssociationTable = 0;
-constexpr int kMapTable = 2;
-
-std::array<std::uint32_t, 256> makeCrcTable() {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        std::uint32_t value = i << 24;
-        for (int bit = 0; bit < 8; ++bit) {
-            value = (value << 1) ^ ((value & 0x80000000u) != 0 ? 0x04C11DB7u : 0u);
-        }
-        table[i] = value;
-    }
-    return table;
-}
+// A muxer that has to give each PES packet a length splits large pictures at about the longest.
+constexpr std::size_t kLongestSurelyWhole = 65000;
+// Ten minutes at 25 a second.
+constexpr int kStuffingDoubted = 15000;
 
 int pidAt(const std::uint8_t* p) { return ((p[0] & 0x1F) << 8) | p[1]; }
 
-Codec videoCodec(int stream_type) {
-    if (stream_type == 0x1B) {
-        return Codec::kH264;
+// True if the adaptation field holds bytes that serve nothing but to fill the packet up. `field` is its
+// length byte.
+bool isStuffed(const std::uint8_t* field) {
+    const std::size_t length = field[0];
+    if (length == 0) {
+        return true;
     }
-    if (stream_type == 0x24) {
-        return Codec::kH265;
+    const std::uint8_t flags = field[1];
+    std::size_t at = 2;
+    const std::size_t end = 1 + length;
+    at += (flags & 0x10) != 0 ? 6 : 0;  // PCR
+    at += (flags & 0x08) != 0 ? 6 : 0;  // OPCR
+    at += (flags & 0x04) != 0 ? 1 : 0;  // splice countdown
+    for (const std::uint8_t flag : {0x02, 0x01}) {
+        // Private data and the extension tell their own length.
+        if ((flags & flag) != 0 && at < end) {
+            at += 1u + field[at];
+        }
     }
-    return Codec::kUnknown;
+    if (at >= end) {
+        return flags == 0;
+    }
+    return std::all_of(field + at, field + end, [](std::uint8_t byte) { return byte == 0xFF; });
 }
 
-bool isAudio(int stream_type) {
-    return stream_type == 0x03 || stream_type == 0x04 || stream_type == 0x0F || stream_type == 0x11 ||
-           stream_type == 0x81;
+// Whether the first bytes of a PES payload can begin a picture; else the picture before goes on in it.
+bool canBeginPicture(Codec codec, const std::uint8_t* data, std::size_t size) {
+    std::size_t zeros = 0;
+    while (zeros < size && data[zeros] == 0) {
+        ++zeros;
+    }
+    if (size < 4 || zeros + 1 >= size) {
+        return true;
+    }
+    if (zeros < 2 || data[zeros] != 1) {
+        return false;
+    }
+    // Picture, sequence, group.
+    const std::uint8_t code = data[zeros + 1];
+    return codec != Codec::kMpegVideo || code == 0x00 || code == 0xB3 || code == 0xB8;
+}
+
+std::int64_t timeAt(const std::uint8_t* p) {
+    return (static_cast<std::int64_t>(p[0] & 0x0E) << 29) | (p[1] << 22) | ((p[2] & 0xFE) << 14) |
+           (p[3] << 7) | (p[4] >> 1);
 }
 
 }  // namespace
 
-std::uint32_t crc32Mpeg(const std::uint8_t* data, std::size_t size) {
-    static const std::array<std::uint32_t, 256> table = makeCrcTable();
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (std::size_t i = 0; i < size; ++i) {
-        crc = (crc << 8) ^ table[((crc >> 24) ^ data[i]) & 0xFF];
-    }
-    return crc;
-}
-
 void TsDemuxer::reset() {
-    m_carry.clear();
-    m_synced = false;
-    m_lostBytes = 0;
-    m_mapPids.clear();
-    m_association = m_map = Section{};
-    m_mapSectionPid = m_chosenMapPid = -1;
+    m_packets.reset();
+    m_tables.reset();
     m_video = m_audio = Pes{};
-}
-
-void TsDemuxer::push(const std::uint8_t* data, std::size_t size) {
-    m_carry.insert(m_carry.end(), data, data + size);
-    std::size_t at = 0;
-    while (m_carry.size() - at >= kPacketBytes) {
-        const std::size_t next = at + kPacketBytes;
-        // In step a packet is taken at once, without waiting for the next one's sync byte; out of step it
-        // must be seen.
-        const bool next_known = next < m_carry.size();
-        if (m_carry[at] == kSync && (m_synced || (next_known && m_carry[next] == kSync))) {
-            packet(m_carry.data() + at);
-            m_synced = true;
-            m_lostBytes = 0;
-            at = next;
-        } else if (m_carry[at] == kSync && !next_known) {
-            break;
-        } else {
-            m_synced = false;
-            const auto* from = m_carry.data() + at + 1;
-            const void* hit = std::memchr(from, kSync, m_carry.size() - at - 1);
-            const std::size_t to =
-                hit != nullptr
-                    ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(hit) - m_carry.data())
-                    : m_carry.size();
-            m_lostBytes += to - at;
-            at = to;
-        }
-    }
-    m_carry.erase(m_carry.begin(), m_carry.begin() + static_cast<std::ptrdiff_t>(at));
+    m_lastTime = kNoTime;
+    m_stuffingDoubted = 0;
 }
 
 void TsDemuxer::packet(const std::uint8_t* p) {
     const bool damaged = (p[1] & 0x80) != 0;
-    const bool starts = (p[1] & 0x40) != 0;
-    const int pid = pidAt(p + 1);
     const bool scrambled = (p[3] & 0xC0) != 0;
     const bool has_payload = (p[3] & 0x10) != 0;
-    const int counter = p[3] & 0x0F;
-    std::size_t offset = 4;
-    if ((p[3] & 0x20) != 0) {
-        offset += 1u + p[4];
-    }
-    if (damaged || scrambled || !has_payload || offset >= kPacketBytes) {
-        return;
-    }
-    const std::uint8_t* payload = p + offset;
-    const std::size_t size = kPacketBytes - offset;
-    if (pid == 0) {
-        section(m_association, payload, size, starts);
+    const bool starts = (p[1] & 0x40) != 0;
+    const int pid = pidAt(p + 1);
+    const std::size_t offset = (p[3] & 0x20) != 0 ? 5u + p[4] : 4;
+    if (damaged || scrambled || !has_payload || offset >= kTsPacketBytes) {
         return;
     }
     for (Pes* pes : {&m_video, &m_audio}) {
-        if (pes->pid != pid) {
-            continue;
-        }
-        // A packet may be sent twice in a row; the second is dropped.
-        if (counter == pes->counter && std::equal(p, p + kPacketBytes, pes->last.begin())) {
+        if (pes->stream.pid == pid) {
+            pesPacket(*pes, p, offset);
             return;
         }
-        pes->counter = counter;
-        std::copy(p, p + kPacketBytes, pes->last.begin());
-        pesData(*pes, payload, size, starts);
-        return;
     }
-    if (std::find(m_mapPids.begin(), m_mapPids.end(), pid) == m_mapPids.end()) {
-        return;
-    }
-    if (m_mapSectionPid != pid) {
-        if (!starts) {
-            return;
-        }
-        m_map = Section{};
-        m_mapSectionPid = pid;
-    }
-    section(m_map, payload, size, starts);
-}
-
-void TsDemuxer::section(Section& s, const std::uint8_t* data, std::size_t size, bool starts) {
-    if (!starts) {
-        if (s.open) {
-            sectionBytes(s, data, size);
-        }
-        return;
-    }
-    const std::size_t pointer = data[0];
-    ++data;
-    --size;
-    if (pointer > size) {
-        s.open = false;
-        return;
-    }
-    if (s.open) {
-        sectionBytes(s, data, pointer);
-    }
-    s.bytes.clear();
-    s.open = true;
-    sectionBytes(s, data + pointer, size - pointer);
-}
-
-void TsDemuxer::sectionBytes(Section& s, const std::uint8_t* data, std::size_t size) {
-    s.bytes.insert(s.bytes.end(), data, data + size);
-    while (s.open && s.bytes.size() >= 3) {
-        const std::size_t length = 3u + (static_cast<std::size_t>(s.bytes[1] & 0x0F) << 8) + s.bytes[2];
-        if (s.bytes[0] == 0xFF || length > kMaxSectionBytes) {
-            s.open = false;
-            break;
-        }
-        if (s.bytes.size() < length) {
-            return;
-        }
-        const std::vector<std::uint8_t> whole(s.bytes.begin(),
-                                              s.bytes.begin() + static_cast<std::ptrdiff_t>(length));
-        s.bytes.erase(s.bytes.begin(), s.bytes.begin() + static_cast<std::ptrdiff_t>(length));
-        table(whole);
+    if (m_tables.packet(pid, p + offset, kTsPacketBytes - offset, starts)) {
+        choose(m_video, m_tables.video());
+        choose(m_audio, m_tables.audio());
     }
 }
 
-void TsDemuxer::table(const std::vector<std::uint8_t>& bytes) {
-    // 8 bytes of head, 4 of CRC; not-yet-applicable tables are left out.
-    if (bytes.size() < 12 || crc32Mpeg(bytes.data(), bytes.size()) != 0 || (bytes[5] & 1) == 0) {
-        return;
-    }
-    if (bytes[0] == kAssociationTable) {
-        programmeAssociation(bytes.data() + 8, bytes.size() - 12);
-    }
-    if (bytes[0] == kMapTable) {
-        programmeMap(bytes.data() + 8, bytes.size() - 12);
+void TsDemuxer::choose(Pes& pes, const TsStream& stream) {
+    if (!(pes.stream == stream)) {
+        pes = Pes{};
+        pes.stream = stream;
     }
 }
 
-void TsDemuxer::programmeAssociation(const std::uint8_t* p, std::size_t size) {
-    m_mapPids.clear();
-    for (; size >= 4 && m_mapPids.size() < kMaxProgrammes; p += 4, size -= 4) {
-        const bool network = p[0] == 0 && p[1] == 0;
-        if (!network) {
-            m_mapPids.push_back(pidAt(p + 2));
-        }
+void TsDemuxer::pesPacket(Pes& pes, const std::uint8_t* p, std::size_t offset) {
+    const bool starts = (p[1] & 0x40) != 0;
+    const bool has_field = (p[3] & 0x20) != 0;
+    const bool jump_told = has_field && p[4] > 0 && (p[5] & 0x80) != 0;
+    const int counter = p[3] & 0x0F;
+    const std::uint8_t* payload = p + offset;
+    const std::size_t size = kTsPacketBytes - offset;
+    // A packet may be sent twice in a row, with another clock in its adaptation field.
+    if (counter == pes.counter && size == pes.last.size() &&
+        std::equal(pes.last.begin(), pes.last.end(), payload)) {
+        return;
     }
-    if (std::find(m_mapPids.begin(), m_mapPids.end(), m_chosenMapPid) != m_mapPids.end()) {
-        m_mapPids.assign(1, m_chosenMapPid);
+    const bool gap = pes.counter >= 0 && counter != ((pes.counter + 1) & 0x0F) && !jump_told;
+    pes.counter = counter;
+    pes.last.assign(payload, payload + size);
+    const bool video = &pes == &m_video;
+    if (gap) {
+        lose(pes, starts);
+    } else if (video) {
+        judgeStuffing(pes, !starts);
+    }
+    pesData(pes, payload, size, starts);
+    pes.last_stuffed = has_field && isStuffed(p + 4);
+    if (video && pes.last_stuffed && pes.state == State::kPayload && !pes.bounded && m_stuffingDoubted == 0) {
+        pesEnd(pes);
+        pes.state = State::kStuffed;
     }
 }
 
-void TsDemuxer::programmeMap(const std::uint8_t* p, std::size_t size) {
-    if (size < 4) {
+// Packets of the stream are missing before the present one.
+void TsDemuxer::lose(Pes& pes, bool starts) {
+    pes.last_stuffed = false;
+    if (&pes == &m_audio) {
+        pes.payload.clear();
+        pes.state = starts ? pes.state : State::kClosed;
         return;
     }
-    const std::size_t info = (static_cast<std::size_t>(p[2] & 0x0F) << 8) | p[3];
-    if (info > size - 4) {
+    m_handler.tsVideoLost();
+    if (starts) {
         return;
     }
-    p += 4 + info;
-    size -= 4 + info;
-    int video_pid = -1, video_type = 0, audio_pid = -1, audio_type = 0;
-    while (size >= 5) {
-        const int type = p[0];
-        const int pid = pidAt(p + 1);
-        const std::size_t step = 5u + ((static_cast<std::size_t>(p[3] & 0x0F) << 8) | p[4]);
-        if (video_pid < 0 && videoCodec(type) != Codec::kUnknown) {
-            video_pid = pid;
-            video_type = type;
-        }
-        if (audio_pid < 0 && isAudio(type)) {
-            audio_pid = pid;
-            audio_type = type;
-        }
-        if (step > size) {
-            break;
-        }
-        p += step;
-        size -= step;
-    }
-    if (video_pid < 0) {
-        return;
-    }
-    choose(m_video, video_pid, video_type);
-    choose(m_audio, audio_pid, audio_type);
-    m_chosenMapPid = m_mapSectionPid;
-    m_mapPids.assign(1, m_chosenMapPid);
+    // How much is missing nobody knows, and the head of another PES packet may be among it: what follows is
+    // passed on, its slices tell whose they are.
+    pes.state = State::kPayload;
+    pes.header.clear();
+    pes.bounded = pes.fresh = false;
 }
 
-void TsDemuxer::choose(Pes& pes, int pid, int stream_type) {
-    if (pes.pid == pid && pes.stream_type == stream_type) {
-        return;
+// Stuffing in a packet after which the same PES packet goes on proves nothing, now and for a while.
+void TsDemuxer::judgeStuffing(Pes& pes, bool goes_on) {
+    const bool taken = pes.state == State::kStuffed;
+    if (goes_on && pes.last_stuffed && (taken || pes.state == State::kPayload)) {
+        m_stuffingDoubted = kStuffingDoubted;
+        pes.state = State::kPayload;
+    } else if (!goes_on && m_stuffingDoubted > 0) {
+        --m_stuffingDoubted;
     }
-    pes = Pes{};
-    pes.pid = pid;
-    pes.stream_type = stream_type;
 }
 
 void TsDemuxer::pesData(Pes& pes, const std::uint8_t* data, std::size_t size, bool starts) {
     if (starts) {
-        pesEnd(pes);
-        pes.open = true;
-        pes.in_payload = false;
-        pes.header.clear();
+        pesStart(pes);
     }
-    if (!pes.open) {
+    if (pes.state == State::kPayload) {
+        pesPayload(pes, data, size);
+    }
+    if (pes.state != State::kHeader) {
         return;
     }
-    if (!pes.in_payload) {
-        pes.header.insert(pes.header.end(), data, data + size);
-        if (!pesHeaderComplete(pes)) {
-            return;
+    pes.header.insert(pes.header.end(), data, data + size);
+    if (!pesHeaderComplete(pes)) {
+        return;
+    }
+    const std::vector<std::uint8_t> head = std::move(pes.header);
+    pes.header.clear();
+    const std::size_t skip = 9u + head[8];
+    pesPayload(pes, head.data() + skip, head.size() - skip);
+}
+
+void TsDemuxer::pesStart(Pes& pes) {
+    if (pes.state == State::kPayload) {
+        if (&pes == &m_video) {
+            pes.end_due = true;
+        } else {
+            pesEnd(pes);
         }
-        const std::vector<std::uint8_t> head = std::move(pes.header);
-        pes.header.clear();
-        const std::size_t skip = 9u + head[8];
-        pesPayload(pes, head.data() + skip, head.size() - skip);
-        return;
     }
-    pesPayload(pes, data, size);
+    pes.state = State::kHeader;
+    pes.header.clear();
 }
 
 // False while bytes are missing, or when it is no PES header: then the packet is closed.
@@ -282,7 +197,7 @@ bool TsDemuxer::pesHeaderComplete(Pes& pes) {
         return false;
     }
     if (h[0] != 0 || h[1] != 0 || h[2] != 1 || (h[6] & 0xC0) != 0x80) {
-        pes.open = false;
+        pes.state = State::kClosed;
         return false;
     }
     if (h.size() < 9u + h[8]) {
@@ -292,18 +207,39 @@ bool TsDemuxer::pesHeaderComplete(Pes& pes) {
     const std::size_t after = 3u + h[8];
     pes.bounded = length > after;
     pes.left = pes.bounded ? length - after : 0;
-    pes.in_payload = true;
+    pes.splittable = length > kLongestSurelyWhole;
+    pes.fresh = true;
+    readTimes(pes);
+    pes.state = State::kPayload;
     return true;
+}
+
+void TsDemuxer::readTimes(Pes& pes) {
+    const auto& h = pes.header;
+    const bool has_pts = (h[7] & 0x80) != 0 && h[8] >= 5;
+    const bool has_dts = has_pts && (h[7] & 0x40) != 0 && h[8] >= 10;
+    pes.pts = has_pts ? unwrapped(timeAt(h.data() + 9)) : kNoTime;
+    pes.dts = has_dts ? unwrapped(timeAt(h.data() + 14)) : pes.pts;
+}
+
+// The time next to the last one that has the same 33 bits.
+std::int64_t TsDemuxer::unwrapped(std::int64_t time) {
+    constexpr std::int64_t kWrap = std::int64_t{1} << 33;
+    if (m_lastTime != kNoTime) {
+        const std::int64_t ahead = (time - m_lastTime) & (kWrap - 1);
+        time = m_lastTime + (ahead >= kWrap / 2 ? ahead - kWrap : ahead);
+    }
+    m_lastTime = time;
+    return time;
 }
 
 void TsDemuxer::pesPayload(Pes& pes, const std::uint8_t* data, std::size_t size) {
     if (pes.bounded) {
         size = std::min(size, pes.left);
     }
-    const bool video = &pes == &m_video;
-    if (video) {
+    if (&pes == &m_video) {
         if (size > 0) {
-            m_handler.tsVideo(videoCodec(pes.stream_type), data, size);
+            videoPayload(pes, data, size);
         }
     } else if (pes.payload.size() + size <= kMaxAudioBytes) {
         pes.payload.insert(pes.payload.end(), data, data + size);
@@ -312,23 +248,39 @@ void TsDemuxer::pesPayload(Pes& pes, const std::uint8_t* data, std::size_t size)
         return;
     }
     pes.left -= size;
-    if (pes.left == 0) {
+    if (pes.left > 0) {
+        return;
+    }
+    if (pes.splittable && &pes == &m_video) {
+        pes.end_due = true;
+        pes.state = State::kClosed;
+    } else {
         pesEnd(pes);
     }
 }
 
+void TsDemuxer::videoPayload(Pes& pes, const std::uint8_t* data, std::size_t size) {
+    const Codec codec = videoCodecOf(pes.stream.type);
+    if (pes.fresh) {
+        pes.fresh = false;
+        const bool goes_on = pes.end_due && !canBeginPicture(codec, data, size);
+        if (pes.end_due && !goes_on) {
+            m_handler.tsPictureEnd();
+        }
+        pes.end_due = false;
+        if (!goes_on) {
+            m_handler.tsVideoTimes(codec, pes.pts, pes.dts);
+        }
+    }
+    m_handler.tsVideo(codec, data, size);
+}
+
 void TsDemuxer::pesEnd(Pes& pes) {
-    if (!pes.open) {
-        return;
-    }
-    pes.open = false;
-    if (!pes.in_payload) {
-        return;
-    }
+    pes.state = State::kClosed;
     if (&pes == &m_video) {
         m_handler.tsPictureEnd();
     } else if (!pes.payload.empty()) {
-        m_handler.tsAudio(pes.stream_type, pes.payload.data(), pes.payload.size());
+        m_handler.tsAudio(pes.stream.type, pes.pts, pes.payload.data(), pes.payload.size());
         pes.payload.clear();
     }
 }

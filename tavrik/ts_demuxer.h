@@ -2,81 +2,89 @@
 // streams.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "tavrik/nal.h"
+#include "tavrik/stamp.h"
+#include "tavrik/ts_packets.h"
+#include "tavrik/ts_tables.h"
 
 namespace tavrik {
 
-// Not thread-safe. Takes any split and any noise; a table counts only with a good CRC.
+// Not thread-safe. Takes any split and any noise.
 class TsDemuxer {
 public:
-    static constexpr std::size_t kPacketBytes = 188;
-    static constexpr std::uint8_t kSync = 0x47;
-
     class Handler {
     public:
         virtual ~Handler() = default;
+        // What tsVideo gives next begins a PES packet with these times: 1/90000 s, running on where the 33
+        // bits of the stream wrap; kNoTime where it has none.
+        virtual void tsVideoTimes(Codec codec, std::int64_t pts, std::int64_t dts) = 0;
         virtual void tsVideo(Codec codec, const std::uint8_t* data, std::size_t size) = 0;
-        // The PES packet has ended: by its length, or because the next begins.
+        // The PES packet has ended, as its length says, or the stuffing of its last packet, or the next one.
         virtual void tsPictureEnd() = 0;
-        // One whole PES payload; stream_type as in the programme map (0x0F AAC, 0x03 MPEG ...).
-        virtual void tsAudio(int stream_type, const std::uint8_t* data, std::size_t size) = 0;
+        // Bytes are missing between the last tsVideo and the next.
+        virtual void tsVideoLost() = 0;
+        // One whole PES payload; stream_type as in ts_tables.h; pts of what begins in it.
+        virtual void tsAudio(int stream_type, std::int64_t pts, const std::uint8_t* data,
+                             std::size_t size) = 0;
     };
 
-    explicit TsDemuxer(Handler& handler) : m_handler(handler) {}
+    explicit TsDemuxer(Handler& handler)
+        : m_handler(handler), m_packets([this](const std::uint8_t* p) { packet(p); }) {}
+    TsDemuxer(const TsDemuxer&) = delete;
+    TsDemuxer& operator=(const TsDemuxer&) = delete;
 
-    void push(const std::uint8_t* data, std::size_t size);
+    void push(const std::uint8_t* data, std::size_t size) { m_packets.push(data, size); }
     void reset();
     // Bytes since the last good packet: large when this is no transport stream (any more).
-    std::size_t bytesWithoutPacket() const { return m_lostBytes; }
+    std::size_t bytesWithoutPacket() const { return m_packets.bytesWithoutPacket(); }
 
 private:
-    struct Section {
-        std::vector<std::uint8_t> bytes;
-        bool open = false;
+    enum class State {
+        kClosed,
+        kHeader,  // its head is not complete
+        kPayload,
+        kStuffed,  // taken for ended by its stuffing
     };
     struct Pes {
-        int pid = -1;
-        int stream_type = 0;
-        int counter = -1;  // continuity counter of the last packet
-        std::array<std::uint8_t, kPacketBytes> last{};
-        bool open = false;
+        TsStream stream;
+        int counter = -1;                // continuity counter of the last packet
+        std::vector<std::uint8_t> last;  // payload of the last packet
+        bool last_stuffed = false;
+        State state = State::kClosed;
         std::vector<std::uint8_t> header;  // until complete
-        bool in_payload = false;
         bool bounded = false;
-        std::size_t left = 0;               // payload bytes still to come, if bounded
+        std::size_t left = 0;     // payload bytes still to come, if bounded
+        bool splittable = false;  // so long that the picture may go on in the next one
+        bool fresh = false;       // no payload byte yet
+        bool end_due = false;     // the one before has not been told to have ended
+        std::int64_t pts = kNoTime, dts = kNoTime;
         std::vector<std::uint8_t> payload;  // audio only
     };
 
     void packet(const std::uint8_t* p);
-    void section(Section& s, const std::uint8_t* data, std::size_t size, bool starts);
-    void sectionBytes(Section& s, const std::uint8_t* data, std::size_t size);
-    void table(const std::vector<std::uint8_t>& bytes);
-    void programmeAssociation(const std::uint8_t* p, std::size_t size);
-    void programmeMap(const std::uint8_t* p, std::size_t size);
-    void choose(Pes& pes, int pid, int stream_type);
+    void pesPacket(Pes& pes, const std::uint8_t* p, std::size_t offset);
+    void choose(Pes& pes, const TsStream& stream);
+    void lose(Pes& pes, bool starts);
+    void judgeStuffing(Pes& pes, bool goes_on);
     void pesData(Pes& pes, const std::uint8_t* data, std::size_t size, bool starts);
-    void pesPayload(Pes& pes, const std::uint8_t* data, std::size_t size);
-    void pesEnd(Pes& pes);
+    void pesStart(Pes& pes);
     bool pesHeaderComplete(Pes& pes);
+    void readTimes(Pes& pes);
+    std::int64_t unwrapped(std::int64_t time);
+    void pesPayload(Pes& pes, const std::uint8_t* data, std::size_t size);
+    void videoPayload(Pes& pes, const std::uint8_t* data, std::size_t size);
+    void pesEnd(Pes& pes);
 
     Handler& m_handler;
-    std::vector<std::uint8_t> m_carry;
-    bool m_synced = false;
-    std::size_t m_lostBytes = 0;
-    std::vector<int> m_mapPids;  // of all programmes, until one with video is found
-    Section m_association, m_map;
-    int m_mapSectionPid = -1;  // whose section m_map holds
-    int m_chosenMapPid = -1;   // of the programme with our video
+    TsPackets m_packets;
+    TsTables m_tables;
     Pes m_video, m_audio;
+    std::int64_t m_lastTime = kNoTime;
+    int m_stuffingDoubted = 0;  // PES packets that have to pass before stuffing counts again
 };
-
-// CRC-32 of PSI sections (polynomial 0x04C11DB7, start all ones, not reflected); 0 over a section with its
-// CRC.
-std::uint32_t crc32Mpeg(const std::uint8_t* data, std::size_t size);
 
 }  // namespace tavrik

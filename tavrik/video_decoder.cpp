@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kFailuresBeforeSoftware = 20;
 constexpr unsigned kMaxSliceThreads = 4;
+constexpr int kShowAllFlag = AV_CODEC_FLAG_OUTPUT_CORRUPT;
+constexpr int kShowAllFlag2 = AV_CODEC_FLAG2_SHOW_ALL;
 
 // The device's format if offered, else the first in system memory: the codec may not suit the device.
 AVPixelFormat pickFormat(AVCodecContext* context, const AVPixelFormat* offered) {
@@ -100,6 +102,7 @@ CodecContextPtr VideoDecoder::openContext(DecoderKind kind) {
     if (m_lowDelay) {
         context->flags |= AV_CODEC_FLAG_LOW_DELAY;
     }
+    applyShowAll(context.get());
     // Threads over the slices of one picture cost no delay; threads over pictures cost one picture each.
     context->thread_type = m_lowDelay ? FF_THREAD_SLICE : FF_THREAD_SLICE | FF_THREAD_FRAME;
     context->thread_count =
@@ -157,6 +160,24 @@ void VideoDecoder::flush() {
     if (m_context != nullptr) {
         avcodec_flush_buffers(m_context.get());
     }
+}
+
+void VideoDecoder::showAll(bool all) {
+    if (m_showAll == all) {
+        return;
+    }
+    m_showAll = all;
+    if (m_context == nullptr) {
+        return;
+    }
+    m_context->flags ^= m_context->flags & kShowAllFlag;
+    m_context->flags2 ^= m_context->flags2 & kShowAllFlag2;
+    applyShowAll(m_context.get());
+}
+
+void VideoDecoder::applyShowAll(AVCodecContext* context) const {
+    context->flags |= m_showAll ? kShowAllFlag : 0;
+    context->flags2 |= m_showAll ? kShowAllFlag2 : 0;
 }
 
 void VideoDecoder::receiveAll() {

@@ -35,11 +35,14 @@ public:
     void decode(const AVPacket* packet);
     // Hands out what the decoder still holds; then only flush() or open() may follow.
     void drain();
+    // Pictures of which parts are unknown are handed out too, from the next one decoded on.
+    void showAll(bool all);
     // Forgets everything before the next key picture.
     void flush();
 
 private:
     CodecContextPtr openContext(DecoderKind kind);
+    void applyShowAll(AVCodecContext* context) const;
     void receiveAll();
     void deliver(AVFrame* frame);
     void noteResult(bool failed);
@@ -49,6 +52,7 @@ private:
     Sink m_sink;
     AVCodecID m_codec = AV_CODEC_ID_NONE;
     bool m_lowDelay = true;
+    bool m_showAll = false;
     ParametersPtr m_parameters;
     CodecContextPtr m_context;
     DecoderKind m_openKind = DecoderKind::kSoftware;

@@ -9,19 +9,20 @@
 
 namespace {
 
-using tavrik::AccessUnit;
+using tavrik::AccessUnitPtr;
 using tavrik::Codec;
 using tavrik::PictureStream;
 
-void check(Codec codec, const AccessUnit& unit) {
-    if (!unit.has_picture || unit.bytes.size() < 4) {
+void check(const AccessUnitPtr& unit) {
+    if (unit->size() < 5) {
         __builtin_trap();
     }
+    const Codec codec = unit->codec;
     if (codec != Codec::kH264 && codec != Codec::kH265) {
         __builtin_trap();
     }
-    fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
-    fuzz::touch(unit.sei.data(), static_cast<std::int32_t>(unit.sei.size()));
+    fuzz::touch(unit->padded.data(), static_cast<std::int32_t>(unit->padded.size()));
+    fuzz::touch(unit->sei.data(), static_cast<std::int32_t>(unit->sei.size()));
     fuzz::countAccepted();
 }
 
@@ -59,13 +60,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             stream.endOfPicture();
         }
         if (piece[0] % 7 == 0) {
-            stream.idle();
-        }
-        if (stream.idleMs() < 3 || stream.idleMs() > 48) {
-            __builtin_trap();
+            stream.lost();
         }
     });
-    stream.idle();
+    stream.finish();
     if (stream.pending()) {
         __builtin_trap();
     }

@@ -33,8 +33,8 @@ Bytes sample(unsigned kind) {
 
 // A table behind a packet head at `p` gets a good sum, if one fits.
 std::size_t mendPacket(std::uint8_t* p, std::size_t rest) {
-    constexpr std::size_t kPacket = tavrik::TsDemuxer::kPacketBytes;
-    if (rest < kPacket || p[0] != tavrik::TsDemuxer::kSync) {
+    constexpr std::size_t kPacket = tavrik::kTsPacketBytes;
+    if (rest < kPacket || p[0] != tavrik::kTsSync) {
         return 0;
     }
     const bool table = (p[1] & 0x40) != 0 && (p[3] & 0x30) == 0x10 && p[4] == 0 && (p[5] == 0 || p[5] == 2);
@@ -65,14 +65,11 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     tavrik::ByteStream stream(
-        [](tavrik::Codec, const tavrik::AccessUnit& unit) {
-            if (!unit.has_picture) {
-                __builtin_trap();
-            }
-            fuzz::touch(unit.bytes.data(), static_cast<std::int32_t>(unit.bytes.size()));
+        [](const tavrik::AccessUnitPtr& unit) {
+            fuzz::touch(unit->padded.data(), static_cast<std::int32_t>(unit->padded.size()));
             fuzz::countAccepted();
         },
-        [](int, const std::uint8_t* sound, std::size_t n) {
+        [](int, const tavrik::Stamp&, const std::uint8_t* sound, std::size_t n) {
             fuzz::touch(sound, static_cast<std::int32_t>(n));
         });
     fuzz::inPieces(data, size, [&](const std::uint8_t* piece, std::int32_t n) {
@@ -81,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             stream.idle();
         }
     });
-    stream.idle();
+    stream.finish();
     if (stream.pending()) {
         __builtin_trap();
     }

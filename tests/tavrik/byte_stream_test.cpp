@@ -14,11 +14,11 @@ struct Listener {
     std::vector<Bytes> units;
     std::vector<Codec> codecs;
     int sounds = 0;
-    ByteStream stream{[this](Codec codec, const AccessUnit& unit) {
-                          units.push_back(unit.bytes);
-                          codecs.push_back(codec);
+    ByteStream stream{[this](const AccessUnitPtr& unit) {
+                          units.emplace_back(unit->data(), unit->data() + unit->size());
+                          codecs.push_back(unit->codec);
                       },
-                      [this](int, const std::uint8_t*, std::size_t) { ++sounds; }};
+                      [this](int, const Stamp&, const std::uint8_t*, std::size_t) { ++sounds; }};
 
     void feed(const Bytes& bytes, std::size_t piece) {
         for (std::size_t at = 0; at < bytes.size(); at += piece) {
@@ -79,7 +79,7 @@ TEST(ByteStream, TellsFormAndCodecByTheBytesInAnyPieces) {
         for (const std::size_t piece : {1u, 7u, 100u, 188u, 189u, 1316u, 1400u, 100000u}) {
             Listener listener;
             listener.feed(form.bytes, piece);
-            listener.stream.idle();
+            listener.stream.finish();
             EXPECT_EQ(listener.stream.form(), form.form) << piece;
             ASSERT_EQ(listener.units.size(), 19u) << piece;
             EXPECT_EQ(listener.codecs.front(), form.codec);
@@ -98,7 +98,7 @@ TEST(ByteStream, FindsTheStreamAfterNoise) {
         Listener listener;
         listener.feed(noise, 1000);
         listener.feed(form.bytes, 1316);
-        listener.stream.idle();
+        listener.stream.finish();
         EXPECT_EQ(listener.stream.form(), form.form);
         EXPECT_GE(listener.units.size(), 19u);
     }
@@ -114,7 +114,7 @@ TEST(ByteStream, FollowsASenderThatChangesItsForm) {
             for (int i = 0; i < 40; ++i) {
                 listener.feed(after.bytes, 1316);
             }
-            listener.stream.idle();
+            listener.stream.finish();
             EXPECT_EQ(listener.stream.form(), after.form);
             ASSERT_FALSE(listener.codecs.empty());
             EXPECT_EQ(listener.codecs.back(), after.codec);
@@ -125,7 +125,7 @@ TEST(ByteStream, FollowsASenderThatChangesItsForm) {
 TEST(ByteStream, NeedsNoMoreThanNothing) {
     Listener listener;
     listener.stream.push(nullptr, 0);
-    listener.stream.idle();
+    listener.stream.finish();
     EXPECT_FALSE(listener.stream.pending());
     EXPECT_EQ(listener.stream.form(), ByteStream::Form::kUnknown);
 }
@@ -141,7 +141,7 @@ TEST(ByteStream, SurvivesRandomDamage) {
                 bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
             }
             listener.feed(bytes, 1 + random() % 1500);
-            listener.stream.idle();
+            listener.stream.finish();
             units += listener.units.size();
         }
     }

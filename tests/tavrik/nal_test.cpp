@@ -12,8 +12,7 @@ namespace {
 
 std::vector<Bytes> split(const Bytes& stream, const std::vector<std::size_t>& cuts) {
     std::vector<Bytes> out;
-    NalSplitter splitter(
-        [&](const std::uint8_t* nal, std::size_t size) { out.emplace_back(nal, nal + size); });
+    NalSplitter splitter([&](const Nal& nal) { out.emplace_back(nal.data, nal.data + nal.size); });
     std::size_t at = 0;
     for (const std::size_t cut : cuts) {
         splitter.push(stream.data() + at, cut - at);
@@ -55,34 +54,33 @@ TEST(NalSplitter, LeavesOutWhatComesBeforeTheFirstStartCode) {
 
 TEST(NalSplitter, KeepsAStartCodeThatAFlushCutsInTwo) {
     std::vector<Bytes> out;
-    NalSplitter splitter(
-        [&](const std::uint8_t* nal, std::size_t size) { out.emplace_back(nal, nal + size); });
+    NalSplitter splitter([&](const Nal& nal) { out.emplace_back(nal.data, nal.data + nal.size); });
     const Bytes first{0, 0, 1, 0x65, 0x88, 0, 0};
     const Bytes second{1, 0x41, 0x9A};
     splitter.push(first.data(), first.size());
     splitter.flush();
     splitter.push(second.data(), second.size());
-    EXPECT_FALSE(splitter.cutByFlush());
+    EXPECT_FALSE(splitter.takeStray());
     splitter.flush();
     EXPECT_EQ(out, (std::vector<Bytes>{{0x65, 0x88}, {0x41, 0x9A}}));
 }
 
 TEST(NalSplitter, TellsThatAFlushCutAUnit) {
-    NalSplitter splitter([](const std::uint8_t*, std::size_t) {});
+    NalSplitter splitter([](const Nal&) {});
     const Bytes first{0, 0, 1, 0x65, 0x88};
     splitter.push(first.data(), first.size());
     splitter.flush();
     splitter.push(first.data() + 3, 2);
-    EXPECT_TRUE(splitter.cutByFlush());
+    EXPECT_TRUE(splitter.takeStray());
 }
 
 TEST(NalSplitter, StaysBoundedAndRecoversAfterAUnitWithoutEnd) {
     std::size_t largest = 0;
     std::vector<Bytes> out;
-    NalSplitter splitter([&](const std::uint8_t* nal, std::size_t size) {
-        largest = std::max(largest, size);
-        if (size < 100) {
-            out.emplace_back(nal, nal + size);
+    NalSplitter splitter([&](const Nal& nal) {
+        largest = std::max(largest, nal.size);
+        if (nal.size < 100) {
+            out.emplace_back(nal.data, nal.data + nal.size);
         }
     });
     const Bytes start{0, 0, 1, 0x65};
@@ -133,30 +131,36 @@ TEST(NalSplitter, AgreesWithAPlainScanOnRandomBytesRichInStartCodes) {
 TEST(NalInfo, OfH264) {
     const auto info = [](const Bytes& nal) { return describeNal(Codec::kH264, nal.data(), nal.size()); };
     EXPECT_EQ(info(slice264(true, true, 1)).role, NalRole::kPicture);
-    EXPECT_TRUE(info(slice264(true, true, 1)).key);
+    EXPECT_TRUE(info(slice264(true, true, 1)).random_access);
     EXPECT_TRUE(info(slice264(true, false, 1)).first_slice);
     EXPECT_FALSE(info(slice264(false, false, 1)).first_slice);
-    EXPECT_FALSE(info(slice264(true, false, 1)).key);
-    for (const Bytes& nal : {kSps264, kPps264, kAud264}) {
+    EXPECT_FALSE(info(slice264(true, false, 1)).random_access);
+    for (const Bytes& nal : {kSps264, kPps264, kSei264}) {
         EXPECT_EQ(info(nal).role, NalRole::kLeading);
     }
+    EXPECT_EQ(info(kAud264).role, NalRole::kDelimiter);
+    EXPECT_EQ(info(kSps264).parameter_set, kSequenceSet);
+    EXPECT_EQ(info(kPps264).parameter_set, kPictureSet);
     EXPECT_TRUE(info(kSei264).sei);
-    EXPECT_FALSE(info(kSei264).key);
-    EXPECT_TRUE(info(kRecovery264).key);
+    EXPECT_FALSE(info(kSei264).recovery_point);
+    EXPECT_TRUE(info(kRecovery264).recovery_point);
     EXPECT_EQ(info({0x0C, 0xFF, 0x80}).role, NalRole::kTrailing);
     EXPECT_EQ(info({}).role, NalRole::kTrailing);
 }
 
 TEST(NalInfo, OfH265) {
     const auto info = [](const Bytes& nal) { return describeNal(Codec::kH265, nal.data(), nal.size()); };
-    EXPECT_TRUE(info(slice265(true, true, 1)).key);
+    EXPECT_TRUE(info(slice265(true, true, 1)).random_access);
     EXPECT_TRUE(info(slice265(true, true, 1)).first_slice);
     EXPECT_FALSE(info(slice265(false, false, 1)).first_slice);
-    EXPECT_FALSE(info(slice265(true, false, 1)).key);
-    for (const Bytes& nal : {kVps265, kSps265, kPps265, kAud265}) {
+    EXPECT_FALSE(info(slice265(true, false, 1)).random_access);
+    for (const Bytes& nal : {kVps265, kSps265, kPps265, kSei265}) {
         EXPECT_EQ(info(nal).role, NalRole::kLeading);
     }
-    EXPECT_EQ(info(kSei265).role, NalRole::kSupplement);
+    EXPECT_EQ(info(kAud265).role, NalRole::kDelimiter);
+    EXPECT_EQ(info(kVps265).parameter_set, kVideoSet);
+    EXPECT_EQ(info(kSps265).parameter_set, kSequenceSet);
+    EXPECT_EQ(info(kPps265).parameter_set, kPictureSet);
     EXPECT_TRUE(info(kSei265).sei);
     EXPECT_TRUE(info(kSuffix265).sei);
     EXPECT_EQ(info(kSuffix265).role, NalRole::kTrailing);

@@ -9,17 +9,18 @@ namespace {
 
 struct Unit {
     Bytes bytes, sei;
-    bool key;
-    bool operator==(const Unit& o) const { return bytes == o.bytes && sei == o.sei && key == o.key; }
+    bool begin;
+    bool operator==(const Unit& o) const { return bytes == o.bytes && sei == o.sei && begin == o.begin; }
 };
 
 struct Collected {
     std::vector<Unit> units;
     std::vector<Codec> codecs;
     PictureStream::Sink sink() {
-        return [this](Codec codec, const AccessUnit& unit) {
-            units.push_back({unit.bytes, unit.sei, unit.key});
-            codecs.push_back(codec);
+        return [this](const AccessUnitPtr& unit) {
+            units.push_back(
+                {Bytes(unit->data(), unit->data() + unit->size()), unit->sei, unit->decoding_can_begin});
+            codecs.push_back(unit->codec);
         };
     }
 };
@@ -31,7 +32,7 @@ std::vector<Unit> assemble(Codec codec, const Bytes& bytes, std::size_t cut) {
     PictureStream stream(codec, collected.sink());
     stream.push(bytes.data(), cut);
     stream.push(bytes.data() + cut, bytes.size() - cut);
-    stream.idle();
+    stream.finish();
     return collected.units;
 }
 
@@ -61,15 +62,15 @@ std::vector<Unit> expectedOf(const Scene& scene) {
     std::vector<Unit> out;
     for (const auto& nals : scene.pictures) {
         std::vector<Bytes> sei;
-        bool key = false;
+        bool begin = false;
         for (const Bytes& nal : nals) {
             const NalInfo info = describeNal(scene.codec, nal.data(), nal.size());
             if (info.sei) {
                 sei.push_back(nal);
             }
-            key = key || info.key;
+            begin = begin || info.random_access || info.recovery_point;
         }
-        out.push_back({joined(nals), joined(sei), key});
+        out.push_back({joined(nals), joined(sei), begin});
     }
     return out;
 }
@@ -116,60 +117,6 @@ TEST(PictureStream, LetsAPictureGoAtTheContainersWord) {
     EXPECT_FALSE(stream.pending());
 }
 
-TEST(PictureStream, GetsPatientWithASenderThatPausesInsidePictures) {
-    Collected collected;
-    PictureStream stream(Codec::kH264, collected.sink());
-    EXPECT_EQ(stream.idleMs(), 3);
-    const Bytes picture = joined({slice264(true, false, 1, 400)});
-    const auto paused = [&] {
-        stream.push(picture.data(), 200);
-        stream.idle();
-        stream.push(picture.data() + 200, picture.size() - 200);
-        stream.idle();
-    };
-    paused();
-    push(stream, picture);
-    EXPECT_EQ(stream.idleMs(), 3) << "once may be a loss";
-    paused();
-    push(stream, picture);
-    EXPECT_EQ(stream.idleMs(), 6);
-    for (int i = 0; i < 100; ++i) {
-        paused();
-    }
-    push(stream, picture);
-    EXPECT_EQ(stream.idleMs(), 48);
-    for (int i = 0; i < 50000; ++i) {
-        push(stream, picture);
-    }
-    EXPECT_EQ(stream.idleMs(), 3) << "and trusts it again after many good pictures";
-}
-
-TEST(PictureStream, FollowsThePausesInsidePicturesUpAndDown) {
-    Collected collected;
-    PictureStream stream(Codec::kH264, collected.sink());
-    push(stream, joined({kSps264, kPps264}));
-    stream.samePicture(1);
-    EXPECT_EQ(stream.idleMs(), 3) << "a short pause fits the shortest silence";
-    push(stream, joined({slice264(true, true, 1)}));
-    stream.idle();
-    stream.samePicture(8);
-    push(stream, {0x99, 0x88});
-    EXPECT_EQ(stream.idleMs(), 12) << "half as long again as the pause";
-    stream.samePicture(200);
-    EXPECT_EQ(stream.idleMs(), 48) << "but a bound";
-    const auto pictures = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            push(stream, joined({slice264(true, true, 1)}));
-            stream.samePicture(1);
-            stream.idle();
-        }
-    };
-    pictures(90);
-    EXPECT_EQ(stream.idleMs(), 48) << "the pause is remembered";
-    pictures(120);
-    EXPECT_EQ(stream.idleMs(), 3) << "and forgotten when none like it came again";
-}
-
 TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
     Collected collected;
     PictureStream stream(Codec::kH264, collected.sink());
@@ -185,7 +132,7 @@ TEST(PictureStream, DoesNotTrustAContainerThatEndsInsidePictures) {
     push(stream, joined({slice264(false, false, 2)}));
     stream.endOfPicture();
     push(stream, joined({slice264(true, false, 3)}));
-    stream.idle();
+    stream.finish();
     ASSERT_GE(collected.units.size(), 2u);
     EXPECT_EQ(collected.units[collected.units.size() - 2].bytes,
               joined({slice264(true, false, 2), slice264(false, false, 2)}));
@@ -195,15 +142,15 @@ TEST(PictureStream, FollowsAChangeOfCodecButNotOneDamagedSet) {
     Collected collected;
     PictureStream stream(Codec::kUnknown, collected.sink());
     push(stream, joined({slice264(true, true, 1)}));
-    stream.idle();
+    stream.finish();
     EXPECT_TRUE(collected.units.empty()) << "no parameter set yet";
     push(stream, joined({kSps264, kPps264, slice264(true, true, 1), kSps265, kSps264}));
     EXPECT_EQ(stream.codec(), Codec::kH264);
     push(stream, joined({kVps265, kSps265, kPps265, slice265(true, true, 2)}));
-    stream.idle();
+    stream.finish();
     EXPECT_EQ(stream.codec(), Codec::kH265);
     EXPECT_EQ(collected.codecs.back(), Codec::kH265);
-    EXPECT_TRUE(collected.units.back().key);
+    EXPECT_TRUE(collected.units.back().begin);
 }
 
 TEST(PictureStream, PassesOtherCodecsPacketByPacket) {
@@ -213,7 +160,7 @@ TEST(PictureStream, PassesOtherCodecsPacketByPacket) {
     push(stream, {3});
     stream.endOfPicture();
     push(stream, {4});
-    stream.idle();
+    stream.finish();
     ASSERT_EQ(collected.units.size(), 2u);
     EXPECT_EQ(collected.units[0].bytes, (Bytes{1, 2, 3}));
     EXPECT_EQ(collected.units[1].bytes, (Bytes{4}));
@@ -229,7 +176,7 @@ TEST(PictureStream, StaysBoundedWithoutAnyPicture) {
         push(stream, piece);
     }
     push(stream, joined({slice264(true, true, 1)}));
-    stream.idle();
+    stream.finish();
     ASSERT_EQ(collected.units.size(), 1u);
     EXPECT_LE(collected.units[0].bytes.size(), AccessUnitAssembler::kMaxUnitBytes + 100);
 }

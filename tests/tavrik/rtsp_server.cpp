@@ -7,14 +7,17 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+extern "C" {
+#include <libavutil/base64.h>
+#include <libavutil/md5.h>
+}
+
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 
 namespace tavrik::test {
 namespace {
-
-constexpr std::size_t kFragment = 1200;
 
 sockaddr_in loopback(int port) {
     sockaddr_in address{};
@@ -33,11 +36,65 @@ std::string headerOf(const std::string& request, const std::string& name) {
     return request.substr(from, request.find("\r\n", from) - from);
 }
 
+std::string md5(const std::string& text) {
+    std::uint8_t sum[16];
+    av_md5_sum(sum, reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
+    std::string out;
+    for (const std::uint8_t byte : sum) {
+        out += "0123456789abcdef"[byte >> 4];
+        out += "0123456789abcdef"[byte & 15];
+    }
+    return out;
+}
+
+// The value of name="..." in a header.
+std::string quoted(const std::string& header, const std::string& name) {
+    const std::size_t at = header.find(name + "=\"");
+    if (at == std::string::npos) {
+        return {};
+    }
+    const std::size_t from = at + name.size() + 2;
+    return header.substr(from, header.find('"', from) - from);
+}
+
+Bytes joined(const Bytes& head, const Bytes& tail) {
+    Bytes out(head.size() + tail.size());
+    std::copy(head.begin(), head.end(), out.begin());
+    std::copy(tail.begin(), tail.end(), out.begin() + static_cast<std::ptrdiff_t>(head.size()));
+    return out;
+}
+
+Bytes framed(int channel, const Bytes& packet) {
+    return joined({'$', static_cast<std::uint8_t>(channel), static_cast<std::uint8_t>(packet.size() >> 8),
+                   static_cast<std::uint8_t>(packet.size())},
+                  packet);
+}
+
+// RFC 3550 6.4.1, without receiver blocks, and 6.5 with the name that belongs to all tracks.
+Bytes report(int track, std::uint64_t wall_clock, std::uint32_t timestamp) {
+    Bytes out{0x80, 200, 0, 6, 0x12, 0x34, 0x56, static_cast<std::uint8_t>(track)};
+    for (int shift = 56; shift >= 0; shift -= 8) {
+        out.push_back(static_cast<std::uint8_t>(wall_clock >> shift));
+    }
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        out.push_back(static_cast<std::uint8_t>(timestamp >> shift));
+    }
+    out.insert(out.end(), {0, 0, 1, 0, 0, 1, 0, 0});
+    const Bytes name{0x81, 202, 0,   3,   0x12, 0x34, 0x56, static_cast<std::uint8_t>(track),
+                     1,    3,   'p', 'o', 'd',  0,    0,    0};
+    return joined(out, name);
+}
+
+constexpr const char* kRealm = "pod";
+constexpr const char* kNonce = "4711";
+
 }  // namespace
 
 RtspServer::RtspServer(Settings settings) : m_settings(std::move(settings)) {
     m_listener = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = loopback(0);
+    const int on = 1;
+    ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+    sockaddr_in address = loopback(m_settings.port);
     ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof(address));
     socklen_t size = sizeof(address);
     ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
@@ -117,6 +174,7 @@ void RtspServer::acceptClient() {
     if (client.fd < 0) {
         return;
     }
+    ++m_connections;
     const int on = 1;
     ::setsockopt(client.fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
     const timeval patience{1, 0};
@@ -158,22 +216,77 @@ bool RtspServer::serve(Client& client) {
     }
 }
 
+bool RtspServer::authorized(const std::string& request) const {
+    if (m_settings.user.empty()) {
+        return true;
+    }
+    const std::string given = headerOf(request, "Authorization");
+    const std::string both = m_settings.user + ":" + m_settings.password;
+    if (!m_settings.digest) {
+        char text[256];
+        av_base64_encode(text, sizeof(text), reinterpret_cast<const std::uint8_t*>(both.data()),
+                         static_cast<int>(both.size()));
+        return given == std::string("Basic ") + text;
+    }
+    const std::string secret = md5(m_settings.user + ":" + kRealm + ":" + m_settings.password);
+    const std::string method = request.substr(0, request.find(' '));
+    return quoted(given, "response") ==
+           md5(secret + ":" + kNonce + ":" + md5(method + ":" + quoted(given, "uri")));
+}
+
+// Bytes without end until the client goes or the server is stopped.
+void RtspServer::flood(Client& client) {
+    const bool lines = m_settings.manner == Manner::kEndlessHeaders;
+    std::string bytes = "RTSP/1.0 200 OK\r\nX-Long: ";
+    while (!m_stop) {
+        char byte = 0;
+        const bool farewell = ::recv(client.fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+        if (farewell ||
+            (::send(client.fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0 && errno != EAGAIN)) {
+            m_floodLeft = true;
+            return;
+        }
+        bytes = std::string(4096, 'a') + (lines ? "\r\nX-Long: " : "");
+    }
+}
+
 std::string RtspServer::answer(Client& client, const std::string& request) {
     const std::string method = request.substr(0, request.find(' '));
-    std::string extra, body;
+    const auto reply = [&](const std::string& status, const std::string& extra, const std::string& body) {
+        return "RTSP/1.0 " + status + "\r\nCSeq: " + headerOf(request, "CSeq") + "\r\n" + extra +
+               (body.empty() ? "" : "Content-Length: " + std::to_string(body.size()) + "\r\n") + "\r\n" +
+               body;
+    };
+    const std::string session = "Session: 42\r\n";
     if (method == "OPTIONS") {
-        extra = "Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN\r\n";
+        return reply("200 OK", "Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN\r\n", "");
+    }
+    if (!authorized(request)) {
+        const std::string kind = m_settings.digest ? "Digest" : "Basic";
+        const std::string nonce = m_settings.digest ? std::string(", nonce=\"") + kNonce + "\"" : "";
+        return reply("401 Unauthorized",
+                     "WWW-Authenticate: " + kind + " realm=\"" + kRealm + "\"" + nonce + "\r\n", "");
     }
     if (method == "DESCRIBE") {
         m_describeSeen = true;
-        if (m_settings.manner == Manner::kSilentAtDescribe) {
-            return {};
+        switch (m_settings.manner) {
+            case Manner::kSilentAtDescribe:
+                return {};
+            case Manner::kSendsHome:
+                return reply("302 Moved Temporarily", "Location: " + url() + "\r\n", "");
+            case Manner::kEndlessHeaders:
+            case Manner::kEndlessLine:
+                flood(client);
+                return {};
+            default:
+                return reply("200 OK", "Content-Base: " + url() + "/\r\nContent-Type: application/sdp\r\n",
+                             sessionDescription());
         }
-        body = sessionDescription();
-        extra = "Content-Base: " + url() + "/\r\nContent-Type: application/sdp\r\n";
     }
     if (method == "SETUP") {
-        extra = setUp(client, request);
+        const std::string transport = setUp(client, request);
+        return transport.empty() ? reply("461 Unsupported transport", "", "")
+                                 : reply("200 OK", session + transport, "");
     }
     if (method == "PLAY" && !client.playing) {
         client.playing = true;
@@ -181,35 +294,76 @@ std::string RtspServer::answer(Client& client, const std::string& request) {
     }
     if (method == "TEARDOWN") {
         ++m_teardowns;
+        if (m_settings.manner == Manner::kSilentAtTeardown) {
+            return {};
+        }
     }
-    return "RTSP/1.0 200 OK\r\nCSeq: " + headerOf(request, "CSeq") + "\r\nSession: 42\r\n" + extra +
-           (body.empty() ? "" : "Content-Length: " + std::to_string(body.size()) + "\r\n") + "\r\n" + body;
+    return reply("200 OK", session, "");
 }
 
 std::string RtspServer::sessionDescription() const {
     const bool h264 = m_settings.codec == Codec::kH264;
-    std::string text = "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=test\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n";
-    text += "m=video 0 RTP/AVP 96\r\na=rtpmap:96 " + std::string(h264 ? "H264" : "H265") + "/90000\r\n";
-    if (h264) {
-        text += "a=fmtp:96 packetization-mode=1";
-        if (!m_settings.parameter_sets.empty()) {
-            text += ";sprop-parameter-sets=" + m_settings.parameter_sets;
+    const auto video = [&](const char* track) {
+        std::string text =
+            "m=video 0 RTP/AVP 96\r\na=rtpmap:96 " + std::string(h264 ? "H264" : "H265") + "/90000\r\n";
+        if (h264) {
+            text += "a=fmtp:96 packetization-mode=1";
+            if (!m_settings.parameter_sets.empty()) {
+                text += ";sprop-parameter-sets=" + m_settings.parameter_sets;
+            }
+            text += "\r\n";
         }
-        text += "\r\n";
-    }
-    text += "a=control:track0\r\n";
-    if (m_settings.audio) {
-        text += "m=audio 0 RTP/AVP 0\r\na=rtpmap:0 PCMU/8000\r\na=control:track1\r\n";
-    }
-    return text;
+        return text + "a=control:" + track + "\r\n";
+    };
+    const std::string sound = m_settings.audio
+                                  ? "m=audio 0 RTP/AVP " + std::to_string(m_settings.sound_type) + "\r\n" +
+                                        m_settings.sound_lines + "a=control:track1\r\n"
+                                  : "";
+    return "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=test\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\n" +
+           (m_settings.sound_first ? sound + video("track0") : video("track0") + sound) +
+           (m_settings.second_video ? video("track2") : "");
 }
+
+std::vector<std::string> RtspServer::setUps() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_setUps;
+}
+
+namespace {
+
+int boundSocket() {
+    const int fd = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in own = loopback(0);
+    ::bind(fd, reinterpret_cast<sockaddr*>(&own), sizeof(own));
+    return fd;
+}
+
+void connectTo(int fd, int port) {
+    const sockaddr_in to = loopback(port);
+    ::connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof(to));
+}
+
+int portOf(int fd) {
+    sockaddr_in own{};
+    socklen_t size = sizeof(own);
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&own), &size);
+    return ntohs(own.sin_port);
+}
+
+}  // namespace
 
 std::string RtspServer::setUp(Client& client, const std::string& request) {
     const std::string transport = headerOf(request, "Transport");
-    const int index = request.find("/track1 ") != std::string::npos ? 1 : 0;
+    const std::string uri = request.substr(0, request.find(" RTSP/"));
+    const int index = uri.back() >= '0' && uri.back() <= '2' ? uri.back() - '0' : 0;
+    m_setUps.push_back("track" + std::to_string(index) + " " + transport.substr(0, transport.find(';')));
+    const bool udp = transport.find("TCP") == std::string::npos;
+    if (m_settings.refuses_tcp && !udp) {
+        return {};
+    }
     Track& track = client.tracks[index];
     track.set_up = true;
-    track.udp = transport.find("TCP") == std::string::npos;
+    track.udp = udp;
     m_overUdp = track.udp;
     if (!track.udp) {
         track.channel = index * 2;
@@ -218,28 +372,67 @@ std::string RtspServer::setUp(Client& client, const std::string& request) {
     }
     const std::size_t at = transport.find("client_port=");
     const int port = std::stoi(transport.substr(at + 12));
-    track.socket = ::socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in own = loopback(0);
-    ::bind(track.socket, reinterpret_cast<sockaddr*>(&own), sizeof(own));
-    socklen_t size = sizeof(own);
-    ::getsockname(track.socket, reinterpret_cast<sockaddr*>(&own), &size);
-    const sockaddr_in to = loopback(port);
-    ::connect(track.socket, reinterpret_cast<const sockaddr*>(&to), sizeof(to));
-    const int server_port = ntohs(own.sin_port);
+    track.socket = boundSocket();
+    track.control = boundSocket();
+    connectTo(track.socket, port);
+    connectTo(track.control, port + 1);
     return "Transport: RTP/AVP;unicast;client_port=" + std::to_string(port) + "-" + std::to_string(port + 1) +
-           ";server_port=" + std::to_string(server_port) + "-" + std::to_string(server_port + 1) + "\r\n";
+           ";server_port=" + std::to_string(portOf(track.socket)) + "-" +
+           std::to_string(portOf(track.control)) + "\r\n";
 }
 
-void RtspServer::sendPicture(const Bytes& unit, std::uint32_t timestamp) {
+void RtspServer::sendPicture(const Bytes& unit, std::uint32_t timestamp) { sendPicture(unit, timestamp, {}); }
+
+void RtspServer::sendPicture(const Bytes& unit, std::uint32_t timestamp, const Delivery& delivery) {
     const std::vector<Bytes> nals = nalsOf(unit);
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Client& client : m_clients) {
         if (!client.playing) {
             continue;
         }
+        std::vector<Bytes> packets;
         for (std::size_t i = 0; i < nals.size(); ++i) {
-            sendNal(client, nals[i], timestamp, i + 1 == nals.size());
+            packNal(client, nals[i], timestamp, i + 1 == nals.size(), packets);
         }
+        for (std::size_t i = 1; delivery.swapped && i < packets.size(); i += 2) {
+            std::swap(packets[i - 1], packets[i]);
+        }
+        if (delivery.loses_one && packets.size() > 2) {
+            packets.erase(packets.begin() + 1);
+        }
+        putSlowly(client, packets, timestamp, delivery);
+    }
+}
+
+void RtspServer::putSlowly(Client& client, const std::vector<Bytes>& packets, std::uint32_t timestamp,
+                           const Delivery& delivery) {
+    const std::size_t step =
+        delivery.pauses > 0 ? std::max<std::size_t>(packets.size() / (delivery.pauses + 1), 1) : 0;
+    int left = delivery.pauses;
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        const bool pause = left > 0 && (i + 1) % step == 0;
+        const bool inside = pause && left % 2 == 1 && !client.tracks[0].udp;
+        if (inside) {
+            // The line stops within a packet.
+            const Bytes whole = framed(client.tracks[0].channel, packets[i]);
+            ::send(client.fd, whole.data(), whole.size() / 2, MSG_NOSIGNAL);
+            std::this_thread::sleep_for(std::chrono::milliseconds(delivery.pause_ms));
+            ::send(client.fd, whole.data() + whole.size() / 2, whole.size() - whole.size() / 2, MSG_NOSIGNAL);
+        } else {
+            put(client, 0, packets[i]);
+        }
+        if (i + 1 < packets.size()) {
+            if (!delivery.sound.empty()) {
+                put(client, 1, pack(client.tracks[1], 1, delivery.sound, timestamp, false));
+            }
+            if (delivery.reports) {
+                put(client, 0, report(0, (std::uint64_t{timestamp} << 32) / 90000, timestamp), true);
+            }
+        }
+        if (pause && !inside) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(delivery.pause_ms));
+        }
+        left -= pause ? 1 : 0;
     }
 }
 
@@ -247,21 +440,32 @@ void RtspServer::sendSound(const Bytes& samples, std::uint32_t timestamp) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Client& client : m_clients) {
         if (client.playing && client.tracks[1].set_up) {
-            sendRtp(client, 1, samples, timestamp, false);
+            put(client, 1, pack(client.tracks[1], 1, samples, timestamp, m_settings.sound_marker));
+        }
+    }
+}
+
+void RtspServer::sendReport(int track, std::uint64_t wall_clock, std::uint32_t timestamp) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (Client& client : m_clients) {
+        if (client.playing && client.tracks[track].set_up) {
+            put(client, track, report(track, wall_clock, timestamp), true);
         }
     }
 }
 
 // RFC 6184 5.8 (FU-A) and RFC 7798 4.4.3 for NALs above the fragment size.
-void RtspServer::sendNal(Client& client, const Bytes& nal, std::uint32_t timestamp, bool last) {
-    if (nal.size() <= kFragment) {
-        sendRtp(client, 0, nal, timestamp, last);
+void RtspServer::packNal(Client& client, const Bytes& nal, std::uint32_t timestamp, bool last,
+                         std::vector<Bytes>& packets) {
+    Track& track = client.tracks[0];
+    if (nal.size() <= m_settings.fragment) {
+        packets.push_back(pack(track, 0, nal, timestamp, last));
         return;
     }
     const bool h264 = m_settings.codec == Codec::kH264;
     const std::size_t head = h264 ? 1 : 2;
-    for (std::size_t at = head; at < nal.size(); at += kFragment) {
-        const std::size_t size = std::min(kFragment, nal.size() - at);
+    for (std::size_t at = head; at < nal.size(); at += m_settings.fragment) {
+        const std::size_t size = std::min(m_settings.fragment, nal.size() - at);
         const bool first = at == head;
         const bool final = at + size == nal.size();
         const auto flags = static_cast<std::uint8_t>((first ? 0x80 : 0) | (final ? 0x40 : 0));
@@ -275,44 +479,34 @@ void RtspServer::sendNal(Client& client, const Bytes& nal, std::uint32_t timesta
         }
         payload.insert(payload.end(), nal.begin() + static_cast<std::ptrdiff_t>(at),
                        nal.begin() + static_cast<std::ptrdiff_t>(at + size));
-        sendRtp(client, 0, payload, timestamp, last && final);
+        packets.push_back(pack(track, 0, payload, timestamp, last && final));
     }
 }
 
-void RtspServer::sendRtp(Client& client, int index, const Bytes& payload, std::uint32_t timestamp,
-                         bool marker) {
-    Track& track = client.tracks[index];
+Bytes RtspServer::pack(Track& track, int index, const Bytes& payload, std::uint32_t timestamp,
+                       bool marker) const {
     const std::uint16_t sequence = track.sequence++;
-    const Bytes head{0x80,
-                     static_cast<std::uint8_t>((marker ? 0x80 : 0) | (index == 0 ? 96 : 0)),
-                     static_cast<std::uint8_t>(sequence >> 8),
-                     static_cast<std::uint8_t>(sequence),
-                     static_cast<std::uint8_t>(timestamp >> 24),
-                     static_cast<std::uint8_t>(timestamp >> 16),
-                     static_cast<std::uint8_t>(timestamp >> 8),
-                     static_cast<std::uint8_t>(timestamp),
-                     0x12,
-                     0x34,
-                     0x56,
-                     static_cast<std::uint8_t>(index)};
-    Bytes packet(head.size() + payload.size());
-    std::copy(payload.begin(), payload.end(), std::copy(head.begin(), head.end(), packet.begin()));
-    if (track.udp) {
-        sendDatagram(track.socket, packet);
+    const int type = index == 1 ? m_settings.sound_type : 96;
+    return joined({0x80, static_cast<std::uint8_t>((marker ? 0x80 : 0) | type),
+                   static_cast<std::uint8_t>(sequence >> 8), static_cast<std::uint8_t>(sequence),
+                   static_cast<std::uint8_t>(timestamp >> 24), static_cast<std::uint8_t>(timestamp >> 16),
+                   static_cast<std::uint8_t>(timestamp >> 8), static_cast<std::uint8_t>(timestamp), 0x12,
+                   0x34, 0x56, static_cast<std::uint8_t>(index)},
+                  payload);
+}
+
+void RtspServer::put(Client& client, int index, const Bytes& packet, bool control) {
+    const Track& track = client.tracks[index];
+    if (track.udp && !control && m_settings.datagrams) {
+        m_settings.datagrams(track.socket, packet);
         return;
     }
-    Bytes framed{'$', static_cast<std::uint8_t>(track.channel), static_cast<std::uint8_t>(packet.size() >> 8),
-                 static_cast<std::uint8_t>(packet.size())};
-    framed.insert(framed.end(), packet.begin(), packet.end());
-    ::send(client.fd, framed.data(), framed.size(), MSG_NOSIGNAL);
-}
-
-void RtspServer::sendDatagram(int socket, const Bytes& packet) {
-    if (m_settings.datagrams) {
-        m_settings.datagrams(socket, packet);
-    } else {
-        ::send(socket, packet.data(), packet.size(), 0);
+    if (track.udp) {
+        ::send(control ? track.control : track.socket, packet.data(), packet.size(), 0);
+        return;
     }
+    const Bytes whole = framed(track.channel + (control ? 1 : 0), packet);
+    ::send(client.fd, whole.data(), whole.size(), MSG_NOSIGNAL);
 }
 
 void RtspServer::closeClient(Client& client) {
@@ -324,7 +518,10 @@ void RtspServer::closeClient(Client& client) {
         if (track.socket >= 0) {
             ::close(track.socket);
         }
-        track.socket = -1;
+        if (track.control >= 0) {
+            ::close(track.control);
+        }
+        track.socket = track.control = -1;
     }
     if (client.fd >= 0) {
         ::close(client.fd);

@@ -5,9 +5,13 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <future>
+#include <thread>
+#include <utility>
 
 #include "receiver.h"
 #include "rtsp_server.h"
+#include "tavrik/decoder_probe.h"
 
 namespace tavrik::test {
 namespace {
@@ -147,6 +151,44 @@ TEST(Decoders, SoftwareIsAlwaysThere) {
     EXPECT_EQ(list_decoders() & 1, 1);
     EXPECT_EQ(list_decoders() & ~7, 0);
     EXPECT_EQ(list_decoders(), list_decoders());
+}
+
+TEST(Decoders, AreFoundOutWithoutWaiting) {
+    std::promise<std::pair<int, std::thread::id>> told;
+    probeDecoders([&](int mask) { told.set_value({mask, std::this_thread::get_id()}); });
+    auto answer = told.get_future();
+    ASSERT_EQ(answer.wait_for(std::chrono::milliseconds(kPatienceMs)), std::future_status::ready);
+    const auto [mask, thread] = answer.get();
+    EXPECT_EQ(mask, list_decoders());
+    EXPECT_NE(thread, std::this_thread::get_id());
+}
+
+// Gradual refresh without a recovery point: no picture says that decoding may begin with it.
+TEST(Rtsp, ShowsAStreamWithoutKeyPictures) {
+    EncoderSettings coding;
+    coding.key_interval = 10000;
+    TestEncoder encoder(coding);
+    std::vector<Bytes> sets;
+    for (const Bytes& nal : nalsOf(encoder.encode(0))) {
+        if (nal[0] % 32 == 7 || nal[0] % 32 == 8) {
+            sets.push_back(nal);
+        }
+    }
+    RtspServer server({});
+    Receiver receiver;
+    const int handle =
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+    ASSERT_TRUE(server.waitForPlay(kPatienceMs));
+    EXPECT_TRUE(stream(
+        [&](int n) {
+            std::vector<Bytes> nals = sets;
+            for (const Bytes& nal : nalsOf(encoder.encode(n + 1))) {
+                nals.push_back(nal);
+            }
+            server.sendPicture(annexB(nals), static_cast<std::uint32_t>(n) * kTicks);
+        },
+        [&] { return receiver.numbers().size() >= 5; }, 40));
+    feedClose(handle);
 }
 
 // Whatever the machine has: each choice shows the picture, by the device or in software.
