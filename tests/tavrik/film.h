@@ -25,6 +25,7 @@ struct Film {
     FilmSettings settings;
     std::vector<Bytes> units;         // Annex B, one a picture
     std::vector<std::uint32_t> sums;  // of each decoded picture, no two alike
+    std::vector<Bytes> means;         // of each decoded picture's blocks of 8x8 pixels of luma, row by row
 
     const Bytes& unit(std::size_t number) const { return units[number % units.size()]; }
 };
@@ -34,6 +35,12 @@ struct Film {
 Film makeFilm(const FilmSettings& settings);
 // CRC of the visible part of every plane.
 std::uint32_t sumOf(const AVFrame* frame);
+
+Bytes meansOf(const AVFrame* frame);
+// The sum of the film's picture of that number if the frame shows it but for what nobody sees (a decoder's
+// concealment may reach by some levels into a few pixels of the next picture, a key picture too), else its
+// own.
+std::uint32_t visibleSumOf(const Film& film, const AVFrame* frame);
 
 struct Comparison {
     std::size_t shown = 0;
