@@ -162,6 +162,8 @@ const ChannelRow kChannelOptions[] = {
      [](ChannelOptions& c, Value v) { return readInt(v, 64, 100000, c.encoder.bitrate_kbps); }},
     {"--key-interval", "N", "pictures from key frame to key frame, 1 to 1000 (25)",
      [](ChannelOptions& c, Value v) { return readInt(v, 1, 1000, c.encoder.key_interval); }},
+    {"--slices", "N", "slices a picture of H.264, 1 to 16 (1)",
+     [](ChannelOptions& c, Value v) { return readInt(v, 1, 16, c.encoder.slices); }},
     {"--number", "PLACE", "blocks with the picture's number in its top edge: left, right or off (left)",
      [](ChannelOptions& c, Value v) {
          c.number_place = v == "right" ? NumberPlace::kRight
@@ -304,7 +306,10 @@ std::string helpText() {
         "\n"
         "FAULT is STREAM.NAME=VALUE. STREAM is telemetry (all that goes out on control lines) or video\n"
         "(UDP video; stall stops RTSP too). NAME is loss, duplicate, reorder or corrupt with a probability\n"
-        "from 0 to 1, delay with milliseconds, or silence (for video also: stall) with on or off.\n"
+        "from 0 to 1, delay with milliseconds, or silence (for video also: stall) with on or off. For video\n"
+        "also pause with milliseconds: the line rests inside a picture behind pause-after bytes of it (1), "
+        "in\n"
+        "every picture of pause-every (10); nothing is lost.\n"
         "\n"
         "While it runs, podsim reads commands from its standard input, one a line:\n"
         "  fault FAULT      switch a fault, for instance: fault telemetry.loss=0.2\n"

@@ -172,6 +172,9 @@ void Channel::run() {
         for (auto& output : m_outputs) {
             output->setFaults(faults);
         }
+        if (m_rtsp) {
+            m_rtsp->setFaults(m_index, faults);
+        }
         if (!stalled) {
             nextPicture(renderer, image);
         }

@@ -17,6 +17,7 @@ struct EncoderSettings {
     int fps = 25;
     int bitrate_kbps = 4000;
     int key_interval = 25;  // pictures from one key frame to the next
+    int slices = 1;         // a picture, 1 to 16; H.265: 1
 };
 
 // Planes of a 4:2:0 picture of the encoder's size.

@@ -79,6 +79,7 @@ std::unique_ptr<Encoder> makeX264Encoder(const EncoderSettings& s) {
     p.i_keyint_max = s.key_interval;
     p.i_keyint_min = 1;
     p.i_scenecut_threshold = 0;
+    p.i_slice_count = s.slices;
     p.b_repeat_headers = 1;
     p.b_annexb = 1;
     p.vui.b_fullrange = 0;

@@ -5,14 +5,16 @@
 #include <gst/rtsp-server/rtsp-server.h>
 
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <thread>
 
 namespace podsim {
 namespace {
 
-// Pictures that may wait between encoder and network.
+// Pictures that may wait between encoder and network, and how many more for a rest of the line.
 constexpr std::uint64_t kQueuedPictures = 8;
+constexpr int kMsAPicture = 16;
 
 std::string pipelineOf(Codec codec) {
     const std::string name = codec == Codec::kH264 ? "h264" : "h265";
@@ -35,6 +37,9 @@ struct Stream {
     GstRTSPMedia* media = nullptr;  // the pipeline it belongs to, not owned
     std::atomic<bool> key_wanted{false};
     bool gap = false;  // pictures were dropped since the last key frame; the pushing thread's own
+    std::mutex fault_mutex;
+    FaultSettings faults;
+    PicturePause pause;
 
     void setSource(GstElement* source_now, GstRTSPMedia* media_now) {
         GstElement* old = nullptr;
@@ -70,10 +75,69 @@ void onUnprepared(GstRTSPMedia* media, gpointer data) {
     }
 }
 
+bool rests(Stream* stream) {
+    const std::lock_guard<std::mutex> lock(stream->fault_mutex);
+    return stream->faults.pause_ms > 0;
+}
+
+int restBehind(Stream* stream, GstBuffer* packet) {
+    std::uint8_t marker = 0;
+    gst_buffer_extract(packet, 1, &marker, 1);
+    const std::lock_guard<std::mutex> lock(stream->fault_mutex);
+    return stream->pause.restBehind(gst_buffer_get_size(packet), (marker & 0x80) != 0, stream->faults);
+}
+
+// Packets of a picture come in lists; one in which the line rests is passed on in two parts.
+GstPadProbeReturn onPackets(GstPad* pad, GstPadProbeInfo* info, gpointer data) {
+    static thread_local bool passing = false;
+    auto* stream = static_cast<Stream*>(data);
+    if (passing || !rests(stream)) {
+        return GST_PAD_PROBE_OK;
+    }
+    GstBufferList* list = (info->type & GST_PAD_PROBE_TYPE_BUFFER_LIST) != 0
+                              ? gst_buffer_list_ref(GST_PAD_PROBE_INFO_BUFFER_LIST(info))
+                              : gst_buffer_list_new();
+    if ((info->type & GST_PAD_PROBE_TYPE_BUFFER_LIST) == 0) {
+        gst_buffer_list_add(list, gst_buffer_ref(GST_PAD_PROBE_INFO_BUFFER(info)));
+    }
+    GstBufferList* part = gst_buffer_list_new();
+    passing = true;
+    GstFlowReturn flow = GST_FLOW_OK;
+    for (guint i = 0; i < gst_buffer_list_length(list) && flow == GST_FLOW_OK; ++i) {
+        GstBuffer* packet = gst_buffer_list_get(list, i);
+        gst_buffer_list_add(part, gst_buffer_ref(packet));
+        if (const int rest_ms = restBehind(stream, packet)) {
+            flow = gst_pad_push_list(pad, part);
+            part = gst_buffer_list_new();
+            std::this_thread::sleep_for(std::chrono::milliseconds(rest_ms));
+        }
+    }
+    if (flow == GST_FLOW_OK) {
+        flow = gst_pad_push_list(pad, part);
+    } else {
+        gst_buffer_list_unref(part);
+    }
+    passing = false;
+    gst_buffer_list_unref(list);
+    GST_PAD_PROBE_INFO_FLOW_RETURN(info) = flow;
+    return GST_PAD_PROBE_DROP;
+}
+
+void watchPackets(GstElement* bin, Stream* stream) {
+    GstElement* payloader = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "pay0");
+    GstPad* pad = gst_element_get_static_pad(payloader, "src");
+    const auto kinds =
+        static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_BUFFER_LIST);
+    gst_pad_add_probe(pad, kinds, onPackets, stream, nullptr);
+    gst_object_unref(pad);
+    gst_object_unref(payloader);
+}
+
 void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
     auto* stream = static_cast<Stream*>(data);
     GstElement* bin = gst_rtsp_media_get_element(media);
     GstElement* source = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "src");
+    watchPackets(bin, stream);
     gst_object_unref(bin);
     gst_rtsp_media_set_latency(media, 0);
     stream->setSource(source, media);
@@ -223,6 +287,12 @@ bool RtspServer::watched(int index) const {
     return stream.source != nullptr;
 }
 
+void RtspServer::setFaults(int index, const FaultSettings& faults) {
+    Stream& stream = *m_impl->streams[static_cast<std::size_t>(index)];
+    const std::lock_guard<std::mutex> lock(stream.fault_mutex);
+    stream.faults = faults;
+}
+
 bool RtspServer::takeKeyRequest(int index) {
     return m_impl->streams[static_cast<std::size_t>(index)]->key_wanted.exchange(false);
 }
@@ -238,7 +308,12 @@ void RtspServer::push(int index, const AccessUnit& unit) {
         source = GST_ELEMENT(gst_object_ref(stream.source));
     }
     GstAppSrc* app = GST_APP_SRC(source);
-    if (gst_app_src_get_current_level_buffers(app) >= kQueuedPictures) {
+    std::uint64_t room = kQueuedPictures;
+    {
+        const std::lock_guard<std::mutex> lock(stream.fault_mutex);
+        room += static_cast<std::uint64_t>(stream.faults.pause_ms / kMsAPicture);
+    }
+    if (gst_app_src_get_current_level_buffers(app) >= room) {
         stream.gap = true;
     }
     if (stream.gap && gst_app_src_get_current_level_buffers(app) == 0 && unit.key_frame) {

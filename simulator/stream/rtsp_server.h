@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/stream/encoder.h"
+#include "simulator/wire/fault_injector.h"
 
 namespace podsim {
 
@@ -31,6 +32,8 @@ public:
     int port() const;
 
     bool watched(int index) const;
+    // Of these only the rests inside pictures matter here.
+    void setFaults(int index, const FaultSettings& faults);
     // Whether a key frame was wanted since the last call.
     bool takeKeyRequest(int index);
     // Drops the picture when nobody watches. When the way out is full, pictures are dropped up to the next

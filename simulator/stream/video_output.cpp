@@ -57,8 +57,13 @@ void VideoOutput::send(const AccessUnit& unit, std::int64_t now_ns) {
     } else {
         datagrams = cutIntoDatagrams(unit.bytes, kRawDatagramSize);
     }
-    for (auto& datagram : datagrams) {
-        m_injector.push(std::move(datagram), now_ns);
+    for (std::size_t i = 0; i < datagrams.size(); ++i) {
+        const std::size_t size = datagrams[i].size();
+        // What comes behind a rest waits for its end, later pictures as well.
+        const std::int64_t at = std::max(now_ns, m_restUntilNs);
+        m_injector.push(std::move(datagrams[i]), at);
+        const int rest_ms = m_pause.restBehind(size, i + 1 == datagrams.size(), m_injector.settings());
+        m_restUntilNs = at + rest_ms * 1'000'000LL;
     }
     pump(now_ns);
 }

@@ -48,6 +48,8 @@ private:
     sockaddr_in m_to;
     TsMuxer m_muxer;
     FaultInjector m_injector;
+    PicturePause m_pause;
+    std::int64_t m_restUntilNs = 0;
 };
 
 }  // namespace podsim

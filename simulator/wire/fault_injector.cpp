@@ -77,6 +77,43 @@ std::optional<std::int64_t> FaultInjector::nextDue() const {
     return due;
 }
 
+int PicturePause::restBehind(std::size_t bytes, bool last, const FaultSettings& settings) {
+    m_bytes += bytes;
+    const bool due = settings.pause_ms > 0 && m_pictures + 1 >= settings.pause_every && !m_rested &&
+                     m_bytes >= static_cast<std::size_t>(settings.pause_after) && !last;
+    m_rested = m_rested || due;
+    if (last) {
+        m_pictures = m_rested ? 0 : m_pictures + 1;
+        m_rested = false;
+        m_bytes = 0;
+    }
+    return due ? settings.pause_ms : 0;
+}
+
+namespace {
+
+// A fault that is a number: its limits, and what a value outside them is told.
+struct NumberRow {
+    const char* name;
+    bool video_alone;
+    double low;
+    double high;
+    const char* refused;
+};
+
+const NumberRow kNumbers[] = {
+    {"loss", false, 0, 1, "no probability from 0 to 1"},
+    {"duplicate", false, 0, 1, "no probability from 0 to 1"},
+    {"reorder", false, 0, 1, "no probability from 0 to 1"},
+    {"corrupt", false, 0, 1, "no probability from 0 to 1"},
+    {"delay", false, 0, 60000, "not 0 to 60000 ms"},
+    {"pause", true, 0, 5000, "not 0 to 5000 ms"},
+    {"pause-after", true, 1, 10000000, "not 1 to 10000000 bytes"},
+    {"pause-every", true, 1, 10000, "not 1 to 10000 pictures"},
+};
+
+}  // namespace
+
 std::optional<FaultSwitch> parseFault(const std::string& text, std::string& error) {
     const std::size_t dot = text.find('.');
     const std::size_t equals = text.find('=');
@@ -107,19 +144,18 @@ std::optional<FaultSwitch> parseFault(const std::string& text, std::string& erro
         fault.value = value == "on" ? 1 : 0;
         return fault;
     }
-    static const char* const kProbabilities[] = {"loss", "duplicate", "reorder", "corrupt"};
-    const bool probability = std::find(std::begin(kProbabilities), std::end(kProbabilities), fault.name) !=
-                             std::end(kProbabilities);
-    if (!probability && fault.name != "delay") {
-        error =
-            "no fault '" + fault.name + "': loss, duplicate, reorder, corrupt, delay, silence (video: stall)";
+    const auto* row = std::find_if(std::begin(kNumbers), std::end(kNumbers),
+                                   [&](const NumberRow& r) { return r.name == fault.name; });
+    if (row == std::end(kNumbers) || (row->video_alone && fault.stream != FaultSwitch::Stream::kVideo)) {
+        error = "no fault '" + fault.name +
+                "': loss, duplicate, reorder, corrupt, delay, silence (video: stall, pause, pause-after, "
+                "pause-every)";
         return std::nullopt;
     }
     char* end = nullptr;
     fault.value = std::strtod(value.c_str(), &end);
-    const double limit = probability ? 1.0 : 60000.0;
-    if (value.empty() || *end != '\0' || !(fault.value >= 0 && fault.value <= limit)) {
-        error = "'" + value + (probability ? "' is no probability from 0 to 1" : "' is not 0 to 60000 ms");
+    if (value.empty() || *end != '\0' || !(fault.value >= row->low && fault.value <= row->high)) {
+        error = "'" + value + "' is " + row->refused;
         return std::nullopt;
     }
     return fault;
@@ -144,6 +180,15 @@ void applyFault(const FaultSwitch& fault, FaultSettings& s) {
     if (fault.name == "silence") {
         s.silence = fault.value > 0;
     }
+    if (fault.name == "pause") {
+        s.pause_ms = static_cast<int>(fault.value);
+    }
+    if (fault.name == "pause-after") {
+        s.pause_after = static_cast<int>(fault.value);
+    }
+    if (fault.name == "pause-every") {
+        s.pause_every = static_cast<int>(fault.value);
+    }
 }
 
 std::string describeFaults(const FaultSettings& s) {
@@ -161,6 +206,11 @@ std::string describeFaults(const FaultSettings& s) {
     add("reorder", s.reorder);
     add("corrupt", s.corrupt);
     add("delay", s.delay_ms);
+    if (s.pause_ms > 0) {
+        add("pause", s.pause_ms);
+        add("pause-after", s.pause_after);
+        add("pause-every", s.pause_every);
+    }
     if (s.silence) {
         text += text.empty() ? "silence=on" : " silence=on";
     }

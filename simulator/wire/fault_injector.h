@@ -22,10 +22,29 @@ struct FaultSettings {
     double corrupt = 0;    // one bit of the packet is flipped
     int delay_ms = 0;      // 0 to 60000
     bool silence = false;  // nothing goes out; the stream goes on counting
+    // Of video: the line rests inside every pause_every-th picture, once pause_after of its bytes have gone
+    // out; nothing is lost.
+    int pause_ms = 0;      // 0 to 5000; 0: never
+    int pause_after = 1;   // bytes, 1 to 10000000
+    int pause_every = 10;  // pictures, 1 to 10000
 
     bool any() const {
-        return loss > 0 || duplicate > 0 || reorder > 0 || corrupt > 0 || delay_ms > 0 || silence;
+        return loss > 0 || duplicate > 0 || reorder > 0 || corrupt > 0 || delay_ms > 0 || silence ||
+               pause_ms > 0;
     }
+};
+
+// Tells of each piece of a picture whether the line rests behind it.
+class PicturePause {
+public:
+    // Bytes of the piece, and whether it is the picture's last: behind that there is nothing to rest from.
+    // Returns how long, in ms; 0: go on.
+    int restBehind(std::size_t bytes, bool last, const FaultSettings& settings);
+
+private:
+    std::size_t m_bytes = 0;  // of this picture so far
+    bool m_rested = false;    // within this picture
+    int m_pictures = 0;       // since the one with a rest
 };
 
 class FaultInjector {
@@ -62,13 +81,15 @@ private:
 struct FaultSwitch {
     enum class Stream { kTelemetry, kVideo };
     Stream stream = Stream::kTelemetry;
-    std::string name;  // one of loss, duplicate, reorder, corrupt, delay, silence
-    double value = 0;  // probability, milliseconds, or 0 and 1
+    std::string
+        name;  // one of loss, duplicate, reorder, corrupt, delay, silence, pause, pause-after, pause-every
+    double value = 0;  // probability, milliseconds, bytes, pictures, or 0 and 1
 };
 
 // "STREAM.NAME=VALUE"; STREAM is telemetry or video, NAME as above (stall is another name of video's
-// silence), VALUE a probability 0 to 1, milliseconds for delay, on or off for silence. No value and a
-// reason in `error` when it cannot be read.
+// silence), VALUE a probability 0 to 1, milliseconds for delay, on or off for silence. Video alone has pause
+// with milliseconds, pause-after with bytes, pause-every with pictures. No value and a reason in `error` when
+// it cannot be read.
 std::optional<FaultSwitch> parseFault(const std::string& text, std::string& error);
 void applyFault(const FaultSwitch& fault, FaultSettings& settings);
 // "loss=0.1 delay=40": the faults that are on; "none" when there are none.

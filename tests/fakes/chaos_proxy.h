@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace chaos {
 
@@ -18,6 +19,14 @@ struct Faults {
     double corruption = 0;  // one bit flips; per datagram, with TCP per byte
     std::chrono::milliseconds delay{0};
     std::size_t largest_chunk = 0;  // TCP: the stream is cut into runs of 1..largest_chunk; 0: as it comes
+    std::size_t rate = 0;           // bytes a second at most, in order, nothing dropped; 0: as it comes
+};
+
+// The line rests: once so many bytes more have passed nothing goes out for a while, and what comes meanwhile
+// waits.
+struct Pause {
+    std::size_t after_bytes = 0;  // since the pause before, or since the pauses were set
+    std::chrono::milliseconds length{0};
 };
 
 struct Fate {
@@ -49,6 +58,8 @@ struct Counts {
     std::uint64_t duplicated = 0;
     std::uint64_t reordered = 0;
     std::uint64_t corrupted = 0;
+    std::uint64_t pauses = 0;   // that have begun
+    std::uint64_t waiting = 0;  // UDP: bytes that a pause or the rate holds now
 };
 
 // Members of both proxies may be called from any thread; they take effect before they return. Construction
@@ -65,6 +76,8 @@ public:
     std::uint16_t targetSide() const;           // where the target's datagrams have to arrive
     void setClient(std::uint16_t client_port);  // for a target that speaks first
     void setFaults(const Faults& toTarget, const Faults& toClient);
+    // In the place of those that are left; datagrams are not cut, the rest begins behind one.
+    void setPauses(std::vector<Pause> toTarget, std::vector<Pause> toClient);
     void stall(bool stalled);  // a stalled network of datagrams loses them all
     Counts toTarget() const;
     Counts toClient() const;
@@ -82,6 +95,8 @@ public:
 
     std::uint16_t port() const;
     void setFaults(const Faults& toTarget, const Faults& toClient);
+    // In the place of those that are left, at exactly those bytes; they count all connections together.
+    void setPauses(std::vector<Pause> toTarget, std::vector<Pause> toClient);
     void stall(bool stalled);  // bytes wait in the senders' buffers, as behind a dead radio link
     void cut();                // resets every connection; new ones are accepted
     Counts toTarget() const;

@@ -224,6 +224,50 @@ TEST(UdpProxy, DelayedDatagramsArrive) {
     EXPECT_EQ(target.receive(), "late");
 }
 
+double secondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(UdpProxy, ARateHoldsBackAndLosesNothing) {
+    Peer client;
+    Peer target;
+    chaos::UdpProxy proxy(0, target.port(), 2);
+    chaos::Faults faults;
+    faults.rate = 100000;
+    proxy.setFaults(faults, {});
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 40; ++i) {
+        client.send(proxy.port(), std::string(1000, static_cast<char>('0' + i)));
+    }
+    for (int i = 0; i < 40; ++i) {
+        EXPECT_EQ(target.receive(), std::string(1000, static_cast<char>('0' + i)));
+    }
+    EXPECT_GE(secondsSince(start), 0.38) << "38 datagrams' time and a little";
+    EXPECT_EQ(proxy.toTarget().lost, 0u);
+    EXPECT_EQ(proxy.toTarget().waiting, 0u);
+}
+
+TEST(UdpProxy, APauseBeginsBehindItsDatagramAndKeepsTheRest) {
+    Peer client;
+    Peer target;
+    chaos::UdpProxy proxy(0, target.port(), 2);
+    proxy.setPauses({{15, 600ms}, {20, 300ms}}, {});
+    const auto start = std::chrono::steady_clock::now();
+    for (const char* text : {"0123456789", "abcdefghij", "ABCDEFGHIJ", "last"}) {
+        client.send(proxy.port(), text);
+    }
+    EXPECT_EQ(target.receive(), "0123456789");
+    EXPECT_EQ(target.receive(), "abcdefghij");
+    EXPECT_EQ(proxy.toTarget().pauses, 1u);
+    EXPECT_EQ(target.receive(), "ABCDEFGHIJ");
+    EXPECT_GE(secondsSince(start), 0.6);
+    EXPECT_EQ(target.receive(), "last");
+    EXPECT_EQ(proxy.toTarget().pauses, 1u) << "34 bytes have passed, the second begins behind the 35th";
+    client.send(proxy.port(), "more");
+    EXPECT_EQ(target.receive(), "more");
+    EXPECT_EQ(proxy.toTarget().pauses, 2u);
+}
+
 struct TcpPair {
     explicit TcpPair(std::uint64_t seed)
         : acceptor(io, {asio::ip::address_v4::loopback(), 0}),
@@ -288,6 +332,38 @@ TEST(TcpProxy, AStallHoldsBytesBack) {
     asio::write(pair.client, asio::buffer(sent));
     pair.proxy.stall(false);
     asio::read(pair.target, asio::buffer(came));
+    EXPECT_EQ(came, sent);
+}
+
+TEST(TcpProxy, PausesBeginAtTheirByte) {
+    TcpPair pair(1);
+    pair.proxy.setPauses({{10, 700ms}, {20, 300ms}}, {});
+    const auto sent = countingBytes(5000);
+    std::vector<std::uint8_t> came(sent.size());
+    const auto start = std::chrono::steady_clock::now();
+    asio::write(pair.client, asio::buffer(sent));
+    ASSERT_EQ(pair.target.read_some(asio::buffer(came)), 10u);
+    EXPECT_EQ(pair.proxy.toTarget().pauses, 1u);
+    ASSERT_EQ(pair.target.read_some(asio::buffer(came.data() + 10, came.size() - 10)), 20u);
+    EXPECT_GE(secondsSince(start), 0.7);
+    asio::read(pair.target, asio::buffer(came.data() + 30, came.size() - 30));
+    EXPECT_GE(secondsSince(start), 1.0);
+    EXPECT_EQ(pair.proxy.toTarget().pauses, 2u);
+    EXPECT_EQ(came, sent);
+}
+
+TEST(TcpProxy, ARateHoldsBack) {
+    TcpPair pair(1);
+    chaos::Faults faults;
+    faults.rate = 50000;
+    faults.largest_chunk = 1000;
+    pair.proxy.setFaults(faults, {});
+    const auto sent = countingBytes(20000);
+    std::vector<std::uint8_t> came(sent.size());
+    const auto start = std::chrono::steady_clock::now();
+    asio::write(pair.client, asio::buffer(sent));
+    asio::read(pair.target, asio::buffer(came));
+    EXPECT_GE(secondsSince(start), 0.36) << "all but the last piece's time, and a little";
     EXPECT_EQ(came, sent);
 }
 

@@ -8,6 +8,7 @@
 #include <list>
 #include <vector>
 
+#include "tests/fakes/chaos_pace.h"
 #include "tests/fakes/chaos_proxy.h"
 #include "tests/fakes/chaos_thread.h"
 
@@ -23,6 +24,7 @@ struct Lane {
     explicit Lane(std::uint64_t seed) : dice(seed), chunk_dice(seed + 1) {}
     Dice dice;        // for bytes
     Dice chunk_dice;  // apart, since how many chunks there are is up to the system
+    Pace pace;
     Faults faults;
     Counts counts;
 };
@@ -107,10 +109,20 @@ private:
             m_gate.parked.push_back([self = shared_from_this()] { self->write(); });
             return;
         }
+        if (m_lane.pace.free() > Pace::Clock::now()) {
+            m_timer.expires_at(m_lane.pace.free());
+            m_timer.async_wait([self = shared_from_this()](const asio::error_code&) { self->write(); });
+            return;
+        }
         std::size_t size = m_end - m_begin;
+        if (const std::size_t until = m_lane.pace.bytesUntilPause()) {
+            size = std::min(size, until);
+        }
         if (m_lane.faults.largest_chunk > 0) {
             size = std::min(size, 1 + m_lane.chunk_dice.below(m_lane.faults.largest_chunk));
         }
+        m_lane.pace.pass(size, m_lane.faults.rate);
+        m_lane.counts.pauses = m_lane.pace.begun;
         asio::async_write(m_to, asio::buffer(m_buffer.data() + m_begin, size),
                           [self = shared_from_this()](const asio::error_code& error, std::size_t written) {
                               if (error) {
@@ -221,6 +233,13 @@ void TcpProxy::setFaults(const Faults& toTarget, const Faults& toClient) {
     m_impl->loop.run([&] {
         m_impl->toTarget.faults = toTarget;
         m_impl->toClient.faults = toClient;
+    });
+}
+
+void TcpProxy::setPauses(std::vector<Pause> toTarget, std::vector<Pause> toClient) {
+    m_impl->loop.run([&] {
+        m_impl->toTarget.pace.setPauses(std::move(toTarget));
+        m_impl->toClient.pace.setPauses(std::move(toClient));
     });
 }
 

@@ -2,10 +2,12 @@
 #include <asio/buffer.hpp>
 #include <asio/ip/udp.hpp>
 #include <asio/steady_timer.hpp>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
 
+#include "tests/fakes/chaos_pace.h"
 #include "tests/fakes/chaos_proxy.h"
 #include "tests/fakes/chaos_thread.h"
 
@@ -23,7 +25,7 @@ udp::endpoint loopback(std::uint16_t port) { return {asio::ip::address_v4::loopb
 class Lane {
 public:
     Lane(asio::io_context& io, std::uint64_t seed, std::function<void(const Datagram&)> out)
-        : m_io(io), m_dice(seed), m_out(std::move(out)), m_release(io) {}
+        : m_io(io), m_dice(seed), m_out(std::move(out)), m_release(io), m_next(io) {}
 
     void take(Datagram datagram) {
         ++counts.arrived;
@@ -52,6 +54,8 @@ public:
         releaseHeld();
     }
 
+    void setPauses(std::vector<Pause> pauses) { m_pace.setPauses(std::move(pauses)); }
+
     Faults faults;
     Counts counts;
     bool stalled = false;
@@ -78,15 +82,44 @@ private:
 
     void pass(const Datagram& datagram) {
         if (faults.delay.count() == 0) {
-            m_out(datagram);
+            queue(datagram);
             return;
         }
         auto timer = std::make_shared<asio::steady_timer>(m_io, faults.delay);
         timer->async_wait([this, timer, datagram](const asio::error_code& error) {
             if (!error) {
-                m_out(datagram);
+                queue(datagram);
             }
         });
+    }
+
+    void queue(const Datagram& datagram) {
+        counts.waiting += datagram.size();
+        m_waiting.push_back(datagram);
+        if (m_waiting.size() == 1) {
+            release();
+        }
+    }
+
+    // Sends what waits, in order, as pace and pauses allow.
+    void release() {
+        while (!m_waiting.empty()) {
+            if (m_pace.free() > Pace::Clock::now()) {
+                m_next.expires_at(m_pace.free());
+                m_next.async_wait([this](const asio::error_code& error) {
+                    if (!error) {
+                        release();
+                    }
+                });
+                return;
+            }
+            const std::size_t size = m_waiting.front().size();
+            m_out(m_waiting.front());
+            m_pace.pass(size, faults.rate);
+            counts.pauses = m_pace.begun;
+            counts.waiting -= size;
+            m_waiting.pop_front();
+        }
     }
 
     asio::io_context& m_io;
@@ -94,6 +127,9 @@ private:
     std::function<void(const Datagram&)> m_out;
     asio::steady_timer m_release;
     std::optional<Datagram> m_held;
+    Pace m_pace;
+    asio::steady_timer m_next;
+    std::deque<Datagram> m_waiting;
 };
 
 }  // namespace
@@ -106,7 +142,7 @@ struct UdpProxy::Impl {
           toTarget(loop.io, seed, [this](const Datagram& data) { send(back, target, data); }),
           toClient(loop.io, ~seed, [this](const Datagram& data) { send(front, client, data); }) {
         for (auto* socket : {&front, &back}) {
-            socket->set_option(asio::socket_base::receive_buffer_size(1 << 20));
+            socket->set_option(asio::socket_base::receive_buffer_size(4 << 20));
         }
         listenFront();
         listenBack();
@@ -178,6 +214,13 @@ void UdpProxy::setFaults(const Faults& toTarget, const Faults& toClient) {
     m_impl->loop.run([&] {
         m_impl->toTarget.faults = toTarget;
         m_impl->toClient.faults = toClient;
+    });
+}
+
+void UdpProxy::setPauses(std::vector<Pause> toTarget, std::vector<Pause> toClient) {
+    m_impl->loop.run([&] {
+        m_impl->toTarget.setPauses(std::move(toTarget));
+        m_impl->toClient.setPauses(std::move(toClient));
     });
 }
 

@@ -50,6 +50,37 @@ TEST_P(EncoderOf, OnePictureInOneUnitOutThatDecodesToThatPicture) {
     }
 }
 
+TEST_P(EncoderOf, CutsPicturesIntoSlices) {
+    for (const int slices : {1, 4}) {
+        EncoderSettings s = settings();
+        s.slices = slices;
+        std::string error;
+        auto encoder = makeEncoder(s, error);
+        if (GetParam() == Codec::kH265 && slices > 1) {
+            EXPECT_FALSE(encoder);
+            EXPECT_FALSE(error.empty());
+            continue;
+        }
+        ASSERT_TRUE(encoder) << error;
+        TestPicture picture(512, 288);
+        for (int i = 0; i < 3; ++i) {
+            picture.draw(i);
+            AccessUnit unit;
+            ASSERT_TRUE(encoder->encode(picture.view(), false, unit));
+            int found = 0;
+            for (std::size_t at = 0; at + 3 < unit.bytes.size(); ++at) {
+                const auto* b = unit.bytes.data() + at;
+                if (b[0] != 0 || b[1] != 0 || b[2] != 1) {
+                    continue;
+                }
+                const int type = GetParam() == Codec::kH264 ? b[3] & 31 : b[3] >> 1 & 63;
+                found += GetParam() == Codec::kH264 ? type == 1 || type == 5 : type < 32;
+            }
+            EXPECT_EQ(found, slices);
+        }
+    }
+}
+
 TEST_P(EncoderOf, KeyFrameOnDemand) {
     std::string error;
     auto encoder = makeEncoder(settings(), error);

@@ -151,6 +151,54 @@ TEST(FaultInjector, DelayHoldsUntilDue) {
     EXPECT_EQ(injector.pop(35 * kMs), packetOf(1));
 }
 
+TEST(PicturePause, RestsOnceInEverySoManythPictureBehindItsBytes) {
+    FaultSettings s;
+    s.pause_ms = 70;
+    s.pause_after = 250;
+    s.pause_every = 3;
+    PicturePause pause;
+    std::string rests;
+    for (int picture = 0; picture < 7; ++picture) {
+        for (int piece = 0; piece < 5; ++piece) {
+            const int ms = pause.restBehind(100, piece == 4, s);
+            rests += ms == 70 ? 'R' : ms == 0 ? '.' : '?';
+        }
+        rests += ' ';
+    }
+    EXPECT_EQ(rests, "..... ..... ..R.. ..... ..... ..R.. ..... ");
+}
+
+TEST(PicturePause, PassesOverWhatIsTooShortAndNeverRestsBehindAPicture) {
+    FaultSettings s;
+    s.pause_ms = 5;
+    s.pause_after = 400;
+    s.pause_every = 1;
+    PicturePause pause;
+    EXPECT_EQ(pause.restBehind(300, true, s), 0);
+    EXPECT_EQ(pause.restBehind(300, false, s), 0) << "counted anew in each picture";
+    EXPECT_EQ(pause.restBehind(300, true, s), 0) << "nothing follows";
+    EXPECT_EQ(pause.restBehind(400, false, s), 5);
+    EXPECT_EQ(pause.restBehind(400, true, s), 0);
+    EXPECT_EQ(pause.restBehind(400, false, {}), 0);
+}
+
+TEST(FaultSwitches, OfVideoAloneAreRead) {
+    std::string error;
+    FaultSettings s;
+    for (const char* text : {"video.pause=250", "video.pause-after=3000", "video.pause-every=7"}) {
+        const auto fault = parseFault(text, error);
+        ASSERT_TRUE(fault) << text << ": " << error;
+        EXPECT_EQ(fault->stream, FaultSwitch::Stream::kVideo);
+        applyFault(*fault, s);
+    }
+    EXPECT_TRUE(s.any());
+    EXPECT_EQ(describeFaults(s), "pause=250 pause-after=3000 pause-every=7");
+    for (const char* text : {"telemetry.pause=1", "video.pause=-1", "video.pause=5001", "video.pause-after=0",
+                             "video.pause-after=10000001", "video.pause-every=0", "video.pause-every=x"}) {
+        EXPECT_FALSE(parseFault(text, error)) << text;
+    }
+}
+
 TEST(FaultSwitches, AreRead) {
     std::string error;
     const auto loss = parseFault("telemetry.loss=0.25", error);

@@ -60,6 +60,8 @@ TEST(Options, EveryOptionIsRead) {
                        "900",
                        "--key-interval0",
                        "7",
+                       "--slices0",
+                       "4",
                        "--ts0",
                        "127.0.0.1:11",
                        "--raw1",
@@ -100,6 +102,8 @@ TEST(Options, EveryOptionIsRead) {
     EXPECT_EQ(o.channels[0].encoder.fps, 30);
     EXPECT_EQ(o.channels[0].encoder.bitrate_kbps, 900);
     EXPECT_EQ(o.channels[0].encoder.key_interval, 7);
+    EXPECT_EQ(o.channels[0].encoder.slices, 4);
+    EXPECT_EQ(o.channels[1].encoder.slices, 1);
     EXPECT_EQ(o.channels[0].ts_to, "127.0.0.1:11");
     EXPECT_EQ(o.channels[1].raw_to, "127.0.0.1:12");
     EXPECT_EQ(o.telemetry_faults.loss, 0.5);
@@ -133,6 +137,8 @@ TEST(Options, WrongOnesAreNamed) {
         {"--fps1", "0"},
         {"--kbps0", "1"},
         {"--key-interval0", "0"},
+        {"--slices0", "0"},
+        {"--slices0", "17"},
         {"--ts0", "127.0.0.1"},
         {"--raw0", ""},
         {"--fault", "x"},
@@ -156,13 +162,13 @@ TEST(Options, WrongOnesAreNamed) {
 TEST(Options, HelpTellsEveryOption) {
     const std::string text = helpText();
     for (const char* name :
-         {"--bind",         "--udp",          "--peer",           "--tcp",           "--pty",
-          "--pty-link",     "--telemetry-hz", "--telemetry-form", "--ins-pty",       "--ins-pty-link",
-          "--nav-udp",      "--feed-hz",      "--rtsp-bind",      "--rtsp-port",     "--codecN",
-          "--sizeN",        "--fpsN",         "--kbpsN",          "--key-intervalN", "--tsN",
-          "--rawN",         "--fault",        "--seed",           "--position",      "--event-log",
-          "--duration",     "--help",         "--version",        "SIGUSR1",         "disconnect",
-          "telemetry.loss", "examples:"}) {
+         {"--bind",      "--udp",          "--peer",           "--tcp",           "--pty",
+          "--pty-link",  "--telemetry-hz", "--telemetry-form", "--ins-pty",       "--ins-pty-link",
+          "--nav-udp",   "--feed-hz",      "--rtsp-bind",      "--rtsp-port",     "--codecN",
+          "--sizeN",     "--fpsN",         "--kbpsN",          "--key-intervalN", "--slicesN",
+          "--tsN",       "--rawN",         "--fault",          "--seed",          "--position",
+          "--event-log", "--duration",     "--help",           "--version",       "SIGUSR1",
+          "disconnect",  "telemetry.loss", "examples:"}) {
         EXPECT_NE(text.find(name), std::string::npos) << name;
     }
 }

@@ -8,6 +8,85 @@
 namespace podsim {
 namespace {
 
+// The least that plays the first stream of an address over its RTSP connection.
+class InterleavedClient {
+public:
+    explicit InterleavedClient(const std::string& url) : m_url(url), m_fd(socket(AF_INET, SOCK_STREAM, 0)) {
+        const std::size_t colon = url.rfind(':');
+        connectTo(m_fd, std::stoi(url.substr(colon + 1)));
+    }
+    ~InterleavedClient() { close(m_fd); }
+    InterleavedClient(const InterleavedClient&) = delete;
+    InterleavedClient& operator=(const InterleavedClient&) = delete;
+
+    bool play() {
+        std::string answer = ask("DESCRIBE", m_url, "Accept: application/sdp\r\n");
+        const std::string body = readBytes(std::stoul(headerOf(answer, "Content-Length: ")));
+        const std::size_t at = body.find("a=control:", body.find("m=video"));
+        const std::string control = body.substr(at + 10, body.find('\r', at) - at - 10);
+        answer = ask("SETUP", control.find("rtsp://") == 0 ? control : m_url + "/" + control,
+                     "Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n");
+        const std::string session = headerOf(answer, "Session: ");
+        return ask("PLAY", m_url, "Session: " + session.substr(0, session.find(';')) + "\r\n")
+                   .find(" 200 ") != std::string::npos;
+    }
+    // The next packet of the first channel; empty at the end.
+    Bytes nextRtp() {
+        for (;;) {
+            const std::string head = readBytes(4);
+            if (head.size() < 4 || head[0] != '$') {
+                return {};
+            }
+            const auto size = static_cast<std::size_t>(static_cast<unsigned char>(head[2]) << 8 |
+                                                       static_cast<unsigned char>(head[3]));
+            const std::string packet = readBytes(size);
+            if (head[1] == 0) {
+                return Bytes(packet.begin(), packet.end());
+            }
+        }
+    }
+
+private:
+    static std::string headerOf(const std::string& answer, const std::string& name) {
+        const std::size_t at = answer.find(name);
+        return at == std::string::npos
+                   ? "0"
+                   : answer.substr(at + name.size(), answer.find('\r', at) - at - name.size());
+    }
+    std::string ask(const std::string& method, const std::string& url, const std::string& headers) {
+        const std::string text = method + " " + url + " RTSP/1.0\r\nCSeq: " + std::to_string(++m_number) +
+                                 "\r\n" + headers + "\r\n";
+        send(m_fd, text.data(), text.size(), MSG_NOSIGNAL);
+        std::string answer;
+        while (answer.find("\r\n\r\n") == std::string::npos) {
+            const std::string more = readBytes(1);
+            if (more.empty()) {
+                break;
+            }
+            answer += more;
+        }
+        return answer;
+    }
+    std::string readBytes(std::size_t size) {
+        std::string text(size, '\0');
+        std::size_t got = 0;
+        pollfd ready{m_fd, POLLIN, 0};
+        while (got < size && poll(&ready, 1, 20000) == 1) {
+            const ssize_t n = read(m_fd, text.data() + got, size - got);
+            if (n <= 0) {
+                break;
+            }
+            got += static_cast<std::size_t>(n);
+        }
+        text.resize(got);
+        return text;
+    }
+
+    std::string m_url;
+    int m_fd;
+    int m_number = 0;
+};
+
 // The message's payload when the unit holds a whole and right one ahead of every other message.
 Bytes blockIn(const Bytes& unit, bool h264) {
     Bytes plain;
@@ -194,6 +273,75 @@ TEST(ProgramVideo, StallStopsVideoAndGoesOn) {
     pod.signal(SIGUSR2);
     EXPECT_FALSE(readOnce(fd, 20s).empty());
     close(fd);
+}
+
+const std::vector<std::string> kPauses{"--fault", "video.pause=600",    "--fault", "video.pause-after=2000",
+                                       "--fault", "video.pause-every=5"};
+constexpr auto kLongGap = 550ms;
+
+// Reads for as long as it takes to see three long gaps; tells of each piece behind one whether it continues a
+// picture.
+template <typename Read, typename Continues>
+void expectGapsInsidePictures(Read read, Continues continues) {
+    const auto deadline = Clock::now() + 40s;
+    auto last = Clock::now();
+    int gaps = 0;
+    for (bool first = true; gaps < 3 && Clock::now() < deadline; first = false) {
+        const Bytes piece = read();
+        ASSERT_FALSE(piece.empty());
+        const bool inside = continues(piece);
+        if (!first && Clock::now() - last >= kLongGap) {
+            ++gaps;
+            EXPECT_TRUE(inside);
+        }
+        last = Clock::now();
+    }
+    EXPECT_EQ(gaps, 3);
+}
+
+std::vector<std::string> pausing(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), kPauses.begin(), kPauses.end());
+    return arguments;
+}
+
+TEST(ProgramVideo, RawBytesRestInsidePictures) {
+    const int fd = udpSocket();
+    Pod pod(pausing({"--udp", "off", "--rtsp-port", "off", "--size0", "512x288", "--raw0",
+                     "127.0.0.1:" + std::to_string(portOf(fd))}));
+    ASSERT_TRUE(pod.waitReady());
+    // Every picture begins a datagram, and with a start code.
+    expectGapsInsidePictures([&] { return readOnce(fd, 20s); },
+                             [](const Bytes& b) { return !(b[0] == 0 && b[1] == 0 && b[2] <= 1); });
+    close(fd);
+}
+
+TEST(ProgramVideo, TransportStreamRestsInsidePictures) {
+    const int fd = udpSocket();
+    Pod pod(pausing({"--udp", "off", "--rtsp-port", "off", "--size0", "512x288", "--ts0",
+                     "127.0.0.1:" + std::to_string(portOf(fd))}));
+    ASSERT_TRUE(pod.waitReady());
+    expectGapsInsidePictures([&] { return readOnce(fd, 20s); },
+                             [](const Bytes& b) { return (b[1] & 0x40) == 0; });
+    close(fd);
+}
+
+// Over RTSP a picture ends by its last packet's marker.
+TEST(ProgramVideo, RtspRestsInsidePicturesAndLosesNothing) {
+    Pod pod(pausing({"--udp", "off", "--rtsp-port", "0", "--size0", "512x288"}));
+    ASSERT_TRUE(pod.waitReady());
+    InterleavedClient client(pod.address("rtsp0"));
+    ASSERT_TRUE(client.play());
+    bool marker = true;
+    int sequence = -1;
+    expectGapsInsidePictures([&] { return client.nextRtp(); },
+                             [&](const Bytes& packet) {
+                                 const bool inside = !marker;
+                                 marker = (packet[1] & 0x80) != 0;
+                                 const int number = packet[2] << 8 | packet[3];
+                                 EXPECT_TRUE(sequence < 0 || number == ((sequence + 1) & 0xFFFF));
+                                 sequence = number;
+                                 return inside;
+                             });
 }
 
 TEST(ProgramVideo, StopsSoonWhileEverythingRuns) {

@@ -138,7 +138,12 @@ public:
         loopback.s_addr = htonl(INADDR_LOOPBACK);
         ::setsockopt(m_fd, IPPROTO_IP, IP_MULTICAST_IF, &loopback, sizeof(loopback));
     }
-    ~UdpSender() { ::close(m_fd); }
+    ~UdpSender() {
+        if (m_fd >= 0) {
+            ::close(m_fd);
+        }
+    }
+    UdpSender(UdpSender&& other) noexcept : m_fd(other.m_fd), m_address(other.m_address) { other.m_fd = -1; }
     UdpSender(const UdpSender&) = delete;
     UdpSender& operator=(const UdpSender&) = delete;
 

@@ -500,6 +500,10 @@ Bytes RtspServer::pack(Track& track, int index, const Bytes& payload, std::uint3
 
 void RtspServer::put(Client& client, int index, const Bytes& packet, bool control) {
     const Track& track = client.tracks[index];
+    if (track.udp && !control && m_settings.datagrams) {
+        m_settings.datagrams(track.socket, packet);
+        return;
+    }
     if (track.udp) {
         ::send(control ? track.control : track.socket, packet.data(), packet.size(), 0);
         return;

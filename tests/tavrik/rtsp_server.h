@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -28,6 +29,8 @@ public:
         Manner manner = Manner::kGood;
         std::string parameter_sets;  // for the session description; empty: in the stream alone
         bool audio = false;          // sound as a second track
+        // Over UDP: takes each packet of pictures and sound in the place of its socket.
+        std::function<void(int socket, const Bytes& packet)> datagrams;
         // Of the sound, behind its payload type in the session description.
         int sound_type = 0;
         std::string sound_lines = "a=rtpmap:0 PCMU/8000\r\n";

@@ -29,10 +29,24 @@ void fillBlock(AVFrame* frame, int column, int row, int value) {
     }
 }
 
+constexpr int kTexture = 512;
+
+Bytes noise(std::size_t size, std::uint32_t seed) {
+    Bytes out(size);
+    std::uint32_t state = seed * 2654435761u + 1;
+    for (std::uint8_t& value : out) {
+        state = state * 1664525u + 1013904223u;
+        value = static_cast<std::uint8_t>(state >> 24);
+    }
+    return out;
+}
+
 bool blockIsWhite(const AVFrame* frame, int column, int row) {
     const int y = row * kBlock + kBlock / 2;
     return frame->data[0][y * frame->linesize[0] + column * kBlock + kBlock / 2] > 126;
 }
+
+void drawBlocks(AVFrame* frame, int number);
 
 }  // namespace
 
@@ -47,12 +61,43 @@ void drawNumber(AVFrame* frame, int number) {
         std::memset(frame->data[1] + y * frame->linesize[1], 128, static_cast<std::size_t>(frame->width / 2));
         std::memset(frame->data[2] + y * frame->linesize[2], 128, static_cast<std::size_t>(frame->width / 2));
     }
+    drawBlocks(frame, number);
+}
+
+void drawDetail(AVFrame* frame, int number) {
+    static const Bytes texture = noise(kTexture * kTexture, 1);
+    const Bytes grain = noise(1 << 16, static_cast<std::uint32_t>(number) + 2);
+    for (int y = 0; y < frame->height; ++y) {
+        const std::size_t row = static_cast<std::size_t>((y + 3 * number) / 4 % kTexture) * kTexture;
+        std::uint8_t* to = frame->data[0] + y * frame->linesize[0];
+        for (int x = 0; x < frame->width; ++x) {
+            // Blocks of 4 pixels of texture, pixels of grain.
+            const std::size_t at = row + static_cast<std::size_t>((x + 5 * number) / 4 % kTexture);
+            const int light =
+                64 + texture[at] / 2 + (grain[static_cast<std::size_t>(x * 31 + y * 977) & 0xFFFF] & 15);
+            to[x] = static_cast<std::uint8_t>(light);
+        }
+    }
+    for (int plane = 1; plane < 3; ++plane) {
+        for (int y = 0; y < frame->height / 2; ++y) {
+            std::memset(frame->data[plane] + y * frame->linesize[plane],
+                        100 + ((y / 8 + number * plane) & 31), static_cast<std::size_t>(frame->width / 2));
+        }
+    }
+    drawBlocks(frame, number);
+}
+
+namespace {
+
+void drawBlocks(AVFrame* frame, int number) {
     for (int bit = 0; bit < kBits; ++bit) {
         const bool one = ((number >> (kBits - 1 - bit)) & 1) != 0;
         fillBlock(frame, bit, 0, one ? kWhite : kBlack);
         fillBlock(frame, bit, 1, one ? kBlack : kWhite);
     }
 }
+
+}  // namespace
 
 int readNumber(const AVFrame* frame) {
     if (frame->width < kBits * kBlock || frame->height < 2 * kBlock) {
@@ -69,7 +114,8 @@ int readNumber(const AVFrame* frame) {
     return number;
 }
 
-TestEncoder::TestEncoder(EncoderSettings settings) : m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {
+TestEncoder::TestEncoder(EncoderSettings settings)
+    : m_detail(settings.detail), m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {
     av_log_set_level(AV_LOG_FATAL);
     const bool h264 = settings.codec == Codec::kH264;
     const AVCodec* encoder = avcodec_find_encoder_by_name(h264 ? "libx264" : "libx265");
@@ -83,12 +129,18 @@ TestEncoder::TestEncoder(EncoderSettings settings) : m_frame(av_frame_alloc()), 
     m_context->gop_size = settings.key_interval;
     m_context->max_b_frames = 0;
     m_context->thread_count = 1;
+    if (settings.kbps > 0) {
+        m_context->bit_rate = m_context->rc_max_rate = settings.kbps * 1000LL;
+        m_context->rc_buffer_size = settings.kbps * 500;
+    }
     av_opt_set(m_context->priv_data, "preset", "ultrafast", 0);
     av_opt_set(m_context->priv_data, "tune", "zerolatency", 0);
     const std::string common = "scenecut=0:repeat-headers=1:keyint=" + std::to_string(settings.key_interval) +
-                               ":min-keyint=" + std::to_string(settings.key_interval);
+                               ":min-keyint=" + std::to_string(settings.key_interval) +
+                               ":slices=" + std::to_string(settings.slices) +
+                               (settings.delimiters ? ":aud=1" : "");
     if (h264) {
-        const std::string own = common + ":sliced-threads=0:slices=" + std::to_string(settings.slices);
+        const std::string own = common + ":sliced-threads=0";
         av_opt_set(m_context->priv_data, "x264-params", own.c_str(), 0);
     } else {
         const std::string own = common + ":info=0:log-level=none:pools=none:frame-threads=1";
@@ -103,7 +155,7 @@ TestEncoder::TestEncoder(EncoderSettings settings) : m_frame(av_frame_alloc()), 
 
 Bytes TestEncoder::encode(int number) {
     check(av_frame_make_writable(m_frame.get()) >= 0, "no picture");
-    drawNumber(m_frame.get(), number);
+    (m_detail ? drawDetail : drawNumber)(m_frame.get(), number);
     m_frame->pts = m_nextPts++;
     check(avcodec_send_frame(m_context.get(), m_frame.get()) >= 0, "picture refused");
     check(avcodec_receive_packet(m_context.get(), m_packet.get()) >= 0, "no packet");
@@ -248,13 +300,18 @@ void writeTone(AVFormatContext* format, AVStream* stream, ToneEncoder& tone, std
 
 }  // namespace
 
-Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_lengths, bool audio) {
+Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_lengths, bool audio,
+                         int bits_per_second) {
     Bytes out;
     AVFormatContext* format = nullptr;
     check(avformat_alloc_output_context2(&format, nullptr, "mpegts", nullptr) >= 0, "no muxer");
     auto* buffer = static_cast<std::uint8_t*>(av_malloc(4096));
     format->pb = avio_alloc_context(buffer, 4096, 1, &out, nullptr, appendBytes, nullptr);
     av_opt_set(format->priv_data, "omit_video_pes_length", pes_lengths ? "0" : "1", 0);
+    if (bits_per_second > 0) {
+        av_opt_set_int(format->priv_data, "muxrate", bits_per_second, 0);
+        format->max_delay = 500000;
+    }
     AVStream* stream = avformat_new_stream(format, nullptr);
     stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
     stream->codecpar->codec_id = codec == Codec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC;

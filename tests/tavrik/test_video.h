@@ -19,6 +19,8 @@ constexpr int kHeight = 240;
 // The number (16 bits) as blocks of 16 px along the top, most significant bit first, white for 1; below them
 // a row of the inverted blocks, so that a grey or black picture has no number.
 void drawNumber(AVFrame* frame, int number);
+// The number over a texture that moves from picture to picture, with noise of its own in each.
+void drawDetail(AVFrame* frame, int number);
 // The number, or -1 if the two rows contradict.
 int readNumber(const AVFrame* frame);
 
@@ -28,6 +30,9 @@ struct EncoderSettings {
     int height = kHeight;
     int key_interval = 10;
     int slices = 1;
+    int kbps = 0;             // 0: as the encoder likes
+    bool detail = false;      // moving texture and noise, so that a picture fills many datagrams
+    bool delimiters = false;  // access unit delimiters
 };
 
 class TestEncoder {
@@ -38,6 +43,7 @@ public:
     const AVCodecContext* context() const { return m_context.get(); }
 
 private:
+    bool m_detail;
     CodecContextPtr m_context;
     FramePtr m_frame;
     PacketPtr m_packet;
@@ -53,7 +59,9 @@ Bytes seiNal(Codec codec, const Bytes& payload);
 Bytes withSei(Codec codec, const Bytes& unit, const Bytes& sei);
 
 // The units muxed to a transport stream by FFmpeg, at 25 a second; pes_lengths: PES packets carry their
-// length. With audio: a 48 kHz stereo AAC tone beside them.
-Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_lengths, bool audio = false);
+// length. With audio: a 48 kHz stereo AAC tone beside them. bits_per_second above 0: at that constant rate,
+// with null packets.
+Bytes muxTransportStream(Codec codec, const std::vector<Bytes>& units, bool pes_lengths, bool audio = false,
+                         int bits_per_second = 0);
 
 }  // namespace tavrik::test
