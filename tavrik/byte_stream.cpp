@@ -5,6 +5,7 @@
 namespace tavrik {
 namespace {
 
+constexpr std::size_t kMostRemembered = 64u << 10;  // the largest datagram
 constexpr std::size_t kMaxBytesOutOfStep = 64u << 10;
 constexpr int kPiecesWanted = 4;
 // Four packet heads stand within this, wherever a transport stream is joined; it holds parameter sets as
@@ -51,7 +52,7 @@ ByteStream::ByteStream(PictureSink pictures, AudioSink audio)
 
 void ByteStream::push(const std::uint8_t* data, std::size_t size, Clock::time_point arrival) {
     m_arrival = arrival;
-    if (size == 0) {
+    if (size == 0 || repeated(data, size)) {
         return;
     }
     switch (m_form) {
@@ -65,6 +66,24 @@ void ByteStream::push(const std::uint8_t* data, std::size_t size, Clock::time_po
             pushRaw(data, size);
             break;
     }
+}
+
+// The network hands some datagrams out twice. Their packets' counters would look like a loss. Pieces of which
+// nobody knows that they are datagrams are left alone.
+bool ByteStream::repeated(const std::uint8_t* data, std::size_t size) {
+    RtpPayload rtp;
+    if (m_form == Form::kRaw || !(wholeTsPackets(data, size) || readRtp(data, size, rtp))) {
+        return false;
+    }
+    if (size == m_lastPiece.size() && std::equal(data, data + size, m_lastPiece.begin())) {
+        return true;
+    }
+    if (size <= kMostRemembered) {
+        m_lastPiece.assign(data, data + size);
+    } else {
+        m_lastPiece.clear();
+    }
+    return false;
 }
 
 void ByteStream::pushTransport(const std::uint8_t* data, std::size_t size) {

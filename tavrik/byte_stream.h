@@ -50,6 +50,7 @@ private:
     PictureStream& videoOf(Codec codec);
     void sniff(const std::uint8_t* data, std::size_t size);
     bool sniffRtp(const std::uint8_t* data, std::size_t size);
+    bool repeated(const std::uint8_t* data, std::size_t size);
     void pushTransport(const std::uint8_t* data, std::size_t size);
     void pushRaw(const std::uint8_t* data, std::size_t size);
     void startOver();
@@ -67,7 +68,8 @@ private:
     bool m_rtp = false;  // the transport stream comes in RTP
     TsDemuxer m_transport;
     std::unique_ptr<PictureStream> m_video;
-    int m_otherForm = 0;  // pieces in a row that look like another form
+    std::vector<std::uint8_t> m_lastPiece;  // of the transport stream
+    int m_otherForm = 0;                    // pieces in a row that look like another form
 };
 
 // What the bytes are: Transport where four packet heads stand in step, Raw where a parameter set begins and

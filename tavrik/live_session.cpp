@@ -293,9 +293,10 @@ bool LiveSession::admit(const AccessUnit& unit) {
         m_waitSince = {};
     }
     if (!m_waitForKey) {
-        if (m_showsAll && unit.file_can_begin) {
-            showAll(false);
+        if (unit.file_can_begin) {
+            beginAnew();
         }
+        m_damaged = m_damaged || unit.damaged;
         return true;
     }
     if (m_waitSince == Clock::time_point{}) {
@@ -309,6 +310,17 @@ bool LiveSession::admit(const AccessUnit& unit) {
     m_decoder.flush();
     showAll(!unit.decoding_can_begin);
     return true;
+}
+
+// At a key picture nothing before it counts. What the decoder has concealed would reach into it.
+void LiveSession::beginAnew() {
+    if (m_showsAll) {
+        showAll(false);
+    }
+    if (m_damaged) {
+        m_damaged = false;
+        m_decoder.flush();
+    }
 }
 
 // FFmpeg keeps pictures back until a key picture has come: here none will.
@@ -332,6 +344,7 @@ void LiveSession::onFrame(AVFrame* frame) {
     if (!m_inFlight.track(frame)) {
         return;
     }
+    m_damaged = m_damaged || frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
     m_sync.pictureShown(frame->pts, Clock::now());
     const std::int64_t now = nowUs();
     m_rate.addPicture(now);

@@ -57,6 +57,7 @@ private:
     void onPicture(Codec codec, const AccessUnit& unit);
     void passSei(Codec codec, const AccessUnit& unit);
     bool admit(const AccessUnit& unit);
+    void beginAnew();
     void showAll(bool all);
     bool ensureDecoder(Codec codec);
     void onFrame(AVFrame* frame);
@@ -90,6 +91,7 @@ private:
     bool m_waitForKey = true;
     Clock::time_point m_waitSince{};  // the first picture while waiting for a key picture; 0: none yet
     bool m_toldFull = false;
+    bool m_damaged = false;   // a picture since the last key picture is not whole
     bool m_showsAll = false;  // pictures are shown although no key picture has come
 };
 

@@ -197,6 +197,24 @@ TEST(TsForms, ALostDatagramOutOfStepDamagesNoOtherPicture) {
     }
 }
 
+TEST(TsForms, ADatagramThatComesTwiceChangesNothing) {
+    for (const bool with_length : {true, false}) {
+        const Sample whole = sample(true, with_length);
+        std::vector<Bytes> pieces;
+        for (const Bytes& piece : inPieces(whole.bytes, 7 * 188)) {
+            pieces.push_back(piece);
+            pieces.push_back(piece);
+        }
+        Watcher once;
+        once.feed(inPieces(whole.bytes, 7 * 188));
+        Watcher twice;
+        twice.feed(pieces);
+        EXPECT_GT(once.units.size(), 30u);
+        EXPECT_TRUE(twice.units == once.units) << twice.units.size() << " and " << once.units.size();
+        EXPECT_EQ(twice.sounds, once.sounds);
+    }
+}
+
 TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
     const Sample s = sample(true, true);
     const auto plain = inPieces(s.bytes, 1316), rtp = inRtp(s.bytes, 1316),

@@ -128,15 +128,16 @@ protected:
 
 // The other picture may be of another size; it does not matter here.
 TEST_F(VideoFace, AClickIsConvertedWithTheSizeLastDrawnHere) {
-    click({0, 0});
-    EXPECT_EQ(taken(), QStringList{"track -320 256"}) << "the owner's size before the first picture";
+    const QPoint at(320 + 100, 256);
+    click(at);
+    EXPECT_EQ(taken(), QStringList{"track 100 0"}) << "the owner's size before the first picture";
     widget.pictureDrawn({1280, 1024});
     owner.frame = {320, 256};
-    click({0, 0});
-    EXPECT_EQ(taken(), QStringList{"track -640 512"});
+    click(at);
+    EXPECT_EQ(taken(), QStringList{"track 200 0"});
     widget.pictureDrawn({320, 256});
-    click({0, 0});
-    EXPECT_EQ(taken(), QStringList{"track -160 128"});
+    click(at);
+    EXPECT_EQ(taken(), QStringList{"track 50 0"});
 }
 
 TEST_F(VideoFace, TakesItsNumberFromItsName) {
