@@ -26,10 +26,10 @@ void fillBaudRates(QComboBox* box) {
     }
 }
 
-// A name that was typed in, not chosen, stays.
-void fillPorts(QComboBox* box) {
+// A name that was typed in, not chosen or shown by the program, stays; true then.
+bool fillPorts(QComboBox* box, const QString& shown) {
     const QString name = box->currentText();
-    const bool typed = !name.isEmpty() && box->findText(name) < 0;
+    const bool typed = !name.isEmpty() && name != shown && box->findText(name) < 0;
     box->clear();
     const auto ports = QSerialPortInfo::availablePorts();
     for (const QSerialPortInfo& port : ports) {
@@ -40,6 +40,7 @@ void fillPorts(QComboBox* box) {
         box->setCurrentIndex(box->findText(name));
         box->setEditText(name);
     }
+    return typed;
 }
 
 bool isPort(const QLineEdit& edit, int lowest) {
@@ -105,8 +106,7 @@ void LinkPanel::fillLists() {
 
 void LinkPanel::refreshSerialPorts() {
     QComboBox* box = m_form.serial_port;
-    fillPorts(box);
-    if (!box->currentText().isEmpty() && box->findText(box->currentText()) < 0) {
+    if (fillPorts(box, m_config.serial_port)) {
         return;
     }
     const int configured = box->findText(m_config.serial_port, Qt::MatchExactly | Qt::MatchCaseSensitive);
@@ -117,7 +117,7 @@ void LinkPanel::refreshSerialPorts() {
     }
 }
 
-void LinkPanel::refreshInsPorts() { fillPorts(m_form.ins_port); }
+void LinkPanel::refreshInsPorts() { fillPorts(m_form.ins_port, QString()); }
 
 bool LinkPanel::onNetwork() const {
     return m_fields.link_state == kLinkUdp || m_fields.link_state == kLinkTcp;

@@ -139,6 +139,7 @@ void writeStack(ChunkWriter& out, int tid, std::uint64_t stack_pointer) {
             continue;
         }
         if (mapping.begin <= stack_pointer) {
+            begin = begin < mapping.begin ? mapping.begin : begin;
             end = mapping.end;
         } else if (mapping.begin - stack_pointer < kGuardBytes) {
             begin = mapping.begin;

@@ -158,6 +158,11 @@ bool CommonPage::sendsTelemetryPeriodically() const { return m_form.telemetry_st
 int CommonPage::languageIndex() const { return m_form.language->currentIndex(); }
 
 std::uint8_t CommonPage::decoderValue() {
+    // Begun at the start of the program; a driver that takes longer than that leaves this stream to software.
+    constexpr std::chrono::milliseconds kPatience(300);
+    if (!m_decoders.waitFor(kPatience)) {
+        return sorvane::decoderMask(0);
+    }
     fillDecoders();
     return sorvane::decoderMask(m_form.decoder->currentData().toInt());
 }

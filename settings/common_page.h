@@ -29,7 +29,8 @@ public:
     // Command 1026 goes out every 40 ms in single mode.
     bool sendsTelemetryPeriodically() const;
     int languageIndex() const;
-    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Waits for the list if need be.
+    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Waits a moment for the list if need
+    // be; software while it is not known.
     std::uint8_t decoderValue();
 
 signals:

@@ -24,8 +24,10 @@ DecoderMask::DecoderMask(std::function<int()> ask) {
     }
 }
 
-bool DecoderMask::known() const {
-    return m_mask.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+bool DecoderMask::known() const { return waitFor(std::chrono::milliseconds(0)); }
+
+bool DecoderMask::waitFor(std::chrono::milliseconds longest) const {
+    return m_mask.wait_for(longest) == std::future_status::ready;
 }
 
 }  // namespace sorvane

@@ -2,6 +2,7 @@
 // takes a driver hundreds of milliseconds, and one that hangs must hold nothing.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <future>
 
@@ -19,6 +20,8 @@ public:
     bool known() const;
     // Waits until it is known.
     int value() const { return m_mask.get(); }
+    // Waits for so long at most; false if it is not known then.
+    bool waitFor(std::chrono::milliseconds longest) const;
 
 private:
     std::shared_future<int> m_mask;

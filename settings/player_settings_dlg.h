@@ -41,7 +41,7 @@ public:
     int languageIndex() const;
     // The page of the pod's on-screen display, whose controls the commands of its buttons read.
     const QWidget* osdPage() const;
-    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Waits until the decoders are known.
+    // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Software while they are not known.
     std::uint8_t decoderValue() const;
 
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.

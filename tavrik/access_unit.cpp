@@ -130,7 +130,7 @@ void AccessUnitAssembler::append(Part& part, const Nal& nal, const NalInfo& info
     part.empty = false;
     part.random_access = part.random_access || info.random_access;
     part.recovery_point = part.recovery_point || info.recovery_point;
-    part.damaged = part.damaged || nal.damaged;
+    part.damaged = part.damaged || nal.damaged || std::exchange(m_nextDamaged, false);
     appendNal(part.bytes, nal);
     if (info.sei) {
         appendNal(part.sei, nal);

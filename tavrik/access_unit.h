@@ -58,6 +58,8 @@ public:
     void flush();
     // Bytes were lost in or behind the picture in hand.
     void markDamaged() { m_unit.damaged = m_unit.damaged || !m_unit.empty; }
+    // Bytes were lost before the first of the next unit.
+    void markNextDamaged() { m_nextDamaged = true; }
 
     bool pending() const { return m_unit.has_picture; }
     bool isSlice(const Nal& begun) const;
@@ -98,6 +100,7 @@ private:
     Part m_unit;
     Part m_held;        // behind the picture's slices: the next one's, unless a slice of this one follows
     Stamp m_nextTimes;  // told inside a unit, for the next that begins
+    bool m_nextDamaged = false;
     unsigned m_setsSeen = 0;
     std::size_t m_lastSize = 0;
     SliceHeads m_heads;

@@ -23,10 +23,12 @@ void AudioDecoder::push(const SoundPiece& piece, const SharedParameters& paramet
     if (m_stopped) {
         return;
     }
-    if (m_waiting.size() >= kMaxWaiting) {
+    m_waitingBytes += piece.size;
+    m_waiting.push_back(std::move(item));
+    while (m_waiting.size() > kMaxWaiting || (m_waitingBytes > kMaxWaitingBytes && m_waiting.size() > 1)) {
+        m_waitingBytes -= static_cast<std::size_t>(m_waiting.front().packet->size);
         m_waiting.pop_front();
     }
-    m_waiting.push_back(std::move(item));
     m_changed.notify_one();
 }
 
@@ -38,6 +40,7 @@ bool AudioDecoder::next(Item& item) {
     }
     item = std::move(m_waiting.front());
     m_waiting.pop_front();
+    m_waitingBytes -= static_cast<std::size_t>(item.packet->size);
     return true;
 }
 
@@ -45,6 +48,7 @@ void AudioDecoder::stop() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_stopped = true;
     m_waiting.clear();
+    m_waitingBytes = 0;
     m_changed.notify_all();
 }
 

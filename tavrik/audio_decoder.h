@@ -27,6 +27,7 @@ public:
     // Packets waiting while the receiver blocks; beyond that the oldest go, so that the picture is never held
     // up.
     static constexpr std::size_t kMaxWaiting = 512;
+    static constexpr std::size_t kMaxWaitingBytes = 4u << 20;
 
     // `sync` outlives run().
     AudioDecoder(SoundSync& sync, Sink sink) : m_sync(sync), m_sink(std::move(sink)) {}
@@ -57,6 +58,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Item> m_waiting;
+    std::size_t m_waitingBytes = 0;
     bool m_stopped = false;
 
     // Of the sound's thread alone.

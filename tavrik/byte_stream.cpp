@@ -1,6 +1,7 @@
 #include "tavrik/byte_stream.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tavrik {
 namespace {
@@ -97,13 +98,37 @@ void ByteStream::pushTransport(const std::uint8_t* data, std::size_t size) {
         m_otherForm = 0;
     }
     if (m_rtp && in_rtp) {
-        m_transport.push(rtp.data, rtp.size);
+        pushInOrder(rtp.data, rtp.size);
     } else {
-        m_transport.push(data, size);
+        pushInOrder(data, size);
     }
     if (m_transport.bytesWithoutPacket() > kMaxBytesOutOfStep) {
         startOver();
     }
+}
+
+// A datagram before which packets are missing waits for the next one: the network may have exchanged the two.
+void ByteStream::pushInOrder(const std::uint8_t* data, std::size_t size) {
+    const bool datagram = wholeTsPackets(data, size) && size <= kMostRemembered;
+    const TsDemuxer::Counters counters =
+        datagram ? m_transport.videoCounters(data, size) : TsDemuxer::Counters{};
+    if (!m_held.empty()) {
+        const std::vector<std::uint8_t> held = std::exchange(m_held, {});
+        // Counters have four bits only: both sides of the gap must fit.
+        const bool between = counters.first >= 0 && !m_transport.gapBefore(counters) &&
+                             m_transport.videoCounters(held.data(), held.size()).follows(counters.last);
+        if (between) {
+            m_transport.push(data, size);
+            m_transport.push(held.data(), held.size());
+            return;
+        }
+        m_transport.push(held.data(), held.size());
+    }
+    if (datagram && m_transport.gapBefore(counters)) {
+        m_held.assign(data, data + size);
+        return;
+    }
+    m_transport.push(data, size);
 }
 
 void ByteStream::pushRaw(const std::uint8_t* data, std::size_t size) {
@@ -127,6 +152,10 @@ void ByteStream::idle() {
 }
 
 void ByteStream::finish() {
+    if (!m_held.empty()) {
+        const std::vector<std::uint8_t> held = std::exchange(m_held, {});
+        m_transport.push(held.data(), held.size());
+    }
     if (m_video != nullptr) {
         m_video->finish();
     }
@@ -193,6 +222,7 @@ void ByteStream::begin(Form form, std::vector<std::uint8_t> held) {
 void ByteStream::startOver() {
     m_form = Form::kUnknown;
     m_transport.reset();
+    m_held.clear();
     m_video.reset();
     m_unknown = {};
     m_unknownRtp = {};

@@ -52,6 +52,7 @@ private:
     bool sniffRtp(const std::uint8_t* data, std::size_t size);
     bool repeated(const std::uint8_t* data, std::size_t size);
     void pushTransport(const std::uint8_t* data, std::size_t size);
+    void pushInOrder(const std::uint8_t* data, std::size_t size);
     void pushRaw(const std::uint8_t* data, std::size_t size);
     void startOver();
     void begin(Form form, std::vector<std::uint8_t> held);
@@ -69,6 +70,7 @@ private:
     TsDemuxer m_transport;
     std::unique_ptr<PictureStream> m_video;
     std::vector<std::uint8_t> m_lastPiece;  // of the transport stream
+    std::vector<std::uint8_t> m_held;       // packets that wait for those before them
     int m_otherForm = 0;                    // pieces in a row that look like another form
 };
 

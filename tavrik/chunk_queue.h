@@ -37,7 +37,7 @@ public:
         if (m_closed || m_bytes >= kMaxBytes) {
             return;
         }
-        m_bytes += chunk.data.size();
+        m_bytes += cost(chunk);
         if (chunk.stamp.arrival == std::chrono::steady_clock::time_point{}) {
             chunk.stamp.arrival = std::chrono::steady_clock::now();
         }
@@ -61,7 +61,7 @@ public:
         }
         chunk = std::move(m_chunks.front());
         m_chunks.pop_front();
-        m_bytes -= chunk.data.size();
+        m_bytes -= cost(chunk);
         m_room.notify_one();
         return Taken::kChunk;
     }
@@ -79,6 +79,9 @@ public:
     }
 
 private:
+    // The smallest of datagrams takes this much beside its bytes.
+    static std::size_t cost(const Chunk& chunk) { return chunk.data.size() + sizeof(Chunk) + 32; }
+
     std::mutex m_mutex;
     std::condition_variable m_arrived, m_room;
     std::deque<Chunk> m_chunks;

@@ -196,6 +196,9 @@ void LiveSession::decodeLoop() {
 }
 
 int LiveSession::silenceMs() const {
+    if (m_silenceTold) {
+        return -1;
+    }
     if (m_packets && m_packets->pending()) {
         return m_packets->idleMs();
     }
@@ -210,6 +213,7 @@ void LiveSession::onSilence() {
     if (m_source->bytesWaiting() || !m_queue.empty()) {
         return;
     }
+    m_silenceTold = true;
     if (m_packets) {
         m_packets->idle();
     }
@@ -217,6 +221,7 @@ void LiveSession::onSilence() {
 }
 
 void LiveSession::take(const Chunk& chunk) {
+    m_silenceTold = false;
     m_arrived = chunk.stamp.arrival;
     if (chunk.ends_stream) {
         finish();
@@ -302,7 +307,8 @@ bool LiveSession::admit(const AccessUnit& unit) {
     if (m_waitSince == Clock::time_point{}) {
         m_waitSince = now;
     }
-    const bool patient = now - m_waitSince < kMaxWaitForKey;
+    // Of a stream that is known to have no key pictures none is waited for again.
+    const bool patient = !m_showsAll && now - m_waitSince < kMaxWaitForKey;
     if (full || late || (!unit.decoding_can_begin && patient)) {
         return false;
     }

@@ -91,8 +91,9 @@ private:
     bool m_waitForKey = true;
     Clock::time_point m_waitSince{};  // the first picture while waiting for a key picture; 0: none yet
     bool m_toldFull = false;
-    bool m_damaged = false;   // a picture since the last key picture is not whole
-    bool m_showsAll = false;  // pictures are shown although no key picture has come
+    bool m_silenceTold = false;  // since the last chunk
+    bool m_damaged = false;      // a picture since the last key picture is not whole
+    bool m_showsAll = false;     // pictures are shown although no key picture has come
 };
 
 }  // namespace tavrik

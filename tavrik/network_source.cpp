@@ -38,7 +38,11 @@ void fillOptions(Dictionary& options, const Options& given, bool audio) {
 }
 
 std::int64_t ticks(std::int64_t time, AVRational unit) {
-    return time != AV_NOPTS_VALUE ? av_rescale_q(time, unit, AVRational{1, 90000}) : kNoTime;
+    // Beyond this a time is made up, and differences would not fit.
+    constexpr std::int64_t kMost = std::int64_t{1} << 60;
+    const std::int64_t ticks =
+        time != AV_NOPTS_VALUE ? av_rescale_q(time, unit, AVRational{1, 90000}) : kNoTime;
+    return ticks > -kMost && ticks < kMost ? ticks : kNoTime;
 }
 
 Stamp stampOf(const AVPacket* packet, AVRational unit) {
@@ -180,6 +184,15 @@ void NetworkSource::passVideoPacket(SourceSink& sink, const AVPacket* packet) {
         return;
     }
     VideoPiece piece{packet->data, static_cast<std::size_t>(packet->size), stampOf(packet, m_videoUnit)};
+    // Pieces of one picture have one time. A codec with NALs shows its pictures' beginnings itself.
+    const AVCodecID codec = m_videoFormat->codec_id;
+    const bool nals = codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC;
+    if (!m_wholePictures && !nals && m_lastTime != piece.stamp.pts) {
+        VideoPiece end{nullptr, 0, {kNoTime, kNoTime, piece.stamp.arrival}};
+        end.ends_picture = true;
+        sink.onVideo(end, m_videoFormat);
+    }
+    m_lastTime = piece.stamp.pts;
     piece.ends_picture = m_wholePictures && (m_pictureLimit == 0 || packet->size < m_pictureLimit);
     piece.after_loss = (packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
     sink.onVideo(piece, m_videoFormat);

@@ -36,10 +36,11 @@ private:
     int m_videoIndex = -1;
     int m_audioIndex = -1;
     SharedParameters m_videoFormat, m_audioFormat;
-    AVRational m_videoUnit{1, 90000};  // of the packets' times
-    bool m_wholePictures = false;      // the container's packets are pictures
-    int m_pictureLimit = 0;            // but not those of this size and above; 0: no limit
-    BitstreamFilterPtr m_toAnnexB;     // for containers with length-prefixed NALs
+    AVRational m_videoUnit{1, 90000};   // of the packets' times
+    std::int64_t m_lastTime = kNoTime;  // pts of the last piece
+    bool m_wholePictures = false;       // the container's packets are pictures
+    int m_pictureLimit = 0;             // but not those of this size and above; 0: no limit
+    BitstreamFilterPtr m_toAnnexB;      // for containers with length-prefixed NALs
 };
 
 }  // namespace tavrik

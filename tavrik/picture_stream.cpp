@@ -32,6 +32,7 @@ void PictureStream::push(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return;
     }
+    m_begun = true;
     if (opaque()) {
         pushOpaque(data, size);
         return;
@@ -70,7 +71,10 @@ void PictureStream::endOfPicture() {
 
 void PictureStream::lost() {
     m_cut = Cut::kNone;
-    m_opaqueDamaged = m_opaqueDamaged || !m_opaque.empty();
+    m_opaqueDamaged = m_opaqueDamaged || m_begun;
+    if (m_begun && !pending()) {
+        m_assembler.markNextDamaged();
+    }
     m_splitter.lost();
     m_assembler.markDamaged();
 }

@@ -70,6 +70,7 @@ private:
     std::vector<std::uint8_t> m_opaque;  // of a codec whose packets are passed on
     Stamp m_stamp, m_opaqueStamp;
     bool m_opaqueDamaged = false;
+    bool m_begun = false;        // what came before the first byte is no loss
     std::uint64_t m_peeked = 0;  // where the NAL begins whose beginning tells no more
     int m_foreignSets = 0;       // parameter sets of another codec in a row
 

@@ -292,6 +292,10 @@ void RtspSession::onProgress(GstMessage* message) {
     g_free(code);
     if (playing) {
         m_playing = true;
+        if (m_foreign) {
+            // The server plays sound alone; the pictures are for another receiver.
+            note(End::kForeignPictures);
+        }
     }
     if (connecting) {
         SocketWatch::follow(m_sockets);
@@ -316,8 +320,10 @@ void RtspSession::onPicture(GstSample* sample) {
         m_sink.onBytes(map.data, map.size);
     } else {
         VideoPiece piece{map.data, map.size, stampOf(sample, buffer)};
-        // Without the marker the element has guessed the end by the beginning of the next picture.
-        piece.ends_picture = GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_MARKER) != 0;
+        // Without the marker the element has guessed the end by the beginning of the next picture. Of a codec
+        // without NALs it hands out whole pictures alone, without the flag.
+        piece.ends_picture = m_video.format->annex_b_caps == nullptr ||
+                             GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_MARKER) != 0;
         piece.after_loss = GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DISCONT) != 0;
         m_sink.onVideo(piece, m_video.parameters);
     }

@@ -78,7 +78,8 @@ SoundSync::Answer SoundSync::judge(std::int64_t pts, Clock::time_point arrival, 
         return {Verdict::kDrop};
     }
     const std::int64_t ahead = -late - ticks(std::min<Clock::duration>(now - m_shownAt, kPictureLasts));
-    if (ahead <= kInStep || ahead > kMaxAhead) {
+    // Pictures whose times stand still would let sound wait for ever.
+    if (ahead <= kInStep || ahead > kMaxAhead || now - arrival > kMaxWaiting) {
         return {Verdict::kPlay};
     }
     const milliseconds wait((ahead - kInStep) / kTicksPerMs + 1);

@@ -70,6 +70,26 @@ void TsDemuxer::reset() {
     m_stuffingDoubted = 0;
 }
 
+TsDemuxer::Counters TsDemuxer::videoCounters(const std::uint8_t* data, std::size_t size) const {
+    Counters found;
+    if (size % kTsPacketBytes != 0) {
+        return found;
+    }
+    for (const std::uint8_t* p = data; p != data + size; p += kTsPacketBytes) {
+        const bool has_payload = (p[3] & 0x10) != 0;
+        const int pid = ((p[1] & 0x1F) << 8) | p[2];
+        if (p[0] != kTsSync || pid != m_video.stream.pid || !has_payload) {
+            continue;
+        }
+        found.last = p[3] & 0x0F;
+        if (found.first < 0) {
+            found.first = found.last;
+            found.jump_told = (p[3] & 0x20) != 0 && p[4] > 0 && (p[5] & 0x80) != 0;
+        }
+    }
+    return found;
+}
+
 void TsDemuxer::packet(const std::uint8_t* p) {
     const bool damaged = (p[1] & 0x80) != 0;
     const bool scrambled = (p[3] & 0xC0) != 0;

@@ -39,6 +39,20 @@ public:
 
     void push(const std::uint8_t* data, std::size_t size) { m_packets.push(data, size); }
     void reset();
+    // The first and last continuity counter of the video's packets among whole packets of kTsPacketBytes in
+    // step; -1: there are none.
+    struct Counters {
+        int first = -1, last = -1;
+        bool jump_told = false;  // the first need not follow anything
+        bool follows(int counter) const {
+            return first < 0 || jump_told || first == counter || first == ((counter + 1) & 0x0F);
+        }
+    };
+    Counters videoCounters(const std::uint8_t* data, std::size_t size) const;
+    // True if packets of the video are missing between what has been pushed and these.
+    bool gapBefore(const Counters& packets) const {
+        return m_video.counter >= 0 && !packets.follows(m_video.counter);
+    }
     // Bytes since the last good packet: large when this is no transport stream (any more).
     std::size_t bytesWithoutPacket() const { return m_packets.bytesWithoutPacket(); }
 

@@ -102,7 +102,6 @@ CodecContextPtr VideoDecoder::openContext(DecoderKind kind) {
     if (m_lowDelay) {
         context->flags |= AV_CODEC_FLAG_LOW_DELAY;
     }
-    applyShowAll(context.get());
     // Threads over the slices of one picture cost no delay; threads over pictures cost one picture each.
     context->thread_type = m_lowDelay ? FF_THREAD_SLICE : FF_THREAD_SLICE | FF_THREAD_FRAME;
     context->thread_count =
@@ -119,6 +118,9 @@ CodecContextPtr VideoDecoder::openContext(DecoderKind kind) {
     if (avcodec_open2(context.get(), decoder, options.out()) < 0) {
         return nullptr;
     }
+    m_ownFlags = context->flags;
+    m_ownFlags2 = context->flags2;
+    applyShowAll(context.get());
     return context;
 }
 
@@ -170,8 +172,9 @@ void VideoDecoder::showAll(bool all) {
     if (m_context == nullptr) {
         return;
     }
-    m_context->flags ^= m_context->flags & kShowAllFlag;
-    m_context->flags2 ^= m_context->flags2 & kShowAllFlag2;
+    // What the options ask for stays.
+    m_context->flags ^= m_context->flags & kShowAllFlag & ~m_ownFlags;
+    m_context->flags2 ^= m_context->flags2 & kShowAllFlag2 & ~m_ownFlags2;
     applyShowAll(m_context.get());
 }
 

@@ -52,6 +52,7 @@ private:
     Sink m_sink;
     AVCodecID m_codec = AV_CODEC_ID_NONE;
     bool m_lowDelay = true;
+    int m_ownFlags = 0, m_ownFlags2 = 0;  // of the open context, by low delay and the options
     bool m_showAll = false;
     ParametersPtr m_parameters;
     CodecContextPtr m_context;

@@ -151,7 +151,7 @@ void MyAppConfig::save() {
     SORVANE_CONFIG_KEYS(SORVANE_CONFIG_WRITE)
 #undef SORVANE_CONFIG_WRITE
     m_file->sync();
-    if (m_file->status() != QSettings::NoError) {
+    if (m_file->status() == QSettings::AccessError) {
         qDebug("settings: %s cannot be written", qPrintable(m_file->fileName()));
     }
 }

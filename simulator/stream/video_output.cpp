@@ -57,13 +57,19 @@ void VideoOutput::send(const AccessUnit& unit, std::int64_t now_ns) {
     } else {
         datagrams = cutIntoDatagrams(unit.bytes, kRawDatagramSize);
     }
+    const int pause_ms = m_injector.settings().pause_ms;
+    if (pause_ms == 0) {
+        m_restUntilNs = 0;
+    }
     for (std::size_t i = 0; i < datagrams.size(); ++i) {
         const std::size_t size = datagrams[i].size();
         // What comes behind a rest waits for its end, later pictures as well.
         const std::int64_t at = std::max(now_ns, m_restUntilNs);
         m_injector.push(std::move(datagrams[i]), at);
         const int rest_ms = m_pause.restBehind(size, i + 1 == datagrams.size(), m_injector.settings());
-        m_restUntilNs = at + rest_ms * 1'000'000LL;
+        // Rests that are longer than the pictures between them would add up without end.
+        const bool behind = m_restUntilNs - now_ns > pause_ms * 1'000'000LL;
+        m_restUntilNs = at + (behind ? 0 : rest_ms * 1'000'000LL);
     }
     pump(now_ns);
 }

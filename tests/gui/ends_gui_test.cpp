@@ -41,6 +41,10 @@ Ends::Verdict Ends::runRow(const Begin& begin, const End& end) {
     if (!raise()) {
         return {false, "the scene: " + problem()};
     }
+    const Motion rest = waitStill();
+    if (!atRest(rest)) {
+        return {true, "no rest to begin with: " + rest.text};
+    }
     const Motion before = pod.motion();
     if (m_rested && before.movements != m_movements) {
         m_rested = false;
@@ -58,7 +62,7 @@ Ends::Verdict Ends::runRow(const Begin& begin, const End& end) {
     };
     const Motion begun = pod.until(has_begun, kAppearMs);
     if (!has_begun(begun)) {
-        return {false, "nothing to end: " + begun.text};
+        return {true, "nothing to end: " + begun.text};
     }
     end.run(row);
     if (end.stops) {

@@ -119,11 +119,7 @@ bool EndsScene::raise() {
         in().m_btnCtrlPane()->click();
     }
     ui().radioButton_13->setChecked(true);
-    if (!picturesSettle()) {
-        return fail("a picture is covered");
-    }
-    const Motion rest = waitStill();
-    return atRest(rest) || fail("no rest to begin with: " + rest.text);
+    return picturesSettle() || fail("a picture is covered");
 }
 
 // The toolkit may take itself for inactive although the server's focus is on its window (a popup has grabbed

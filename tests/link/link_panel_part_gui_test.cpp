@@ -185,6 +185,19 @@ TEST_F(LinkPanelPart, ATypedSerialNameOutlivesARefresh) {
     EXPECT_EQ(form.ins_port->currentText(), "/dev/pts/other");
 }
 
+// The configured name is shown while there is no port; one that is plugged in takes its place.
+TEST_F(LinkPanelPart, ANameThatTheProgramShowedGivesWay) {
+    config.serial_port = "ttyNOWHERE";
+    build();
+    panel->fillLists();
+    const bool any = form.serial_port->count() > 0;
+    form.serial_port->setEditText("ttyNOWHERE");
+    panel->refreshSerialPorts();
+    EXPECT_EQ(form.serial_port->currentIndex(), any ? form.serial_port->count() - 1 : -1);
+    EXPECT_EQ(form.serial_port->currentText(),
+              any ? form.serial_port->itemText(form.serial_port->count() - 1) : "ttyNOWHERE");
+}
+
 TEST_F(LinkPanelPart, ATcpPeerGetsAndSends) {
     build();
     QTcpServer server;

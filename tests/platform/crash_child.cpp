@@ -38,6 +38,11 @@ __attribute__((noinline)) void crash_by_null_write() {
     std::printf("not reached\n");
 }
 
+// Frames so small that the overflow comes with a call or a push, at the very edge of the stack.
+__attribute__((noinline)) int crash_by_small_recursion(volatile int depth) {
+    return depth < 0 ? 0 : crash_by_small_recursion(depth + 1) + depth;
+}
+
 __attribute__((noinline)) int crash_by_recursion(volatile int depth) {
     volatile char page[4096];
     if (depth < 0) {
@@ -74,6 +79,8 @@ int main(int argc, char* argv[]) {
         crash_by_null_write();
     } else if (std::strcmp(kind, "recursion") == 0) {
         crash_by_recursion(0);
+    } else if (std::strcmp(kind, "small-recursion") == 0) {
+        crash_by_small_recursion(0);
     } else if (std::strcmp(kind, "thread-recursion") == 0) {
         std::thread(crash_by_recursion, 0).join();
     } else if (std::strcmp(kind, "full") == 0) {

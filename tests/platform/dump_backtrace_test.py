@@ -37,9 +37,9 @@ class DumpBacktrace(unittest.TestCase):
         self.assertRegex(result, r"worker_waits_here ?\(")
 
     def test_stack_overflow(self):
-        for kind in ("recursion", "thread-recursion"):
+        for kind in ("recursion", "thread-recursion", "small-recursion"):
             result = back_trace(kind).stdout
-            self.assertGreater(len(re.findall(r"crash_by_recursion ?\(", result)), 10, kind)
+            self.assertGreater(len(re.findall(r"crash_by_(small_)?recursion ?\(", result)), 10, kind)
             self.assertRegex(result, r"worker_waits_here ?\(", kind)
 
     def test_not_a_dump(self):

@@ -320,6 +320,27 @@ TEST(ForeignRtsp, WithSoundFirstIsShown) {
     EXPECT_GT(sound, 0);
 }
 
+// Codecs whose pictures have no NALs, alone and beside sound: by GStreamer's elements or by FFmpeg's.
+TEST(ForeignRtsp, OfOtherCodecsIsShown) {
+    const std::string camera =
+        "videotestsrc is-live=true ! video/x-raw,format=I420,width=320,height=240,framerate=25/1 ! ";
+    for (const char* coding : {"jpegenc ! rtpjpegpay pt=26", "vp8enc deadline=1 ! rtpvp8pay pt=96"}) {
+        for (const bool with_sound : {false, true}) {
+            GstServer::Settings settings;
+            settings.pictures = camera + coding;
+            settings.sound_first = with_sound;
+            const GstServer server(film(), settings);
+            Receiver receiver;
+            const auto none = [](unsigned char*, int, int, int) {};
+            const int handle =
+                feedOpen(server.url().c_str(), 0, receiver.onFrame(),
+                         with_sound ? AudioCallback(none) : AudioCallback(), "", true, "", nullptr, 1);
+            EXPECT_TRUE(receiver.waitForFrames(20)) << coding << (with_sound ? " with sound" : "");
+            feedClose(handle);
+        }
+    }
+}
+
 void expectNothing(const std::string& url) {
     Screen screen;
     const int handle = feedOpen(url.c_str(), 0, screen.onFrame(), nullptr, "", true, "", nullptr, 1);

@@ -29,6 +29,10 @@ void onNeedData(GstAppSrc* source, guint, gpointer data) {
 void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
     GstElement* bin = gst_rtsp_media_get_element(media);
     GstElement* source = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "src");
+    if (source == nullptr) {
+        gst_object_unref(bin);
+        return;
+    }
     auto* playing = new Playing{static_cast<const Film*>(data)};
     g_object_set_data_full(G_OBJECT(media), "playing", playing,
                            [](gpointer p) { delete static_cast<Playing*>(p); });
@@ -37,15 +41,16 @@ void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
     gst_object_unref(bin);
 }
 
-std::string pipelineOf(const Film& film, bool sound_first) {
+std::string pipelineOf(const Film& film, const GstServer::Settings& settings) {
     const std::string name = film.settings.codec == Codec::kH264 ? "h264" : "h265";
     const std::string kind = "video/x-" + name + ",stream-format=byte-stream,alignment=au";
-    const std::string pictures = "appsrc name=src format=time max-bytes=0 max-buffers=4 caps=" + kind +
-                                 ",framerate=25/1 ! identity sync=true ! " + name + "parse ! " + kind +
-                                 " ! rtp" + name + "pay pt=96 config-interval=-1 name=pay";
+    const std::string of_film = "appsrc name=src format=time max-bytes=0 max-buffers=4 caps=" + kind +
+                                ",framerate=25/1 ! identity sync=true ! " + name + "parse ! " + kind +
+                                " ! rtp" + name + "pay pt=96 config-interval=-1 name=pay";
     const std::string sound =
         "audiotestsrc is-live=true ! audio/x-raw,rate=8000,channels=1 ! mulawenc ! rtppcmupay name=pay";
-    return sound_first ? "( " + sound + "0 " + pictures + "1 )" : "( " + pictures + "0 )";
+    const std::string pictures = settings.pictures.empty() ? of_film : settings.pictures + " name=pay";
+    return settings.sound_first ? "( " + sound + "0 " + pictures + "1 )" : "( " + pictures + "0 )";
 }
 
 }  // namespace
@@ -79,7 +84,7 @@ void askForPassword(GstRTSPServer* server, GstRTSPMediaFactory* factory,
 
 GstRTSPMediaFactory* makeFactory(const Film& film, const GstServer::Settings& settings) {
     GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
-    gst_rtsp_media_factory_set_launch(factory, pipelineOf(film, settings.sound_first).c_str());
+    gst_rtsp_media_factory_set_launch(factory, pipelineOf(film, settings).c_str());
     gst_rtsp_media_factory_set_latency(factory, 0);
     if (settings.transports == GstServer::Transports::kUdpAlone) {
         gst_rtsp_media_factory_set_protocols(factory, GST_RTSP_LOWER_TRANS_UDP);

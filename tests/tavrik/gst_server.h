@@ -14,6 +14,7 @@ public:
     struct Settings {
         Transports transports = Transports::kAny;
         bool sound_first = false;  // a track of sound before that of pictures
+        std::string pictures;      // elements up to a payloader that send these pictures, not the film's
         std::string user;          // with a password asked for; empty: none is
         std::string password;
         int port = 0;  // 0: a free one

@@ -286,8 +286,26 @@ TEST(PictureStream, ClosesTheUnitInHandWhereBytesWereLost) {
     stream.endOfPicture();
     ASSERT_EQ(units.size(), 3u);
     EXPECT_EQ(bytes(1), joined({slice264(true, false, 2)}));
-    EXPECT_FALSE(units[1]->damaged);
+    EXPECT_TRUE(units[1]->damaged) << "what was lost may have been its beginning";
     EXPECT_EQ(bytes(2), joined({slice264(true, false, 3)}));
+}
+
+TEST(PictureStream, ALossBetweenPicturesDamagesTheNextAlone) {
+    std::vector<AccessUnitPtr> units;
+    PictureStream stream(Codec::kH264, [&](const AccessUnitPtr& unit) { units.push_back(unit); });
+    stream.lost();
+    for (std::uint32_t n = 1; n < 5; ++n) {
+        if (n == 3) {
+            stream.lost();
+        }
+        push(stream, joined({slice264(true, n == 1, n)}));
+        stream.endOfPicture();
+    }
+    ASSERT_EQ(units.size(), 4u);
+    EXPECT_FALSE(units[0]->damaged) << "before the first byte nothing is missed";
+    EXPECT_FALSE(units[1]->damaged);
+    EXPECT_TRUE(units[2]->damaged);
+    EXPECT_FALSE(units[3]->damaged);
 }
 
 TEST(PictureStream, TakesALossForNoFaultOfTheContainer) {

@@ -72,6 +72,14 @@ TEST_F(SoundSyncTest, WaitsForNoPictureThatDoesNotCome) {
     EXPECT_EQ(judge(1500, 2500).verdict, Verdict::kPlay);
 }
 
+// Pictures go on being shown, but with one time for all: sound must not wait for a time that never comes.
+TEST_F(SoundSyncTest, SoundDoesNotWaitForPicturesWhoseTimeStands) {
+    picture(0, 0);
+    picture(0, 1000);
+    EXPECT_EQ(m_sync.judge(pts(500), at(0), at(500)).verdict, Verdict::kWait);
+    EXPECT_EQ(m_sync.judge(pts(500), at(0), at(1001)).verdict, Verdict::kPlay);
+}
+
 TEST_F(SoundSyncTest, TakesALagOfTheSendersOwnForGranted) {
     run(0, 8000, 500);
     EXPECT_EQ(judge(7480, 7980).verdict, Verdict::kPlay);

@@ -215,6 +215,25 @@ TEST(TsForms, ADatagramThatComesTwiceChangesNothing) {
     }
 }
 
+TEST(TsForms, DatagramsThatWereExchangedChangeNothing) {
+    for (const bool with_length : {true, false}) {
+        const Sample whole = sample(true, with_length);
+        const std::vector<Bytes> right = inPieces(whole.bytes, 7 * 188);
+        for (std::size_t first = 1; first < 5; ++first) {
+            std::vector<Bytes> pieces = right;
+            for (std::size_t at = first; at + 1 < pieces.size(); at += 5) {
+                std::swap(pieces[at], pieces[at + 1]);
+            }
+            Watcher straight;
+            straight.feed(right);
+            Watcher crossed;
+            crossed.feed(pieces);
+            EXPECT_TRUE(crossed.units == straight.units)
+                << crossed.units.size() << " and " << straight.units.size();
+        }
+    }
+}
+
 TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
     const Sample s = sample(true, true);
     const auto plain = inPieces(s.bytes, 1316), rtp = inRtp(s.bytes, 1316),
