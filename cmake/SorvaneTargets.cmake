@@ -107,15 +107,23 @@ function(sorvane_test_library name)
   target_link_libraries(${name} PUBLIC sorvane_test_flags ${A_LIBS})
 endfunction()
 
+# Under the address sanitizer, what libraries leave behind from their own load is not judged.
+function(sorvane_judge_leaks_after_load target)
+  if(SORVANE_SANITIZE MATCHES "address")
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/load_time_leaks.cpp)
+  endif()
+endfunction()
+
 # A GoogleTest executable in a folder of its own:
 #   sorvane_test(name SOURCES a_test.cpp LIBS x LABELS l TIMEOUT s)
-# Labels in use: unit (cores), net (sockets, ptys), gui (needs a display), system (whole programs).
+# Labels in use: unit (cores), net (sockets, ptys), long (minutes), gui (needs a display), system (programs).
 function(sorvane_test name)
   cmake_parse_arguments(A "NO_MAIN" "TIMEOUT" "SOURCES;LIBS;LABELS;ARGS" ${ARGN})
   if(NOT SORVANE_TESTS)
     return()
   endif()
   add_executable(${name} ${A_SOURCES})
+  sorvane_judge_leaks_after_load(${name})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name} AUTOMOC OFF)
   if(A_NO_MAIN)
     target_link_libraries(${name} PRIVATE sorvane_test_flags ${A_LIBS} GTest::gtest GTest::gmock)
@@ -139,6 +147,7 @@ function(sorvane_gui_test name)
   cmake_parse_arguments(A "" "TIMEOUT" "SOURCES;LIBS" ${ARGN})
   set(folder ${CMAKE_BINARY_DIR}/tests/${name})
   add_executable(${name} ${A_SOURCES} ${CMAKE_SOURCE_DIR}/tests/gui/gui_main.cpp)
+  sorvane_judge_leaks_after_load(${name})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
   target_link_libraries(${name} PRIVATE ${A_LIBS} Qt5::Widgets Qt5::Test GTest::gmock GTest::gtest sorvane_test_flags)
   add_dependencies(${name} run_tree)

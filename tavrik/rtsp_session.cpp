@@ -175,11 +175,6 @@ void RtspSession::wait() {
 }
 
 void RtspSession::stop() {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_stopping = true;
-        m_changed.notify_all();
-    }
     // The farewell gets its short time; then whatever the server is in the middle of ends.
     gst_element_set_state(m_pipeline, GST_STATE_READY);
     m_sockets->breakOff();
@@ -301,10 +296,9 @@ void RtspSession::onProgress(GstMessage* message) {
         SocketWatch::follow(m_sockets);
     }
     if (connecting && m_connections++ > kMaxRedirects) {
-        // rtspsrc itself would follow for ever; its thread waits here until it is stopped.
+        // rtspsrc itself would follow for ever.
         note(End::kOver);
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_stopping; });
+        m_sockets->breakOff();
     }
 }
 

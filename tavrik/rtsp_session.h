@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -77,8 +76,6 @@ private:
     int m_connections = 0;
 
     std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_stopping = false;
     std::atomic<bool> m_over{false};
     std::atomic<bool> m_playing{false};
     std::atomic<End> m_end{End::kOver};

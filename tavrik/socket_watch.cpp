@@ -13,9 +13,16 @@ thread_local std::weak_ptr<SocketWatch> t_session;
 // An emission of GSocketClient's "event"; the library offers no other way to the sockets it makes.
 gboolean onClientEvent(GSignalInvocationHint*, guint count, const GValue* values, gpointer) {
     const std::shared_ptr<SocketWatch> session = t_session.lock();
-    if (session != nullptr && count >= 4 && g_value_get_enum(&values[1]) == G_SOCKET_CLIENT_CONNECTED &&
-        G_IS_SOCKET_CONNECTION(g_value_get_object(&values[3]))) {
-        session->add(g_socket_connection_get_socket(G_SOCKET_CONNECTION(g_value_get_object(&values[3]))));
+    if (session == nullptr || count < 4 || !G_IS_SOCKET_CONNECTION(g_value_get_object(&values[3]))) {
+        return TRUE;
+    }
+    GSocket* const socket =
+        g_socket_connection_get_socket(G_SOCKET_CONNECTION(g_value_get_object(&values[3])));
+    const int event = g_value_get_enum(&values[1]);
+    if (event == G_SOCKET_CLIENT_CONNECTING) {
+        session->permit(socket);
+    } else if (event == G_SOCKET_CLIENT_CONNECTED) {
+        session->add(socket);
     }
     return TRUE;
 }
@@ -48,6 +55,13 @@ void SocketWatch::breakOff() {
     m_broken = true;
     for (GSocket* const socket : m_sockets) {
         g_socket_shutdown(socket, TRUE, TRUE, nullptr);
+    }
+}
+
+void SocketWatch::permit(GSocket* socket) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_broken) {
+        g_socket_close(socket, nullptr);
     }
 }
 

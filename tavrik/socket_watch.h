@@ -20,9 +20,11 @@ public:
 
     // From now on the connections that the calling thread makes by GIO are this session's.
     static void follow(const std::shared_ptr<SocketWatch>& session);
-    // Ends them, and with them every read and write on them.
+    // Ends them, and with them every read and write on them; none comes about from now on.
     void breakOff();
 
+    // One that is about to connect, and one that has.
+    void permit(GSocket* socket);
     void add(GSocket* socket);
 
 private:

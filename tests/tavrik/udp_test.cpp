@@ -206,13 +206,13 @@ TEST(UdpStream, DecodesTheSoundOfATransportStream) {
     const int handle = feedOpen("", port, receiver.onFrame(), receiver.onAudio(), "", false, "", nullptr, 1);
     TestEncoder encoder(EncoderSettings{});
     std::vector<Bytes> units;
-    for (int n = 0; n < 25; ++n) {
+    for (int n = 0; n < 100; ++n) {
         units.push_back(encoder.encode(n));
     }
     UdpSender sender(port);
-    // At its own pace: sound that is left behind by the pictures is not played.
+    // At its own pace, and longer than what has to be heard: sound that is left behind by the pictures is not played.
     const Bytes bytes = muxTransportStream(Codec::kH264, units, true, true);
-    const std::size_t piece = bytes.size() / 100 / 188 * 188 + 188;
+    const std::size_t piece = bytes.size() / 400 / 188 * 188 + 188;
     ASSERT_TRUE(stream(
         [&](int n) {
             const std::size_t at = std::min(static_cast<std::size_t>(n) * piece, bytes.size());
