@@ -210,7 +210,8 @@ TEST(UdpStream, DecodesTheSoundOfATransportStream) {
         units.push_back(encoder.encode(n));
     }
     UdpSender sender(port);
-    // At its own pace, and longer than what has to be heard: sound that is left behind by the pictures is not played.
+    // At its own pace, and longer than what has to be heard: sound that is left behind by the pictures is not
+    // played.
     const Bytes bytes = muxTransportStream(Codec::kH264, units, true, true);
     const std::size_t piece = bytes.size() / 400 / 188 * 188 + 188;
     ASSERT_TRUE(stream(
