@@ -108,27 +108,50 @@ void ByteStream::pushTransport(const std::uint8_t* data, std::size_t size) {
 }
 
 // A datagram before which packets are missing waits for the next one: the network may have exchanged the two.
+// Counters have four bits only, and two losses around a short datagram look like an exchange: the one behind
+// both tells.
 void ByteStream::pushInOrder(const std::uint8_t* data, std::size_t size) {
     const bool datagram = wholeTsPackets(data, size) && size <= kMostRemembered;
     const TsDemuxer::Counters counters =
         datagram ? m_transport.videoCounters(data, size) : TsDemuxer::Counters{};
+    if (!m_earlier.empty()) {
+        pushExchanged(counters);
+    }
     if (!m_held.empty()) {
-        const std::vector<std::uint8_t> held = std::exchange(m_held, {});
-        // Counters have four bits only: both sides of the gap must fit.
-        const bool between = counters.first >= 0 && !m_transport.gapBefore(counters) &&
-                             m_transport.videoCounters(held.data(), held.size()).follows(counters.last);
-        if (between) {
-            m_transport.push(data, size);
-            m_transport.push(held.data(), held.size());
+        if (counters.first >= 0 && !m_transport.gapBefore(counters) &&
+            m_transport.videoCounters(m_held.data(), m_held.size()).follows(counters.last)) {
+            m_earlier.assign(data, data + size);
             return;
         }
-        m_transport.push(held.data(), held.size());
+        pushHeld();
     }
     if (datagram && m_transport.gapBefore(counters)) {
         m_held.assign(data, data + size);
         return;
     }
     m_transport.push(data, size);
+}
+
+// The two that look exchanged, before a datagram with these counters.
+void ByteStream::pushExchanged(const TsDemuxer::Counters& next) {
+    const std::vector<std::uint8_t> earlier = std::exchange(m_earlier, {});
+    const auto continues = [&](const std::vector<std::uint8_t>& datagram) {
+        return next.first >= 0 &&
+               next.follows(m_transport.videoCounters(datagram.data(), datagram.size()).last);
+    };
+    const bool as_they_came = continues(earlier) && !continues(m_held);
+    if (as_they_came) {
+        pushHeld();
+    }
+    m_transport.push(earlier.data(), earlier.size());
+    if (!as_they_came) {
+        pushHeld();
+    }
+}
+
+void ByteStream::pushHeld() {
+    const std::vector<std::uint8_t> held = std::exchange(m_held, {});
+    m_transport.push(held.data(), held.size());
 }
 
 void ByteStream::pushRaw(const std::uint8_t* data, std::size_t size) {
@@ -152,9 +175,11 @@ void ByteStream::idle() {
 }
 
 void ByteStream::finish() {
+    if (!m_earlier.empty()) {
+        pushExchanged({});
+    }
     if (!m_held.empty()) {
-        const std::vector<std::uint8_t> held = std::exchange(m_held, {});
-        m_transport.push(held.data(), held.size());
+        pushHeld();
     }
     if (m_video != nullptr) {
         m_video->finish();
@@ -223,6 +248,7 @@ void ByteStream::startOver() {
     m_form = Form::kUnknown;
     m_transport.reset();
     m_held.clear();
+    m_earlier.clear();
     m_video.reset();
     m_unknown = {};
     m_unknownRtp = {};

@@ -53,6 +53,8 @@ private:
     bool repeated(const std::uint8_t* data, std::size_t size);
     void pushTransport(const std::uint8_t* data, std::size_t size);
     void pushInOrder(const std::uint8_t* data, std::size_t size);
+    void pushExchanged(const TsDemuxer::Counters& next);
+    void pushHeld();
     void pushRaw(const std::uint8_t* data, std::size_t size);
     void startOver();
     void begin(Form form, std::vector<std::uint8_t> held);
@@ -70,7 +72,8 @@ private:
     TsDemuxer m_transport;
     std::unique_ptr<PictureStream> m_video;
     std::vector<std::uint8_t> m_lastPiece;  // of the transport stream
-    std::vector<std::uint8_t> m_held;       // packets that wait for those before them
+    std::vector<std::uint8_t> m_held;       // a datagram that waits for those before it
+    std::vector<std::uint8_t> m_earlier;    // one that came behind it and seems to belong before it
     int m_otherForm = 0;                    // pieces in a row that look like another form
 };
 

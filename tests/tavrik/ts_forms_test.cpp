@@ -234,6 +234,41 @@ TEST(TsForms, DatagramsThatWereExchangedChangeNothing) {
     }
 }
 
+// Seven packets lost, two that came, seven lost: the counters behind fit before the two.
+TEST(TsForms, TwoLossesAroundAShortDatagramAreNoExchange) {
+    const Sample whole = sample(false, false);
+    std::vector<Bytes> packets = inPieces(whole.bytes, 188);
+    // Every packet counts.
+    const auto counts = [](const Bytes& p) {
+        return (((p[1] & 0x1F) << 8) | p[2]) == TsWriter::kVideoPid && (p[3] & 0x10) != 0;
+    };
+    packets.erase(
+        std::remove_if(packets.begin() + 10, packets.end(), [&](const Bytes& p) { return !counts(p); }),
+        packets.end());
+    for (std::size_t at = 20; at + 60 < packets.size(); at += 7) {
+        std::vector<Bytes> came(packets.begin(), packets.begin() + static_cast<std::ptrdiff_t>(at));
+        came.push_back(packets[at + 7]);
+        came.back().insert(came.back().end(), packets[at + 8].begin(), packets[at + 8].end());
+        for (std::size_t next = at + 16; next + 7 <= packets.size(); next += 7) {
+            came.emplace_back();
+            for (std::size_t i = next; i < next + 7; ++i) {
+                came.back().insert(came.back().end(), packets[i].begin(), packets[i].end());
+            }
+        }
+        Bytes bytes;
+        for (const Bytes& piece : came) {
+            bytes.insert(bytes.end(), piece.begin(), piece.end());
+        }
+        Watcher datagrams;
+        datagrams.feed(came);
+        // Pieces that are no datagrams are taken as they come.
+        Watcher in_order;
+        in_order.feed(inPieces(bytes, 100));
+        ASSERT_TRUE(datagrams.units == in_order.units)
+            << "at " << at << ": " << datagrams.units.size() << " and " << in_order.units.size();
+    }
+}
+
 TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
     const Sample s = sample(true, true);
     const auto plain = inPieces(s.bytes, 1316), rtp = inRtp(s.bytes, 1316),
