@@ -1,7 +1,8 @@
-// Part of every test under the address sanitizer. GLib leaves the first table of its quarks (16 KiB, made
-// while the library is loaded) behind on purpose when the table grows, which GStreamer's element types make
-// it do. Its stack is "g_malloc" alone, as that of every other block of GLib: a suppression would hide what a
-// stream loses. So what the libraries' constructors allocate is not judged, and everything after them is.
+// Part of every program and test under the address sanitizer. GLib leaves the first table of its quarks (16
+// KiB, made while the library is loaded) behind on purpose when the table grows, which GStreamer's element
+// types make it do. Its stack is "g_malloc" alone, as that of every other block of GLib: a suppression would
+// hide what a stream loses. So what the libraries' constructors allocate is not judged, and everything after
+// them is.
 #include <sanitizer/lsan_interface.h>
 
 namespace {

@@ -17,58 +17,11 @@
 
 extern "C" {
 #include <libavutil/frame.h>
-#include <libswscale/swscale.h>
 }
 
 namespace {
 
 constexpr int kIdleMs = 1000;
-
-struct FrameDeleter {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
-
-// The picture in planar YUV 4:2:0 at its size on the screen; null when that cannot be.
-FramePtr scaled(const AVFrame& src, int width, int height) {
-    const auto format = static_cast<AVPixelFormat>(src.format);
-    // A format that the scaler does not know at all ends the process in there.
-    if (sws_isSupportedInput(format) == 0) {
-        return nullptr;
-    }
-    FramePtr dst(av_frame_alloc());
-    if (!dst) {
-        return nullptr;
-    }
-    dst->width = width;
-    dst->height = height;
-    dst->format = AV_PIX_FMT_YUV420P;
-    if (av_frame_get_buffer(dst.get(), 0) != 0) {
-        return nullptr;
-    }
-    SwsContext* context = sws_getContext(src.width, src.height, static_cast<AVPixelFormat>(src.format), width,
-                                         height, AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
-    if (context == nullptr) {
-        return nullptr;
-    }
-    sws_scale(context, src.data, src.linesize, 0, src.height, dst->data, dst->linesize);
-    sws_freeContext(context);
-    return dst;
-}
-
-void drawPicture(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& rect) {
-    SDL_Texture* texture = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_IYUV, SDL_TEXTUREACCESS_STREAMING,
-                                             picture.width, picture.height);
-    if (texture == nullptr) {
-        return;
-    }
-    SDL_UpdateYUVTexture(texture, nullptr, picture.data[0], picture.linesize[0], picture.data[1],
-                         picture.linesize[1], picture.data[2], picture.linesize[2]);
-    SDL_RenderClear(renderer);
-    const SDL_Rect target = {rect.x, rect.y, rect.width, rect.height};
-    SDL_RenderCopy(renderer, texture, nullptr, &target);
-    SDL_DestroyTexture(texture);
-}
 
 // At the target's corner, not the picture's; a step that fails draws nothing.
 void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
@@ -101,6 +54,7 @@ bool attach(VideoSurface& surface) {
 }
 
 void detach(VideoSurface& surface) {
+    surface.picture.clear();
     video_output::destroy(surface.renderer, surface.sdl_window);
     surface.renderer = nullptr;
     surface.sdl_window = nullptr;
@@ -181,14 +135,12 @@ void PicturePresenter::render(FrameParcel& parcel) {
     const int height = static_cast<int>(parcel.widget->height() * ratio);
     const sorvane::PictureRect rect =
         sorvane::placePicture(sorvane::fitPicture(src.width, src.height, width, height), width, height);
-    const FramePtr picture = scaled(src, rect.width, rect.height);
-    if (!picture) {
-        return;
-    }
     video_output::catchUp();
     const bool bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
     SDL_SetYUVConversionMode(bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
-    drawPicture(surface->renderer, *picture, rect);
+    if (!surface->picture.draw(surface->renderer, src, rect, width, height)) {
+        return;
+    }
     const MyAppConfig* config = m_config();
     if (config != nullptr && config->show_fps) {
         drawStatistics(surface->renderer, parcel.fps, parcel.bitrate);

@@ -10,4 +10,7 @@ extern "C" {
 
 FrameParcel::~FrameParcel() { av_frame_free(&frame); }
 
-VideoSurface::~VideoSurface() { video_output::destroy(renderer, sdl_window); }
+VideoSurface::~VideoSurface() {
+    picture.clear();
+    video_output::destroy(renderer, sdl_window);
+}

@@ -5,6 +5,8 @@
 #include <QTimer>
 #include <memory>
 
+#include "video/picture_texture.h"
+
 class QMyVideoWidget;
 class QWidget;
 struct AVFrame;
@@ -39,4 +41,5 @@ struct VideoSurface {
     SDL_Renderer* renderer = nullptr;
     std::unique_ptr<QTimer> idle_timer;  // 1000 ms after the last picture Qt paints the widget again
     SDL_Window* sdl_window = nullptr;
+    PictureTexture picture;  // of the renderer
 };

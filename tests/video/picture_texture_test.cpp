@@ -1,0 +1,163 @@
+#include "video/picture_texture.h"
+
+#include <SDL.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+extern "C" {
+#include <libavutil/frame.h>
+}
+
+namespace {
+
+constexpr int kWidth = 200;
+constexpr int kHeight = 120;
+constexpr std::uint32_t kBlack = 0x000000;
+
+struct FrameDeleter {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
+
+// Bright stripes, so that a row or column in the wrong place shows.
+FramePtr stripes(int width, int height, int phase, AVPixelFormat format = AV_PIX_FMT_YUV420P) {
+    FramePtr frame(av_frame_alloc());
+    frame->width = width;
+    frame->height = height;
+    frame->format = format;
+    av_frame_get_buffer(frame.get(), 0);
+    for (int plane = 0; plane < 3; ++plane) {
+        const int rows = plane == 0 ? height : (height + 1) / 2;
+        for (int y = 0; y < rows; ++y) {
+            for (int x = 0; x < frame->linesize[plane]; ++x) {
+                const int bright = 120 + (x * 7 + y * 13 + phase * 31) % 100;
+                frame->data[plane][y * frame->linesize[plane] + x] =
+                    static_cast<std::uint8_t>(plane == 0 ? bright : 128);
+            }
+        }
+    }
+    return frame;
+}
+
+class Target {
+public:
+    Target() : m_surface(SDL_CreateRGBSurfaceWithFormat(0, kWidth, kHeight, 32, SDL_PIXELFORMAT_RGB888)) {
+        m_renderer = SDL_CreateSoftwareRenderer(m_surface);
+        paint(0xFF, 0x00, 0xFF);
+        SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+    }
+    ~Target() {
+        SDL_DestroyRenderer(m_renderer);
+        SDL_FreeSurface(m_surface);
+    }
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    SDL_Renderer* renderer() const { return m_renderer; }
+    void paint(std::uint8_t r, std::uint8_t g, std::uint8_t b) {
+        SDL_SetRenderDrawColor(m_renderer, r, g, b, SDL_ALPHA_OPAQUE);
+        SDL_RenderClear(m_renderer);
+        SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+    }
+    std::vector<std::uint32_t> pixels() const {
+        SDL_RenderFlush(m_renderer);
+        std::vector<std::uint32_t> out;
+        for (int y = 0; y < kHeight; ++y) {
+            const auto* row = reinterpret_cast<const std::uint32_t*>(
+                static_cast<const std::uint8_t*>(m_surface->pixels) + y * m_surface->pitch);
+            for (int x = 0; x < kWidth; ++x) {
+                out.push_back(row[x] & 0xFFFFFFu);
+            }
+        }
+        return out;
+    }
+
+private:
+    SDL_Surface* m_surface;
+    SDL_Renderer* m_renderer;
+};
+
+sorvane::PictureRect placeOf(const AVFrame& frame) {
+    return sorvane::placePicture(sorvane::fitPicture(frame.width, frame.height, kWidth, kHeight), kWidth,
+                                 kHeight);
+}
+
+bool draw(PictureTexture& texture, Target& target, const AVFrame& frame) {
+    return texture.draw(target.renderer(), frame, placeOf(frame), kWidth, kHeight);
+}
+
+std::vector<std::uint32_t> drawnAfresh(const AVFrame& frame) {
+    Target target;
+    PictureTexture texture;
+    EXPECT_TRUE(draw(texture, target, frame));
+    texture.clear();
+    return target.pixels();
+}
+
+}  // namespace
+
+TEST(PictureTexture, BarsAreBlackAndThePictureCoversTheRestWhateverStoodThere) {
+    for (const auto& [width, height] : {std::pair{100, 120}, {200, 60}, {200, 120}, {97, 83}, {640, 480}}) {
+        const FramePtr frame = stripes(width, height, 1);
+        Target target;
+        PictureTexture texture;
+        for (int n = 0; n < 2; ++n) {
+            target.paint(0xFF, 0x00, 0xFF);
+            ASSERT_TRUE(draw(texture, target, *frame));
+        }
+        const sorvane::PictureRect place = placeOf(*frame);
+        const std::vector<std::uint32_t> pixels = target.pixels();
+        int wrong = 0;
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                const bool inside =
+                    x >= place.x && x < place.x + place.width && y >= place.y && y < place.y + place.height;
+                const std::uint32_t pixel = pixels[static_cast<std::size_t>(y * kWidth + x)];
+                const bool grey = (pixel & 0xFF) > 60 && (pixel >> 8 & 0xFF) > 60;
+                wrong += (inside ? grey : pixel == kBlack) ? 0 : 1;
+            }
+        }
+        EXPECT_EQ(wrong, 0) << width << "x" << height;
+        texture.clear();
+    }
+}
+
+TEST(PictureTexture, WhatIsKeptMakesNoDifference) {
+    Target target;
+    PictureTexture texture;
+    int n = 0;
+    for (const auto& [width, height] :
+         {std::pair{320, 240}, {320, 240}, {200, 120}, {199, 120}, {64, 64}, {320, 240}}) {
+        for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ420P}) {
+            const FramePtr frame = stripes(width, height, ++n, format);
+            ASSERT_TRUE(draw(texture, target, *frame));
+            EXPECT_TRUE(target.pixels() == drawnAfresh(*frame)) << width << "x" << height;
+        }
+    }
+    texture.clear();
+}
+
+TEST(PictureTexture, OfAnotherRendererIsMadeAnew) {
+    const FramePtr frame = stripes(320, 240, 3);
+    PictureTexture texture;
+    Target first;
+    ASSERT_TRUE(draw(texture, first, *frame));
+    Target second;
+    ASSERT_TRUE(draw(texture, second, *frame));
+    EXPECT_TRUE(second.pixels() == first.pixels());
+    texture.clear();
+}
+
+TEST(PictureTexture, WhatCannotBeScaledDrawsNothing) {
+    Target target;
+    const std::vector<std::uint32_t> before = target.pixels();
+    PictureTexture texture;
+    const FramePtr frame = stripes(320, 240, 4);
+    EXPECT_FALSE(texture.draw(target.renderer(), *frame, {0, 0, 0, 0}, kWidth, kHeight));
+    frame->format = AV_PIX_FMT_CUDA;
+    EXPECT_FALSE(draw(texture, target, *frame));
+    EXPECT_TRUE(target.pixels() == before);
+}

@@ -1,0 +1,42 @@
+// What one window needs to draw pictures, kept from picture to picture: at the size of a screen the scaler's
+// tables and the texture cost more than the decoding.
+#pragma once
+
+#include <memory>
+
+#include "video/picture_geometry.h"
+
+struct AVFrame;
+struct SDL_Renderer;
+struct SDL_Texture;
+struct SwsContext;
+
+// GUI thread. A renderer's textures end with it: clear() before the renderer is destroyed.
+class PictureTexture {
+public:
+    PictureTexture();
+    ~PictureTexture();
+    PictureTexture(const PictureTexture&) = delete;
+    PictureTexture& operator=(const PictureTexture&) = delete;
+
+    // Scales the picture to `place`, as planar YUV 4:2:0, and draws it on a target of width x height pixels,
+    // black around it. False, with nothing drawn, for a format that cannot be scaled, an empty place, or
+    // without memory.
+    bool draw(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& place, int width,
+              int height);
+    void clear();
+
+private:
+    struct Frames;
+
+    // Owned by this or by the caller; null when that cannot be.
+    const AVFrame* scaled(const AVFrame& picture, int width, int height);
+    bool fit(SDL_Renderer* renderer, int width, int height);
+
+    std::unique_ptr<Frames> m_frames;
+    SwsContext* m_scaler = nullptr;
+    SDL_Renderer* m_renderer = nullptr;  // the texture's
+    SDL_Texture* m_texture = nullptr;
+    int m_width = 0;
+    int m_height = 0;
+};
