@@ -173,19 +173,29 @@ TEST_F(Panes, FollowFullScreenAndBack) {
     settle();
 }
 
-TEST_F(Panes, F8InFullScreenAndEscapeOutsideItDoNothing) {
-    const QRect before = window->geometry();
+TEST_F(Panes, EscapeOutsideFullScreenDoesNothing) {
+    window->showNormal();
+    window->setGeometry(200, 150, 900, 600);
+    ASSERT_TRUE(waitFor([&] { return window->geometry() == QRect(200, 150, 900, 600); }));
+    ui().title->hide();
     QTest::keyClick(window.get(), Qt::Key_Escape);
-    EXPECT_TRUE(window->isMaximized());
-    EXPECT_EQ(window->geometry(), before);
-    EXPECT_TRUE(ui().title->isVisible());
+    EXPECT_FALSE(ui().title->isVisible());
+    EXPECT_FALSE(window->isMaximized());
+    settle();
+    EXPECT_EQ(window->geometry(), QRect(200, 150, 900, 600));
+}
+
+// What came back in the meantime stays.
+TEST_F(Panes, F8InFullScreenDoesNothing) {
     QTest::keyClick(window.get(), Qt::Key_F8);
     ASSERT_TRUE(waitFor([&] { return window->isFullScreen(); }));
+    ui().statusBar->show();
     settle();
     const QRect full = window->geometry();
     QTest::keyClick(window.get(), Qt::Key_F8);
     EXPECT_TRUE(window->isFullScreen());
     EXPECT_EQ(window->geometry(), full);
+    EXPECT_TRUE(ui().statusBar->isVisible());
     EXPECT_FALSE(ui().title->isVisible());
     QTest::keyClick(window.get(), Qt::Key_Escape);
     ASSERT_TRUE(waitFor([&] { return !window->isFullScreen(); }));

@@ -51,17 +51,18 @@ public:
     QVector<bool> accepted;
 };
 
-TEST(Process, TwoPlainEventsPostedBeforeTheLoopAreDeliveredInOrder) {
+TEST(Process, PlainEventsPostedBeforeTheLoopAreDeliveredInOrder) {
     Korvath window;
     setInstance(&window);
     EventRecorder recorder;
     window.installEventFilter(&recorder);
     Replay_Start_Callback();
     Replay_End_Callback();
+    Play_Fail_CallBack();
     EXPECT_TRUE(recorder.types.isEmpty());
     QTimer::singleShot(0, qApp, &QCoreApplication::quit);
     QCoreApplication::exec();
-    EXPECT_EQ(recorder.types, (QVector<int>{EVT_REPLAY_START, EVT_REPLAY_END}));
+    EXPECT_EQ(recorder.types, (QVector<int>{1002, 1003, 1006}));
     setInstance(nullptr);
 }
 
@@ -318,18 +319,44 @@ TEST_F(Spine, FullScreenByF8AndBackByEscape) {
 }
 
 TEST_F(Spine, ClosingStoresTheEditsAndClosesEverything) {
-    in().ui_connection()->cbb_ctrlConnIpAddr->setText("192.0.2.7");
-    in().ui_connection()->cbb_ctrlConnIpPort->setText("8123");
-    in().ui_connection()->radioButton_14->setChecked(true);
+    const auto& link = *in().ui_connection();
+    link.cbb_ctrlSerialNo->setEditText("ttyUSB7");
+    link.cbb_ctrlSerialBaudRate->setCurrentText("230400");
+    link.radioButton_14->setChecked(true);
+    link.cbb_ctrlConnIpAddr->setText("192.0.2.7");
+    link.cbb_ctrlConnIpPort->setText("8123");
+    link.cbb_ctrlConnLocalPort->setText("12777");
+    link.cbb_stream_type->setCurrentIndex(1);
+    link.le_ctrlVideoIpPort1->setText("8124");
+    link.le_ctrlVideoIpAddr2->setText("192.0.2.8");
+    link.le_ctrlVideoIpPort2->setText("8125");
     ui().lineEdit_3->setText("33");
     ui().comboBox_4->setCurrentIndex(5);
+    ui().comboBox_2->setCurrentIndex(6);
+    ui().comboBox_6->setCurrentIndex(2);
+    ui().comboBox_3->setCurrentIndex(3);
     stop();
-    QSettings file(configPath(), QSettings::IniFormat);
-    EXPECT_EQ(file.value("connection/destination_address").toString(), "192.0.2.7");
-    EXPECT_EQ(file.value("connection/destination_port").toInt(), 8123);
-    EXPECT_EQ(file.value("system_function/net_type").toInt(), 1);
-    EXPECT_EQ(file.value("servo_control/max_speed").toInt(), 33);
-    EXPECT_EQ(file.value("load_control/ir_pseudo_color_band").toInt(), 5);
+    const std::pair<const char*, QString> expected[] = {
+        {"system_function/serial_port", "ttyUSB7"},
+        {"system_function/baudrate", "230400"},
+        {"system_function/net_type", "1"},
+        {"connection/destination_address", "192.0.2.7"},
+        {"connection/destination_port", "8123"},
+        {"connection/local_bind_port", "12777"},
+        {"system_function/video_type", "1"},
+        {"connection/video1_port", "8124"},
+        {"connection/video2_play_address", "192.0.2.8"},
+        {"connection/video2_port", "8125"},
+        {"servo_control/max_speed", "33"},
+        {"load_control/ir_pseudo_color_band", "5"},
+        {"load_control/vl_zoom_level", "6"},
+        {"load_control/lrf_cycle", "2"},
+        {"identify_tracking/template_type", "3"},
+    };
+    const QSettings file(configPath(), QSettings::IniFormat);
+    for (const auto& [key, value] : expected) {
+        EXPECT_EQ(file.value(key).toString(), value) << key;
+    }
 }
 
 // A reply that waits when the window closes makes an event of its own: that one is handled, and freed, too.

@@ -109,6 +109,24 @@ TEST_F(Telemetry, ThePaneButtonTogglesThePaneAndItsArrow) {
     EXPECT_EQ(toggle->text(), "<");
 }
 
+TEST_F(Telemetry, ThePaneThatItsButtonShowsCatchesUpWithTheNextReport) {
+    QPushButton* toggle = in().m_btnStatPane();
+    TelemetryRecord record = recordByHand();
+    report(record);
+    ASSERT_EQ(text("m_fldTrackX"), "-128");
+    toggle->click();
+    ASSERT_FALSE(ui().widget_stat->isVisible());
+    record.track_x = 77;
+    report(record);
+    ASSERT_EQ(+in().m_telemetry().track_x, 77);
+    toggle->click();
+    ASSERT_TRUE(ui().widget_stat->isVisible());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(text("m_fldTrackX"), "-128");
+    report(record);
+    EXPECT_EQ(text("m_fldTrackX"), "77");
+}
+
 TEST_F(Telemetry, WithoutTheInterfaceTheStackHasTwoPagesAndNoWrap) {
     QStackedWidget* stack = ui().stackedWidget;
     ASSERT_EQ(stack->count(), 2);

@@ -212,7 +212,17 @@ TEST_F(ThemeTest, ChangingTheLanguageTwiceToEnglishInstallsTheSameTranslatorAgai
     EXPECT_EQ(ui().pushButton_105->text(), "Heading lock");
     in().m_settings()->applyLanguage(1);
     EXPECT_EQ(ui().pushButton_105->text(), "Heading lock");
-    // One removal ends both installations.
+    // It moves to the top, above what was installed in between.
+    class Loud : public QTranslator {
+    public:
+        QString translate(const char*, const char*, const char*, int) const override { return "!"; }
+        bool isEmpty() const override { return false; }
+    } loud;
+    ASSERT_TRUE(QCoreApplication::installTranslator(&loud));
+    in().m_settings()->applyLanguage(1);
+    EXPECT_EQ(ui().pushButton_105->text(), "Heading lock");
+    QCoreApplication::removeTranslator(&loud);
+    // One removal ends every installation.
     in().m_settings()->applyLanguage(0);
     EXPECT_EQ(ui().pushButton_105->text(), QStringLiteral("航向锁定"));
 }

@@ -4,6 +4,7 @@
 #include <QMessageBox>
 #include <thread>
 
+#include "app/events/stream_callbacks.h"
 #include "video/video_surface.h"
 #include "video_fixture.h"
 
@@ -75,6 +76,24 @@ TEST_F(Channels, CloseGivesTheHandleBackAndTheTextsToo) {
     EXPECT_EQ(connection().pushButton_22->text(), "连接");
     EXPECT_EQ(in().m_videoCheckTimer(), 0);
     EXPECT_EQ(videoStatus(), "视频未连接");
+}
+
+// Whether a stream lives is judged by its pictures alone.
+TEST_F(Channels, AFailureThatIsReportedByAnEventClosesAndShowsNothing) {
+    startWith(0);
+    connection().pushButton_22->click();
+    connection().pushButton_23->click();
+    const auto calls = library().calls;
+    const QString status = videoStatus();
+    const int timer = in().m_videoCheckTimer();
+    Play_Fail_CallBack();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(library().calls, calls);
+    EXPECT_TRUE(in().playing1());
+    EXPECT_TRUE(in().playing2());
+    EXPECT_FALSE(in().no_signal1());
+    EXPECT_EQ(in().m_videoCheckTimer(), timer);
+    EXPECT_EQ(videoStatus(), status);
 }
 
 TEST_F(Channels, FailedOpenShowsNothingAndKeepsTheHandle) {

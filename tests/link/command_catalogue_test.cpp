@@ -200,6 +200,12 @@ TEST_F(Catalogue, ScanRunNegativeSpeed) {
     EXPECT_EQ(press("pushButton_156"), (Bytes{121, 0xCE, 0x7F, 0xCE, 0xFF}));
 }
 
+TEST_F(Catalogue, ScanRunNegativeSpeedThatHasBit14Clear) {
+    // -20000 is 0xFFFFB1E0: of a negative speed bit 14 is set all the same. A positive one keeps its own.
+    controls.values = {{"lineEdit_14", -2000}, {"lineEdit_15", 2000}, {"comboBox_15", 1}};
+    EXPECT_EQ(press("pushButton_156"), (Bytes{121, 0xE0, 0x71, 0x20, 0xCE}));
+}
+
 TEST_F(Catalogue, ScanRunExtremeSpeedDoesNotOverflow) {
     controls.values = {{"lineEdit_14", 2147483647.0}, {"comboBox_14", -1}};
     // 2147483647 * 10 is 0xFFFFFFF6 in 32 bits; no chosen mode counts as an odd index.

@@ -184,6 +184,30 @@ TEST_F(LanguageTest, TheCommandHasTheColourThatIsSelected) {
     EXPECT_EQ(steps.value(3), "command 55 04000000, display 0");
 }
 
+TEST_F(LanguageTest, EnglishChosenTwiceIsAnnouncedAndSentTwiceAndEndsAtOnce) {
+    const QStringList once = {"changed Device, display 0", "command 55 04090000, display 1"};
+    const QStringList again = {"changed Device, display 1", "command 55 04090000, display 1"};
+    dialog->applyLanguage(1);
+    EXPECT_EQ(steps, once);
+    dialog->applyLanguage(1);
+    EXPECT_EQ(steps, once + again);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return steps.count("stop 0, display 1") == 2; }, 10000));
+    steps.clear();
+    dialog->applyLanguage(0);
+    EXPECT_EQ(steps, (QStringList{"changed 设备管理, display 1", "command 55 04010000, display 0"}));
+}
+
+// The toolkit's own texts are Chinese for as long as the program's are.
+TEST_F(LanguageTest, TheToolkitsTextsFollow) {
+    const auto toolkit = [] { return QCoreApplication::translate("QPlatformTheme", "Cancel"); };
+    dialog->applyLanguage(0);
+    EXPECT_EQ(toolkit(), QStringLiteral("取消"));
+    dialog->applyLanguage(1);
+    EXPECT_EQ(toolkit(), "Cancel");
+    dialog->applyLanguage(0);
+    EXPECT_EQ(toolkit(), QStringLiteral("取消"));
+}
+
 TEST_F(LanguageTest, AnUnknownLanguageChangesNoTranslatorAndIsAnnouncedAllTheSame) {
     dialog->applyLanguage(1);
     steps.clear();

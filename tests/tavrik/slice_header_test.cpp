@@ -108,6 +108,36 @@ TEST(SliceHeads, TellPicturesOfH265Apart) {
     }
 }
 
+// A head that ends early tells nothing, and once it is whole the rest of the slice changes nothing.
+TEST(SliceHeads, OfCutSlicesOfH265TellNothing) {
+    const Stream265 s;
+    for (const Slice265& what :
+         {Slice265{0, 17}, Slice265{400, 17}, Slice265{400, 0, true}, Slice265{400, 0, false, true}}) {
+        const Bytes slice = realSlice265(what);
+        EXPECT_FALSE(SliceHeads(Codec::kH265).read(slice.data(), slice.size()).known);
+        const SliceHead whole = s.heads.read(slice.data(), slice.size());
+        ASSERT_TRUE(whole.known);
+        EXPECT_EQ(whole.address, what.address);
+        EXPECT_EQ(whole.has_mark, !what.dependent);
+        std::size_t needed = 0;
+        for (std::size_t size = 0; size <= slice.size(); ++size) {
+            // Cut off for good: behind the end lies what no reader may touch.
+            const Bytes cut(slice.begin(), slice.begin() + static_cast<std::ptrdiff_t>(size));
+            const SliceHead head = s.heads.read(cut.data(), cut.size());
+            needed = head.known && needed == 0 ? size : needed;
+            EXPECT_EQ(head.known, needed != 0) << size;
+            if (head.known) {
+                EXPECT_EQ(head.mark, whole.mark) << size;
+                EXPECT_EQ(head.address, whole.address) << size;
+            } else {
+                EXPECT_FALSE(ofAnotherPicture(head, whole) || ofAnotherPicture(whole, head)) << size;
+            }
+        }
+        EXPECT_GT(needed, 3U);
+        EXPECT_LT(needed, 10U);
+    }
+}
+
 TEST(SliceHeads, SurviveSetsOfAnyBytes) {
     std::uint32_t state = 1;
     const auto random = [&state] {
