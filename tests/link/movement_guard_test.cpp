@@ -32,10 +32,10 @@ struct Movements : SenderFixture {
         guard.holdBegins(&held, code);
         link_sender.sendCommand4(code, action, 0, 0, 0);
     }
-    void pressArrow(bool& held) {
+    void pressArrow(bool& held, std::int16_t x = 5, std::int16_t y = 0) {
         held = true;
         guard.holdBegins(&held, CMD_SERVO_RATE);
-        link_sender.sendCommandRate(0, CMD_SERVO_RATE, 5, 0);
+        link_sender.sendCommandRate(0, CMD_SERVO_RATE, x, y);
     }
     void release(bool& held) {
         if (held) {
@@ -361,6 +361,22 @@ TEST_F(Periodic, AReleasedRateEndsWithTwoTicks) {
     EXPECT_EQ(codes(), (Codes{-kRate, -kRate})) << "released, the zero rates not yet out";
     guard.endAll(true);
     EXPECT_EQ(codes(), Codes{});
+}
+
+TEST_F(Periodic, TheLeastRateAboutEitherAxisIsAMovement) {
+    const std::pair<std::int16_t, std::int16_t> rates[] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+    for (const auto& [x, y] : rates) {
+        pressArrow(button, x, y);
+        release(button);
+        guard.endAll(true);
+        EXPECT_EQ(codes(), (Codes{kRate, -kRate})) << x << " " << y << ", let go before any tick";
+        pressArrow(button, x, y);
+        ticks(1);
+        press(other, CMD_VL_LENS);
+        EXPECT_EQ(codes(), Codes{-kRate}) << x << " " << y;
+        guard.endAll(true);
+        codes();
+    }
 }
 
 TEST_F(Periodic, WithoutALinkACommandStaysForTheNextOpening) {

@@ -96,6 +96,19 @@ TEST(InsReassembler, MoreThan120BytesClearEverything) {
     EXPECT_EQ(list.size(), 3U);
 }
 
+TEST(InsReassembler, NoBytesOrANegativeCountDoNothing) {
+    InsReassembler reassembler;
+    GivenList list;
+    feed(reassembler, slice(insFrame(), 0, 20), list);
+    const std::uint8_t byte = 0;
+    for (const std::int32_t n : {0, -1, -20, INT32_MIN}) {
+        reassembler.feed(&byte, n, [](const std::uint8_t*) { ADD_FAILURE(); });
+        EXPECT_EQ(reassembler.held(), 20) << n;
+    }
+    feed(reassembler, slice(insFrame(), 20, 38), list);
+    EXPECT_EQ(list, GivenList{kPayload});
+}
+
 TEST(InsReassembler, AWrongLengthByteHoldsTheScanAtThatFrame) {
     for (int length = 0; length < 256; ++length) {
         Bytes frame = insFrame();

@@ -51,6 +51,19 @@ TEST(InterfaceReassembler, AStreamSplitAnywhereButBeforeTheEndByteYieldsTheSameF
     }
 }
 
+TEST(InterfaceReassembler, NoBytesOrANegativeCountDoNothing) {
+    InterfaceReassembler reassembler;
+    GivenList list;
+    feed(reassembler, slice(interfaceFrame(), 0, 20), list);
+    const std::uint8_t byte = 0;
+    for (const std::int32_t n : {0, -1, -20, INT32_MIN}) {
+        reassembler.feed(&byte, n, [](const std::uint8_t*) { ADD_FAILURE(); });
+        EXPECT_EQ(reassembler.held(), 20) << n;
+    }
+    feed(reassembler, slice(interfaceFrame(), 20, interfaceFrame().size() - 20), list);
+    EXPECT_EQ(list, GivenList{kBlock});
+}
+
 TEST(InterfaceReassembler, TheEndByteMayBeAnEarlierFrames) {
     InterfaceReassembler reassembler;
     GivenList list;

@@ -80,6 +80,14 @@ TEST(BitRange, TakesBothEnds) {
     EXPECT_EQ(bitRange(0x80000000, 31, 31), 1U);
 }
 
+// At compile time and at run time: a shift by the whole width is undefined, and a compiler may hide it.
+TEST(BitRange, OfAllBitsIsTheValueHoweverItIsComputed) {
+    static_assert(bitRange(0xDEADBEEF, 0, 31) == 0xDEADBEEF);
+    const volatile int high = 31;
+    EXPECT_EQ(bitRange(0xDEADBEEF, 0, high), 0xDEADBEEFU);
+    EXPECT_EQ(bitRange(0xDEADBEEF, 1, high), 0x6F56DF77U);
+}
+
 TEST(BitRange, AnInvertedRangeReturnsTheValueUnchanged) { EXPECT_EQ(bitRange(0x1952, 8, 2), 0x1952U); }
 
 TEST(RecordTexts, LoadTypeZeroAndAboveFiveAreInvalid) {
