@@ -220,17 +220,21 @@ def condition_mutants(path, text, mask):
         if inside(match.start()):
             continue
         begin, end = match.span(1)
+        if match.group(1) in ("&&", "||"):
+            (b1, e1), (b2, e2) = operand_before(mask, begin), operand_after(mask, end)
+            left, right = text[b1:e1], text[b2:e2]
+            new = OPERATORS[match.group(1)][0]
+            yield mutant(begin, f"{match.group(1)} becomes {new}", (b1, e2, f"(({left}) {new} ({right}))"))
+            neutral = " || true" if match.group(1) == "&&" else " && false"
+            for side, (b, e) in (("left", (b1, e1)), ("right", (b2, e2))):
+                yield mutant(begin, f"{side} side of {match.group(1)} dropped", (b, e, f"(({text[b:e]}){neutral})"))
+            continue
         for new in OPERATORS[match.group(1)]:
             yield mutant(begin, f"{match.group(1)} becomes {new}", (begin, end, new))
-        if match.group(1) in ("&&", "||"):
-            neutral = " || true" if match.group(1) == "&&" else " && false"
-            for side, (b, e) in (("left", operand_before(mask, begin)), ("right", operand_after(mask, end))):
-                yield mutant(begin, f"{side} side of {match.group(1)} dropped", (b, e, f"(({text[b:e]}){neutral})"))
-        else:
-            number = re.match(r"\s*(\d+)(?![\w.])", mask[end:])
-            if number:
-                b, e = end + number.start(1), end + number.end(1)
-                yield mutant(begin, f"{text[b:e]} becomes {int(text[b:e]) + 1}", (b, e, str(int(text[b:e]) + 1)))
+        number = re.match(r"\s*(\d+)(?![\w.])", mask[end:])
+        if number:
+            b, e = end + number.start(1), end + number.end(1)
+            yield mutant(begin, f"{text[b:e]} becomes {int(text[b:e]) + 1}", (b, e, str(int(text[b:e]) + 1)))
     for match in re.finditer(r"(?<=[ (])!(?=[A-Za-z_(])", mask):
         if not inside(match.start()):
             yield mutant(match.start(), "! dropped", (match.start(), match.end(), ""))

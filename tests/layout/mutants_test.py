@@ -115,6 +115,7 @@ class Sites(unittest.TestCase):
                 "!= becomes ==")]))
         texts = {m.what.split(" in:")[0]: applied(CONDITIONS, m).splitlines()[m.line - 1].strip() for m in found}
         self.assertEqual(texts["always"], "if ((v.size() < 3) || true) {")
+        self.assertEqual(texts["&& becomes ||"], "return ((n == 5) || ((!v.empty() || text != nullptr)));")
         self.assertEqual(texts["left side of && dropped"],
                          "return ((n == 5) || true) && (!v.empty() || text != nullptr);")
         self.assertEqual(texts["right side of && dropped"],

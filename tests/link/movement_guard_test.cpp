@@ -363,6 +363,17 @@ TEST_F(Periodic, AReleasedRateEndsWithTwoTicks) {
     EXPECT_EQ(codes(), Codes{});
 }
 
+TEST_F(Periodic, ACommandLetGoBeforeAnyTickEndsWithTwoTicksToo) {
+    press(button, CMD_VL_LENS);
+    release(button);
+    guard.endAll(true);
+    EXPECT_EQ(codes(), (Codes{kVl, -kVl, 0}));
+    press(button, CMD_STOW);
+    release(button);
+    guard.endAll(true);
+    EXPECT_EQ(codes(), (Codes{CMD_STOW, 0}));
+}
+
 TEST_F(Periodic, TheLeastRateAboutEitherAxisIsAMovement) {
     const std::pair<std::int16_t, std::int16_t> rates[] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
     for (const auto& [x, y] : rates) {
