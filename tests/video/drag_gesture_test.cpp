@@ -81,6 +81,17 @@ TEST(DragGesture, RatesAreTruncatedTowardZero) {
     EXPECT_EQ(dragBy(-39, 29).rate_y, -1);  // 1.93
 }
 
+TEST(DragGesture, OnePixelTurnsToItsOwnSide) {
+    DragGesture drag = draggingFrom({100, 100});
+    const auto rates = [&drag](int dx, int dy) {
+        const DragStep step = drag.move({100 + dx, 100 + dy}, 20, 20);
+        return std::vector<int>{step.rate_x, step.rate_y};
+    };
+    EXPECT_EQ(rates(1, 1), (std::vector<int>{2, -2}));
+    EXPECT_EQ(rates(-1, -1), (std::vector<int>{-2, 2}));
+    EXPECT_EQ(rates(0, 0), (std::vector<int>{0, 0}));
+}
+
 TEST(DragGesture, PureVerticalDragLeavesAzimuthAtZero) {
     const DragStep step = dragBy(0, -150);
     EXPECT_EQ(step.kind, DragStep::kRate);
