@@ -229,6 +229,12 @@ class Runs(unittest.TestCase):
         self.assertEqual(again.count("\n["), 2)
         self.assertIn("11 killed, 0 survived", again)
 
+    def test_without_a_test_everything_survives(self):
+        output = self.mutate("--count", 2, "--tests", "^other")
+        self.assertIn("building 0 tests", output)
+        self.assertIn("0 killed, 2 survived", output)
+        self.assertIn("0 killed, 2 survived", self.mutate("--count", 2, "--labels", "gui,net", "--again"))
+
     def test_what_does_not_compile_counts_for_nothing(self):
         self.write("link/limit.cpp", SMALL["link/limit.cpp"]
                    + "constexpr int kRow[] = {1, 2};\nint a[kRow[0]], b[kRow[1] - 1];\n")
