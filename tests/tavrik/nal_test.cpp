@@ -148,6 +148,25 @@ TEST(NalInfo, OfH264) {
     EXPECT_EQ(info({}).role, NalRole::kTrailing);
 }
 
+// A message is told by its type and skipped by its size, whatever they are.
+TEST(NalInfo, ARecoveryPointIsFoundBehindMessagesOfEveryTypeAndSize) {
+    const auto recovery = [](const Bytes& messages) {
+        Bytes nal{0x06};
+        nal.insert(nal.end(), messages.begin(), messages.end());
+        return describeNal(Codec::kH264, nal.data(), nal.size()).recovery_point;
+    };
+    EXPECT_TRUE(recovery({0x00, 0x01, 0xAA, 0x06, 0x01, 0xC4, 0x80})) << "type 0";
+    EXPECT_TRUE(recovery({0x05, 0x00, 0x06, 0x01, 0xC4, 0x80})) << "size 0";
+    EXPECT_TRUE(recovery({0xFF, 0x06, 0x01, 0xAA, 0x06, 0x01, 0xC4, 0x80})) << "type 261";
+    Bytes large{0x05, 0xFF, 0x01};
+    large.resize(3 + 256, 0x11);
+    EXPECT_FALSE(recovery(large));
+    large.insert(large.end(), {0x06, 0x01, 0xC4, 0x80});
+    EXPECT_TRUE(recovery(large)) << "size 256";
+    EXPECT_FALSE(recovery({0xFF, 0x06, 0x01, 0xC4, 0x80})) << "type 261 is not 6";
+    EXPECT_FALSE(recovery({0x05, 0x04, 0x06, 0x01, 0xC4, 0x80})) << "within a message";
+}
+
 TEST(NalInfo, OfH265) {
     const auto info = [](const Bytes& nal) { return describeNal(Codec::kH265, nal.data(), nal.size()); };
     EXPECT_TRUE(info(slice265(true, true, 1)).random_access);

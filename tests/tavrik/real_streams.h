@@ -77,7 +77,7 @@ inline Bytes realSlice264(const Slice264& s, const Sequence264& q = {}, bool bot
     return w.nal({head}, size);
 }
 
-inline Bytes sequence265(bool sub_layers = false) {
+inline Bytes sequence265(bool sub_layers = false, bool window = true) {
     BitWriter w;
     w.u(4, 0).u(3, sub_layers ? 2 : 0).u(1, 1).u(8, 1).u(32, 0x60000000).u(16, 0x9000).u(32, 0).u(8, 93);
     if (sub_layers) {
@@ -85,7 +85,11 @@ inline Bytes sequence265(bool sub_layers = false) {
         w.u(32, 1).u(32, 2).u(24, 3).u(8, 90).u(8, 91);
     }
     // 640x480 in blocks of 16, so 1200 of them.
-    w.ue(0).ue(1).ue(640).ue(480).u(1, 1).ue(0).ue(0).ue(0).ue(4).ue(0).ue(0).ue(4);
+    w.ue(0).ue(1).ue(640).ue(480).u(1, window ? 1 : 0);
+    if (window) {
+        w.ue(0).ue(0).ue(0).ue(4);
+    }
+    w.ue(0).ue(0).ue(4);
     w.u(1, 1);
     for (int i = 0; i <= (sub_layers ? 2 : 0); ++i) {
         w.ue(4).ue(2).ue(0);
@@ -105,7 +109,8 @@ struct Slice265 {
     bool dependent = false;
 };
 
-inline Bytes realSlice265(const Slice265& s, std::size_t size = 60) {
+// dependent_slices: as its picture's parameter set says.
+inline Bytes realSlice265(const Slice265& s, std::size_t size = 60, bool dependent_slices = true) {
     BitWriter w;
     w.u(1, s.address == 0 ? 1 : 0);
     if (s.idr) {
@@ -113,7 +118,10 @@ inline Bytes realSlice265(const Slice265& s, std::size_t size = 60) {
     }
     w.ue(0);
     if (s.address != 0) {
-        w.u(1, s.dependent ? 1 : 0).u(11, s.address);
+        if (dependent_slices) {
+            w.u(1, s.dependent ? 1 : 0);
+        }
+        w.u(11, s.address);
     }
     if (!s.dependent) {
         w.u(2, 3).ue(1).u(1, 1);

@@ -78,10 +78,34 @@ TEST(SliceHeads, SayNothingWithoutParameterSetsOrWithTooFewBytes) {
     EXPECT_FALSE(ofAnotherPicture(SliceHead{}, whole));
 }
 
+TEST(SliceHeads, AreThoseOfSlicesAlone) {
+    const Stream264 s;
+    Bytes nal = realSlice264({40, 7, 9});
+    const SliceHead slice = s.heads.read(nal.data(), nal.size());
+    for (int type = 0; type < 32; ++type) {
+        nal[0] = static_cast<std::uint8_t>(0x60 | type);
+        const SliceHead head = s.heads.read(nal.data(), nal.size());
+        // A slice, its first partition, one of a random access picture.
+        EXPECT_EQ(head.known, type == 1 || type == 2 || type == 5) << type;
+        EXPECT_TRUE(type != 2 || head.mark == slice.mark);
+    }
+}
+
+TEST(SliceHeads, OfAPictureSetThatCannotBeTellNothing) {
+    const Stream264 s;
+    for (const std::uint32_t id : {1u, 255u, 256u, 257u, 100000u, 0x7FFFFFFEu}) {
+        const Bytes slice = BitWriter().ue(0).ue(5).ue(id).u(8, 7).u(6, 9).nal({0x61}, 60);
+        EXPECT_FALSE(s.heads.read(slice.data(), slice.size()).known) << id;
+        Stream264 other;
+        other.learn(BitWriter().ue(id).ue(0).u(1, 0).u(1, 0).ue(0).ue(0).nal({0x68}, 12));
+        EXPECT_EQ(other.heads.read(slice.data(), slice.size()).known, id < 256) << id;
+    }
+}
+
 struct Stream265 {
     SliceHeads heads{Codec::kH265};
-    explicit Stream265(bool sub_layers = false) {
-        for (const Bytes& nal : {sequence265(sub_layers), picture265()}) {
+    explicit Stream265(bool sub_layers = false, bool window = true) {
+        for (const Bytes& nal : {sequence265(sub_layers, window), picture265()}) {
             heads.learn(nal.data(), nal.size());
         }
     }
@@ -96,8 +120,8 @@ struct Stream265 {
 
 // address, order, idr, dependent
 TEST(SliceHeads, TellPicturesOfH265Apart) {
-    for (const bool sub_layers : {false, true}) {
-        const Stream265 s(sub_layers);
+    for (const int form : {0, 1, 2, 3}) {
+        const Stream265 s((form & 1) != 0, (form & 2) != 0);
         EXPECT_FALSE(s.another({0, 17}, {400, 17}));
         EXPECT_TRUE(s.another({0, 17}, {400, 18})) << "order";
         EXPECT_TRUE(s.another({0, 0, true}, {400, 0})) << "kind";
@@ -105,6 +129,20 @@ TEST(SliceHeads, TellPicturesOfH265Apart) {
         EXPECT_FALSE(s.another({0, 17}, {400, 99, false, true})) << "a dependent segment repeats no order";
         EXPECT_TRUE(s.another({800, 17}, {400, 99, false, true}));
         EXPECT_FALSE(s.another({0, 0, true}, {1199, 0, true}));
+    }
+}
+
+TEST(SliceHeads, OfH265WithoutDependentSlicesHaveNoBitForThem) {
+    SliceHeads heads(Codec::kH265);
+    for (const Bytes& nal : {sequence265(), picture265(false)}) {
+        heads.learn(nal.data(), nal.size());
+    }
+    for (const std::uint32_t address : {0u, 400u, 1199u}) {
+        const Bytes slice = realSlice265({address, 17}, 60, false);
+        const SliceHead head = heads.read(slice.data(), slice.size());
+        EXPECT_TRUE(head.known && head.has_mark) << address;
+        EXPECT_EQ(head.address, address);
+        EXPECT_EQ(head.mark[3], 17u) << address;
     }
 }
 

@@ -157,6 +157,28 @@ TEST(TsDemuxer, DropsARepeatedPacketOnce) {
     expectAll(got, true);
 }
 
+// What begins like a picture's packet but has no header of one is left out whole, and nothing else is.
+TEST(TsDemuxer, TakesNothingWithoutAPesHeader) {
+    const std::vector<Bytes> pictures{picture(500, 1), picture(400, 2), picture(300, 3)};
+    for (const auto& [byte, value] :
+         {std::pair<std::size_t, int>{0, 1}, {1, 1}, {2, 0}, {2, 2}, {6, 0}, {6, 0xC0}}) {
+        TsWriter writer;
+        writer.tables(0x1B);
+        writer.pes(TsWriter::kVideoPid, pictures[0], true);
+        const std::size_t second = writer.bytes().size();
+        writer.pes(TsWriter::kVideoPid, pictures[1], true);
+        writer.pes(TsWriter::kVideoPid, pictures[2], true);
+        Bytes stream = writer.take();
+        const std::size_t header =
+            second + 4 + ((stream[second + 3] & 0x20) != 0 ? 1u + stream[second + 4] : 0u);
+        stream[header + byte] = static_cast<std::uint8_t>(value);
+        Collector got;
+        TsDemuxer demuxer(got);
+        demuxer.push(stream.data(), stream.size());
+        EXPECT_EQ(got.pictures, (std::vector<Bytes>{pictures[0], pictures[2]})) << byte << " is " << value;
+    }
+}
+
 TEST(TsDemuxer, LosesNoMoreThanThePicturesOfACorruptedPacket) {
     const Bytes good = sample(true);
     for (std::size_t packet = 2; packet < good.size() / 188; ++packet) {
