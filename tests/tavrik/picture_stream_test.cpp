@@ -322,6 +322,21 @@ TEST(PictureStream, TakesALossForNoFaultOfTheContainer) {
     EXPECT_FALSE(stream.pending());
 }
 
+TEST(AccessUnits, TakeNoEmptyNal) {
+    std::vector<AccessUnitPtr> units;
+    AccessUnitAssembler assembler(Codec::kH264, [&](const AccessUnitPtr& unit) { units.push_back(unit); });
+    const Bytes slice = slice264(true, true, 1);
+    Nal nal;
+    nal.data = slice.data();
+    nal.size = slice.size();
+    assembler.add(Nal{});
+    assembler.add(nal);
+    assembler.add(Nal{});
+    assembler.flush();
+    ASSERT_EQ(units.size(), 1u);
+    EXPECT_EQ(Bytes(units[0]->data(), units[0]->data() + units[0]->size()), joined({slice}));
+}
+
 TEST(PictureStream, StaysBoundedWithoutAnyPicture) {
     Collected collected;
     PictureStream stream(Codec::kH264, collected.sink());

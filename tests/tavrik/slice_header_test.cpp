@@ -91,6 +91,17 @@ TEST(SliceHeads, AreThoseOfSlicesAlone) {
     }
 }
 
+// What is too short to be a set of any kind changes nothing that is known.
+TEST(SliceHeads, LearnNothingFromSetsOfOneOrTwoBytes) {
+    Stream264 s;
+    for (const Bytes& nal : {Bytes{0x67}, Bytes{0x67, 0x4D}, Bytes{0x68}, Bytes{0x68, 0x80}}) {
+        s.learn(nal);
+        EXPECT_TRUE(s.head({40, 7, 9}).known) << nal.size() << " bytes of " << +nal[0];
+    }
+    s.heads.learn(nullptr, 0);
+    EXPECT_TRUE(s.head({40, 7, 9}).known);
+}
+
 TEST(SliceHeads, OfAPictureSetThatCannotBeTellNothing) {
     const Stream264 s;
     for (const std::uint32_t id : {1u, 255u, 256u, 257u, 100000u, 0x7FFFFFFEu}) {

@@ -157,6 +157,46 @@ TEST(TsDemuxer, DropsARepeatedPacketOnce) {
     expectAll(got, true);
 }
 
+TEST(TsDemuxer, TellsTheTimesThatStandInTheHeader) {
+    constexpr std::int64_t kWrap = std::int64_t{1} << 33;
+    struct Case {
+        std::int64_t pts, dts;
+        std::size_t stuffing;
+        std::pair<std::int64_t, std::int64_t> told;
+    };
+    const Case cases[] = {{90000, -1, 0, {90000, 90000}},
+                          {93600, 90000, 0, {93600, 90000}},
+                          {97200, -1, 12, {97200, 97200}},  // room for another time, and none in it
+                          {-1, -1, 12, {kNoTime, kNoTime}},
+                          {kWrap - 3600, kWrap - 7200, 0, {-3600, -7200}},  // nearer before than behind
+                          {100800, 97200, 3, {100800, 97200}}};
+    TsWriter writer;
+    writer.tables(0x1B);
+    std::vector<std::pair<std::int64_t, std::int64_t>> told;
+    for (const Case& c : cases) {
+        writer.times(c.pts, c.dts);
+        writer.pes(TsWriter::kVideoPid, kPictures[0], true, c.stuffing);
+        told.push_back(c.told);
+    }
+    Collector got;
+    TsDemuxer demuxer(got);
+    demuxer.push(writer.bytes().data(), writer.bytes().size());
+    EXPECT_EQ(got.times, told);
+    // A clock that runs over goes on.
+    TsWriter over;
+    over.tables(0x1B);
+    told.clear();
+    for (std::int64_t time = kWrap - 7200; time <= kWrap + 7200; time += 3600) {
+        over.times(time % kWrap);
+        over.pes(TsWriter::kVideoPid, kPictures[0], true);
+        told.emplace_back(time, time);
+    }
+    Collector later;
+    TsDemuxer another(later);
+    another.push(over.bytes().data(), over.bytes().size());
+    EXPECT_EQ(later.times, told);
+}
+
 // What begins like a picture's packet but has no header of one is left out whole, and nothing else is.
 TEST(TsDemuxer, TakesNothingWithoutAPesHeader) {
     const std::vector<Bytes> pictures{picture(500, 1), picture(400, 2), picture(300, 3)};
