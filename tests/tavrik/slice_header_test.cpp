@@ -91,6 +91,28 @@ TEST(SliceHeads, AreThoseOfSlicesAlone) {
     }
 }
 
+// What stands where in a head depends on the sequence's set: each field is read from its own bits.
+TEST(SliceHeads, ReadEachFieldBehindEveryKindOfSequence) {
+    for (const std::uint32_t profile : {77u, 100u}) {
+        for (const std::uint32_t order_type : {0u, 1u, 2u}) {
+            for (const int field : {0, 1, 2}) {
+                const Stream264 s({profile, order_type, false, profile == 100}, true);
+                const SliceHead head = s.head({40, 0xA5, 37, true, 3, true, field, -3});
+                EXPECT_TRUE(head.known && head.has_mark && head.ordered);
+                EXPECT_EQ(head.address, 40u);
+                const std::uint32_t order = order_type == 0 ? 37 : 0;
+                const std::uint32_t delta = order_type == 1 ? static_cast<std::uint32_t>(-3) : 0;
+                const std::uint32_t bottom =
+                    order_type == 0 && field == 0 ? static_cast<std::uint32_t>(-3) : 0;
+                const std::uint32_t kind = field == 0 ? 0 : static_cast<std::uint32_t>(field);
+                EXPECT_EQ(head.mark,
+                          (std::array<std::uint32_t, 8>{0, 3, 0xA5, kind, 3, order, delta, bottom}))
+                    << profile << " " << order_type << " " << field;
+            }
+        }
+    }
+}
+
 // What is too short to be a set of any kind changes nothing that is known.
 TEST(SliceHeads, LearnNothingFromSetsOfOneOrTwoBytes) {
     Stream264 s;

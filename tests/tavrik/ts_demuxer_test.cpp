@@ -157,6 +157,45 @@ TEST(TsDemuxer, DropsARepeatedPacketOnce) {
     expectAll(got, true);
 }
 
+// Counters may jump where the packet says so in its adaptation field, however short that is.
+TEST(TsDemuxer, TakesAJumpOfCountersThatIsToldForNoLoss) {
+    std::vector<Bytes> pictures;
+    for (std::size_t size = 160; size < 176; ++size) {
+        pictures.push_back(picture(size, 1));
+    }
+    TsWriter writer;
+    writer.tables(0x1B);
+    for (const Bytes& one : pictures) {
+        writer.pes(TsWriter::kVideoPid, one, true);
+    }
+    const Bytes whole = writer.take();
+    const auto losses = [&](std::size_t from, bool told) {
+        Bytes stream = whole;
+        if (told) {
+            stream[from + 5] |= 0x80;
+        }
+        for (std::size_t at = from; at < stream.size(); at += 188) {
+            stream[at + 3] =
+                static_cast<std::uint8_t>((stream[at + 3] & 0xF0) | ((stream[at + 3] + 5) & 0x0F));
+        }
+        Collector got;
+        TsDemuxer demuxer(got);
+        demuxer.push(stream.data(), stream.size());
+        EXPECT_EQ(got.pictures.size(), pictures.size()) << from;
+        return got.losses;
+    };
+    int shortest = 0;
+    for (std::size_t at = 3 * 188; at < whole.size(); at += 188) {
+        const bool field = (whole[at + 3] & 0x20) != 0;
+        EXPECT_EQ(losses(at, false), 1) << at;
+        if (field && whole[at + 4] > 0) {
+            EXPECT_EQ(losses(at, true), 0) << at;
+            shortest += whole[at + 4] == 1 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(shortest, 0);
+}
+
 TEST(TsDemuxer, TellsTheTimesThatStandInTheHeader) {
     constexpr std::int64_t kWrap = std::int64_t{1} << 33;
     struct Case {
