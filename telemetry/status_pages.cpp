@@ -1,11 +1,14 @@
 #include "telemetry/status_pages.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/age_text.h"
 #include "forms/main_form.h"
+#include "widgets/sheets.h"
 
 namespace {
 
@@ -35,6 +38,14 @@ QString captionText(const sorvane::PanelRow& row) {
     }
     return QCoreApplication::translate("KorvathClass", row.caption);
 }
+
+// The rows of the age, one a page, as names differ. Their values are written by setAge alone.
+sorvane::PanelText kept(const sorvane::PanelSource& /*source*/) { return {}; }
+constexpr const char* kAgeCaption = QT_TRANSLATE_NOOP("KorvathClass", "最后回报：");
+constexpr sorvane::PanelRow kPodAge = {sorvane::PanelPage::kPod, "label_pod_age_val", kAgeCaption, kept,
+                                       true};
+constexpr sorvane::PanelRow kHealthAge = {sorvane::PanelPage::kHealth, "label_health_age_val", kAgeCaption,
+                                          kept, true};
 
 // With what the style sheet adds around the text.
 int captionWidth(const QLabel& caption) {
@@ -69,6 +80,18 @@ void StatusPage::addRow(const sorvane::PanelRow& row, int y) {
     caption->setBuddy(value);
     value->setText(initialText(row.page));
     m_rows.push_back({&row, caption, value, y});
+}
+
+void StatusPage::addAgeRow(const sorvane::PanelRow& row) {
+    addRow(row, height() + kGroupGap);
+    m_age = m_rows.back().value;
+    setFixedHeight(height() + kGroupGap + kRowHeight);
+    retranslate();
+}
+
+void StatusPage::setAge(const QString& text, bool old) {
+    m_age->setText(text);
+    setStyleProperty(*m_age, "tone", old ? QStringLiteral("danger") : QString());
 }
 
 void StatusPage::retranslate() {
@@ -132,7 +155,13 @@ StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& r
       m_nav(nav),
       m_aircraft(addPage(sorvane::PanelPage::kAircraft, form.aircraft_content)),
       m_pod(addPage(sorvane::PanelPage::kPod, form.pod_content)),
-      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {}
+      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {
+    QElapsedTimer clock;
+    clock.start();
+    now_ms = [clock] { return clock.elapsed(); };
+    m_pod->addAgeRow(kPodAge);
+    m_health->addAgeRow(kHealthAge);
+}
 
 StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {
     auto* layout = new QVBoxLayout(content);
@@ -152,6 +181,7 @@ void StatusPages::retranslate() {
 }
 
 void StatusPages::onRecord() {
+    m_lastReport_ms = now_ms();
     showRecordButton();
     if (m_form.ui.widget_stat->isVisible()) {
         refresh();
@@ -162,6 +192,18 @@ void StatusPages::refresh() {
     const sorvane::PanelSource source{m_record, m_nav};
     m_pod->refresh(source);
     m_health->refresh(source);
+}
+
+void StatusPages::showAge() {
+    constexpr qint64 kOld_ms = 2000;
+    if (m_lastReport_ms < 0 || !m_form.ui.widget_stat->isVisible()) {
+        return;
+    }
+    const qint64 age_ms = now_ms() - m_lastReport_ms;
+    const QString text =
+        QCoreApplication::translate("Korvath", "%1 前").arg(QString::fromStdString(sorvane::ageText(age_ms)));
+    m_pod->setAge(text, age_ms > kOld_ms);
+    m_health->setAge(text, age_ms > kOld_ms);
 }
 
 void StatusPages::refreshAircraft() { m_aircraft->refresh({m_record, m_nav}); }

@@ -34,6 +34,8 @@ public:
     // A picture of that many pixels, before scaling, has been drawn here: clicks are converted with it.
     // Before the first one the owner's size counts.
     void pictureDrawn(const QSize& size) { m_pictureSize = size; }
+    // Of the last one; invalid before the first.
+    QSize pictureSize() const { return m_pictureSize; }
 
     QPaintEngine* paintEngine() const override;
 
