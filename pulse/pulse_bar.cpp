@@ -24,7 +24,7 @@ void PulseBar::follow() {
     const bool wanted = m_area.window()->isFullScreen() && m_area.isVisible() && m_board.trouble();
     if (wanted) {
         const QPoint corner = m_area.mapToGlobal(QPoint(kInset, m_area.height() - kInset));
-        const QPoint place = corner - QPoint(0, sizeHint().height());
+        const QPoint place = corner - QPoint(0, layout()->totalSizeHint().height());
         if (pos() != place) {
             move(place);
         }
