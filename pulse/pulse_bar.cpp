@@ -1,7 +1,10 @@
 #include "pulse/pulse_bar.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
+#include <QPainter>
 #include <QStatusBar>
+#include <QStyleOption>
 
 namespace {
 
@@ -20,14 +23,33 @@ PulseBar::PulseBar(const PulseBoard& board, const QWidget& area)
     connect(&board, &PulseBoard::looked, this, &PulseBar::follow);
 }
 
+// The sheet's background; a window that lets its ground through has none by itself.
+void PulseBar::paintEvent(QPaintEvent* /*e*/) {
+    QPainter painter(this);
+    QStyleOption option;
+    option.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+}
+
+QPoint PulseBar::place() const {
+    const QPoint corner = m_area.mapToGlobal(QPoint(kInset, m_area.height() - kInset));
+    QRect rect({}, layout()->totalSizeHint());
+    rect.moveBottomLeft(corner);
+    const QWidgetList tops = QApplication::topLevelWidgets();
+    for (const QWidget* top : tops) {
+        const bool pane = qobject_cast<const MyTransDlg*>(top) != nullptr && top != this &&
+                          top->isVisible() && !top->testAttribute(Qt::WA_TransparentForMouseEvents);
+        if (pane && top->geometry().intersects(rect)) {
+            rect.moveLeft(top->geometry().right() + kInset);
+        }
+    }
+    return rect.topLeft();
+}
+
 void PulseBar::follow() {
     const bool wanted = m_area.window()->isFullScreen() && m_area.isVisible() && m_board.trouble();
-    if (wanted) {
-        const QPoint corner = m_area.mapToGlobal(QPoint(kInset, m_area.height() - kInset));
-        const QPoint place = corner - QPoint(0, layout()->totalSizeHint().height());
-        if (pos() != place) {
-            move(place);
-        }
+    if (wanted && pos() != place()) {
+        move(place());
     }
     if (wanted == isHidden()) {
         setVisible(wanted);
@@ -38,7 +60,8 @@ void showPulse(const PulseBoard& board, QStatusBar& status_bar, const QWidget& a
                const std::function<void(PulseSource)>& chosen) {
     auto* strip = new PulseStrip(board, &status_bar);
     strip->setObjectName(QStringLiteral("pulse_strip"));
-    status_bar.insertPermanentWidget(0, strip);
+    // Behind the one text that stands at the left.
+    status_bar.insertPermanentWidget(1, strip);
     auto* bar = new PulseBar(board, area);
     for (PulseStrip* each : {strip, &bar->strip()}) {
         QObject::connect(each, &PulseStrip::chosen, each, chosen);

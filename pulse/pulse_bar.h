@@ -15,13 +15,17 @@ class PulseBar : public MyTransDlg {
     Q_OBJECT
 
 public:
-    // area: it lies in the lower left corner of that widget.
+    // area: it lies in the lower left corner of that widget, beside the panes that are there already.
     PulseBar(const PulseBoard& board, const QWidget& area);
 
     PulseStrip& strip() { return *m_strip; }
 
+protected:
+    void paintEvent(QPaintEvent* e) override;
+
 private:
     void follow();
+    QPoint place() const;
 
     const PulseBoard& m_board;
     const QWidget& m_area;

@@ -42,10 +42,9 @@ QString captionText(const sorvane::PanelRow& row) {
 // The rows of the age, one a page, as names differ. Their values are written by setAge alone.
 sorvane::PanelText kept(const sorvane::PanelSource& /*source*/) { return {}; }
 constexpr const char* kAgeCaption = QT_TRANSLATE_NOOP("KorvathClass", "最后回报：");
-constexpr sorvane::PanelRow kPodAge = {sorvane::PanelPage::kPod, "label_pod_age_val", kAgeCaption, kept,
-                                       true};
+constexpr sorvane::PanelRow kPodAge = {sorvane::PanelPage::kPod, "label_pod_age_val", kAgeCaption, kept};
 constexpr sorvane::PanelRow kHealthAge = {sorvane::PanelPage::kHealth, "label_health_age_val", kAgeCaption,
-                                          kept, true};
+                                          kept};
 
 // With what the style sheet adds around the text.
 int captionWidth(const QLabel& caption) {
@@ -64,28 +63,28 @@ StatusPage::StatusPage(sorvane::PanelPage page, QWidget* parent) : QWidget(paren
         if (row.starts_group) {
             y += kGroupGap;
         }
-        addRow(row, y);
+        addRow(row, y, this);
         y += kRowHeight;
     }
     setFixedHeight(y);
     retranslate();
 }
 
-void StatusPage::addRow(const sorvane::PanelRow& row, int y) {
+void StatusPage::addRow(const sorvane::PanelRow& row, int y, QWidget* parent) {
     const QString name = QString::fromLatin1(row.object_name);
     const QString caption_name = row.caption_object != nullptr ? QString::fromLatin1(row.caption_object)
                                                                : name + QStringLiteral("_caption");
-    QLabel* caption = makeLabel(this, caption_name, "caption", Qt::AlignRight);
-    QLabel* value = makeLabel(this, name, "value", Qt::AlignLeft);
+    QLabel* caption = makeLabel(parent, caption_name, "caption", Qt::AlignRight);
+    QLabel* value = makeLabel(parent, name, "value", Qt::AlignLeft);
     caption->setBuddy(value);
     value->setText(initialText(row.page));
     m_rows.push_back({&row, caption, value, y});
 }
 
-void StatusPage::addAgeRow(const sorvane::PanelRow& row) {
-    addRow(row, height() + kGroupGap);
+void StatusPage::addAge(const sorvane::PanelRow& row, QWidget* line) {
+    line->setFixedHeight(kRowHeight);
+    addRow(row, 0, line);
     m_age = m_rows.back().value;
-    setFixedHeight(height() + kGroupGap + kRowHeight);
     retranslate();
 }
 
@@ -159,8 +158,13 @@ StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& r
     QElapsedTimer clock;
     clock.start();
     now_ms = [clock] { return clock.elapsed(); };
-    m_pod->addAgeRow(kPodAge);
-    m_health->addAgeRow(kHealthAge);
+    const auto addAge = [](StatusPage* page, const sorvane::PanelRow& row, QVBoxLayout* layout) {
+        auto* line = new QWidget(layout->parentWidget());
+        layout->addWidget(line);
+        page->addAge(row, line);
+    };
+    addAge(m_pod, kPodAge, form.ui.layout_page);
+    addAge(m_health, kHealthAge, form.ui.layout_page_2);
 }
 
 StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {

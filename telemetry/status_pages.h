@@ -23,8 +23,8 @@ public:
     void retranslate();
     // Writes every value label.
     void refresh(const sorvane::PanelSource& source);
-    // A row below the others whose value is not part of the table.
-    void addAgeRow(const sorvane::PanelRow& row);
+    // A line of the same two columns on `line`, outside of what scrolls; its value is not part of the table.
+    void addAge(const sorvane::PanelRow& row, QWidget* line);
     void setAge(const QString& text, bool old);
 
 protected:
@@ -40,7 +40,7 @@ private:
         int y;
     };
 
-    void addRow(const sorvane::PanelRow& row, int y);
+    void addRow(const sorvane::PanelRow& row, int y, QWidget* parent);
     void place();
 
     std::vector<Row> m_rows;
@@ -63,7 +63,7 @@ public:
     // Writes both pages of the pod, visible or not.
     void refresh();
     void refreshAircraft();
-    // How old what the two pages of the pod show is, in a line below the rows: from the last report on,
+    // How old what the two pages of the pod show is, in a line at their end: from the last report on,
     // whether or not the link still stands. To be called again and again; does nothing while they are hidden
     // or nothing has changed.
     void showAge();

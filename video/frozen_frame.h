@@ -19,6 +19,9 @@ public:
     // Comes, goes and lies as things stand now; to be called again and again.
     void follow();
 
+protected:
+    void paintEvent(QPaintEvent* e) override;
+
 private:
     // The picture's pixels, global.
     QRect pixels() const;

@@ -36,12 +36,11 @@ void MarkedRow::paint(QPainter* painter, const QStyleOptionViewItem& option, con
         return;
     }
     const QRect& row = option.rect;
-    const bool selected = (option.state & QStyle::State_Selected) != 0;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(Qt::NoPen);
-    painter->setBrush(option.palette.color(selected ? QPalette::HighlightedText : QPalette::Text));
-    painter->drawEllipse(row.right() - kRightEdge - kDot, row.center().y() - kDot / 2, kDot, kDot);
+    painter->setBrush(option.palette.color(QPalette::Text));
+    painter->drawEllipse(row.right() - kRightEdge - kDot, row.top() + (row.height() - kDot) / 2, kDot, kDot);
     painter->restore();
 }
 

@@ -20,6 +20,7 @@ StateDot::StateDot(QWidget* parent, std::function<QString()> tip)
     : QAbstractButton(parent), m_tip(std::move(tip)) {
     setFocusPolicy(Qt::NoFocus);
     setCursor(Qt::PointingHandCursor);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
 }
 
 void StateDot::setCaption(const QString& caption) {
@@ -85,7 +86,7 @@ void StateDot::paintEvent(QPaintEvent* /*e*/) {
     painter.setPen(m_tone == kOk ? m_ageColour : colour());
     const QFontMetrics metrics = fontMetrics();
     const int digit = digitWidth();
-    int x = width() - kSide - ageWidth(m_age);
+    int x = left + metrics.horizontalAdvance(m_caption) + 2 * kGap;
     for (const QChar c : m_age) {
         const int cell = c.isDigit() ? digit : metrics.horizontalAdvance(c);
         painter.drawText(QRect(x, 0, cell, height()), Qt::AlignCenter, QString(c));

@@ -2,6 +2,7 @@
 // for.
 #include <QDialog>
 #include <QGroupBox>
+#include <QLabel>
 #include <QMainWindow>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -20,6 +21,8 @@ class StripTest : public BoardTest {
 protected:
     StripTest() {
         window.setCentralWidget(new QWidget);
+        window.statusBar()->addWidget(left);
+        window.statusBar()->addPermanentWidget(right);
         showPulse(board, *window.statusBar(), *window.centralWidget(),
                   [this](PulseSource source) { chosen << source; });
         strip = window.findChild<PulseStrip*>("pulse_strip");
@@ -33,6 +36,8 @@ protected:
     const StateDot& dot(PulseSource source) const { return strip->dot(source); }
 
     QMainWindow window;
+    QLabel* left = new QLabel("left");
+    QLabel* right = new QLabel("right");
     PulseStrip* strip = nullptr;
     PulseBar* bar = nullptr;
     QList<PulseSource> chosen;
@@ -54,6 +59,21 @@ TEST_F(StripTest, OnlyWhatIsInUseHasADot) {
     playing2 = false;
     board.look();
     EXPECT_FALSE(dot(PulseSource::kPicture2).isVisible());
+}
+
+TEST_F(StripTest, ItLiesBetweenTheTwoTextsThatStandWhereTheyStood) {
+    showWindow();
+    const QRect texts[] = {left->geometry(), right->geometry()};
+    const int height = window.statusBar()->height();
+    playing1 = playing2 = true;
+    link_state = 2;
+    board.look();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return strip->width() >= strip->sizeHint().width(); }));
+    EXPECT_GE(strip->x(), left->geometry().right());
+    EXPECT_LE(strip->geometry().right(), right->x());
+    EXPECT_EQ(left->geometry(), texts[0]);
+    EXPECT_EQ(right->geometry(), texts[1]);
+    EXPECT_EQ(window.statusBar()->height(), height);
 }
 
 TEST_F(StripTest, ADotTellsStateAndAge) {
