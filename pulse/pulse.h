@@ -31,16 +31,15 @@ struct PulseCounts {
     std::int64_t longest_pause_ms = 0;
 };
 
-// What it is made of
-//   in use       a channel is open, a link stands; what comes otherwise is not counted, and a new use starts
-//   anew by itself    arrivals follow each other without anybody's doing (pictures, reports, the periodic
-//   frame). What is sent
-//                only when the operator presses something is on demand: silence is no fault then, so its age
-//                is told and not judged; what is judged is whether the last one went and whether the line is
-//                known to be broken
-//   usual        the mean of the last gaps without the two longest, so that neither a pause nor a burst
-//   changes it; it
-//                follows another rhythm within about thirty arrivals
+// In use is what is open: a channel, a link. What comes otherwise is not counted, and a new use starts anew.
+//
+// By itself comes what follows without anybody's doing: pictures, reports, the periodic frame. Usual is the
+// mean of its last gaps without the two longest, so that neither a pause nor a burst changes it; another
+// rhythm is learned within about thirty arrivals.
+//
+// On demand goes what is sent only when the operator presses something. Silence is no fault then, so the age
+// is told and not judged; judged is whether the last one went and whether the line is known to be broken.
+//
 // Times are milliseconds of any clock that never goes back. One thread.
 class Pulse {
 public:
