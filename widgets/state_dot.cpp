@@ -24,9 +24,8 @@ StateDot::StateDot(QWidget* parent, std::function<QString()> tip)
 }
 
 void StateDot::setCaption(const QString& caption) {
-    m_caption = caption;
-    setText(m_caption + QLatin1Char(' ') + m_age);
-    updateGeometry();
+    setText(caption);
+    setAccessibleName(caption + QLatin1Char(' ') + m_age);
 }
 
 void StateDot::setState(Tone tone, const QString& age) {
@@ -35,8 +34,8 @@ void StateDot::setState(Tone tone, const QString& age) {
     }
     m_tone = tone;
     m_age = age;
-    // For who reads the screen aloud; also asks for the repaint.
-    setText(m_caption + QLatin1Char(' ') + m_age);
+    // The text stays: another one would lay the whole bar out anew.
+    setAccessibleName(text() + QLatin1Char(' ') + m_age);
     update();
 }
 
@@ -66,7 +65,7 @@ int StateDot::ageWidth(const QString& age) const {
 QSize StateDot::sizeHint() const {
     ensurePolished();
     const int age = std::max(ageWidth(QStringLiteral("00.0 s")), ageWidth(QStringLiteral("00 min")));
-    const int width = 2 * kSide + kDot + kGap + fontMetrics().horizontalAdvance(m_caption) + 2 * kGap + age;
+    const int width = 2 * kSide + kDot + kGap + fontMetrics().horizontalAdvance(text()) + 2 * kGap + age;
     return {width, fontMetrics().height()};
 }
 
@@ -81,12 +80,12 @@ void StateDot::paintEvent(QPaintEvent* /*e*/) {
 
     const int left = kSide + kDot + kGap;
     painter.setPen(m_captionColour);
-    painter.drawText(QRect(left, 0, width() - left, height()), Qt::AlignLeft | Qt::AlignVCenter, m_caption);
+    painter.drawText(QRect(left, 0, width() - left, height()), Qt::AlignLeft | Qt::AlignVCenter, text());
 
     painter.setPen(m_tone == kOk ? m_ageColour : colour());
     const QFontMetrics metrics = fontMetrics();
     const int digit = digitWidth();
-    int x = left + metrics.horizontalAdvance(m_caption) + 2 * kGap;
+    int x = left + metrics.horizontalAdvance(text()) + 2 * kGap;
     for (const QChar c : m_age) {
         const int cell = c.isDigit() ? digit : metrics.horizontalAdvance(c);
         painter.drawText(QRect(x, 0, cell, height()), Qt::AlignCenter, QString(c));

@@ -1,4 +1,5 @@
-// A small button for a status bar: a dot in the colour of a state, a caption, an age.
+// A small button for a status bar: a dot in the colour of a state, a caption (its text), an age. What the age
+// says is part of its accessible name.
 #pragma once
 
 #include <QAbstractButton>
@@ -47,7 +48,6 @@ private:
 
     std::function<QString()> m_tip;
     Tone m_tone = kOk;
-    QString m_caption;
     QString m_age;
     QColor m_okColour = Qt::darkGreen;
     QColor m_warnColour = Qt::darkYellow;

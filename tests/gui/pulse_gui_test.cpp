@@ -118,10 +118,23 @@ TEST_F(Pulse, AClickOnADotOpensTheConnectionDialogAtItsGroup) {
 TEST_F(Pulse, TheDotsSpeakTheLanguageOfTheProgram) {
     connectToPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
-    EXPECT_TRUE(dot("pulse_report")->text().startsWith(QString::fromUtf8("回报 ")));
+    EXPECT_TRUE(dot("pulse_report")->accessibleName().startsWith(QString::fromUtf8("回报 ")));
     in().m_settings()->ui->cbb_selLang->setCurrentIndex(1);
-    EXPECT_TRUE(waitFor([&] { return dot("pulse_report")->text().startsWith("Report "); }))
-        << dot("pulse_report")->text().toStdString();
+    EXPECT_TRUE(waitFor([&] { return dot("pulse_report")->accessibleName().startsWith("Report "); }))
+        << dot("pulse_report")->accessibleName().toStdString();
+}
+
+TEST_F(Pulse, TheDotsHaveTheColoursOfTheTheme) {
+    connectToPod();
+    ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
+    const auto colour = [this] {
+        StateDot* report = dot("pulse_report");
+        return report->grab().toImage().pixelColor(12, report->height() / 2).name();
+    };
+    in().m_settings()->ui->cbb_selTheme->setCurrentIndex(0);
+    EXPECT_TRUE(waitFor([&] { return colour() == "#1b7a37"; })) << colour().toStdString();
+    in().m_settings()->ui->cbb_selTheme->setCurrentIndex(1);
+    EXPECT_TRUE(waitFor([&] { return colour() == "#4cc46a"; })) << colour().toStdString();
 }
 
 // Nobody listens at the port: the system takes every frame, and none arrives.

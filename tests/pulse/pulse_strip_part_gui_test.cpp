@@ -88,7 +88,7 @@ TEST_F(StripTest, ADotTellsStateAndAge) {
     pass(500);
     EXPECT_EQ(picture.tone(), StateDot::kDanger);
     EXPECT_EQ(picture.age(), "2.0 s");
-    EXPECT_EQ(picture.text(), QString::fromUtf8("视频1 2.0 s"));
+    EXPECT_EQ(picture.accessibleName(), QString::fromUtf8("视频1 2.0 s"));
 }
 
 // What a dot paints, counted by its events.
