@@ -156,6 +156,7 @@ void Korvath::initFirstStage() {
     m_tip2 = makeTip(this, 120);
 
     buildConfiguredParts();
+    buildPulse();
     connectConnectionDialog();
     m_parts->fields->fillCombos(config());
 }

@@ -183,6 +183,7 @@ private:
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
     void buildParts();
     void buildConfiguredParts();
+    void buildPulse();
     void connectWindow();
     void connectConnectionDialog();
     void connectCommands();

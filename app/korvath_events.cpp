@@ -203,6 +203,8 @@ bool Korvath::onTick() {
     m_parts->panes->placeToggles();
     if (m_parts->link != nullptr) {
         m_parts->link->showSendTrouble();
+        m_parts->pulse->look();
+        m_parts->status_pages->showAge();
     }
     return true;
 }

@@ -13,11 +13,13 @@
 #include "link/command_pages.h"
 #include "link/command_sender.h"
 #include "link/link_panel.h"
+#include "pulse/pulse_bar.h"
 #include "telemetry/intake.h"
 #include "telemetry/status_pages.h"
 #include "video/block_stream.h"
 #include "video/channel_sound.h"
 #include "video/drag_marks.h"
+#include "video/frozen_frame.h"
 #include "video/picture_presenter.h"
 #include "video/stream_panel.h"
 #include "video/video_channel.h"
@@ -27,6 +29,7 @@ struct Korvath::Parts {
 
     // From the constructor on.
     MainForm form;
+    std::unique_ptr<PulseBoard> pulse;  // made last, gone last: the sender tells it every frame
     std::unique_ptr<StatusPages> status_pages;
     std::unique_ptr<CommandSender> sender;
     std::unique_ptr<CommandFields> fields;

@@ -3,6 +3,7 @@
 
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
+#include "pulse/connection_groups.h"
 #include "settings/player_settings_dlg.h"
 #include "telemetry/link_callbacks.h"
 #include "widgets/common_dlg.h"
@@ -26,6 +27,8 @@ void Korvath::buildParts() {
                          [this] { return m_settings->osdPage(); }});
     p.intake = std::make_unique<Intake>(IntakeFields{m_telemetry, m_navBlock, m_tracking}, *this);
     connect(p.intake.get(), &Intake::recordTaken, this, [this] { m_parts->status_pages->onRecord(); });
+    connect(p.intake.get(), &Intake::recordTaken, this,
+            [this] { m_parts->fields->showReportedMode(m_telemetry.display_mode); });
     connect(p.intake.get(), &Intake::navBlockTaken, this,
             [this] { m_parts->status_pages->refreshAircraft(); });
     p.marks = std::make_unique<DragMarks>(DragMarkFields{m_dragOverlay, m_dragRing, m_dragDot});
@@ -70,6 +73,26 @@ void Korvath::buildConfiguredParts() {
     p.channel2 = std::make_unique<VideoChannel>(
         2, ChannelParts{*ui->videoWin2, *p.streams, *p.presenter, config(), *this},
         ChannelFields{playing2, recording2, snapping2, no_signal2}, actions);
+}
+
+void Korvath::buildPulse() {
+    Parts& p = *m_parts;
+    p.pulse = std::make_unique<PulseBoard>(
+        PulseFields{playing1, playing2, m_linkState, m_insHandle},
+        PulseQuestions{[&p] { return p.sender->sendsByItself(); }, [&p] { return p.link->sendTrouble(); }});
+    PulseBoard* board = p.pulse.get();
+    p.sender->pushed = [board](bool taken) { board->sent(taken); };
+    connect(p.intake.get(), &Intake::recordTaken, board, &PulseBoard::reportCame);
+    connect(p.intake.get(), &Intake::insTaken, board, &PulseBoard::inertialCame);
+    connect(p.presenter.get(), &PicturePresenter::pictureCame, board, &PulseBoard::pictureCame);
+    showPulse(*board, *ui->statusBar, *p.form.picture_area, [this, &p](PulseSource source) {
+        on_action_connection();
+        pointAtGroup(*p.connection_form, *m_connectionDlg, source, m_linkState == kLinkSerial);
+    });
+    for (const QMyVideoWidget* picture : {ui->videoWin1, ui->videoWin2}) {
+        auto* frame = new FrozenFrame(*picture, [board](int window) { return board->frozen(window); });
+        connect(board, &PulseBoard::looked, frame, &FrozenFrame::follow);
+    }
 }
 
 void Korvath::connectWindow() {

@@ -10,6 +10,8 @@ struct ConnectionForm {
     QToolButton* close_button = ui.toolButton;
 
     // Pictures.
+    QGroupBox* video1_group = ui.groupBox_8;
+    QGroupBox* video2_group = ui.groupBox_9;
     QComboBox* stream_type = ui.cbb_stream_type;
     QComboBox* video1_address = ui.comboBox_2;
     QLineEdit* video1_port = ui.le_ctrlVideoIpPort1;
@@ -19,6 +21,7 @@ struct ConnectionForm {
     QPushButton* video2_open = ui.pushButton_23;
 
     // Control link over the network. Line edits in spite of two of the designer's names.
+    QGroupBox* net_group = ui.groupBox_18;
     QRadioButton* udp = ui.radioButton_13;
     QRadioButton* tcp = ui.radioButton_14;
     QLineEdit* pod_address = ui.cbb_ctrlConnIpAddr;
@@ -29,6 +32,7 @@ struct ConnectionForm {
     QLabel* net_trouble = ui.label_net_trouble;
 
     // Control link over a serial line.
+    QGroupBox* serial_group = ui.groupBox_10;
     QComboBox* serial_port = ui.cbb_ctrlSerialNo;
     QComboBox* serial_rate = ui.cbb_ctrlSerialBaudRate;
     QPushButton* serial_refresh = ui.pushButton_24;
@@ -36,6 +40,7 @@ struct ConnectionForm {
     QLabel* serial_trouble = ui.label_serial_trouble;
 
     // External inertial unit.
+    QGroupBox* ins_group = ui.groupBox_11;
     QComboBox* ins_port = ui.cbb_ctrlSerialNo_2;
     QComboBox* ins_rate = ui.cbb_ctrlSerialBaudRate_2;
     QPushButton* ins_refresh = ui.pushButton_27;

@@ -5,6 +5,7 @@
 
 #include "app/config/my_app_config.h"
 #include "forms/main_form.h"
+#include "widgets/marked_row.h"
 
 namespace {
 
@@ -98,7 +99,9 @@ void addNumbers(QComboBox* box, int first, int last) {
 
 }  // namespace
 
-CommandFields::CommandFields(const MainForm& form, QObject& owner) : m_form(form) {
+CommandFields::CommandFields(const MainForm& form, QObject& owner)
+    : m_form(form),
+      m_reportedMode(new MarkedRow(*form.display_mode, [] { return tr("吊舱回报的当前模式"); })) {
     groupRadioButtons(owner);
     connectRate(owner);
     m_form.frame_mode->setChecked(true);
@@ -180,6 +183,8 @@ void CommandFields::store(MyAppConfig& config) const {
     config.lrf_cycle = m_form.range_period->currentIndex();
     config.template_type = m_form.template_size->currentIndex();
 }
+
+void CommandFields::showReportedMode(int mode) { m_reportedMode->setRow(mode); }
 
 void CommandFields::showServoFrame(bool two_axes) {
     m_form.two_axis_scan->setVisible(two_axes);

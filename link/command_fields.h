@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+class MarkedRow;
 class MyAppConfig;
 class QObject;
 struct MainForm;
@@ -26,6 +27,10 @@ public:
     // What the edits and boxes hold, into the configuration.
     void store(MyAppConfig& config) const;
 
+    // The picture that the pod reports (0 to 6) is marked in the open list of the display mode; what is
+    // chosen there stays the operator's.
+    void showReportedMode(int mode);
+
     // Three axes hide the two-axis set-up of angle and speed; two axes have it instead of the scan set-ups.
     void showServoFrame(bool two_axes);
     // The text and the box that follow the servo mode.
@@ -41,4 +46,5 @@ private:
     void connectRate(QObject& owner);
 
     const MainForm& m_form;
+    MarkedRow* m_reportedMode;
 };

@@ -47,7 +47,12 @@ sorvane::SenderConditions CommandSender::conditions() {
     c.restart_clock = [this] { m_fields.send_clock.restart(); };
     c.local_time = [this] { return local_clock(); };
     // The handle keeps its value after a close, so what is sent then goes nowhere.
-    c.push = [this](const void* data, int n) { oskel::push_bytes(data, n, m_fields.link_handle); };
+    c.push = [this](const void* data, int n) {
+        const bool taken = oskel::push_bytes(data, n, m_fields.link_handle) > 0;
+        if (pushed) {
+            pushed(taken);
+        }
+    };
     c.before_command = [this](std::uint16_t code, std::uint8_t action, bool rate) {
         m_movements.beforeCommand(code, action, rate);
     };

@@ -61,6 +61,11 @@ public:
     // old.
     int rateWaitMs() const;
 
+    // Frames leave without the operator's doing: in periodic mode, and with the stream of positions.
+    bool sendsByItself() const { return !singleMode() || m_questions.telemetry_stream(); }
+    // Told of every frame that was handed to the system for the link: taken or not. May be empty.
+    std::function<void(bool taken)> pushed;
+
     // The local time as all commands see it; a test sets its own.
     std::function<sorvane::CalendarTime()> local_clock;
 

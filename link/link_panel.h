@@ -60,6 +60,8 @@ public:
     // Asks why the open link cannot send, and says so under its group until it can; called again and again.
     // Texts of state and buttons do not change by it.
     void showSendTrouble();
+    // The same in words; empty when nothing is known to be wrong.
+    QString sendTrouble() const { return troubleText(m_trouble); }
     // Closes both ports without a word, when the window closes.
     void closeAll();
     // What the edits hold, into the configuration.

@@ -16,7 +16,7 @@ def row(folder, own="", third=""):
 
 CORES = "base link_core telemetry_core"
 FLOORS = "base events config forms video_face input_face widgets"
-SUBSYSTEMS = ("link", "telemetry", "video", "map", "input", "analysis", "settings")
+SUBSYSTEMS = ("link", "telemetry", "pulse", "video", "map", "input", "analysis", "settings")
 
 # Target: its folder, our targets and the libraries that it may use. "system" stands for what the operating system
 # brings beside the standard library: files and sockets by number, threads of its own, windows.h.
@@ -28,6 +28,7 @@ LAW = {
     "platform": row("platform", "", "X11 SDL system"),
     "link_core": row("link", "base"),
     "telemetry_core": row("telemetry", "base link_core"),
+    "pulse_core": row("pulse", CORES),
     "video_core": row("video", CORES),
     "map_core": row("map", CORES),
     "input_core": row("input", CORES),
@@ -44,6 +45,7 @@ LAW = {
     "forms": row("forms", "widgets video_face input_face", "Qt"),
     "link": row("link", f"{FLOORS} link_core oskel", "Qt QtNetwork QtSerialPort"),
     "telemetry": row("telemetry", f"{FLOORS} telemetry_core oskel", "Qt"),
+    "pulse": row("pulse", f"{FLOORS} pulse_core", "Qt"),
     "video": row("video", f"{FLOORS} video_core tavrik oskel platform",
                  "Qt QtMultimedia SDL X11 libavutil libswscale"),
     "map": row("map", f"{FLOORS} map_core globe globe_view", "Qt OpenSceneGraph"),

@@ -69,6 +69,7 @@ void Intake::takeInsFrame(QMyEvent& e) {
         return;
     }
     sorvane::decodeInsPayload(static_cast<const std::uint8_t*>(payload.get()), m_fields.nav_block);
+    emit insTaken();
 }
 
 void Intake::takeNavBlock(QMyEvent& e) {

@@ -44,6 +44,8 @@ signals:
     void recordTaken();
     // A reply of the pod: `size` bytes (0 or more) behind its code, valid during the call.
     void replyTaken(std::uint16_t code, const unsigned char* data, int size);
+    // The inertial unit has written the navigation block.
+    void insTaken();
     // The interface feed has written the navigation block.
     void navBlockTaken();
 

@@ -1,11 +1,14 @@
 #include "telemetry/status_pages.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QEvent>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "base/age_text.h"
 #include "forms/main_form.h"
+#include "widgets/sheets.h"
 
 namespace {
 
@@ -36,6 +39,13 @@ QString captionText(const sorvane::PanelRow& row) {
     return QCoreApplication::translate("KorvathClass", row.caption);
 }
 
+// The rows of the age, one a page, as names differ. Their values are written by setAge alone.
+sorvane::PanelText kept(const sorvane::PanelSource& /*source*/) { return {}; }
+constexpr const char* kAgeCaption = QT_TRANSLATE_NOOP("KorvathClass", "最后回报：");
+constexpr sorvane::PanelRow kPodAge = {sorvane::PanelPage::kPod, "label_pod_age_val", kAgeCaption, kept};
+constexpr sorvane::PanelRow kHealthAge = {sorvane::PanelPage::kHealth, "label_health_age_val", kAgeCaption,
+                                          kept};
+
 // With what the style sheet adds around the text.
 int captionWidth(const QLabel& caption) {
     caption.ensurePolished();
@@ -53,22 +63,34 @@ StatusPage::StatusPage(sorvane::PanelPage page, QWidget* parent) : QWidget(paren
         if (row.starts_group) {
             y += kGroupGap;
         }
-        addRow(row, y);
+        addRow(row, y, this);
         y += kRowHeight;
     }
     setFixedHeight(y);
     retranslate();
 }
 
-void StatusPage::addRow(const sorvane::PanelRow& row, int y) {
+void StatusPage::addRow(const sorvane::PanelRow& row, int y, QWidget* parent) {
     const QString name = QString::fromLatin1(row.object_name);
     const QString caption_name = row.caption_object != nullptr ? QString::fromLatin1(row.caption_object)
                                                                : name + QStringLiteral("_caption");
-    QLabel* caption = makeLabel(this, caption_name, "caption", Qt::AlignRight);
-    QLabel* value = makeLabel(this, name, "value", Qt::AlignLeft);
+    QLabel* caption = makeLabel(parent, caption_name, "caption", Qt::AlignRight);
+    QLabel* value = makeLabel(parent, name, "value", Qt::AlignLeft);
     caption->setBuddy(value);
     value->setText(initialText(row.page));
     m_rows.push_back({&row, caption, value, y});
+}
+
+void StatusPage::addAge(const sorvane::PanelRow& row, QWidget* line) {
+    line->setFixedHeight(kRowHeight);
+    addRow(row, 0, line);
+    m_age = m_rows.back().value;
+    retranslate();
+}
+
+void StatusPage::setAge(const QString& text, bool old) {
+    m_age->setText(text);
+    setStyleProperty(*m_age, "tone", old ? QStringLiteral("danger") : QString());
 }
 
 void StatusPage::retranslate() {
@@ -132,7 +154,18 @@ StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& r
       m_nav(nav),
       m_aircraft(addPage(sorvane::PanelPage::kAircraft, form.aircraft_content)),
       m_pod(addPage(sorvane::PanelPage::kPod, form.pod_content)),
-      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {}
+      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {
+    QElapsedTimer clock;
+    clock.start();
+    now_ms = [clock] { return clock.elapsed(); };
+    const auto addAge = [](StatusPage* page, const sorvane::PanelRow& row, QVBoxLayout* layout) {
+        auto* line = new QWidget(layout->parentWidget());
+        layout->addWidget(line);
+        page->addAge(row, line);
+    };
+    addAge(m_pod, kPodAge, form.ui.layout_page);
+    addAge(m_health, kHealthAge, form.ui.layout_page_2);
+}
 
 StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {
     auto* layout = new QVBoxLayout(content);
@@ -152,6 +185,7 @@ void StatusPages::retranslate() {
 }
 
 void StatusPages::onRecord() {
+    m_lastReport_ms = now_ms();
     showRecordButton();
     if (m_form.ui.widget_stat->isVisible()) {
         refresh();
@@ -162,6 +196,18 @@ void StatusPages::refresh() {
     const sorvane::PanelSource source{m_record, m_nav};
     m_pod->refresh(source);
     m_health->refresh(source);
+}
+
+void StatusPages::showAge() {
+    constexpr qint64 kOld_ms = 2000;
+    if (m_lastReport_ms < 0 || !m_form.ui.widget_stat->isVisible()) {
+        return;
+    }
+    const qint64 age_ms = now_ms() - m_lastReport_ms;
+    const QString text =
+        QCoreApplication::translate("Korvath", "%1 前").arg(QString::fromStdString(sorvane::ageText(age_ms)));
+    m_pod->setAge(text, age_ms > kOld_ms);
+    m_health->setAge(text, age_ms > kOld_ms);
 }
 
 void StatusPages::refreshAircraft() { m_aircraft->refresh({m_record, m_nav}); }

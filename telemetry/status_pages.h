@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QString>
 #include <QWidget>
+#include <functional>
 #include <vector>
 
 #include "telemetry/panel_rows.h"
@@ -22,6 +23,9 @@ public:
     void retranslate();
     // Writes every value label.
     void refresh(const sorvane::PanelSource& source);
+    // A line of the same two columns on `line`, outside of what scrolls; its value is not part of the table.
+    void addAge(const sorvane::PanelRow& row, QWidget* line);
+    void setAge(const QString& text, bool old);
 
 protected:
     void resizeEvent(QResizeEvent* e) override;
@@ -36,10 +40,11 @@ private:
         int y;
     };
 
-    void addRow(const sorvane::PanelRow& row, int y);
+    void addRow(const sorvane::PanelRow& row, int y, QWidget* parent);
     void place();
 
     std::vector<Row> m_rows;
+    QLabel* m_age = nullptr;
 };
 
 // The three pages on the form, and the record button of the control page, whose text follows the report.
@@ -58,6 +63,13 @@ public:
     // Writes both pages of the pod, visible or not.
     void refresh();
     void refreshAircraft();
+    // How old what the two pages of the pod show is, in a line at their end: from the last report on,
+    // whether or not the link still stands. To be called again and again; does nothing while they are hidden
+    // or nothing has changed.
+    void showAge();
+
+    // Milliseconds since the last report; a test sets its own clock.
+    std::function<qint64()> now_ms;
 
 private:
     StatusPage* addPage(sorvane::PanelPage page, QWidget* content);
@@ -70,4 +82,5 @@ private:
     StatusPage* m_aircraft;
     StatusPage* m_pod;
     StatusPage* m_health;
+    qint64 m_lastReport_ms = -1;
 };

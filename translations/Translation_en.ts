@@ -565,6 +565,14 @@
             <source>姿态指示完成</source>
             <translation>Done</translation>
         </message>
+        <message>
+            <source>吊舱回报的当前模式</source>
+            <translation>The mode that the pod reports</translation>
+        </message>
+        <message>
+            <source>%1 前</source>
+            <translation>%1 ago</translation>
+        </message>
     </context>
     <context>
         <name>KorvathClass</name>
@@ -1366,6 +1374,10 @@ mode</translation>
         <message>
             <source>驱动器温度：</source>
             <translation>Driver temp.:</translation>
+        </message>
+        <message>
+            <source>最后回报：</source>
+            <translation>Last report:</translation>
         </message>
     </context>
     <context>
@@ -2365,6 +2377,89 @@ mode</translation>
         <message>
             <source>设置</source>
             <translation>Set</translation>
+        </message>
+    </context>
+    <context>
+        <name>PulseBoard</name>
+        <message>
+            <source>视频1</source>
+            <translation>Video 1</translation>
+        </message>
+        <message>
+            <source>视频2</source>
+            <translation>Video 2</translation>
+        </message>
+        <message>
+            <source>回报</source>
+            <translation>Report</translation>
+        </message>
+        <message>
+            <source>发送</source>
+            <translation>Sending</translation>
+        </message>
+        <message>
+            <source>惯导</source>
+            <translation>INS</translation>
+        </message>
+        <message>
+            <source>视频1：最后一帧画面的时间</source>
+            <translation>Video 1: age of the last picture</translation>
+        </message>
+        <message>
+            <source>视频2：最后一帧画面的时间</source>
+            <translation>Video 2: age of the last picture</translation>
+        </message>
+        <message>
+            <source>吊舱回报：最后一次回报的时间</source>
+            <translation>Report of the pod: age of the last one</translation>
+        </message>
+        <message>
+            <source>控制发送：最后一次发出的时间</source>
+            <translation>Sending to the pod: age of the last frame sent</translation>
+        </message>
+        <message>
+            <source>外接惯导：最后一帧数据的时间</source>
+            <translation>External inertial unit: age of its last frame</translation>
+        </message>
+        <message>
+            <source>频率：按需发送</source>
+            <translation>Rate: sent on demand</translation>
+        </message>
+        <message>
+            <source>频率：每秒 %1</source>
+            <translation>Rate: %1 a second</translation>
+        </message>
+        <message>
+            <source>中断：无</source>
+            <translation>Pauses: none</translation>
+        </message>
+        <message>
+            <source>中断：%1 次，约缺 %2，最长 %3 s</source>
+            <translation>Pauses: %1, about %2 missing, longest %3 s</translation>
+        </message>
+        <message>
+            <source>未被系统接收：%1</source>
+            <translation>Not taken by the system: %1</translation>
+        </message>
+        <message>
+            <source>最近错误：无</source>
+            <translation>Last error: none</translation>
+        </message>
+        <message>
+            <source>中断 %1 s</source>
+            <translation>a pause of %1 s</translation>
+        </message>
+        <message>
+            <source>最近错误：%1 %2</source>
+            <translation>Last error: %1 %2</translation>
+        </message>
+        <message>
+            <source>系统未接收待发数据</source>
+            <translation>the system did not take what was to be sent</translation>
+        </message>
+        <message>
+            <source>点击打开其连接设置</source>
+            <translation>A click opens its connection settings</translation>
         </message>
     </context>
 </TS>

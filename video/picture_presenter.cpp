@@ -124,6 +124,7 @@ void PicturePresenter::render(FrameParcel& parcel) {
     m_fields.frame_width = src.width;
     m_fields.frame_height = src.height;
     surface->widget->pictureDrawn(QSize(src.width, src.height));
+    emit pictureCame(surface->widget->windowId());
     if (surface->sdl_window == nullptr && !attach(*surface)) {
         return;
     }

@@ -57,6 +57,10 @@ public:
     void closeStreams();
     void dropPictures();
 
+signals:
+    // One has come to be drawn on that window (1 or 2), whether or not the screen takes it.
+    void pictureCame(int window_id);
+
 protected:
     void timerEvent(QTimerEvent* e) override;
 

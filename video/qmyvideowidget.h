@@ -33,7 +33,13 @@ public:
     void streamStateChanged();
     // A picture of that many pixels, before scaling, has been drawn here: clicks are converted with it.
     // Before the first one the owner's size counts.
-    void pictureDrawn(const QSize& size) { m_pictureSize = size; }
+    void pictureDrawn(const QSize& size_of_picture) {
+        m_pictureSize = size_of_picture;
+        m_drawnOn = size();
+    }
+    // Of the last one, and of this widget at that time: nobody draws it anew. Invalid before the first.
+    QSize pictureSize() const { return m_pictureSize; }
+    QSize drawnOn() const { return m_drawnOn; }
 
     QPaintEngine* paintEngine() const override;
 
@@ -63,5 +69,6 @@ private:
     HoldWatch m_middleWatch{*this, [this] { endMiddle(); }};
     bool m_middleHeld = false;
     QSize m_pictureSize;
+    QSize m_drawnOn;
     QFont font;
 };

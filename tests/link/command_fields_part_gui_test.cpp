@@ -9,6 +9,7 @@
 #include "forms/main_form.h"
 #include "link/command_fields.h"
 #include "tests/fakes/built_form.h"
+#include "widgets/marked_row.h"
 
 namespace {
 
@@ -224,6 +225,18 @@ TEST_F(CommandFieldsPart, ALanguageChangeKeepsTheServoMode) {
     fields.retranslate();
     EXPECT_EQ(form.centre->text(), "自动校准");
     EXPECT_FALSE(form.gyro_speed->isHidden());
+}
+
+TEST_F(CommandFieldsPart, ThePicturesReportedIsMarkedAndNotChosen) {
+    fields.fillCombos(config);
+    form.display_mode->setCurrentIndex(6);
+    const auto* marked = qobject_cast<const MarkedRow*>(form.display_mode->itemDelegate());
+    ASSERT_NE(marked, nullptr);
+    EXPECT_EQ(marked->row(), -1);
+    fields.showReportedMode(3);
+    EXPECT_EQ(marked->row(), 3);
+    EXPECT_EQ(form.display_mode->currentIndex(), 6);
+    EXPECT_EQ(form.display_mode->currentText(), "可见光（长焦）");
 }
 
 TEST_F(CommandFieldsPart, StoreTakesWhatTheControlsHold) {

@@ -91,6 +91,26 @@ TEST_F(SenderPartTest, APositionTickSendsTheBlock) {
     EXPECT_EQ(last_code, 0) << "the stream is no command that a release could end";
 }
 
+TEST_F(SenderPartTest, TellsOfEveryFrameWhetherItWasTaken) {
+    std::vector<bool> told;
+    sender.pushed = [&told](bool taken) { told.push_back(taken); };
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_EQ(told, std::vector<bool>{false}) << "there is no link";
+    openLink();
+    sender.frames().sendCommand4(0x31, 1, 2, 3, 4);
+    EXPECT_TRUE(sender.onPeriodTick());
+    EXPECT_EQ(told, (std::vector<bool>{false, true, true}));
+}
+
+TEST_F(SenderPartTest, SaysWhetherItSendsByItself) {
+    EXPECT_FALSE(sender.sendsByItself());
+    telemetry_stream = true;
+    EXPECT_TRUE(sender.sendsByItself()) << "positions";
+    telemetry_stream = false;
+    single = false;
+    EXPECT_TRUE(sender.sendsByItself()) << "the periodic frame";
+}
+
 TEST_F(SenderPartTest, AClosedLinkKeepsTheIdsAndSendsNothing) {
     openLink();
     single = false;

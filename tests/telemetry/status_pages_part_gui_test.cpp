@@ -74,6 +74,64 @@ TEST_F(StatusPagesPart, AReportFillsBothPagesOfThePodWhileTheyAreSeen) {
     EXPECT_EQ(text(form.aircraft_content, kAircraftPage[0].object_name), "");
 }
 
+TEST_F(StatusPagesPart, TheAgeOfTheLastReportHasALineOnBothPagesOfThePod) {
+    qint64 now = 5000;
+    pages.now_ms = [&now] { return now; };
+    showPane(true);
+    const std::string names[] = {"label_pod_age_val", "label_health_age_val"};
+    const auto expectAges = [&](const std::string& age, const QString& tone) {
+        for (const std::string& name : names) {
+            EXPECT_EQ(text(ui.stackedWidget, name), age);
+            EXPECT_EQ(ui.stackedWidget->findChild<QLabel*>(name.c_str())->property("tone").toString(), tone);
+        }
+    };
+    pages.showAge();
+    expectAges("--", "");
+    pages.onRecord();
+    pages.showAge();
+    expectAges("0.0 s 前", "");
+    now += 1940;
+    pages.showAge();
+    expectAges("1.9 s 前", "");
+    now += 61;
+    pages.showAge();
+    expectAges("2.0 s 前", "danger");
+    pages.onRecord();
+    pages.showAge();
+    expectAges("0.0 s 前", "");
+    EXPECT_EQ(text(ui.stackedWidget, "label_pod_age_val_caption"), "最后回报：");
+}
+
+TEST_F(StatusPagesPart, AHiddenPaneAsksForNoAge) {
+    showPane(false);
+    pages.onRecord();
+    int asked = 0;
+    pages.now_ms = [&asked] { return ++asked; };
+    pages.showAge();
+    EXPECT_EQ(asked, 0);
+}
+
+// The columns are as wide as the rows of the table make them, in both languages.
+TEST_F(StatusPagesPart, TheLineOfTheAgeStandsInTheColumnsOfItsPage) {
+    showPane(true);
+    ASSERT_TRUE(translator.load("./translations/Translation_en.qm"));
+    for (const bool english : {false, true}) {
+        if (english) {
+            QCoreApplication::installTranslator(&translator);
+            pages.retranslate();
+        }
+        int widest = 0;
+        for (const ExpectedRow& row : kPodPage) {
+            const auto* caption = form.pod_content->findChild<QLabel*>(QString(row.object_name) + "_caption");
+            widest = std::max(widest, caption->sizeHint().width());
+        }
+        const auto* first = form.pod_content->findChild<QLabel*>(kPodPage[0].object_name);
+        const auto* age = ui.stackedWidget->findChild<QLabel*>("label_pod_age_val");
+        EXPECT_EQ(age->x(), first->x());
+        EXPECT_EQ(first->x(), widest + 8);
+    }
+}
+
 TEST_F(StatusPagesPart, AHiddenPaneCostsNothingAndCatchesUpWithTheNextReport) {
     showPane(false);
     record = recordByHand();
