@@ -229,7 +229,6 @@ void Korvath::applyTheme(int theme) {
 void Korvath::retranslate() {
     ui_sei_info->retranslateUi(m_seiDlg);
     m_parts->panes->rebuildPageSelectors();
-    m_parts->panes->placeToggles();
     ui->retranslateUi(this);
     setWindowTitle(config().app_title);
     m_parts->form.title_text->setText(config().app_title);
@@ -239,7 +238,8 @@ void Korvath::retranslate() {
     ui_connection->retranslateUi(m_connectionDlg);
     showConnectionButtons();
     ui_telemetry_info->retranslateUi(m_telemetryDlg);
-    refreshStatus();
+    // The status pane has another width.
+    placePanes();
 }
 
 void Korvath::applyViewMode(int mode) {

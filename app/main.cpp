@@ -1,5 +1,4 @@
 #include <QApplication>
-#include <QFont>
 #include <cstdlib>
 
 #include "app/korvath.h"
@@ -7,6 +6,7 @@
 #include "platform/process.h"
 #include "platform/termination.h"
 #include "widgets/close_requests.h"
+#include "widgets/run_tree.h"
 #include "widgets/ui_fonts.h"
 
 namespace {
@@ -16,11 +16,12 @@ void setAttributes() {
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 }
 
-void setApplicationFont() {
-    QFont font;
-    font.setStyleStrategy(QFont::PreferAntialias);
-    font.setHintingPreference(QFont::PreferFullHinting);
-    QApplication::setFont(font);
+// What every start reads; icons stand or fall with the sheets beside them.
+void nameMissing() {
+    nameMissingFiles({"./res/common.qss", "./res/night.qss", "./res/setting_day.qss",
+                      "./res/setting_night.qss", "./res/icon_app.png", "./translations/Translation_en.qm",
+                      "./translations/qtbase_zh_CN.qm",
+                      QCoreApplication::applicationDirPath() + "/fonts/msyh.ttc"});
 }
 
 bool g_running = false;
@@ -50,7 +51,7 @@ extern "C" int dlclose(void* /*handle*/) { return 0; }
 
 int main(int argc, char* argv[]) {
     setAttributes();
-    setApplicationFont();
+    QApplication::setFont(applicationFont());
     platform::installCrashHandler();
     platform::surviveLostReaders();
 #ifndef SORVANE_SANITIZED
@@ -59,6 +60,7 @@ int main(int argc, char* argv[]) {
 #endif
     QApplication application(argc, argv);
     installFontSubstitutes();
+    nameMissing();
     Korvath window;
     setInstance(&window);
     window.initFirstStage();

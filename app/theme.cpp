@@ -44,10 +44,11 @@ bool readSheet(const char* name, QString* text) {
 }
 
 // The toolkit's own disabled look hardly differs from the normal one on a dark ground, so there is a picture
-// for it.
+// for it. Without a picture there is no icon either, and a button shows its text.
 QIcon themeIcon(const char* name, const char* suffix) {
     const QString file = QStringLiteral("res/%1%2").arg(QLatin1String(name), QLatin1String(suffix));
-    QIcon icon(file + QStringLiteral(".png"));
+    const QString normal = file + QStringLiteral(".png");
+    QIcon icon = QFile::exists(normal) ? QIcon(normal) : QIcon();
     const QString disabled = file + QStringLiteral("_off.png");
     if (!icon.isNull() && QFile::exists(disabled)) {
         icon.addFile(disabled, QSize(), QIcon::Disabled);

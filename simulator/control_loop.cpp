@@ -60,7 +60,8 @@ bool ControlLoop::addLine(std::unique_ptr<Transport> transport) {
 
 bool ControlLoop::open(std::string& error) {
     const Options& o = m_options;
-    if (o.udp_port != kNoPort && !addLine(makeUdpTransport(o.bind_address, o.udp_port, o.peer, error))) {
+    if (o.udp_port != kNoPort && !addLine(makeUdpTransport(o.bind_address, o.udp_port, o.peer, error,
+                                                           portOfThisMachine(kStationPort)))) {
         return false;
     }
     if (o.tcp_port != kNoPort && !addLine(makeTcpTransport(o.bind_address, o.tcp_port, error))) {

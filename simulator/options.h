@@ -12,6 +12,7 @@ namespace podsim {
 
 constexpr int kChannels = 2;
 constexpr int kNoPort = -1;
+constexpr int kStationPort = 12001;  // the local port of a station that was told no other
 
 struct Options {
     std::string bind_address = "127.0.0.1";
@@ -20,7 +21,7 @@ struct Options {
     bool latched = false;  // movements last until their own stop
     bool pty = false;
     std::string pty_link;
-    std::string peer;       // ADDRESS:PORT; empty: whoever sent last
+    std::string peer;       // ADDRESS:PORT; empty: whoever sent last, at first kStationPort here
     int telemetry_hz = 25;  // 0: none
     bool variable_reports = false;
     bool ins_pty = false;

@@ -43,6 +43,7 @@ PanelText onOff(Source s) {
 #define SHOW(expression) [](Source s) { return expression; }
 
 constexpr bool kNewGroup = true;
+constexpr bool kMayWrap = true;
 constexpr PanelPage kAircraft = PanelPage::kAircraft;
 constexpr PanelPage kPod = PanelPage::kPod;
 constexpr PanelPage kHealth = PanelPage::kHealth;
@@ -145,7 +146,7 @@ const PanelRow kRows[] = {
      SHOW(either(flagA(s, kFileNamingBit),
                  QT_TRANSLATE_NOOP("Korvath", "导入完毕"), QT_TRANSLATE_NOOP("Korvath", "未成功导入")))},
     {kPod, "m_fldRecvFdbk_17", QT_TRANSLATE_NOOP("KorvathClass", "当前图像反馈："),
-     SHOW(word(displayModeText(s.record.display_mode)))},
+     SHOW(word(displayModeText(s.record.display_mode))), !kNewGroup, nullptr, kMayWrap},
 
     {kHealth, "m_fldLoadType", QT_TRANSLATE_NOOP("KorvathClass", "载荷类型："),
      SHOW(word(loadTypeText(s.record.load_type)))},

@@ -41,7 +41,8 @@ struct PanelRow {
     PanelText (*format)(const PanelSource&);
     bool starts_group = false;  // set apart from the row above
     const char* caption_object =
-        nullptr;  // the caption's own object name; such a caption is never translated
+        nullptr;            // the caption's own object name; such a caption is never translated
+    bool may_wrap = false;  // its longest texts may take two lines where the column is narrow
 };
 
 struct PanelRows {

@@ -3,8 +3,13 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEvent>
+#include <QFontMetrics>
+#include <QScrollBar>
+#include <QSet>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "base/age_text.h"
 #include "forms/main_form.h"
@@ -46,44 +51,91 @@ constexpr sorvane::PanelRow kPodAge = {sorvane::PanelPage::kPod, "label_pod_age_
 constexpr sorvane::PanelRow kHealthAge = {sorvane::PanelPage::kHealth, "label_health_age_val", kAgeCaption,
                                           kept};
 
-// With what the style sheet adds around the text.
-int captionWidth(const QLabel& caption) {
-    caption.ensurePolished();
-    return caption.sizeHint().width();
+QString ageLine(qint64 age_ms) {
+    return QCoreApplication::translate("Korvath", "%1 前")
+        .arg(QString::fromStdString(sorvane::ageText(age_ms)));
+}
+
+// The widest of each unit.
+QSet<QString> possibleAges() {
+    constexpr qint64 kSecond = 1000;
+    constexpr qint64 kMinute = 60 * kSecond;
+    constexpr qint64 kHour = 60 * kMinute;
+    return {ageLine(99 * kSecond + 900), ageLine(99 * kMinute), ageLine(999 * kHour)};
+}
+
+QString shownText(const sorvane::PanelText& text) {
+    return text.kind == sorvane::PanelText::Kind::kWord ? QCoreApplication::translate("Korvath", text.word)
+                                                        : QString::fromUtf8(text.number);
+}
+
+// Texts that a report can bring to a row: one byte repeated through all fields makes every enumeration take
+// each of its values, every flag both, and every number one with as many digits as it can have.
+QSet<QString> possibleTexts(const sorvane::PanelRow& row) {
+    constexpr int kMostValues = 20;  // of an enumeration
+    QSet<QString> texts;
+    const auto add = [&](int byte) {
+        sorvane::TelemetryRecord record;
+        sorvane::NavBlock nav;
+        std::memset(static_cast<void*>(&record), byte, sizeof record);
+        std::memset(static_cast<void*>(&nav), byte, sizeof nav);
+        texts.insert(shownText(row.format({record, nav})));
+    };
+    for (int value = 0; value <= kMostValues; ++value) {
+        add(value);
+    }
+    for (const int extreme : {0x7f, 0x80, 0xff}) {
+        add(extreme);
+    }
+    return texts;
+}
+
+// As a label lays it out: strokes reach beyond the last letter's advance, and letters of another typeface may
+// be higher.
+QSize oneLine(const QFontMetrics& metrics, const QString& text) {
+    return metrics.boundingRect(QRect(), 0, text).size() + QSize(1, 0);
+}
+
+// The least width in which the text takes two lines at most.
+int widthInTwoLines(const QFontMetrics& metrics, const QString& text) {
+    constexpr int kStep = 2;
+    const QSize line = oneLine(metrics, text);
+    for (int width = line.width() / 2; width < line.width(); width += kStep) {
+        const QRect need = metrics.boundingRect(QRect(0, 0, width, 0), Qt::TextWordWrap, text);
+        if (need.width() <= width && need.height() < 3 * line.height()) {
+            return width;
+        }
+    }
+    return line.width();
 }
 
 }  // namespace
 
-StatusPage::StatusPage(sorvane::PanelPage page, QWidget* parent) : QWidget(parent) {
-    int y = 0;
+StatusPage::StatusPage(sorvane::PanelPage page, std::function<void()> fontChanged, QWidget* parent)
+    : QWidget(parent), m_fontChanged(std::move(fontChanged)) {
     for (const sorvane::PanelRow& row : sorvane::panelRows()) {
-        if (row.page != page) {
-            continue;
+        if (row.page == page) {
+            addRow(row, this);
         }
-        if (row.starts_group) {
-            y += kGroupGap;
-        }
-        addRow(row, y, this);
-        y += kRowHeight;
     }
-    setFixedHeight(y);
     retranslate();
 }
 
-void StatusPage::addRow(const sorvane::PanelRow& row, int y, QWidget* parent) {
+void StatusPage::addRow(const sorvane::PanelRow& row, QWidget* parent) {
     const QString name = QString::fromLatin1(row.object_name);
     const QString caption_name = row.caption_object != nullptr ? QString::fromLatin1(row.caption_object)
                                                                : name + QStringLiteral("_caption");
     QLabel* caption = makeLabel(parent, caption_name, "caption", Qt::AlignRight);
     QLabel* value = makeLabel(parent, name, "value", Qt::AlignLeft);
+    value->setWordWrap(row.may_wrap);
     caption->setBuddy(value);
     value->setText(initialText(row.page));
-    m_rows.push_back({&row, caption, value, y});
+    m_rows.push_back({&row, caption, value, QSize()});
 }
 
 void StatusPage::addAge(const sorvane::PanelRow& row, QWidget* line) {
     line->setFixedHeight(kRowHeight);
-    addRow(row, 0, line);
+    addRow(row, line);
     m_age = m_rows.back().value;
     retranslate();
 }
@@ -97,21 +149,57 @@ void StatusPage::retranslate() {
     for (const Row& r : m_rows) {
         r.caption->setText(captionText(*r.row));
     }
+    measure();
     place();
 }
 
+int StatusPage::neededWidth() const { return m_captionWidth + kColumnGap + m_valueWidth; }
+
+void StatusPage::measure() {
+    m_captionWidth = 0;
+    m_valueWidth = 0;
+    for (Row& r : m_rows) {
+        r.caption->ensurePolished();
+        r.value->ensurePolished();
+        const int caption = oneLine(r.caption->fontMetrics(), r.caption->text()).width();
+        m_captionWidth = std::max(m_captionWidth, caption);
+        const QFontMetrics metrics = r.value->fontMetrics();
+        int width = 0;
+        r.longest = QSize();
+        for (const QString& text : r.value == m_age ? possibleAges() : possibleTexts(*r.row)) {
+            r.longest = r.longest.expandedTo(oneLine(metrics, text));
+            width = std::max(width, r.row->may_wrap ? widthInTwoLines(metrics, text) : r.longest.width());
+        }
+        m_valueWidth = std::max(m_valueWidth, width);
+    }
+    m_measuredFont = m_rows.front().value->font();
+}
+
 void StatusPage::place() {
-    int edge = 0;
+    const int value_x = m_captionWidth + kColumnGap;
+    const int value_width = std::max(width() - value_x, 0);
+    int y = 0;
     for (const Row& r : m_rows) {
-        edge = std::max(edge, captionWidth(*r.caption));
+        r.caption->setFixedWidth(m_captionWidth);
+        if (r.value == m_age) {
+            // On a line of its own.
+            r.caption->move(0, 0);
+            r.value->setFixedSize(value_width, kRowHeight);
+            r.value->move(value_x, 0);
+            continue;
+        }
+        y += r.row->starts_group ? kGroupGap : 0;
+        r.caption->move(0, y);
+        const bool wraps = r.row->may_wrap && r.longest.width() > value_width;
+        // The first of two lines stands where a single one does.
+        const int line = r.longest.height();
+        r.value->setAlignment(Qt::AlignLeft | (wraps ? Qt::AlignTop : Qt::AlignVCenter));
+        r.value->setContentsMargins(0, wraps ? (kRowHeight - line) / 2 : 0, 0, 0);
+        r.value->setFixedSize(value_width, wraps ? kRowHeight + line : kRowHeight);
+        r.value->move(value_x, y);
+        y += r.value->height();
     }
-    const int value_x = edge + kColumnGap;
-    for (const Row& r : m_rows) {
-        r.caption->setFixedWidth(edge);
-        r.caption->move(0, r.y);
-        r.value->setFixedWidth(std::max(width() - value_x, 0));
-        r.value->move(value_x, r.y);
-    }
+    setFixedHeight(y);
 }
 
 void StatusPage::resizeEvent(QResizeEvent* e) {
@@ -119,59 +207,67 @@ void StatusPage::resizeEvent(QResizeEvent* e) {
     place();
 }
 
-// Another style sheet or font changes the width of the captions.
+// Another style sheet or font changes the widths of the texts.
 void StatusPage::changeEvent(QEvent* e) {
     QWidget::changeEvent(e);
     if (e->type() == QEvent::StyleChange || e->type() == QEvent::FontChange) {
-        place();
+        followFont();
     }
 }
 
 bool StatusPage::event(QEvent* e) {
     const bool result = QWidget::event(e);
     if (e->type() == QEvent::Polish || e->type() == QEvent::Show) {
-        place();
+        followFont();
     }
     return result;
+}
+
+void StatusPage::followFont() {
+    const QLabel* value = m_rows.front().value;
+    value->ensurePolished();
+    if (value->font() != m_measuredFont) {
+        measure();
+        m_fontChanged();
+    }
+    place();
 }
 
 void StatusPage::refresh(const sorvane::PanelSource& source) {
     using Kind = sorvane::PanelText::Kind;
     for (const Row& r : m_rows) {
         const sorvane::PanelText text = r.row->format(source);
-        if (text.kind == Kind::kWord) {
-            r.value->setText(QCoreApplication::translate("Korvath", text.word));
-        } else if (text.kind == Kind::kNumber) {
-            r.value->setText(QString::fromUtf8(text.number));
+        if (text.kind != Kind::kKeep) {
+            r.value->setText(shownText(text));
         }
     }
 }
 
 StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& record,
                          const sorvane::NavBlock& nav)
-    : m_form(form),
-      m_record(record),
-      m_nav(nav),
-      m_aircraft(addPage(sorvane::PanelPage::kAircraft, form.aircraft_content)),
-      m_pod(addPage(sorvane::PanelPage::kPod, form.pod_content)),
-      m_health(addPage(sorvane::PanelPage::kHealth, form.health_content)) {
+    : m_form(form), m_record(record), m_nav(nav) {
+    m_aircraft = addPage(sorvane::PanelPage::kAircraft, form.aircraft_content);
+    m_pod = addPage(sorvane::PanelPage::kPod, form.pod_content);
+    m_health = addPage(sorvane::PanelPage::kHealth, form.health_content);
     QElapsedTimer clock;
     clock.start();
     now_ms = [clock] { return clock.elapsed(); };
-    const auto addAge = [](StatusPage* page, const sorvane::PanelRow& row, QVBoxLayout* layout) {
+    const auto add_age = [](StatusPage* page, const sorvane::PanelRow& row, QVBoxLayout* layout) {
         auto* line = new QWidget(layout->parentWidget());
         layout->addWidget(line);
         page->addAge(row, line);
     };
-    addAge(m_pod, kPodAge, form.ui.layout_page);
-    addAge(m_health, kHealthAge, form.ui.layout_page_2);
+    add_age(m_pod, kPodAge, form.ui.layout_page);
+    add_age(m_health, kHealthAge, form.ui.layout_page_2);
+    fitPane();
 }
 
 StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    auto* widget = new StatusPage(page, content);
+    auto* widget = new StatusPage(
+        page, [this] { fitPane(); }, content);
     layout->addWidget(widget);
     layout->addStretch(1);
     return widget;
@@ -181,7 +277,26 @@ void StatusPages::retranslate() {
     for (StatusPage* page : {m_aircraft, m_pod, m_health}) {
         page->retranslate();
     }
+    fitPane();
     showRecordButton();
+}
+
+// As narrow as its contents allow, so that it covers little of the picture; the same for all pages, so that
+// it does not jump from one to the next.
+void StatusPages::fitPane() {
+    // Called for the first of the pages while the others do not exist yet.
+    if (m_health == nullptr) {
+        return;
+    }
+    QWidget& pane = *m_form.ui.widget_stat;
+    const QScrollBar& bar = *m_form.ui.scroll_page->verticalScrollBar();
+    const QMargins margins = pane.layout()->contentsMargins();
+    int needed = 0;
+    for (const StatusPage* page : {m_aircraft, m_pod, m_health}) {
+        needed = std::max(needed, page->neededWidth());
+    }
+    bar.ensurePolished();
+    pane.setFixedWidth(margins.left() + needed + bar.sizeHint().width() + margins.right());
 }
 
 void StatusPages::onRecord() {
@@ -204,8 +319,7 @@ void StatusPages::showAge() {
         return;
     }
     const qint64 age_ms = now_ms() - m_lastReport_ms;
-    const QString text =
-        QCoreApplication::translate("Korvath", "%1 前").arg(QString::fromStdString(sorvane::ageText(age_ms)));
+    const QString text = ageLine(age_ms);
     m_pod->setAge(text, age_ms > kOld_ms);
     m_health->setAge(text, age_ms > kOld_ms);
 }

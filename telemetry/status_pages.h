@@ -1,6 +1,7 @@
 // The three status pages: a caption and a value label for each row of the panel table.
 #pragma once
 
+#include <QFont>
 #include <QLabel>
 #include <QString>
 #include <QWidget>
@@ -16,7 +17,12 @@ struct MainForm;
 // more.
 class StatusPage : public QWidget {
 public:
-    StatusPage(sorvane::PanelPage page, QWidget* parent);
+    // fontChanged is called when another style sheet or font may have changed neededWidth().
+    StatusPage(sorvane::PanelPage page, std::function<void()> fontChanged, QWidget* parent);
+
+    // Pixels for the longest caption and the longest text that a report can bring, in the language and font
+    // of now.
+    int neededWidth() const;
 
     // Sets the captions in the language of the application and the edge between the columns. Values keep
     // their texts.
@@ -37,25 +43,32 @@ private:
         const sorvane::PanelRow* row;
         QLabel* caption;
         QLabel* value;
-        int y;
+        QSize longest;  // of its possible texts, each in one line
     };
 
-    void addRow(const sorvane::PanelRow& row, int y, QWidget* parent);
+    void addRow(const sorvane::PanelRow& row, QWidget* parent);
+    void measure();
+    void followFont();
     void place();
 
+    std::function<void()> m_fontChanged;
     std::vector<Row> m_rows;
     QLabel* m_age = nullptr;
+    QFont m_measuredFont;
+    int m_captionWidth = 0;
+    int m_valueWidth = 0;
 };
 
-// The three pages on the form, and the record button of the control page, whose text follows the report.
+// The three pages on the form, the width of their pane, and the record button of the control page, whose text
+// follows the report.
 // Form, record and block outlive it. GUI thread.
 class StatusPages {
 public:
     // Fills the form's empty page widgets.
     StatusPages(const MainForm& form, const sorvane::TelemetryRecord& record, const sorvane::NavBlock& nav);
 
-    // Captions change at once, the values' words with the next report; the form's retranslation has reset the
-    // record button.
+    // Captions and the pane's width change at once, the values' words with the next report; the form's
+    // retranslation has reset the record button.
     void retranslate();
     // After each report: the record button always, the two pages of the pod only while their pane is visible:
     // a hidden one costs nothing and catches up with the next report when shown.
@@ -74,13 +87,14 @@ public:
 private:
     StatusPage* addPage(sorvane::PanelPage page, QWidget* content);
     void showRecordButton();
+    void fitPane();
 
     const MainForm& m_form;
     const sorvane::TelemetryRecord& m_record;
     const sorvane::NavBlock& m_nav;
     // Children of the form's widgets.
-    StatusPage* m_aircraft;
-    StatusPage* m_pod;
-    StatusPage* m_health;
+    StatusPage* m_aircraft = nullptr;
+    StatusPage* m_pod = nullptr;
+    StatusPage* m_health = nullptr;
     qint64 m_lastReport_ms = -1;
 };

@@ -499,11 +499,11 @@
         </message>
         <message>
             <source>陀螺自动较漂</source>
-            <translation>Gyro auto drift</translation>
+            <translation>Auto drift</translation>
         </message>
         <message>
             <source>陀螺温度较漂</source>
-            <translation>Gyro temp. drift</translation>
+            <translation>Temp. drift</translation>
         </message>
         <message>
             <source>航向随动</source>
@@ -511,7 +511,7 @@
         </message>
         <message>
             <source>手动陀螺较漂</source>
-            <translation>Gyro manual drift</translation>
+            <translation>Manual drift</translation>
         </message>
         <message>
             <source>姿态指引</source>
@@ -1205,7 +1205,7 @@ mode</translation>
         </message>
         <message>
             <source>命令反馈：</source>
-            <translation>Command feedback:</translation>
+            <translation>Last command:</translation>
         </message>
         <message>
             <source>红外电子变倍：</source>
@@ -1329,7 +1329,7 @@ mode</translation>
         </message>
         <message>
             <source>姿态指示完成反馈：</source>
-            <translation>Attitude guidance:</translation>
+            <translation>Guidance:</translation>
         </message>
         <message>
             <source>目标宽：</source>
@@ -1361,7 +1361,7 @@ mode</translation>
         </message>
         <message>
             <source>超温报警：</source>
-            <translation>Over-temp. alarm:</translation>
+            <translation>Overheat alarm:</translation>
         </message>
         <message>
             <source>红点指示：</source>

@@ -1,7 +1,15 @@
 #include "widgets/ui_fonts.h"
 
-#include <QFont>
 #include <QStringList>
+
+QFont applicationFont() {
+    constexpr int kPoints = 10;  // as in the style sheets
+    QFont font;
+    font.setPointSize(kPoints);
+    font.setStyleStrategy(QFont::PreferAntialias);
+    font.setHintingPreference(QFont::PreferFullHinting);
+    return font;
+}
 
 void installFontSubstitutes() {
     const QStringList sans = {QStringLiteral("Noto Sans CJK SC"), QStringLiteral("WenQuanYi Micro Hei")};

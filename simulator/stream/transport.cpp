@@ -1,6 +1,7 @@
 #include "simulator/stream/transport.h"
 
 #include <arpa/inet.h>
+#include <ifaddrs.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace podsim {
 namespace {
@@ -47,8 +49,8 @@ int boundSocket(int type, const std::string& address, int port, const char* name
 
 class UdpTransport final : public Transport {
 public:
-    UdpTransport(int fd, const sockaddr_in& peer, bool fixed)
-        : m_fd(fd), m_peer(peer), m_hasPeer(fixed), m_fixed(fixed) {}
+    UdpTransport(int fd, std::vector<sockaddr_in> peers, bool fixed)
+        : m_fd(fd), m_peers(std::move(peers)), m_fixed(fixed) {}
     ~UdpTransport() override { close(m_fd); }
 
     void appendPollFds(std::vector<pollfd>& fds) const override { fds.push_back({m_fd, POLLIN, 0}); }
@@ -68,19 +70,17 @@ public:
                 return;
             }
             if (!m_fixed) {
-                m_peer = from;
-                m_hasPeer = true;
+                m_peers.assign(1, from);
             }
             sink(buffer, static_cast<std::size_t>(n));
         }
     }
 
     void send(const std::uint8_t* data, std::size_t n) override {
-        if (!m_hasPeer) {
-            return;
-        }
         // A refusal (nobody bound there) is no concern of the pod's.
-        sendto(m_fd, data, n, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&m_peer), sizeof m_peer);
+        for (const sockaddr_in& peer : m_peers) {
+            sendto(m_fd, data, n, MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+        }
     }
 
     const char* kind() const override { return "udp"; }
@@ -88,8 +88,7 @@ public:
 
 private:
     int m_fd;
-    sockaddr_in m_peer;
-    bool m_hasPeer;
+    std::vector<sockaddr_in> m_peers;
     bool m_fixed;
 };
 
@@ -212,8 +211,31 @@ std::string endpointText(const sockaddr_in& endpoint) {
     return std::string(address) + ":" + std::to_string(ntohs(endpoint.sin_port));
 }
 
+std::vector<sockaddr_in> portOfThisMachine(int port) {
+    // A stock installation has its own name at 127.0.1.1, and no interface tells that.
+    sockaddr_in own{};
+    std::vector<sockaddr_in> found;
+    if (makeEndpoint("127.0.1.1", port, own)) {
+        found.push_back(own);
+    }
+    ifaddrs* interfaces = nullptr;
+    if (getifaddrs(&interfaces) != 0) {
+        return found;
+    }
+    for (const ifaddrs* i = interfaces; i != nullptr; i = i->ifa_next) {
+        if (i->ifa_addr != nullptr && i->ifa_addr->sa_family == AF_INET) {
+            std::memcpy(&own, i->ifa_addr, sizeof own);
+            own.sin_port = htons(static_cast<std::uint16_t>(port));
+            found.push_back(own);
+        }
+    }
+    freeifaddrs(interfaces);
+    return found;
+}
+
 std::unique_ptr<Transport> makeUdpTransport(const std::string& bind_address, int port,
-                                            const std::string& peer, std::string& error) {
+                                            const std::string& peer, std::string& error,
+                                            const std::vector<sockaddr_in>& until_heard) {
     sockaddr_in to{};
     if (!peer.empty() && !parseEndpoint(peer, to)) {
         error = "'" + peer + "' is no ADDRESS:PORT";
@@ -223,7 +245,8 @@ std::unique_ptr<Transport> makeUdpTransport(const std::string& bind_address, int
     if (fd < 0) {
         return nullptr;
     }
-    return std::make_unique<UdpTransport>(fd, to, !peer.empty());
+    const bool fixed = !peer.empty();
+    return std::make_unique<UdpTransport>(fd, fixed ? std::vector<sockaddr_in>{to} : until_heard, fixed);
 }
 
 std::unique_ptr<Transport> makeTcpTransport(const std::string& bind_address, int port, std::string& error) {

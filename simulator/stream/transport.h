@@ -39,9 +39,14 @@ public:
     virtual std::string address() const = 0;
 };
 
-// `peer` empty: answers go to whoever sent last. Null with a reason in `error`, as for the others.
+// That port at each IPv4 address of this machine: whichever of them a station here is bound to.
+std::vector<sockaddr_in> portOfThisMachine(int port);
+
+// `peer` empty: answers go to whoever sent last, to all of `until_heard` before anybody has. Null with a
+// reason in `error`, as for the others.
 std::unique_ptr<Transport> makeUdpTransport(const std::string& bind_address, int port,
-                                            const std::string& peer, std::string& error);
+                                            const std::string& peer, std::string& error,
+                                            const std::vector<sockaddr_in>& until_heard = {});
 // One station at a time; a new connection takes the place of the old one.
 std::unique_ptr<Transport> makeTcpTransport(const std::string& bind_address, int port, std::string& error);
 // `link_path` empty: no symbolic link. An old symbolic link of that name is replaced, another file is not.

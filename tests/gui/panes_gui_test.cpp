@@ -226,6 +226,35 @@ TEST_F(Panes, TheStatusToggleShowsAndHidesThePane) {
     }
 }
 
+// The picture is the heart: at the smallest screen, with everything open, three quarters of it are free.
+TEST_F(Panes, CoverLessThanAQuarterOfThePicture) {
+    in().m_btnCtrlPane()->click();
+    for (const int chosen : {0, 1}) {
+        language(chosen);
+        put(QRect(0, 0, 1366, 768));
+        ASSERT_TRUE(in().m_statPane()->isVisible());
+        QSize size(1280, 720);
+        size.scale(ui().videoWin1->size(), Qt::KeepAspectRatio);
+        QRect picture(QPoint(), size);
+        picture.moveCenter(ui().videoWin1->rect().center());
+        picture.translate(ui().videoWin1->mapToGlobal(QPoint()));
+        QRegion covered;
+        for (const MyTransDlg* pane :
+             {in().m_statPane(), in().m_stateTab(), in().m_ctrlPane(), in().m_ctrlSelect()}) {
+            covered += pane->geometry() & picture;
+        }
+        double area = 0;
+        for (const QRect& part : covered) {
+            area += double(part.width()) * part.height();
+        }
+        const double share = area / (double(picture.width()) * picture.height());
+        RecordProperty(chosen == 0 ? "covered_chinese" : "covered_english", std::to_string(share));
+        EXPECT_LT(share, 0.25) << "language " << chosen << ", pane " << ui().widget_stat->width()
+                               << ", picture " << picture.width() << "x" << picture.height();
+        EXPECT_GT(share, 0.05) << "the pane lies over the picture";
+    }
+}
+
 TEST_F(Panes, TheTogglesUseTheirTypeface) {
     for (const QPushButton* button : {in().m_btnStatPane(), in().m_btnCtrlPane()}) {
         EXPECT_EQ(button->font().family(), "OCR A Std");

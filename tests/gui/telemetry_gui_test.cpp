@@ -236,12 +236,17 @@ TEST_F(Telemetry, ARefreshAsksForNoLayout) {
     EXPECT_EQ(counter.requests, 0);
 }
 
-// Labels of a page narrower than their text.
+// Labels of a page with less room than their text needs.
 std::vector<std::string> cutLabels(const QWidget* page) {
     std::vector<std::string> cut;
     for (const QLabel* label : page->findChildren<QLabel*>()) {
-        if (label->width() < label->fontMetrics().horizontalAdvance(label->text())) {
-            cut.push_back(label->objectName().toStdString() + " " + label->text().toStdString());
+        const QRect room = label->contentsRect();
+        const QRect need = label->fontMetrics().boundingRect(
+            QRect(0, 0, room.width(), 0), label->wordWrap() ? Qt::TextWordWrap : 0, label->text());
+        if (room.width() < need.width() || room.height() < need.height()) {
+            cut.push_back(label->objectName().toStdString() + " " + label->text().toStdString() + " needs " +
+                          std::to_string(need.width()) + "x" + std::to_string(need.height()) + ", has " +
+                          std::to_string(room.width()) + "x" + std::to_string(room.height()));
         }
     }
     return cut;

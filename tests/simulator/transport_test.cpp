@@ -111,6 +111,57 @@ TEST(Udp, FixedPeerHearsWithoutAsking) {
     EXPECT_EQ(received, kAnswer);
 }
 
+TEST(Udp, UntilSomebodyIsHeardTheFirstPeersAre) {
+    std::string error;
+    auto one = makeUdpTransport("127.0.0.1", 0, "", error);
+    auto two = makeUdpTransport("127.0.0.1", 0, "", error);
+    ASSERT_TRUE(one && two) << error;
+    auto pod = makeUdpTransport("127.0.0.1", 0, "", error, {endpointOf(*one), endpointOf(*two)});
+    ASSERT_TRUE(pod) << error;
+    pod->send(kAnswer.data(), kAnswer.size());
+    for (Transport* listener : {one.get(), two.get()}) {
+        Bytes received;
+        ASSERT_TRUE(pump(*listener, received, [&] { return received.size() >= 4; }));
+        EXPECT_EQ(received, kAnswer);
+    }
+    const int client = clientOf(endpointOf(*pod), SOCK_DGRAM);
+    Bytes received;
+    ASSERT_EQ(send(client, kHello.data(), kHello.size(), 0), 3);
+    ASSERT_TRUE(pump(*pod, received, [&] { return received.size() >= 3; }));
+    pod->send(kAnswer.data(), kAnswer.size());
+    EXPECT_EQ(readSome(client), kAnswer);
+    // What was sent to them would lie there by now.
+    for (Transport* listener : {one.get(), two.get()}) {
+        std::vector<pollfd> fds;
+        listener->appendPollFds(fds);
+        EXPECT_EQ(poll(fds.data(), fds.size(), 0), 0);
+    }
+    close(client);
+}
+
+// A station that binds any of them is reached from the loopback address.
+TEST(Udp, ThePortOfThisMachineIsReachedAtEachOfItsAddresses) {
+    const std::vector<sockaddr_in> own = portOfThisMachine(12001);
+    std::string texts;
+    for (const sockaddr_in& endpoint : own) {
+        texts += endpointText(endpoint) + "\n";
+    }
+    EXPECT_NE(texts.find("127.0.0.1:12001\n"), std::string::npos) << texts;
+    EXPECT_NE(texts.find("127.0.1.1:12001\n"), std::string::npos) << texts;
+    for (sockaddr_in endpoint : own) {
+        std::string error;
+        endpoint.sin_port = 0;
+        const std::string text = endpointText(endpoint);
+        auto station = makeUdpTransport(text.substr(0, text.find(':')), 0, "", error);
+        ASSERT_TRUE(station) << error;
+        auto pod = makeUdpTransport("127.0.0.1", 0, "", error, {endpointOf(*station)});
+        ASSERT_TRUE(pod) << error;
+        pod->send(kAnswer.data(), kAnswer.size());
+        Bytes received;
+        EXPECT_TRUE(pump(*station, received, [&] { return received.size() >= 4; })) << text;
+    }
+}
+
 TEST(Udp, NobodyAtThePeerIsNoTrouble) {
     std::string error;
     auto gone = makeUdpTransport("127.0.0.1", 0, "", error);

@@ -32,7 +32,7 @@ class Station(demo.Session):
     def __init__(self, folder):
         super().__init__(types.SimpleNamespace(folder=folder, seconds=0, interactive=False))
         self.run.mkdir()
-        for name in ("sorvane", "podsim"):
+        for name in ("sorvane", "start-sorvane", "podsim"):
             shutil.copy2(RUN_TREE / name, self.run / name)
         for name in ("res", "fonts", "translations"):
             (self.run / name).symlink_to(RUN_TREE / name)

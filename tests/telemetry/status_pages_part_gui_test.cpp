@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QTranslator>
 #include <cstring>
+#include <random>
 
 #include "forms/main_form.h"
 #include "forms/telemetry_form.h"
@@ -196,6 +197,62 @@ TEST_F(StatusPagesPart, ALanguageChangeSetsCaptionsAtOnceAndWordsWithTheNextRepo
     pages.refresh();
     EXPECT_NE(text(form.pod_content, "m_fldRecvFdbk_10"), "TF已插入");
     EXPECT_EQ(text(form.pod_content, "m_fldTrackX"), "-128");
+}
+
+// Texts of a page that do not fit their labels.
+QStringList cutTexts(const QWidget* page) {
+    QStringList cut;
+    for (const QLabel* label : page->findChildren<QLabel*>()) {
+        const QRect room = label->contentsRect();
+        const QRect need = label->fontMetrics().boundingRect(
+            QRect(0, 0, room.width(), 0), label->wordWrap() ? Qt::TextWordWrap : 0, label->text());
+        if (need.width() > room.width() || need.height() > room.height()) {
+            cut << label->text();
+        }
+    }
+    return cut;
+}
+
+// Whatever a report brings, in both languages: bytes that no rule chose.
+TEST_F(StatusPagesPart, ThePaneIsWideEnoughForEveryReportAndNoWider) {
+    std::mt19937 random(7);
+    ui.widget_stat->setParent(nullptr);
+    ui.widget_stat->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(ui.widget_stat));
+    for (const bool english : {false, true}) {
+        if (english) {
+            ASSERT_TRUE(translator.load("./translations/Translation_en.qm"));
+            QCoreApplication::installTranslator(&translator);
+            pages.retranslate();
+        }
+        // Low enough for a scroll bar.
+        ui.widget_stat->resize(ui.widget_stat->width(), 500);
+        int least_spare = ui.widget_stat->width();
+        for (const auto& [page, content] :
+             {std::pair(ui.page, form.pod_content), std::pair(ui.page_2, form.health_content)}) {
+            form.status_pages->setCurrentWidget(page);
+            QCoreApplication::processEvents();
+            for (int i = 0; i < 300; ++i) {
+                for (std::size_t at = 0; at < sizeof record; ++at) {
+                    reinterpret_cast<unsigned char*>(&record)[at] = static_cast<unsigned char>(random());
+                }
+                // Most values of an enumeration are none of its texts.
+                record.display_mode %= 8;
+                record.servo_state %= 16;
+                record.track_state %= 6;
+                pages.refresh();
+                ASSERT_EQ(cutTexts(content), QStringList()) << "pane " << ui.widget_stat->width();
+                for (const QLabel* label : content->findChildren<QLabel*>()) {
+                    if (label->buddy() == nullptr && !label->wordWrap() && label->width() > 0) {
+                        const int text = label->fontMetrics().horizontalAdvance(label->text());
+                        least_spare = qMin(least_spare, label->width() - text);
+                    }
+                }
+            }
+        }
+        EXPECT_LE(least_spare, 16) << "width that no text needs";
+    }
+    ui.widget_stat->setParent(window.centralWidget());
 }
 
 // --- the aircraft's data as the operator types them ---
