@@ -51,8 +51,10 @@ TEST_F(SettingsDialogTest, EverythingIsFilledByTheConstructor) {
     start({{"common/theme", 1}, {"dataSave/record_interval", 5}, {"common/platform_type", 1}}, 0b101);
     EXPECT_EQ(dialog->m_config->theme, 1);
     ASSERT_EQ(form->page_list->count(), 10);
+    const QStringList rows = {"设备管理", "编码器设置", "遥控器设置", "摇杆设置", "OSD设置",
+                              "文件保存", "通用设置",   "指令透传",   "固件升级", "版本信息"};
     for (int row = 0; row < 10; ++row) {
-        EXPECT_FALSE(form->page_list->item(row)->text().isEmpty()) << row;
+        EXPECT_EQ(form->page_list->item(row)->text(), rows[row]) << row;
     }
     for (const QComboBox* box : {form->language, form->theme, form->decoder, form->osd_language, form->codec,
                                  form->osd_colour, form->record_interval, form->telemetry_interval}) {

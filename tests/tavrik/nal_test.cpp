@@ -195,6 +195,16 @@ TEST(NalInfo, CodecIsToldByTheFirstParameterSetsAlone) {
                              slice265(true, true, 1), Bytes{0x67, 0x01, 0, 0}, Bytes{0x67, 0x42}}) {
         EXPECT_EQ(codec(nal), Codec::kUnknown);
     }
+    // A set of a sequence is of type 7, is referred to, and begins with a profile that exists.
+    for (int head = 0; head < 256; ++head) {
+        const bool set = head == 0x27 || head == 0x47 || head == 0x67;
+        EXPECT_EQ(codec({static_cast<std::uint8_t>(head), 77, 0, 30}), set ? Codec::kH264 : Codec::kUnknown);
+    }
+    int profiles = 0;
+    for (int profile = 0; profile < 256; ++profile) {
+        profiles += codec({0x67, static_cast<std::uint8_t>(profile), 0, 30}) == Codec::kH264 ? 1 : 0;
+    }
+    EXPECT_EQ(profiles, 16);
 }
 
 }  // namespace

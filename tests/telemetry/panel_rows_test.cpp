@@ -68,6 +68,7 @@ TEST(PanelRows, OnlyTheCardsCaptionHasAnOwnName) {
     for (const PanelRow& row : panelRows()) {
         if (std::strcmp(row.object_name, "label_tf_val") == 0) {
             EXPECT_STREQ(row.caption_object, "label_140");
+            EXPECT_STREQ(row.caption, "TF:");
         } else {
             EXPECT_EQ(row.caption_object, nullptr) << row.object_name;
         }
