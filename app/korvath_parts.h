@@ -21,12 +21,14 @@
 #include "video/picture_presenter.h"
 #include "video/stream_panel.h"
 #include "video/video_channel.h"
+#include "widgets/title_strip.h"
 
 struct Korvath::Parts {
     explicit Parts(Ui::KorvathClass& built) : form{built} {}
 
     // From the constructor on.
     MainForm form;
+    std::unique_ptr<TitleStrip> strip;
     std::unique_ptr<StatusPages> status_pages;
     std::unique_ptr<CommandSender> sender;
     std::unique_ptr<CommandFields> fields;
