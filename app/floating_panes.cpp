@@ -129,8 +129,8 @@ void FloatingPanes::placeStatPane() {
     }
     QWidget* stat = m_form.ui.widget_stat;
     const int height = m_form.ui.centralWidget->height() - kStatPaneInset;
-    m_fields.stat_pane->setGeometry(m_window.x() + 2, m_window.y() + m_form.ui.mainToolBar->height(),
-                                    stat->width(), height);
+    m_fields.stat_pane->place(
+        QRect(m_window.x() + 2, m_window.y() + m_form.ui.mainToolBar->height(), stat->width(), height));
     stat->resize(stat->width(), height);
 }
 
