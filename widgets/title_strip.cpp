@@ -14,6 +14,7 @@
 namespace {
 
 // All but the toolkit's own for what does not fit.
+constexpr int kSpacing = 5;
 const QRegularExpression kOwnButtons(QStringLiteral("^(?!qt_toolbar_ext_button)"));
 
 }  // namespace
@@ -26,7 +27,7 @@ TitleStrip::TitleStrip(QWidget& window, const TitleStripWidgets& widgets)
       m_more(new QToolButton(&widgets.host)) {
     auto* layout = new QHBoxLayout(&m_w.host);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
+    layout->setSpacing(kSpacing);
     layout->addWidget(&m_w.icons);
     layout->addWidget(m_more);
     layout->addWidget(&m_w.kept);
