@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "forms/main_form.h"
+#include "widgets/button_keys.h"
 #include "widgets/my_trans_dlg.h"
 #include "widgets/sheets.h"
 
@@ -53,6 +54,10 @@ void FloatingPanes::createToggles() {
     m_fields.ctrl_pane = new MyTransDlg(m_form.ui.widget_video);
     m_fields.ctrl_pane->resize(20, 40);
     m_fields.btn_ctrl_pane = makeToggle(m_fields.ctrl_pane, QStringLiteral("<"));
+    clickByKey(m_window, Qt::Key_F6, *m_fields.btn_stat_pane);
+    clickByKey(m_window, Qt::Key_F7, *m_fields.btn_ctrl_pane);
+    clickByKey(m_window, Qt::CTRL + Qt::Key_PageUp, *m_form.previous_status_page);
+    clickByKey(m_window, Qt::CTRL + Qt::Key_PageDown, *m_form.next_status_page);
 }
 
 bool FloatingPanes::showOnce() {
@@ -124,8 +129,8 @@ void FloatingPanes::placeStatPane() {
     }
     QWidget* stat = m_form.ui.widget_stat;
     const int height = m_form.ui.centralWidget->height() - kStatPaneInset;
-    m_fields.stat_pane->setGeometry(m_window.x() + 2, m_window.y() + m_form.ui.mainToolBar->height(),
-                                    stat->width(), height);
+    m_fields.stat_pane->place(
+        QRect(m_window.x() + 2, m_window.y() + m_form.ui.mainToolBar->height(), stat->width(), height));
     stat->resize(stat->width(), height);
 }
 

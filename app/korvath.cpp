@@ -4,8 +4,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QHBoxLayout>
-#include <QMenu>
 #include <QStyle>
 #include <QTimer>
 
@@ -20,6 +18,7 @@
 #include "widgets/common_dlg.h"
 #include "widgets/my_trans_dlg.h"
 #include "widgets/sheets.h"
+#include "widgets/title_strip.h"
 #include "widgets/touch_lists.h"
 
 namespace {
@@ -99,38 +98,12 @@ MyAppConfig& Korvath::config() const { return *m_settings->m_config; }
 
 void Korvath::buildTitleBar() {
     const MainForm& form = m_parts->form;
-    auto* layout = new QHBoxLayout(form.tool_bar_host);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(ui->mainToolBar);
-    layout->addWidget(ui->toolBar_2);
-    buildViewMenu();
-    // The window is handed over so that the theme's sheet can give the icons.
-    form.minimise_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarMinButton, nullptr, this));
-    showMaximiseIcon();
-    form.close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton, nullptr, this));
-    connect(form.close_button, &QToolButton::clicked, this, &QWidget::close);
-    connect(form.maximise_button, &QToolButton::clicked, this,
-            [this] { isMaximized() ? showNormal() : showMaximized(); });
-    connect(form.minimise_button, &QToolButton::clicked, this, &QWidget::showMinimized);
-}
-
-// The maximise button shows what a click does. It follows the state itself: full screen, the keyboard and the
-// window manager change it too.
-void Korvath::showMaximiseIcon() {
-    const auto which = isMaximized() ? QStyle::SP_TitleBarNormalButton : QStyle::SP_TitleBarMaxButton;
-    m_parts->form.maximise_button->setIcon(style()->standardIcon(which, nullptr, this));
-}
-
-void Korvath::buildViewMenu() {
-    auto* menu = new QMenu(this);
-    menu->addActions(
-        {ui->action_videoWin1, ui->action_videoWin2, ui->action_videoWinLR, ui->action_videoWinTB});
-    m_viewButton = new QToolButton(ui->toolBar_2);
-    m_viewButton->setPopupMode(QToolButton::InstantPopup);
-    m_viewButton->setToolButtonStyle(Qt::ToolButtonIconOnly);
-    m_viewButton->setIcon(QIcon(QStringLiteral("./res/show_video.png")));
-    m_viewButton->setMenu(menu);
-    ui->toolBar_2->addWidget(m_viewButton);
+    m_parts->strip = std::make_unique<TitleStrip>(
+        *this, TitleStripWidgets{*ui->title, *form.tool_bar_host, *ui->mainToolBar, *ui->toolBar_2,
+                                 *form.minimise_button, *form.maximise_button, *form.close_button});
+    m_viewButton = m_parts->strip->addMenuButton(
+        {ui->action_videoWin1, ui->action_videoWin2, ui->action_videoWinLR, ui->action_videoWinTB},
+        QIcon(QStringLiteral("./res/show_video.png")));
 }
 
 void Korvath::initFirstStage() {
@@ -187,6 +160,9 @@ void Korvath::initSecondStage() {
     m_parts->link->fillLists();
     m_parts->fields->fillEdits(config());
     m_parts->form.control_pages->hide();
+    placeForRestore(*this);
+    // Not the first button, which would be marked: the picture comes first.
+    ui->centralWidget->setFocus();
     showMaximized();
     m_parts->form.status_and_video->setSizes({kStatWidth * 100, (width() - kStatWidth) * 100});
     m_parts->form.detect_infrared->setChecked(true);
@@ -221,7 +197,6 @@ void Korvath::autoOpen() {
 
 void Korvath::applyTheme(int theme) {
     applyThemeFiles(theme, *this, *m_settings, m_parts->form, *m_viewButton);
-    showMaximiseIcon();
 }
 
 // What the program has set since the form was built (title, texts that follow a state) is set again

@@ -173,12 +173,14 @@ private:
 
     // Life cycle: korvath.cpp.
     void buildTitleBar();
-    void showMaximiseIcon();
-    void buildViewMenu();
     void setupDialogs();
     void firstShow();
     void autoOpen();
     void showConnectionButtons();
+
+    // Logs a slot's own name.
+    struct Parts;  // app/korvath_parts.h
+    Parts& slot(const char* name) const;
 
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
     void buildParts();
@@ -288,6 +290,5 @@ private:
     QToolButton* m_viewButton = nullptr;
     bool m_draining = false;   // no handler runs any more
     bool m_edgeMoved = false;  // the press on an edge has become a gesture
-    struct Parts;              // app/korvath_parts.h
     std::unique_ptr<Parts> m_parts;
 };

@@ -37,8 +37,6 @@ void freePayload(void* data) {
 bool Korvath::event(QEvent* e) {
     if (e->type() == QEvent::HoverMove) {
         followHover(e);
-    } else if (e->type() == QEvent::WindowStateChange) {
-        showMaximiseIcon();
     } else if (e->type() >= QEvent::User) {
         dispatchCustomEvent(e);
     }

@@ -23,6 +23,7 @@
 #include "video/picture_presenter.h"
 #include "video/stream_panel.h"
 #include "video/video_channel.h"
+#include "widgets/title_strip.h"
 
 struct Korvath::Parts {
     explicit Parts(Ui::KorvathClass& built) : form{built} {}
@@ -30,6 +31,7 @@ struct Korvath::Parts {
     // From the constructor on.
     MainForm form;
     std::unique_ptr<PulseBoard> pulse;  // made last, gone last: the sender tells it every frame
+    std::unique_ptr<TitleStrip> strip;
     std::unique_ptr<StatusPages> status_pages;
     std::unique_ptr<CommandSender> sender;
     std::unique_ptr<CommandFields> fields;

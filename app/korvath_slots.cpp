@@ -69,63 +69,87 @@ void Korvath::placeTips() {
     placeTip({m_tip2, *ui->videoWin2, playing2, snapping2, recording2});
 }
 
+// Every slot begins with it, on its way to the part.
+Korvath::Parts& Korvath::slot(const char* name) const {
+    qDebug("%s", name);
+    return *m_parts;
+}
+
 void Korvath::OnFileSettings() {
+    slot(__func__);
     present(m_settings);
     m_settings->activateWindow();
 }
-void Korvath::OnClickedVideoWin1() { applyViewMode(0); }
-void Korvath::OnClickedVideoWin2() { applyViewMode(1); }
-void Korvath::OnClickedVideoWinLR() { applyViewMode(2); }
-void Korvath::OnClickedVideoWinTB() { applyViewMode(3); }
-void Korvath::OnUdpConnect() { m_parts->link->toggleNetwork(); }
-void Korvath::OpenSerialPort() { m_parts->link->toggleSerial(); }
-void Korvath::RefreshSerialPortList() { m_parts->link->refreshSerialPorts(); }
-void Korvath::OnNetControlUdpChanged(bool checked) { m_parts->link->onNetKindChanged(checked); }
+void Korvath::OnClickedVideoWin1() {
+    slot(__func__);
+    applyViewMode(0);
+}
+void Korvath::OnClickedVideoWin2() {
+    slot(__func__);
+    applyViewMode(1);
+}
+void Korvath::OnClickedVideoWinLR() {
+    slot(__func__);
+    applyViewMode(2);
+}
+void Korvath::OnClickedVideoWinTB() {
+    slot(__func__);
+    applyViewMode(3);
+}
+void Korvath::OnUdpConnect() { slot(__func__).link->toggleNetwork(); }
+void Korvath::OpenSerialPort() { slot(__func__).link->toggleSerial(); }
+void Korvath::RefreshSerialPortList() { slot(__func__).link->refreshSerialPorts(); }
+void Korvath::OnNetControlUdpChanged(bool checked) { slot(__func__).link->onNetKindChanged(checked); }
 void Korvath::OnButtonCtrlPaneClicked() {
-    m_parts->panes->toggleControlPages();
+    slot(__func__).panes->toggleControlPages();
     placePanes();
 }
-void Korvath::OnButtonStatPaneClicked() { m_parts->panes->toggleStatPane(); }
-void Korvath::OnOpenVideo1() { m_parts->channel1->toggle(); }
-void Korvath::OnOpenVideo1_manual() { OnOpenVideo1(); }
-void Korvath::OnOpenVideo2() { m_parts->channel2->toggle(); }
-void Korvath::on_btn_setting_telemetry_info() { takeTypedData(*m_parts->telemetry_form, m_navBlock); }
+void Korvath::OnButtonStatPaneClicked() { slot(__func__).panes->toggleStatPane(); }
+void Korvath::OnOpenVideo1() { slot(__func__).channel1->toggle(); }
+void Korvath::OnOpenVideo1_manual() {
+    slot(__func__);
+    OnOpenVideo1();
+}
+void Korvath::OnOpenVideo2() { slot(__func__).channel2->toggle(); }
+void Korvath::on_btn_setting_telemetry_info() { takeTypedData(*slot(__func__).telemetry_form, m_navBlock); }
 
-void Korvath::on_frame_sel_changed(bool checked) { m_parts->fields->showServoMode(checked); }
-void Korvath::on_clr_changed(int index) { m_parts->commands->chosen(control::kPalette, index); }
-void Korvath::on_template_changed(int index) { m_parts->commands->chosen(control::kTemplateSize, index); }
-void Korvath::on_fog_changed(int index) { m_parts->commands->chosen(control::kFogLevel, index); }
-void Korvath::on_dde_changed(int index) { m_parts->commands->chosen(control::kEnhancement, index); }
-void Korvath::on_zh_enable_changed(int index) { m_parts->commands->chosen(control::kLoadEnable, index); }
-void Korvath::on_zh_sleep_changed(int index) { m_parts->commands->chosen(control::kLoadSleep, index); }
-void Korvath::on_video_mode_changed(int index) { m_parts->commands->chosen(control::kDisplayMode, index); }
-void Korvath::on_osd_changed(int index) { m_parts->commands->chosen(control::kOsdMode, index); }
-void Korvath::on_locate_mode_changed(int index) { m_parts->commands->chosen(control::kLocateMode, index); }
-void Korvath::on_scan_mode_changed_x(int index) { m_parts->fields->onAzimuthMode(index); }
-void Korvath::on_scan_mode_changed_y(int index) { m_parts->fields->onPitchMode(index); }
-void Korvath::on_toggled_ai(bool on) { m_parts->commands->switched(control::kDetectionBoxes, on); }
+void Korvath::on_frame_sel_changed(bool checked) { slot(__func__).fields->showServoMode(checked); }
+void Korvath::on_clr_changed(int i) { slot(__func__).commands->chosen(control::kPalette, i); }
+void Korvath::on_template_changed(int i) { slot(__func__).commands->chosen(control::kTemplateSize, i); }
+void Korvath::on_fog_changed(int i) { slot(__func__).commands->chosen(control::kFogLevel, i); }
+void Korvath::on_dde_changed(int i) { slot(__func__).commands->chosen(control::kEnhancement, i); }
+void Korvath::on_zh_enable_changed(int i) { slot(__func__).commands->chosen(control::kLoadEnable, i); }
+void Korvath::on_zh_sleep_changed(int i) { slot(__func__).commands->chosen(control::kLoadSleep, i); }
+void Korvath::on_video_mode_changed(int i) { slot(__func__).commands->chosen(control::kDisplayMode, i); }
+void Korvath::on_osd_changed(int i) { slot(__func__).commands->chosen(control::kOsdMode, i); }
+void Korvath::on_locate_mode_changed(int i) { slot(__func__).commands->chosen(control::kLocateMode, i); }
+void Korvath::on_scan_mode_changed_x(int index) { slot(__func__).fields->onAzimuthMode(index); }
+void Korvath::on_scan_mode_changed_y(int index) { slot(__func__).fields->onPitchMode(index); }
+void Korvath::on_toggled_ai(bool on) { slot(__func__).commands->switched(control::kDetectionBoxes, on); }
 void Korvath::on_toggled_li(bool on) {
-    m_parts->fields->onIlluminator(on);
+    slot(__func__).fields->onIlluminator(on);
     m_parts->commands->switched(control::kIlluminator, on);
 }
-void Korvath::on_toggled_dzd(bool on) { m_parts->commands->switched(control::kNightMode, on); }
-void Korvath::on_toggled_dzwx(bool on) { m_parts->commands->switched(control::kStabilisation, on); }
-void Korvath::on_toggled_auto_track(bool on) { m_parts->commands->switched(control::kAutoTrack, on); }
-void Korvath::on_toggled_cw(bool on) { m_parts->commands->switched(control::kWindowDemist, on); }
+void Korvath::on_toggled_dzd(bool on) { slot(__func__).commands->switched(control::kNightMode, on); }
+void Korvath::on_toggled_dzwx(bool on) { slot(__func__).commands->switched(control::kStabilisation, on); }
+void Korvath::on_toggled_auto_track(bool on) { slot(__func__).commands->switched(control::kAutoTrack, on); }
+void Korvath::on_toggled_cw(bool on) { slot(__func__).commands->switched(control::kWindowDemist, on); }
 
 // An index out of range is ignored by the stack, so there is no wrap.
 void Korvath::OnButtonPageNextClicked() {
-    m_parts->form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() + 1);
+    slot(__func__).form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() + 1);
 }
 void Korvath::OnButtonPagePrevClicked() {
-    m_parts->form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() - 1);
+    slot(__func__).form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() - 1);
 }
 
 void Korvath::on_action_telemetry_info() {
+    slot(__func__);
     ui_telemetry_info->retranslateUi(m_telemetryDlg);
     present(m_telemetryDlg);
 }
 void Korvath::on_action_connection() {
+    slot(__func__);
     ui_connection->retranslateUi(m_connectionDlg);
     showConnectionButtons();
     present(m_connectionDlg);

@@ -49,14 +49,18 @@ void Korvath::buildParts() {
 // Parts that need the configuration and the dialogs.
 void Korvath::buildConfiguredParts() {
     Parts& p = *m_parts;
-    p.link = std::make_unique<LinkPanel>(
-        *p.connection_form, *m_connectionDlg, config(), LinkFields{m_linkHandle, m_insHandle, m_linkState},
-        LinkActions{onControlLinkData, onInsLinkData, [this] { applySendMode(); },
-                    [this] {
-                        m_parts->commands->endAll();
-                        m_parts->sender->linkClosed();
-                    },
-                    [this] { refreshStatus(); }});
+    p.link = std::make_unique<LinkPanel>(*p.connection_form, *m_connectionDlg, config(),
+                                         LinkFields{m_linkHandle, m_insHandle, m_linkState},
+                                         LinkActions{onControlLinkData, onInsLinkData,
+                                                     [this] {
+                                                         m_settings->linkOpened();
+                                                         applySendMode();
+                                                     },
+                                                     [this] {
+                                                         m_parts->commands->endAll();
+                                                         m_parts->sender->linkClosed();
+                                                     },
+                                                     [this] { refreshStatus(); }});
     p.streams = std::make_unique<StreamPanel>(*p.connection_form, config(),
                                               [this] { return m_settings->decoderValue(); });
     const ChannelActions actions = {[this] { m_parts->streams->showOpen(playing1, playing2); },

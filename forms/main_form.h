@@ -23,6 +23,9 @@ struct MainForm {
     QWidget* map_strip = ui.widget_5;
     QStackedWidget* control_pages = ui.tabWidget;
     QStackedWidget* status_pages = ui.stackedWidget;
+    QPushButton* previous_status_page = ui.m_btnPagePrev;
+    QPushButton* next_status_page = ui.m_btnPageNext;
+    QLabel* status_page_number = ui.label_page;
     QWidget* aircraft_page = ui.page_3;
     QWidget* aircraft_content = ui.content_page_3;
     QWidget* pod_content = ui.content_page;

@@ -4,7 +4,10 @@
 #include <QRadioButton>
 #include <array>
 
+#include "base/bytes.h"
 #include "forms/settings_form.h"
+#include "link/osd_words.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 namespace {
 
@@ -14,6 +17,11 @@ constexpr std::array<const char*, 3> kColours = {QT_TRANSLATE_NOOP("OsdPage", "�
 constexpr std::array<const char*, 2> kLanguages = {QT_TRANSLATE_NOOP("OsdPage", "中文"),
                                                    QT_TRANSLATE_NOOP("OsdPage", "英文")};
 constexpr int kStartColour = 1;
+
+// Bytes 0 and 1 of the reply.
+constexpr unsigned char kOfDisplay = 1;
+constexpr unsigned char kItems = 3;
+constexpr unsigned char kStyle = 4;
 
 }  // namespace
 
@@ -39,6 +47,40 @@ void OsdPage::retranslate() {
     }
     for (std::size_t i = 0; i < kLanguages.size(); ++i) {
         m_form.osd_language->setItemText(static_cast<int>(i), tr(kLanguages[i]));
+    }
+}
+
+void OsdPage::linkOpened() { m_form.osd_unread->show(); }
+
+void OsdPage::onReply(std::uint16_t /*code*/, const unsigned char* data, int size) {
+    constexpr int kHead = 2;
+    if (size < kHead + 2 || data[0] != kOfDisplay) {
+        return;
+    }
+    if (data[1] == kItems && size >= kHead + 4) {
+        showItems(sorvane::loadU32(data + kHead));
+        m_form.osd_unread->hide();
+    } else if (data[1] == kStyle) {
+        const unsigned style = sorvane::loadU16(data + kHead);
+        m_form.osd_colour->setCurrentIndex(static_cast<int>(style & 0x7U));
+        m_form.osd_language->setCurrentIndex(static_cast<int>((style >> 3U) & 0x1U));
+    }
+}
+
+// Bit 8 asks for storing and tells nothing.
+void OsdPage::showItems(std::uint32_t word) {
+    // The other of each pair of radio buttons goes on where the bit is clear.
+    m_form.osd_geographic->setChecked(true);
+    m_form.osd_decimal_degrees->setChecked(true);
+    for (const sorvane::OsdBit& item : sorvane::kOsdBits) {
+        const bool set = ((word >> static_cast<unsigned>(item.bit)) & 1U) != 0;
+        const bool on = set == item.set_when_on;
+        const QString name = QString::fromLatin1(item.widget);
+        if (auto* control = m_form.osd_page->findChild<SwitchControl*>(name)) {
+            control->setToggle(on);
+        } else if (auto* choice = m_form.osd_page->findChild<QRadioButton*>(name); choice != nullptr && on) {
+            choice->setChecked(true);
+        }
     }
 }
 

@@ -38,7 +38,8 @@ constexpr std::array<const char*, 10> kRows = {
 
 // Which page takes which code; a row comes with the page that understands the reply (device, remote control,
 // relay, upgrade).
-constexpr std::array<ReplyRow, 0> kReplies{};
+constexpr std::uint16_t kPodState = 18;
+constexpr std::array<ReplyRow, 1> kReplies = {{{kPodState, PageId::kOsd}}};
 
 }  // namespace
 
@@ -144,6 +145,8 @@ bool PlayerSettingsDlg::sendsTelemetryPeriodically() const { return m_common->se
 int PlayerSettingsDlg::languageIndex() const { return m_common->languageIndex(); }
 
 const QWidget* PlayerSettingsDlg::osdPage() const { return m_form->osd_page; }
+
+void PlayerSettingsDlg::linkOpened() { m_osd->linkOpened(); }
 
 std::uint8_t PlayerSettingsDlg::decoderValue() const { return m_common->decoderValue(); }
 

@@ -44,6 +44,8 @@ public:
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Software while they are not known.
     std::uint8_t decoderValue() const;
 
+    // What was read from a pod before holds no longer.
+    void linkOpened();
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.
     void on_recv_single_frame(std::uint16_t code, const unsigned char* data, int size);
 

@@ -260,6 +260,21 @@ StatusPages::StatusPages(const MainForm& form, const sorvane::TelemetryRecord& r
     add_age(m_pod, kPodAge, form.ui.layout_page);
     add_age(m_health, kHealthAge, form.ui.layout_page_2);
     fitPane();
+    followPage();
+}
+
+// Pages can be taken out.
+void StatusPages::followPage() {
+    const QStackedWidget* pages = m_form.status_pages;
+    const auto show = [this, pages] {
+        const int page = pages->currentIndex();
+        m_form.status_page_number->setText(QStringLiteral("%1 / %2").arg(page + 1).arg(pages->count()));
+        m_form.previous_status_page->setEnabled(page > 0);
+        m_form.next_status_page->setEnabled(page + 1 < pages->count());
+    };
+    QObject::connect(pages, &QStackedWidget::currentChanged, m_form.status_page_number, show);
+    QObject::connect(pages, &QStackedWidget::widgetRemoved, m_form.status_page_number, show);
+    show();
 }
 
 StatusPage* StatusPages::addPage(sorvane::PanelPage page, QWidget* content) {

@@ -59,9 +59,8 @@ private:
     int m_valueWidth = 0;
 };
 
-// The three pages on the form, the width of their pane, and the record button of the control page, whose text
-// follows the report.
-// Form, record and block outlive it. GUI thread.
+// The three pages on the form, the width of their pane, its page number and arrows, and the record button of
+// the control page, whose text follows the report. Form, record and block outlive it. GUI thread.
 class StatusPages {
 public:
     // Fills the form's empty page widgets.
@@ -88,6 +87,7 @@ private:
     StatusPage* addPage(sorvane::PanelPage page, QWidget* content);
     void showRecordButton();
     void fitPane();
+    void followPage();
 
     const MainForm& m_form;
     const sorvane::TelemetryRecord& m_record;

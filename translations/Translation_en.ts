@@ -577,12 +577,28 @@
     <context>
         <name>KorvathClass</name>
         <message>
-            <source>最小化</source>
-            <translation>Minimise</translation>
+            <source>单次抓图（此版本尚未提供）</source>
+            <translation>Snapshot (not in this version)</translation>
         </message>
         <message>
-            <source>最大化</source>
-            <translation>Maximise</translation>
+            <source>开始录像（此版本尚未提供）</source>
+            <translation>Record (not in this version)</translation>
+        </message>
+        <message>
+            <source>地图（此版本尚未提供）</source>
+            <translation>Map (not in this version)</translation>
+        </message>
+        <message>
+            <source>打开录像（此版本尚未提供）</source>
+            <translation>Recordings (not in this version)</translation>
+        </message>
+        <message>
+            <source>实时数据分析（此版本尚未提供）</source>
+            <translation>Charts (not in this version)</translation>
+        </message>
+        <message>
+            <source>最小化</source>
+            <translation>Minimise</translation>
         </message>
         <message>
             <source>关闭</source>
@@ -1524,6 +1540,10 @@ mode</translation>
     <context>
         <name>dialogSettings</name>
         <message>
+            <source>以下开关未从吊舱读取，可能与吊舱不同</source>
+            <translation>These switches were not read from the pod, which may differ</translation>
+        </message>
+        <message>
             <source>设置</source>
             <comment>the settings dialog</comment>
             <translation>Settings</translation>
@@ -2460,6 +2480,25 @@ mode</translation>
         <message>
             <source>点击打开其连接设置</source>
             <translation>A click opens its connection settings</translation>
+        </message>
+    </context>
+    <context>
+        <name>TitleStrip</name>
+        <message>
+            <source>还原</source>
+            <translation>Restore</translation>
+        </message>
+        <message>
+            <source>最大化</source>
+            <translation>Maximise</translation>
+        </message>
+        <message>
+            <source>更多</source>
+            <translation>More</translation>
+        </message>
+        <message>
+            <source>视图</source>
+            <translation>View</translation>
         </message>
     </context>
 </TS>

@@ -11,4 +11,16 @@ class MyTransDlg : public QLabel {
 
 public:
     explicit MyTransDlg(QWidget* parent = nullptr);
+
+    // Sets the geometry and holds to it: a window manager that takes a new window over has it elsewhere for a
+    // moment, and a report of that moment would stand as the last word. A place that is refused again and
+    // again is given up.
+    void place(const QRect& wanted);
+
+protected:
+    bool event(QEvent* e) override;
+
+private:
+    QRect m_wanted;
+    int m_asksLeft = 0;
 };

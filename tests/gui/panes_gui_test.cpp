@@ -1,4 +1,5 @@
 // The panes that float over the picture, the edges of the frameless window, full screen.
+#include <QDebug>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QSplitter>
@@ -103,6 +104,30 @@ TEST_F(Panes, StandByTheRulesWhenTheWindowAppears) {
     EXPECT_EQ(in().m_panePlayCtrl()->size(), QSize(240, 40));
     EXPECT_FALSE(ui().tabWidget->isVisible());
     EXPECT_FALSE(in().m_ctrlSelect()->isVisible());
+}
+
+// While the window manager takes a new window over, the server has it elsewhere for a moment, and the toolkit
+// may look just then.
+TEST_F(Panes, StandWhereTheToolkitBelievesAfterTheStart) {
+    X11Pointer server;
+    ASSERT_TRUE(server.available());
+    QStringList wrong;
+    const auto agree = [&] {
+        wrong.clear();
+        for (MyTransDlg* pane : {in().m_statPane(), in().m_stateTab(), in().m_ctrlPane()}) {
+            const auto [x, y] = server.position(pane->winId());
+            const auto [width, height] = server.size(pane->winId());
+            const QRect there(x, y, width, height);
+            if (there != pane->geometry()) {
+                QString text;
+                QDebug(&text) << pane->geometry() << "but on the screen" << there;
+                wrong << text;
+            }
+        }
+        return wrong.isEmpty();
+    };
+    EXPECT_TRUE(waitFor([&] { return agree() && misplaced().isEmpty(); }))
+        << qPrintable((wrong + misplaced()).join('\n'));
 }
 
 TEST_F(Panes, HaveTheirParentsAndFloatWithoutTakingActivation) {

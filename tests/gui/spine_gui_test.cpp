@@ -3,9 +3,12 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QLayout>
 #include <QMenu>
+#include <QMetaMethod>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QToolBar>
 #include <QToolButton>
 #include <cstdlib>
 #include <cstring>
@@ -281,6 +284,72 @@ TEST_F(Spine, TheViewMenuHoldsTheFourModes) {
     EXPECT_EQ(button->popupMode(), QToolButton::InstantPopup);
     EXPECT_EQ(button->menu()->actions(), (QList<QAction*>{ui().action_videoWin1, ui().action_videoWin2,
                                                           ui().action_videoWinLR, ui().action_videoWinTB}));
+}
+
+QStringList* g_lines = nullptr;
+void keepLines(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text) {
+    *g_lines << text;
+}
+
+// By the toolkit's own list of them, so that a new one is not forgotten.
+TEST_F(Spine, EverySlotLogsItsOwnName) {
+    QStringList lines;
+    g_lines = &lines;
+    const QMetaObject& meta = *window->metaObject();
+    int slots_seen = 0;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        // With a network link open it shows a box that waits for its answer.
+        if (method.methodType() != QMetaMethod::Slot || method.name() == "OpenSerialPort") {
+            continue;
+        }
+        lines.clear();
+        const auto previous = qInstallMessageHandler(keepLines);
+        const bool invoked = method.parameterCount() == 0 ? method.invoke(window.get(), Qt::DirectConnection)
+                             : method.parameterType(0) == QMetaType::Bool
+                                 ? method.invoke(window.get(), Qt::DirectConnection, Q_ARG(bool, true))
+                                 : method.invoke(window.get(), Qt::DirectConnection, Q_ARG(int, 0));
+        qInstallMessageHandler(previous);
+        EXPECT_TRUE(invoked) << method.name().toStdString();
+        EXPECT_TRUE(lines.contains(QString::fromLatin1(method.name()))) << method.name().toStdString();
+        ++slots_seen;
+    }
+    EXPECT_GT(slots_seen, 30);
+}
+
+TEST_F(Spine, TheToolBarsAndTheirTipsAreAsTold) {
+    for (const int theme : {0, 1}) {
+        window->applyTheme(theme);
+        EXPECT_EQ(ui().mainToolBar->layout()->spacing(), 5) << theme;
+        EXPECT_EQ(ui().toolBar_2->layout()->spacing(), 5) << theme;
+    }
+    for (const QToolBar* bar : {ui().mainToolBar, ui().toolBar_2}) {
+        for (QAction* action : bar->actions()) {
+            const auto* button = qobject_cast<QToolButton*>(bar->widgetForAction(action));
+            ASSERT_NE(button, nullptr);
+            EXPECT_FALSE(button->toolTip().isEmpty());
+            EXPECT_EQ(button->toolTip().contains("此版本尚未提供"), !button->isEnabled())
+                << qPrintable(button->toolTip());
+            EXPECT_TRUE((button->focusPolicy() & Qt::TabFocus) != 0) << qPrintable(button->toolTip());
+        }
+    }
+    EXPECT_EQ(ui().toolButton_2->toolTip(), "还原");
+    in().m_settings()->ui->cbb_selLang->setCurrentIndex(1);
+    EXPECT_TRUE(waitFor([this] { return ui().toolButton_2->toolTip() == "Restore"; }));
+}
+
+TEST_F(Spine, KeysOpenThePanesAndTurnTheStatusPages) {
+    const bool shown = in().m_statPane()->isVisible();
+    QTest::keyClick(window.get(), Qt::Key_F6);
+    EXPECT_EQ(in().m_statPane()->isVisible(), !shown);
+    QTest::keyClick(window.get(), Qt::Key_F6);
+    QTest::keyClick(window.get(), Qt::Key_F7);
+    EXPECT_TRUE(ui().tabWidget->isVisible());
+    ui().stackedWidget->setCurrentIndex(0);
+    QTest::keyClick(window.get(), Qt::Key_PageDown, Qt::ControlModifier);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 1);
+    QTest::keyClick(window.get(), Qt::Key_PageUp, Qt::ControlModifier);
+    EXPECT_EQ(ui().stackedWidget->currentIndex(), 0);
 }
 
 TEST_F(Spine, ShortcutsOfRecordingStandAndTheActionsAreOff) {

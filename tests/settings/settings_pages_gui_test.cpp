@@ -11,11 +11,13 @@
 
 #include "app/config/my_app_config.h"
 #include "forms/settings_form.h"
+#include "link/osd_words.h"
 #include "settings/common_page.h"
 #include "settings/encoder_page.h"
 #include "settings/file_page.h"
 #include "settings/osd_page.h"
 #include "tests/widgets/wait.h"
+#include "widgets/SwitchControl/switch_control.h"
 #include "widgets/common_dlg.h"
 
 namespace {
@@ -315,6 +317,61 @@ TEST_F(OsdPageTest, TheStyleCommandHasColourAndLanguage) {
     page.setLanguage(7);
     EXPECT_EQ(form.osd_language->currentIndex(), -1);
     EXPECT_EQ(bytes(page.styleCommand()), (Bytes{55, 4, 0x00, 0, 0}));
+}
+
+TEST_F(OsdPageTest, ALineSaysThatTheSwitchesWereNotReadSinceTheLinkOpened) {
+    OsdPage page(form);
+    page.load();
+    page.linkOpened();
+    EXPECT_FALSE(form.osd_unread->isHidden());
+    const unsigned char items_reply[] = {1, 3, 0, 0, 0, 0};
+    page.onReply(18, items_reply, 5);  // a word cut short
+    EXPECT_FALSE(form.osd_unread->isHidden());
+    const unsigned char style_reply[] = {1, 4, 0, 0};
+    page.onReply(18, style_reply, sizeof style_reply);
+    EXPECT_FALSE(form.osd_unread->isHidden()) << "the style is no switch";
+    page.onReply(18, items_reply, sizeof items_reply);
+    EXPECT_TRUE(form.osd_unread->isHidden());
+    page.linkOpened();
+    EXPECT_FALSE(form.osd_unread->isHidden()) << "another pod may have answered before";
+    EXPECT_TRUE(ui.pushButton_13->isEnabled());
+    EXPECT_TRUE(ui.pushButton_15->isEnabled());
+}
+
+// What is read back and sent again is the same word, but for the bit that asks for storing and the unused
+// one.
+TEST_F(OsdPageTest, AReplyShowsWhatThePodShows) {
+    OsdPage page(form);
+    page.load();
+    const auto word = [this] {
+        return sorvane::osdWord(
+            [this](const char* name) {
+                const auto* control = form.osd_page->findChild<SwitchControl*>(name);
+                return control != nullptr ? control->isToggled()
+                                          : form.osd_page->findChild<QRadioButton*>(name)->isChecked();
+            },
+            false);
+    };
+    for (const unsigned told : {0U, 0x7FFFFFU, 0x2AAAAAU, 0x555555U, 0x008800U}) {
+        const unsigned char reply[] = {1,
+                                       3,
+                                       static_cast<unsigned char>(told),
+                                       static_cast<unsigned char>(told >> 8U),
+                                       static_cast<unsigned char>(told >> 16U),
+                                       0};
+        page.onReply(18, reply, sizeof reply);
+        EXPECT_EQ(word(), told & 0x6FFEFFU) << told;
+    }
+    const unsigned char style[] = {1, 4, 0x0A, 0};
+    page.onReply(18, style, sizeof style);
+    EXPECT_EQ(form.osd_colour->currentIndex(), 2);
+    EXPECT_EQ(form.osd_language->currentIndex(), 1);
+    // Another sender's state, and nothing at all.
+    const unsigned char other[] = {2, 3, 0, 0, 0, 0};
+    const unsigned before = word();
+    page.onReply(18, other, sizeof other);
+    page.onReply(18, nullptr, 0);
+    EXPECT_EQ(word(), before);
 }
 
 TEST_F(PageTest, TheEncoderPageOffersItsCodecsAndMarksEmptyTexts) {

@@ -199,6 +199,24 @@ TEST_F(StatusPagesPart, ALanguageChangeSetsCaptionsAtOnceAndWordsWithTheNextRepo
     EXPECT_EQ(text(form.pod_content, "m_fldTrackX"), "-128");
 }
 
+TEST_F(StatusPagesPart, TheNumberAndTheArrowsFollowThePage) {
+    const auto state = [this] {
+        return ui.label_page->text() + (ui.m_btnPagePrev->isEnabled() ? " <" : "") +
+               (ui.m_btnPageNext->isEnabled() ? " >" : "");
+    };
+    form.status_pages->setCurrentIndex(0);
+    EXPECT_EQ(state(), "1 / 3 >");
+    form.status_pages->setCurrentIndex(1);
+    EXPECT_EQ(state(), "2 / 3 < >");
+    form.status_pages->setCurrentIndex(2);
+    EXPECT_EQ(state(), "3 / 3 <");
+    // Without the interface feed the first page is taken out.
+    form.status_pages->removeWidget(form.aircraft_page);
+    EXPECT_EQ(state(), "2 / 2 <");
+    form.status_pages->setCurrentIndex(0);
+    EXPECT_EQ(state(), "1 / 2 >");
+}
+
 // Texts of a page that do not fit their labels.
 QStringList cutTexts(const QWidget* page) {
     QStringList cut;

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include "wait.h"
 #include "x11_pointer.h"
@@ -44,6 +45,51 @@ TEST(MyTransDlg, NeitherShowingNorClickingItTakesActivation) {
     ASSERT_TRUE(waitFor([&] { return clicks == 1; }));
     EXPECT_EQ(QApplication::activeWindow(), &window);
     EXPECT_TRUE(window.isActiveWindow());
+}
+
+// As a late report of another place would move it.
+TEST(MyTransDlg, HoldsToThePlaceItWasGiven) {
+    MyTransDlg pane;
+    const QRect wanted(120, 90, 80, 60);
+    pane.place(wanted);
+    pane.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&pane));
+    for (const QRect& elsewhere : {QRect(0, 0, 80, 60), QRect(120, 90, 70, 50), QRect(300, 200, 10, 20)}) {
+        pane.setGeometry(elsewhere);
+        ASSERT_EQ(pane.geometry(), elsewhere);
+        EXPECT_TRUE(waitFor([&] { return pane.geometry() == wanted; }));
+    }
+    const QRect other(200, 150, 90, 70);
+    pane.place(other);
+    EXPECT_EQ(pane.geometry(), other);
+}
+
+// Moves it away whenever it comes back.
+class Refusal : public QObject {
+public:
+    explicit Refusal(MyTransDlg& pane) : m_pane(pane) { pane.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* e) override {
+        if (e->type() == QEvent::Move && m_pane.x() != 5) {
+            ++refused;
+            QTimer::singleShot(0, this, [this] { m_pane.move(5, 5); });
+        }
+        return false;
+    }
+    int refused = 0;
+
+private:
+    MyTransDlg& m_pane;
+};
+
+TEST(MyTransDlg, DoesNotFightForAPlaceThatIsRefused) {
+    MyTransDlg pane;
+    pane.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&pane));
+    Refusal refusal(pane);
+    pane.place(QRect(120, 90, 80, 60));
+    EXPECT_TRUE(waitFor([&] { return refusal.refused > 3; })) << "it asks again at first";
+    EXPECT_FALSE(waitFor([&] { return refusal.refused > 40; }, 500));
+    EXPECT_EQ(pane.pos(), QPoint(5, 5));
 }
 
 }  // namespace

@@ -92,6 +92,12 @@ void X11Pointer::takeFocus() {
     XSync(s.display, False);
 }
 
+std::pair<int, int> X11Pointer::size(std::uintptr_t window) {
+    XWindowAttributes own = {};
+    XGetWindowAttributes(m_state->display, static_cast<Window>(window), &own);
+    return {own.width, own.height};
+}
+
 std::pair<int, int> X11Pointer::position(std::uintptr_t window) {
     int x = 0;
     int y = 0;

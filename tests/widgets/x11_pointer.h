@@ -31,6 +31,7 @@ public:
     // Where the window lies on the screen, in the server's pixels. A window manager tells the window itself
     // only at the end of a move.
     std::pair<int, int> position(std::uintptr_t window);
+    std::pair<int, int> size(std::uintptr_t window);
 
     // Requests to move `window` by the pointer that the window manager has been sent since the construction,
     // up to now.
