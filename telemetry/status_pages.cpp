@@ -137,6 +137,10 @@ void StatusPage::addAge(const sorvane::PanelRow& row, QWidget* line) {
     line->setFixedHeight(kRowHeight);
     addRow(row, line);
     m_age = m_rows.back().value;
+    // No row of the table; and what the sheets ask for is there before anything is shown.
+    m_rows.back().caption->setProperty("role", QStringLiteral("ageCaption"));
+    m_age->setProperty("role", QStringLiteral("age"));
+    m_age->setProperty("tone", QString());
     retranslate();
 }
 

@@ -32,6 +32,8 @@ TEST_F(PulseTest, WithoutUseThereIsNothingToTell) {
     arrive(10, 40);
     EXPECT_EQ(state(), PulseState::kAbsent);
     EXPECT_EQ(pulse.counts().came, 0);
+    pulse.failed();
+    EXPECT_EQ(pulse.counts().failed, 0);
 }
 
 TEST_F(PulseTest, UntilTheFirstArrivalItWarnsThenItIsDangerFromTheBeginningOfTheUse) {
@@ -151,6 +153,10 @@ TEST_F(PulseTest, APauseIsCountedAtItsEndWithWhatIsMissing) {
     EXPECT_EQ(pulse.counts().missing, 9 + 69);
     EXPECT_EQ(pulse.counts().longest_pause_ms, 2800);
     EXPECT_EQ(pulse.counts().came, 63);
+    now += 300;
+    EXPECT_TRUE(pulse.came(now));
+    EXPECT_EQ(pulse.lastPauseMs(), 300);
+    EXPECT_EQ(pulse.counts().longest_pause_ms, 2800);
 }
 
 TEST_F(PulseTest, OnDemandAnAgeIsNoFault) {
@@ -217,6 +223,7 @@ TEST_F(PulseTest, TheRateIsThatOfTheLastTwoSeconds) {
     EXPECT_DOUBLE_EQ(pulse.rate(now), 0.0);
     arrive(100, 40);
     EXPECT_NEAR(pulse.rate(now), 25.0, 0.5);
+    EXPECT_NEAR(pulse.rate(now + 1000), 12.5, 0.5);
     arrive(40, 200);
     EXPECT_NEAR(pulse.rate(now), 5.0, 0.5);
     arrive(200, 5);
