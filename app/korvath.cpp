@@ -205,6 +205,7 @@ void Korvath::retranslate() {
     ui_sei_info->retranslateUi(m_seiDlg);
     m_parts->panes->rebuildPageSelectors();
     ui->retranslateUi(this);
+    m_parts->strip->retranslate();
     setWindowTitle(config().app_title);
     m_parts->form.title_text->setText(config().app_title);
     m_parts->status_pages->retranslate();

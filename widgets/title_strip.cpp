@@ -92,6 +92,11 @@ void TitleStrip::setTips() {
     name(m_menuButton, tr("视图"));
 }
 
+void TitleStrip::retranslate() {
+    setTips();
+    showState();
+}
+
 // The toolkit gives the buttons that it makes for actions none.
 void TitleStrip::takeKeyboard() {
     for (const QToolBar* bar : {&m_w.icons, &m_w.kept}) {
@@ -159,9 +164,7 @@ bool TitleStrip::eventFilter(QObject* object, QEvent* e) {
             break;
         case QEvent::WindowStateChange:
         case QEvent::StyleChange:
-        case QEvent::LanguageChange:
             if (object == &m_window) {
-                setTips();
                 showState();
             }
             break;

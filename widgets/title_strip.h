@@ -22,7 +22,7 @@ struct TitleStripWidgets {
     QToolButton& close;
 };
 
-// Icons and tips follow the state of the window, its style sheet and its language. Every button of the tool
+// Icons and the maximise tip follow the state of the window and its style sheet. Every button of the tool
 // bars takes the keyboard. Icons that a narrow window has no room for go, from the last on, into a menu;
 // their shortcuts live on. GUI thread.
 class TitleStrip : public QObject {
@@ -33,6 +33,9 @@ public:
 
     // A button at the end of the kept tool bar that opens a menu of these actions; it belongs to the bar.
     QToolButton* addMenuButton(const QList<QAction*>& actions, const QIcon& icon);
+
+    // Tips in the language of now.
+    void retranslate();
 
 protected:
     bool eventFilter(QObject* object, QEvent* e) override;

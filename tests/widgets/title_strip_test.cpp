@@ -35,6 +35,9 @@ protected:
         }
         host->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
         window.setCentralWidget(central);
+        // Whatever the style's own size: too many for the narrow windows below.
+        icons->setIconSize(QSize(40, 40));
+        kept->setIconSize(QSize(40, 40));
         for (int i = 0; i < kIcons; ++i) {
             actions << icons->addAction(window.style()->standardIcon(QStyle::SP_FileIcon),
                                         QString::number(i));
