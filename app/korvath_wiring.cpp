@@ -89,6 +89,7 @@ void Korvath::buildPulse() {
     connect(p.intake.get(), &Intake::recordTaken, board, &PulseBoard::reportCame);
     connect(p.intake.get(), &Intake::insTaken, board, &PulseBoard::inertialCame);
     connect(p.presenter.get(), &PicturePresenter::pictureCame, board, &PulseBoard::pictureCame);
+    connect(m_settings, &PlayerSettingsDlg::languageChanged, board, &PulseBoard::languageChanged);
     showPulse(*board, *ui->statusBar, *p.form.picture_area, [this, &p](PulseSource source) {
         on_action_connection();
         pointAtGroup(*p.connection_form, *m_connectionDlg, source, m_linkState == kLinkSerial);

@@ -59,6 +59,8 @@ public:
 
 signals:
     void looked();
+    // Captions are to be asked for again.
+    void languageChanged();
 
 private:
     // What went wrong last; the words are made when asked for, as the language may change.

@@ -35,6 +35,7 @@ PulseStrip::PulseStrip(const PulseBoard& board, QWidget* parent) : QWidget(paren
     }
     retranslate();
     connect(&board, &PulseBoard::looked, this, &PulseStrip::follow);
+    connect(&board, &PulseBoard::languageChanged, this, &PulseStrip::retranslate);
 }
 
 // A dot that shows what it showed already costs nothing.
@@ -62,13 +63,6 @@ void PulseStrip::retranslate() {
         m_dots[static_cast<std::size_t>(source)]->setCaption(PulseBoard::caption(source));
     }
     emit widthChanged();
-}
-
-void PulseStrip::changeEvent(QEvent* e) {
-    QWidget::changeEvent(e);
-    if (e->type() == QEvent::LanguageChange) {
-        retranslate();
-    }
 }
 
 // A narrow window cuts the strip before it is kept wide by it.

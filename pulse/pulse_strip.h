@@ -24,9 +24,6 @@ signals:
     // Another set of dots is shown: it needs another width.
     void widthChanged();
 
-protected:
-    void changeEvent(QEvent* e) override;
-
 private:
     void follow();
     void retranslate();
