@@ -104,8 +104,15 @@ TEST_F(TitleStripTest, WhatANarrowOneHasNoRoomForStandsInTheMenu) {
         least = qMin(least, seenIcons());
     }
     EXPECT_LT(least, kIcons - 2) << "the window has not been narrow";
-    window.resize(900, 100);
-    EXPECT_TRUE(waitFor([this] { return seenIcons() == kIcons; }));
+    // A late answer of the window manager to the sizes before may undo it.
+    const auto wide_again = [this] {
+        if (window.width() != 900) {
+            window.resize(900, 100);
+        }
+        return seenIcons() == kIcons;
+    };
+    EXPECT_TRUE(waitFor(wide_again)) << seenIcons() << " seen at " << window.width() << ", strip "
+                                     << central->width();
     EXPECT_FALSE(more()->isVisible());
 }
 
