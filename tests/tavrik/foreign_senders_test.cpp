@@ -224,9 +224,7 @@ class ForeignUdp : public testing::TestWithParam<UdpCase> {};
 
 TEST_P(ForeignUdp, IsShown) {
     Words words = GetParam().words;
-    if (!installed(words[0])) {
-        GTEST_SKIP() << words[0] << " is not installed";
-    }
+    ASSERT_TRUE(installed(words[0])) << words[0] << " is not installed";
     const Folder folder;
     const std::string file = folder.transportStream();
     Screen screen;
@@ -381,9 +379,7 @@ TEST(ForeignRtsp, RestartedIsShownAgain) {
 }
 
 TEST(ForeignRtsp, OfVlcIsShown) {
-    if (!installed("cvlc")) {
-        GTEST_SKIP() << "cvlc is not installed";
-    }
+    ASSERT_TRUE(installed("cvlc")) << "cvlc is not installed";
     const Folder folder;
     const int port = freeUdpPort();
     const std::string url = "rtsp://127.0.0.1:" + std::to_string(port) + "/film";
