@@ -1,5 +1,5 @@
 // Senders that others have written, as a station meets them: their first picture is shown within two seconds,
-// and right. What is not installed is skipped.
+// and right. One that is not installed is a failure.
 #include <gtest/gtest.h>
 
 #include <poll.h>
@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 
 #include "gst_server.h"
@@ -142,10 +143,26 @@ private:
     Clock::time_point m_first = Clock::time_point::max();
 };
 
-void expectShown(Screen& screen, Clock::time_point since) {
+// The time to the first picture; every picture is right.
+Clock::duration shown(Screen& screen, Clock::time_point since) {
     EXPECT_TRUE(screen.waitFor(kPicturesLooked, kStartUp)) << "no pictures";
-    EXPECT_LE(screen.first() - since, kFirstPicture);
     EXPECT_EQ(screen.damaged(), 0u);
+    return screen.first() - since;
+}
+
+// What takes longer than the rule says is shown again: a busy machine delays once, a station that waits does
+// always.
+void expectSoon(const std::function<Clock::duration()>& show) {
+    constexpr int kTries = 4;
+    Clock::duration took{};
+    for (int i = 0; i < kTries && !testing::Test::HasFailure(); ++i) {
+        took = show();
+        if (took <= kFirstPicture) {
+            return;
+        }
+    }
+    ADD_FAILURE() << "the first picture came after "
+                  << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms";
 }
 
 // Passes datagrams on and knows when the first one came.
@@ -223,24 +240,33 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 class ForeignUdp : public testing::TestWithParam<UdpCase> {};
 
 TEST_P(ForeignUdp, IsShown) {
-    Words words = GetParam().words;
+    const Words words = GetParam().words;
     ASSERT_TRUE(installed(words[0])) << words[0] << " is not installed";
     const Folder folder;
     const std::string file = folder.transportStream();
-    Screen screen;
-    const int port = freeUdpPort();
-    const int handle = feedOpen("", port, screen.onFrame(), nullptr, "127.0.0.1", false, "", nullptr, 1);
-    Relay relay(port);
-    for (std::string& word : words) {
-        const std::string number = std::to_string(relay.port());
-        word = replaced(replaced(replaced(word, "FILE", file), "PORT", number), "AT", "127.0.0.1:" + number);
-    }
-    {
-        const Child sender(words, folder.path());
-        ASSERT_TRUE(relay.waitForFirst(kStartUp)) << "the sender does not send";
-        expectShown(screen, relay.first());
-    }
-    feedClose(handle);
+    expectSoon([&] {
+        Screen screen;
+        const int port = freeUdpPort();
+        const int handle = feedOpen("", port, screen.onFrame(), nullptr, "127.0.0.1", false, "", nullptr, 1);
+        Clock::duration took = Clock::duration::max();
+        {
+            Relay relay(port);
+            const std::string number = std::to_string(relay.port());
+            Words filled = words;
+            for (std::string& word : filled) {
+                word = replaced(replaced(word, "FILE", file), "PORT", number);
+                word = replaced(word, "AT", "127.0.0.1:" + number);
+            }
+            const Child sender(filled, folder.path());
+            const bool sends = relay.waitForFirst(kStartUp);
+            EXPECT_TRUE(sends) << "the sender does not send";
+            if (sends) {
+                took = shown(screen, relay.first());
+            }
+        }
+        feedClose(handle);
+        return took;
+    });
 }
 
 Words ffmpeg(const Words& output) {
@@ -278,12 +304,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Opens at once; shown since the opening.
 void expectRtspShown(const std::string& url, const char* options = "") {
-    Screen screen;
-    const auto since = Clock::now();
-    const int handle = feedOpen(url.c_str(), 0, screen.onFrame(), nullptr, "", true, options, nullptr, 1);
-    ASSERT_GT(handle, 0);
-    expectShown(screen, since);
-    feedClose(handle);
+    expectSoon([&] {
+        Screen screen;
+        const auto since = Clock::now();
+        const int handle = feedOpen(url.c_str(), 0, screen.onFrame(), nullptr, "", true, options, nullptr, 1);
+        EXPECT_GT(handle, 0);
+        const auto took = shown(screen, since);
+        feedClose(handle);
+        return took;
+    });
 }
 
 TEST(ForeignRtsp, IsShownOverEachTransport) {
@@ -307,14 +336,17 @@ TEST(ForeignRtsp, WithSoundFirstIsShown) {
     settings.sound_first = true;
     const GstServer server(film(), settings);
     expectRtspShown(server.url());
-    Screen screen;
     std::atomic<int> sound{0};
-    const auto since = Clock::now();
-    const int handle = feedOpen(
-        server.url().c_str(), 0, screen.onFrame(), [&](unsigned char*, int size, int, int) { sound += size; },
-        "", true, "", nullptr, 1);
-    expectShown(screen, since);
-    feedClose(handle);
+    expectSoon([&] {
+        Screen screen;
+        const auto since = Clock::now();
+        const int handle = feedOpen(
+            server.url().c_str(), 0, screen.onFrame(),
+            [&](unsigned char*, int size, int, int) { sound += size; }, "", true, "", nullptr, 1);
+        const auto took = shown(screen, since);
+        feedClose(handle);
+        return took;
+    });
     EXPECT_GT(sound, 0);
 }
 
