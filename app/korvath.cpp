@@ -4,7 +4,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QStyle>
 #include <QTimer>
 
 #include "app/config/my_app_config.h"
@@ -142,8 +141,7 @@ void Korvath::setupDialogs() {
         enlargeLists(dialog);
         dialog->setTitleWidget(form_ui.title);
         form.reset(new typename std::decay_t<decltype(form)>::element_type{form_ui});
-        form->close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
-        connect(form->close_button, &QToolButton::clicked, dialog, &QWidget::close);
+        dialog->setCloseButton(form->close_button);
     };
     build(*ui_telemetry_info, m_parts->telemetry_form, m_telemetryDlg);
     build(*ui_sei_info, m_parts->sei_form, m_seiDlg);

@@ -4,9 +4,7 @@
 #include <QCloseEvent>
 #include <QListWidget>
 #include <QStackedWidget>
-#include <QStyle>
 #include <QTimer>
-#include <QToolButton>
 #include <array>
 
 #include "app/config/my_app_config.h"
@@ -54,7 +52,7 @@ PlayerSettingsDlg::PlayerSettingsDlg(const sorvane::DecoderMask& decoders, QWidg
     m_form.reset(new SettingsForm{*ui});
     enlargeLists(this);
     setTitleWidget(m_form->title);
-    m_form->close_button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+    setCloseButton(m_form->close_button);
     // What the toolkit itself says, in the language of the source texts.
     if (!m_toolkitTexts.load(QStringLiteral("./translations/qtbase_zh_CN.qm"))) {
         qDebug("no Chinese texts of the toolkit");
@@ -105,7 +103,6 @@ void PlayerSettingsDlg::place(PageId id, std::unique_ptr<SettingsPage> page) {
 }
 
 void PlayerSettingsDlg::connectWidgets() {
-    connect(m_form->close_button, &QToolButton::clicked, this, &QWidget::close);
     connect(m_form->page_list, &QListWidget::currentRowChanged, m_form->pages,
             &QStackedWidget::setCurrentIndex);
     connect(m_common, &CommonPage::languageChosen, this, &PlayerSettingsDlg::applyLanguage);

@@ -1,7 +1,9 @@
 #include "widgets/common_dlg.h"
 
+#include <QAbstractButton>
 #include <QEvent>
 #include <QScreen>
+#include <QStyle>
 #include <algorithm>
 
 #include "widgets/window_drag.h"
@@ -15,6 +17,11 @@ common_dlg::~common_dlg() = default;
 void common_dlg::setTitleWidget(QWidget* widget) {
     m_title = widget;
     widget->installEventFilter(this);
+}
+
+void common_dlg::setCloseButton(QAbstractButton* button) {
+    button->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+    connect(button, &QAbstractButton::clicked, this, &QWidget::close);
 }
 
 void common_dlg::setVisible(bool visible) {

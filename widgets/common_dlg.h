@@ -3,6 +3,8 @@
 
 #include <QDialog>
 
+class QAbstractButton;
+
 // A dialog without a window frame. A press of any button on its title widget hands the move to the system. It
 // opens in the middle of its parent's window and whole on the screen. GUI thread.
 class common_dlg : public QDialog {
@@ -15,6 +17,8 @@ public:
     // The strip that moves the dialog, normally a child of it; call once, after the form is built. Until then
     // the dialog cannot be moved.
     void setTitleWidget(QWidget* widget);
+    // Gives the button its icon; a click on it closes the dialog. A child of the dialog.
+    void setCloseButton(QAbstractButton* button);
 
     bool eventFilter(QObject* obj, QEvent* e) override;
     void setVisible(bool visible) override;

@@ -119,6 +119,16 @@ TEST(CommonDlg, APressThatIsOverMovesNothing) {
     EXPECT_EQ(pointer.moveRequests(d.window()), 0);
 }
 
+TEST(CommonDlg, TheCloseButtonHasAnIconAndCloses) {
+    Dialog d(true);
+    ASSERT_TRUE(d.shown());
+    EXPECT_TRUE(d.close->icon().isNull());
+    d.dialog.setCloseButton(d.close);
+    EXPECT_FALSE(d.close->icon().isNull());
+    d.close->click();
+    EXPECT_FALSE(d.dialog.isVisible());
+}
+
 TEST(CommonDlg, TheStripTakesItsGroundFromAStyleSheet) {
     title_bar strip;
     strip.setStyleSheet(QStringLiteral("title_bar { background: #123456; }"));
