@@ -145,6 +145,7 @@ void Korvath::setupDialogs() {
     };
     build(*ui_telemetry_info, m_parts->telemetry_form, m_telemetryDlg);
     build(*ui_sei_info, m_parts->sei_form, m_seiDlg);
+    m_parts->sei = std::make_unique<SeiPanel>(*m_parts->sei_form, *m_seiDlg);
     build(*ui_connection, m_parts->connection_form, m_connectionDlg);
     connect(m_parts->telemetry_form->apply, &QPushButton::clicked, this,
             &Korvath::on_btn_setting_telemetry_info);
@@ -200,7 +201,7 @@ void Korvath::applyTheme(int theme) {
 // What the program has set since the form was built (title, texts that follow a state) is set again
 // afterwards.
 void Korvath::retranslate() {
-    ui_sei_info->retranslateUi(m_seiDlg);
+    m_parts->sei->retranslate();
     m_parts->panes->rebuildPageSelectors();
     ui->retranslateUi(this);
     m_parts->strip->retranslate();

@@ -15,6 +15,7 @@
 #include "link/link_panel.h"
 #include "pulse/pulse_bar.h"
 #include "telemetry/intake.h"
+#include "telemetry/sei_panel.h"
 #include "telemetry/status_pages.h"
 #include "video/block_stream.h"
 #include "video/channel_sound.h"
@@ -46,6 +47,7 @@ struct Korvath::Parts {
     std::unique_ptr<ConnectionForm> connection_form;
     std::unique_ptr<TelemetryForm> telemetry_form;
     std::unique_ptr<SeiForm> sei_form;
+    std::unique_ptr<SeiPanel> sei;
     std::unique_ptr<LinkPanel> link;
     std::unique_ptr<StreamPanel> streams;
     std::unique_ptr<VideoChannel> channel1;

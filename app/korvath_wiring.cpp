@@ -70,7 +70,7 @@ void Korvath::buildConfiguredParts() {
                                         }
                                     },
                                     [this] { refreshStatus(); }};
-    const FirstChannel first = {*p.sound, *p.blocks, m_videoCheckTimer, m_videoAlive, *this};
+    const FirstChannel first = {*p.sound, *p.blocks, m_videoCheckTimer, m_videoAlive, *this, p.sei->taker()};
     p.channel1 = std::make_unique<VideoChannel>(
         1, ChannelParts{*ui->videoWin1, *p.streams, *p.presenter, config(), *this},
         ChannelFields{playing1, recording1, snapping1, no_signal1}, actions, &first);

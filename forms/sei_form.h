@@ -8,4 +8,6 @@ struct SeiForm {
     Ui::sei_info& ui;
 
     QToolButton* close_button = ui.toolButton;
+    QGridLayout* left_column = ui.grid_1;  // both empty: filled from the table of fields
+    QGridLayout* right_column = ui.grid_2;
 };

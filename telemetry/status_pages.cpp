@@ -13,6 +13,7 @@
 
 #include "base/age_text.h"
 #include "forms/main_form.h"
+#include "telemetry/shown_text.h"
 #include "widgets/sheets.h"
 
 namespace {
@@ -62,11 +63,6 @@ QSet<QString> possibleAges() {
     constexpr qint64 kMinute = 60 * kSecond;
     constexpr qint64 kHour = 60 * kMinute;
     return {ageLine(99 * kSecond + 900), ageLine(99 * kMinute), ageLine(999 * kHour)};
-}
-
-QString shownText(const sorvane::PanelText& text) {
-    return text.kind == sorvane::PanelText::Kind::kWord ? QCoreApplication::translate("Korvath", text.word)
-                                                        : QString::fromUtf8(text.number);
 }
 
 // Texts that a report can bring to a row: one byte repeated through all fields makes every enumeration take

@@ -59,14 +59,16 @@ void VideoChannel::open() {
 void VideoChannel::openStream() {
     const StreamRequest request = m_parts.panel.request(m_number);
     tavrik::AudioCallback on_audio;
+    tavrik::SeiCallback on_sei;
     if (m_first != nullptr) {
         on_audio = m_first->sound.player();
+        on_sei = m_first->on_sei;
     }
     VideoSurface* surface = m_parts.presenter.findSurface(&m_parts.widget);
     surface->player_handle = tavrik::feedOpen(
         request.url.constData(), request.port, frameCallback(&m_parts.events, &m_parts.widget),
         std::move(on_audio), request.local_ip.toStdString(), request.type == sorvane::kStreamRtsp,
-        m_parts.config.av_dict_set.toStdString(), tavrik::SeiCallback(), request.decoder);
+        m_parts.config.av_dict_set.toStdString(), std::move(on_sei), request.decoder);
     if (surface->player_handle > 0) {
         opened();
     }

@@ -27,6 +27,8 @@ struct FirstChannel {
     int& check_timer;   // id of a timer of `timers`, 0 for none
     bool& video_alive;  // set by each picture, cleared by each check
     QObject& timers;
+    // Gets each run of user data; on the stream library's thread.
+    std::function<void(void* run, int size, int kind)> on_sei;
 };
 
 // What a channel works with; all of it outlives the channel.

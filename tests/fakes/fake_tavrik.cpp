@@ -34,10 +34,10 @@ int feedOpen(const char* url, int port, FrameCallback on_frame, AudioCallback on
     open.av_options = std::move(av_options);
     open.decoder = decoder;
     open.has_audio = static_cast<bool>(on_audio);
-    open.has_sei = static_cast<bool>(on_sei);
     open.result = state().next_handle > 0 ? state().next_handle++ : state().next_handle;
     open.on_frame = std::move(on_frame);
     open.on_audio = std::move(on_audio);
+    open.on_sei = std::move(on_sei);
     state().opens.push_back(open);
     note("open", open.result);
     return open.result;

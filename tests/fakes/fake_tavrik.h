@@ -17,10 +17,10 @@ struct Open {
     std::string av_options;
     int decoder = 0;
     bool has_audio = false;
-    bool has_sei = false;
     int result = 0;
     tavrik::FrameCallback on_frame;
     tavrik::AudioCallback on_audio;
+    tavrik::SeiCallback on_sei;
 };
 
 struct Pull {

@@ -7,6 +7,8 @@ std::function<sorvane::CalendarTime()>& KorvathAccess::m_localClock() const {
 
 int KorvathAccess::m_interfaceHandle() const { return w.m_parts->intake->interfaceHandle(); }
 
+std::function<void(void*, int, int)> KorvathAccess::onSei() const { return w.m_parts->sei->taker(); }
+
 VideoSurface* KorvathAccess::findSurface(QWidget* widget) const {
     return w.m_parts->presenter->findSurface(widget);
 }

@@ -89,6 +89,8 @@ struct KorvathAccess {
     std::function<sorvane::CalendarTime()>& m_localClock() const;
     int m_interfaceHandle() const;
     VideoSurface* findSurface(QWidget* widget) const;
+    // What the stream library calls with user data.
+    std::function<void(void*, int, int)> onSei() const;
 };
 
 class KorvathTest : public ::testing::Test {

@@ -12,6 +12,7 @@
 
 #include "looks.h"
 #include "telemetry_fixture.h"
+#include "tests/telemetry/sei_by_hand.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_message_box.h"
 
@@ -62,6 +63,9 @@ protected:
         report(recordByHand());
         const sorvane::NavBlock block = navByHand();
         send(EVT_NAV_BLOCK, &block, sizeof block);
+        Bytes in_video = seiRunH264();
+        in().onSei()(in_video.data(), static_cast<int>(in_video.size()), 0);
+        QCoreApplication::processEvents();
     }
 
     QString file(const QString& page) const {

@@ -127,7 +127,7 @@ TEST_F(Channels, SecondChannelHasNeitherSoundNorStallCheck) {
     EXPECT_EQ(library().opens[0].url, "rtsp://192.168.1.160:554/live/track1");
     EXPECT_EQ(library().opens[0].port, 24001);
     EXPECT_FALSE(library().opens[0].has_audio);
-    EXPECT_FALSE(library().opens[0].has_sei);
+    EXPECT_FALSE(library().opens[0].on_sei);
     EXPECT_TRUE(in().playing2());
     EXPECT_FALSE(in().no_signal2());
     EXPECT_EQ(connection().pushButton_23->text(), "关闭");

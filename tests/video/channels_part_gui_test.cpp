@@ -155,7 +155,11 @@ protected:
         build(0);
         const ChannelActions actions = {[this] { panel->showOpen(playing1, playing2); },
                                         [this] { ++recordings_ended; }, [this] { ++state_changes; }};
-        const FirstChannel beyond = {sound, blocks, check_timer, video_alive, hub};
+        const FirstChannel beyond = {
+            sound, blocks, check_timer, video_alive, hub, [this](void* run, int size, int kind) {
+                runs.push_back(std::to_string(*static_cast<std::uint8_t*>(run)) + " " + std::to_string(size) +
+                               " " + std::to_string(kind));
+            }};
         first = std::make_unique<VideoChannel>(1, ChannelParts{win1, *panel, *presenter, config, hub},
                                                ChannelFields{playing1, recording1, snapping1, no_signal1},
                                                actions, &beyond);
@@ -169,6 +173,7 @@ protected:
     bool playing1 = false, recording1 = false, snapping1 = false, no_signal1 = true;
     bool playing2 = false, recording2 = false, snapping2 = false, no_signal2 = true;
     int check_timer = 0;
+    std::vector<std::string> runs;  // first byte, size and kind of each run of user data
     int recordings_ended = 0;
     int state_changes = 0;
     QAudioOutput* audio_output = nullptr;
@@ -196,7 +201,10 @@ TEST_F(Channels, OpeningAsksForTheStreamAsConfigured) {
     EXPECT_EQ(open.av_options, "rtsp_transport=udp");
     EXPECT_EQ(open.decoder, 1);
     EXPECT_TRUE(open.has_audio);
-    EXPECT_FALSE(open.has_sei);
+    std::uint8_t byte = 0x5A;
+    ASSERT_TRUE(open.on_sei);
+    open.on_sei(&byte, 1, 7);
+    EXPECT_EQ(runs, (std::vector<std::string>{"90 1 7"}));
     EXPECT_TRUE(playing1);
     EXPECT_FALSE(no_signal1);
     EXPECT_EQ(handleOf(win1), 1);
@@ -240,6 +248,7 @@ TEST_F(Channels, TheSecondHasNeitherSoundNorCheckNorHistory) {
     EXPECT_EQ(library().opens[0].url, "rtsp://192.168.1.160:554/live/track1");
     EXPECT_EQ(library().opens[0].port, 24001);
     EXPECT_FALSE(library().opens[0].has_audio);
+    EXPECT_FALSE(library().opens[0].on_sei);
     EXPECT_TRUE(playing2);
     EXPECT_FALSE(no_signal2);
     EXPECT_FALSE(playing1);
