@@ -8,4 +8,5 @@ struct SeiForm {
     Ui::sei_info& ui;
 
     QToolButton* close_button = ui.toolButton;
+    QPushButton* record_raw = ui.pushButton;
 };

@@ -43,6 +43,7 @@ LAW = {
     "video_face": row("video", "base events widgets video_core", "Qt"),
     "input_face": row("input", "base events widgets", "Qt"),
     "forms": row("forms", "widgets video_face input_face", "Qt"),
+    "panes": row("app/panes", "forms widgets", "Qt"),
     "link": row("link", f"{FLOORS} link_core oskel", "Qt QtNetwork QtSerialPort"),
     "telemetry": row("telemetry", f"{FLOORS} telemetry_core oskel", "Qt"),
     "pulse": row("pulse", f"{FLOORS} pulse_core", "Qt"),
