@@ -94,7 +94,7 @@ HEADERS = [
     (r"(?:gst|gio|glib)/.*|glib(?:-object|-unix)?\.h", "GStreamer"),
     (r"x26[45]\.h", "encoders"),
     (r"X11/.*", "X11"),
-    (r"(?:arpa|linux|net|netinet|sys)/.*|(?:dlfcn|elf|fcntl|ifaddrs|link|netdb|poll|pthread|pty|pwd|sched|termios"
+    (r"(?:arpa|linux|net|netinet|sys)/.*|(?:dlfcn|elf|fcntl|iconv|ifaddrs|link|netdb|poll|pthread|pty|pwd|sched|termios"
      r"|ucontext|unistd)\.h|(?:dbghelp|psapi|shellapi|shlobj|tlhelp32|windows|winsock2|ws2tcpip)\.h", "system"),
     (r"[a-z_0-9]+|(?:assert|ctype|errno|float|inttypes|limits|locale|math|setjmp|signal|stdarg|stddef|stdint|stdio"
      r"|stdlib|string|time|wchar)\.h", "std"),
