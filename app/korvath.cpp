@@ -73,6 +73,8 @@ Korvath::Korvath(QWidget* parent)
 
 Korvath::~Korvath() {
     qApp->removeEventFilter(this);
+    delete replay_timer;
+    replay_timer = nullptr;
     delete m_statusVideo;
     delete m_statusLink;
     delete m_statPane;
@@ -128,6 +130,7 @@ void Korvath::initFirstStage() {
     m_tip2 = makeTip(this, 120);
 
     buildConfiguredParts();
+    buildRecording();
     buildPulse();
     connectConnectionDialog();
     m_parts->fields->fillCombos(config());
@@ -202,6 +205,7 @@ void Korvath::applyTheme(int theme) {
 // afterwards.
 void Korvath::retranslate() {
     m_parts->sei->retranslate();
+    m_parts->recorder->retranslate();
     m_parts->panes->rebuildPageSelectors();
     ui->retranslateUi(this);
     m_parts->strip->retranslate();
@@ -268,6 +272,9 @@ void Korvath::closeEvent(QCloseEvent* e) {
     m_parts->channel1->stopCheck();
     // Sound may be waiting for its device, which closing its stream would wait for in turn.
     m_parts->sound->closeGate();
+    m_parts->recorder->close();
+    m_parts->notices->close();
+    m_parts->replay->close();
     m_parts->presenter->closeStreams();
     m_parts->sound->stop();
     m_parts->presenter->dropPictures();

@@ -19,6 +19,7 @@
 #include "video/picture_owner.h"
 
 class MyAppConfig;
+class MyCompNotifyDlg;
 class MyTipDialog;
 class MyTransDlg;
 class PlayerSettingsDlg;
@@ -29,6 +30,7 @@ class QMapWidget;
 class QMyEvent;
 class QMyPlotDlg;
 class QPushButton;
+class QTimer;
 class QToolButton;
 class common_dlg;
 struct FrameParcel;
@@ -116,6 +118,8 @@ public:
     void refreshStatus();
     // View mode 0 to 3: window 1, window 2, side by side, one above the other.
     void applyViewMode(int mode);
+    // Begins a recording of a stream; format 1 MP4, 0 raw. 0, or -1 when its directory cannot be made.
+    int RecAvi(int handle, int format);
 
 public slots:
     void OnFileSettings();
@@ -133,8 +137,16 @@ public slots:
     void OnOpenVideo2();
     void RefreshSerialPortList();
     void OpenSerialPort();
+    void OnOpenAviFile();
+    void OnRecordVideo();
+    void OnSingleSnap();
+    void OnStartReplay();
+    void OnStopReplay();
+    void OnReplayRefreshTimeout();
     void on_action_telemetry_info();
     void on_action_connection();
+    void OnContSnapEnd(const QString& path);
+    void OnRecAviEnd();
     void OnNetControlUdpChanged(bool checked);
     void on_btn_setting_telemetry_info();
     void on_frame_sel_changed(bool checked);
@@ -185,6 +197,7 @@ private:
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
     void buildParts();
     void buildConfiguredParts();
+    void buildRecording();
     void buildPulse();
     void connectWindow();
     void connectConnectionDialog();
@@ -200,17 +213,21 @@ private:
     void drainEvents();
     void onCommandButtonDown(QMyEvent* e);
     void onCommandButtonUp(QMyEvent* e);
+    void onReplayStart(QMyEvent* e);
+    void onReplayEnd(QMyEvent* e);
     void onTelemetry(QMyEvent* e);
     void onLinkFrame(QMyEvent* e);
     void onInsFrame(QMyEvent* e);
     void onVideoFrame(QMyEvent* e);
     void onNavBlock(QMyEvent* e);
     void passOn(QMyEvent* e);
+    bool onRecSplitTimer();
     bool onFrameTimer();
     bool onTick();
     bool onPeriodTick();
     bool onNavTick();
     bool onStopTimer();
+    bool onBlinkTimer();
     bool onPaneTimer();
     bool onVideoCheckTimer();
     void followHover(QEvent* e);
@@ -270,6 +287,12 @@ private:
     bool m_videoAlive = false;
     int m_frameTimer = 0;
     float m_showFps = 0.0F;
+    int record_seconds = 0;
+    QString record_dir, record_file, snap_dir, snap_file;
+    MyCompNotifyDlg* snap_notice = nullptr;
+    MyCompNotifyDlg* rec_notice = nullptr;
+    QTimer* replay_timer = nullptr;
+    std::int64_t replay_left_ms = 0;
     std::unique_ptr<Ui::connection> ui_connection;
     int frame_width = 1920, frame_height = 1080;
     QAudioOutput* audio_output = nullptr;  // see video/channel_sound.h for the threads of these two

@@ -98,6 +98,16 @@ void Korvath::passOn(QMyEvent* /*e*/) {}
 
 void Korvath::onCommandButtonDown(QMyEvent* e) { m_parts->commands->pressed(e->sender); }
 void Korvath::onCommandButtonUp(QMyEvent* e) { m_parts->commands->released(e->sender); }
+void Korvath::onReplayStart(QMyEvent* /*e*/) {
+    if (m_parts->replay != nullptr) {
+        m_parts->replay->onStarted();
+    }
+}
+void Korvath::onReplayEnd(QMyEvent* /*e*/) {
+    if (m_parts->replay != nullptr) {
+        m_parts->replay->onEnded();
+    }
+}
 void Korvath::onTelemetry(QMyEvent* e) { m_parts->intake->takeRecord(*e); }
 void Korvath::onLinkFrame(QMyEvent* e) { m_parts->intake->takeReply(*e); }
 void Korvath::onInsFrame(QMyEvent* e) { m_parts->intake->takeInsFrame(*e); }
@@ -174,11 +184,13 @@ struct Korvath::TimerRow {
 
 void Korvath::timerEvent(QTimerEvent* e) {
     static constexpr TimerRow kRows[] = {
+        {&Korvath::m_recSplitTimer, &Korvath::onRecSplitTimer},
         {&Korvath::m_frameTimer, &Korvath::onFrameTimer},
         {&Korvath::m_tickTimer, &Korvath::onTick},
         {&Korvath::m_periodTimer, &Korvath::onPeriodTick},
         {&Korvath::m_navTimer, &Korvath::onNavTick},
         {&Korvath::m_stopTimer, &Korvath::onStopTimer},
+        {&Korvath::m_blinkTimer, &Korvath::onBlinkTimer},
         {&Korvath::m_paneTimer, &Korvath::onPaneTimer},
         {&Korvath::m_videoCheckTimer, &Korvath::onVideoCheckTimer},
     };
@@ -193,6 +205,14 @@ void Korvath::timerEvent(QTimerEvent* e) {
     }
 }
 
+bool Korvath::onRecSplitTimer() {
+    m_parts->recorder->onSplitTimer();
+    return true;
+}
+bool Korvath::onBlinkTimer() {
+    m_parts->recorder->onBlinkTimer();
+    return true;
+}
 bool Korvath::onFrameTimer() {
     m_parts->presenter->onFrameTimer();
     return true;

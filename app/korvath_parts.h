@@ -3,8 +3,8 @@
 
 #include <memory>
 
-#include "app/floating_panes.h"
 #include "app/korvath.h"
+#include "app/panes/floating_panes.h"
 #include "forms/connection_form.h"
 #include "forms/main_form.h"
 #include "forms/sei_form.h"
@@ -19,9 +19,13 @@
 #include "telemetry/status_pages.h"
 #include "video/block_stream.h"
 #include "video/channel_sound.h"
+#include "video/completion_notices.h"
 #include "video/drag_marks.h"
 #include "video/frozen_frame.h"
 #include "video/picture_presenter.h"
+#include "video/recorder.h"
+#include "video/replay.h"
+#include "video/stills.h"
 #include "video/stream_panel.h"
 #include "video/video_channel.h"
 #include "widgets/title_strip.h"
@@ -52,4 +56,8 @@ struct Korvath::Parts {
     std::unique_ptr<StreamPanel> streams;
     std::unique_ptr<VideoChannel> channel1;
     std::unique_ptr<VideoChannel> channel2;
+    std::unique_ptr<CompletionNotices> notices;
+    std::unique_ptr<Recorder> recorder;
+    std::unique_ptr<Stills> stills;
+    std::unique_ptr<Replay> replay;
 };

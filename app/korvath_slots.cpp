@@ -111,6 +111,18 @@ void Korvath::OnOpenVideo1_manual() {
     OnOpenVideo1();
 }
 void Korvath::OnOpenVideo2() { slot(__func__).channel2->toggle(); }
+int Korvath::RecAvi(int handle, int format) { return m_parts->recorder->begin(handle, format); }
+void Korvath::OnRecordVideo() { slot(__func__).recorder->onAction(); }
+void Korvath::OnSingleSnap() { slot(__func__).stills->takeSingle(); }
+void Korvath::OnContSnapEnd(const QString& path) {
+    snap_file = path;
+    slot(__func__).notices->showSnapshot();
+}
+void Korvath::OnRecAviEnd() { slot(__func__).notices->showRecording(); }
+void Korvath::OnOpenAviFile() { slot(__func__).replay->onAction(); }
+void Korvath::OnStartReplay() { slot(__func__).replay->onPlayButton(); }
+void Korvath::OnStopReplay() { slot(__func__).replay->onStopButton(); }
+void Korvath::OnReplayRefreshTimeout() { slot(__func__).replay->onTick(); }
 void Korvath::on_btn_setting_telemetry_info() { takeTypedData(*slot(__func__).telemetry_form, m_navBlock); }
 
 void Korvath::on_frame_sel_changed(bool checked) { slot(__func__).fields->showServoMode(checked); }

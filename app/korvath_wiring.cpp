@@ -6,6 +6,7 @@
 #include "pulse/connection_groups.h"
 #include "settings/player_settings_dlg.h"
 #include "telemetry/link_callbacks.h"
+#include "video/replay_panel.h"
 #include "widgets/common_dlg.h"
 
 // Parts that live from the constructor on; the settings do not exist yet.
@@ -79,6 +80,38 @@ void Korvath::buildConfiguredParts() {
         ChannelFields{playing2, recording2, snapping2, no_signal2}, actions);
 }
 
+void Korvath::buildRecording() {
+    Parts& p = *m_parts;
+    const auto clock = [&p] { return p.sender->local_clock(); };
+    const auto handle1 = [&p] { return p.channel1->handle(); };
+    const auto handle2 = [&p] { return p.channel2->handle(); };
+    p.notices = std::make_unique<CompletionNotices>(
+        *this, NoticeFields{snap_notice, rec_notice, snap_dir, snap_file, record_dir, record_file});
+    p.recorder = std::make_unique<Recorder>(
+        *this,
+        Recorder::Channels{RecordedChannel{playing1, recording1, snapping1, m_tip1, handle1},
+                           RecordedChannel{playing2, recording2, snapping2, m_tip2, handle2}},
+        RecorderFields{m_recSplitTimer, m_blinkTimer, record_seconds, record_dir, record_file, m_replayState},
+        RecorderControls{*ui->action_ctrlRec, *p.sei_form->record_raw}, config(),
+        RecorderActions{clock, [this] { placeTips(); }, [this] { refreshStatus(); },
+                        [this] { OnRecAviEnd(); }});
+    p.stills = std::make_unique<Stills>(
+        Stills::Channels{PicturedChannel{playing1, handle1}, PicturedChannel{playing2, handle2}}, snap_dir,
+        config(), StillsActions{clock, [this](const QString& path) { OnContSnapEnd(path); }});
+    p.replay = std::make_unique<Replay>(
+        ReplayParts{*ui->action_fileOpenAvi, *ui->videoWin1, *p.presenter, *this},
+        ReplayFields{m_replayState, replay_timer, replay_left_ms, playing1, recording1, m_panePlayCtrl},
+        ReplayActions{[this] { return chooseRecording(*this, config().default_video_saving_directory); },
+                      [this] { refuseReplay(*this); },
+                      [this] { m_parts->streams->showOpen(playing1, playing2); },
+                      [this] { m_parts->panes->placeReplayPanel(); }, [this] { refreshStatus(); },
+                      [this] { activateWindow(); }, [this] { return m_settings->decoderValue(); },
+                      [this] { OnReplayRefreshTimeout(); }});
+    const auto* panel = static_cast<ReplayPanel*>(m_panePlayCtrl);
+    connect(panel->m_btnPlay, &QPushButton::clicked, this, &Korvath::OnStartReplay);
+    connect(panel->m_btnStop, &QPushButton::clicked, this, &Korvath::OnStopReplay);
+}
+
 void Korvath::buildPulse() {
     Parts& p = *m_parts;
     p.pulse = std::make_unique<PulseBoard>(
@@ -106,6 +139,11 @@ void Korvath::connectWindow() {
     };
     onAction(ui->action_connection, &Korvath::on_action_connection);
     onAction(ui->action_fileSettings, &Korvath::OnFileSettings);
+    onAction(ui->action_fileOpenAvi, &Korvath::OnOpenAviFile);
+    onAction(ui->action_ctrlRec, &Korvath::OnRecordVideo);
+    onAction(ui->action_ctrlSingleSnap, &Korvath::OnSingleSnap);
+    // Full screen hides the tool bars, and hidden bars hold no shortcuts.
+    addActions({ui->action_ctrlRec, ui->action_ctrlSingleSnap});
     onAction(ui->action_videoWin1, &Korvath::OnClickedVideoWin1);
     onAction(ui->action_videoWin2, &Korvath::OnClickedVideoWin2);
     onAction(ui->action_videoWinLR, &Korvath::OnClickedVideoWinLR);

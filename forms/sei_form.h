@@ -10,4 +10,5 @@ struct SeiForm {
     QToolButton* close_button = ui.toolButton;
     QGridLayout* left_column = ui.grid_1;  // both empty: filled from the table of fields
     QGridLayout* right_column = ui.grid_2;
+    QPushButton* record_raw = ui.pushButton;
 };

@@ -43,6 +43,7 @@ LAW = {
     "video_face": row("video", "base events widgets video_core", "Qt"),
     "input_face": row("input", "base events widgets", "Qt"),
     "forms": row("forms", "widgets video_face input_face", "Qt"),
+    "panes": row("app/panes", "forms widgets", "Qt"),
     "link": row("link", f"{FLOORS} link_core oskel", "Qt QtNetwork QtSerialPort"),
     "telemetry": row("telemetry", f"{FLOORS} telemetry_core oskel", "Qt"),
     "pulse": row("pulse", f"{FLOORS} pulse_core", "Qt"),
@@ -93,7 +94,7 @@ HEADERS = [
     (r"(?:gst|gio|glib)/.*|glib(?:-object|-unix)?\.h", "GStreamer"),
     (r"x26[45]\.h", "encoders"),
     (r"X11/.*", "X11"),
-    (r"(?:arpa|linux|net|netinet|sys)/.*|(?:dlfcn|elf|fcntl|ifaddrs|link|netdb|poll|pthread|pty|pwd|sched|termios"
+    (r"(?:arpa|linux|net|netinet|sys)/.*|(?:dlfcn|elf|fcntl|iconv|ifaddrs|link|netdb|poll|pthread|pty|pwd|sched|termios"
      r"|ucontext|unistd)\.h|(?:dbghelp|psapi|shellapi|shlobj|tlhelp32|windows|winsock2|ws2tcpip)\.h", "system"),
     (r"[a-z_0-9]+|(?:assert|ctype|errno|float|inttypes|limits|locale|math|setjmp|signal|stdarg|stddef|stdint|stdio"
      r"|stdlib|string|time|wchar)\.h", "std"),

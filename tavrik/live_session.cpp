@@ -74,7 +74,7 @@ SharedParameters soundParameters(AVCodecID codec) {
 
 LiveSession::LiveSession(LiveCallbacks callbacks, DecoderKind decoder, Options options)
     : m_callbacks(std::move(callbacks)),
-      m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); },
+      m_bytes([this](const AccessUnitPtr& unit) { onPicture(unit); },
               [this](int type, const Stamp& stamp, const std::uint8_t* data, std::size_t size) {
                   onTsAudio(type, stamp, data, size);
               }),
@@ -107,10 +107,26 @@ void LiveSession::stopAll() {
         m_stopChanged.notify_all();
     }
     m_queue.close();
+    m_recorder.stop();
+    m_stills.stop();
     const std::lock_guard<std::mutex> lock(m_audioMutex);
     if (m_audio != nullptr) {
         m_audio->stop();
     }
+}
+
+void LiveSession::captureBegin(const std::string& path, bool mp4) {
+    if (!m_recorderRuns.exchange(true)) {
+        m_recorderRuns = m_workers.start([self = shared_from_this()] { self->m_recorder.run(); });
+    }
+    m_recorder.begin(path, mp4);
+}
+
+void LiveSession::stillBegin(const std::string& path) {
+    if (!m_stillsRun.exchange(true)) {
+        m_stillsRun = m_workers.start([self = shared_from_this()] { self->m_stills.run(); });
+    }
+    m_stills.take(path);
 }
 
 void LiveSession::pause(int ms) {
@@ -145,6 +161,7 @@ void LiveSession::onVideo(const VideoPiece& piece, const SharedParameters& forma
 
 void LiveSession::onSound(const SoundPiece& piece, const SharedParameters& format) {
     if (AudioDecoder* decoder = audio()) {
+        m_recorder.sound(piece, format);
         decoder->push(piece, format);
     }
 }
@@ -159,6 +176,7 @@ void LiveSession::onTsAudio(int stream_type, const Stamp& stamp, const std::uint
             m_tsSound = soundParameters(codec);
         }
         if (m_tsSound != nullptr) {
+            m_recorder.sound({data, size, stamp, false}, m_tsSound);
             decoder->push({data, size, stamp, false}, m_tsSound);
         }
     }
@@ -233,20 +251,39 @@ void LiveSession::take(const Chunk& chunk) {
 }
 
 void LiveSession::takePiece(const Chunk& chunk) {
-    if (chunk.format != m_format) {
-        finish();
-        m_format = chunk.format;
-        m_decoder.close();
-        m_packets.emplace(codecOf(m_format->codec_id),
-                          [this](const AccessUnitPtr& unit) { onPicture(unit->codec, *unit); });
+    const bool changed = chunk.format != m_format;
+    if (changed) {
+        followFormat(chunk);
     }
     if (chunk.after_loss) {
         m_packets->lost();
+    }
+    if (changed) {
+        pushDescribedSets(chunk.stamp);
     }
     m_packets->stamp(chunk.stamp);
     m_packets->push(chunk.data.data(), chunk.data.size());
     if (chunk.ends_picture) {
         m_packets->endOfPicture();
+    }
+}
+
+void LiveSession::followFormat(const Chunk& chunk) {
+    finish();
+    m_format = chunk.format;
+    m_decoder.close();
+    m_packets.emplace(codecOf(m_format->codec_id), [this](const AccessUnitPtr& unit) { onPicture(unit); });
+}
+
+// Parameter sets that stand in the session's description may come in the stream never: a recording needs them
+// with the pictures.
+void LiveSession::pushDescribedSets(const Stamp& stamp) {
+    const std::uint8_t* const sets = m_format->extradata;
+    const int size = m_format->extradata_size;
+    const bool annex_b = size > 4 && sets[0] == 0 && sets[1] == 0 && sets[2] <= 1;
+    if (annex_b && codecOf(m_format->codec_id) != Codec::kOther) {
+        m_packets->stamp({kNoTime, kNoTime, stamp.arrival});
+        m_packets->push(sets, static_cast<std::size_t>(size));
     }
 }
 
@@ -257,10 +294,13 @@ void LiveSession::finish() {
     m_bytes.finish();
 }
 
-void LiveSession::onPicture(Codec codec, const AccessUnit& unit) {
+void LiveSession::onPicture(const AccessUnitPtr& shared) {
     if (m_stopped) {
         return;
     }
+    const AccessUnit& unit = *shared;
+    const Codec codec = unit.codec;
+    m_recorder.picture(shared, idOf(codec, m_format.get()), m_format);
     m_rate.addBytes(nowUs(), unit.size());
     if (m_format == nullptr) {
         m_sync.pictureReceived(unit.stamp.pts);
@@ -347,6 +387,7 @@ bool LiveSession::ensureDecoder(Codec codec) {
 }
 
 void LiveSession::onFrame(AVFrame* frame) {
+    m_stills.shown(frame);
     if (!m_inFlight.track(frame)) {
         return;
     }

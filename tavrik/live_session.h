@@ -1,4 +1,5 @@
-// A live stream: one thread receives, one puts pictures together and decodes, one plays sound.
+// A live stream: one thread receives, one puts pictures together and decodes, one plays sound, one each
+// writes recordings and stills.
 #pragma once
 
 #include <atomic>
@@ -13,9 +14,11 @@
 #include "tavrik/chunk_queue.h"
 #include "tavrik/frames_in_flight.h"
 #include "tavrik/rate_counter.h"
+#include "tavrik/recorder.h"
 #include "tavrik/session.h"
 #include "tavrik/sound_sync.h"
 #include "tavrik/source.h"
+#include "tavrik/still_taker.h"
 #include "tavrik/tavrik.h"
 #include "tavrik/video_decoder.h"
 #include "tavrik/worker_group.h"
@@ -35,6 +38,10 @@ public:
     // False if the system gives no threads; then nothing runs.
     bool start(std::unique_ptr<Source> source);
     void close() override;
+    void captureBegin(const std::string& path, bool mp4) override;
+    void captureEnd() override { m_recorder.end(); }
+    void stillBegin(const std::string& path) override;
+    void stillEnd() override { m_stills.cancel(); }
     CallbackGate& gate() { return m_gate; }
 
 private:
@@ -51,10 +58,12 @@ private:
     void decodeLoop();
     void take(const Chunk& chunk);
     void takePiece(const Chunk& chunk);
+    void followFormat(const Chunk& chunk);
+    void pushDescribedSets(const Stamp& stamp);
     void finish();
     int silenceMs() const;
     void onSilence();
-    void onPicture(Codec codec, const AccessUnit& unit);
+    void onPicture(const AccessUnitPtr& unit);
     void passSei(Codec codec, const AccessUnit& unit);
     bool admit(const AccessUnit& unit);
     void beginAnew();
@@ -78,6 +87,11 @@ private:
     std::mutex m_audioMutex;
     std::shared_ptr<AudioDecoder> m_audio;
     SoundSync m_sync;
+
+    Recorder m_recorder;
+    std::atomic<bool> m_recorderRuns{false};
+    StillTaker m_stills;
+    std::atomic<bool> m_stillsRun{false};
 
     // Of the decoding thread alone.
     ByteStream m_bytes;

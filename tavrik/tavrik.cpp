@@ -12,6 +12,7 @@
 #include "tavrik/decoder_list.h"
 #include "tavrik/live_session.h"
 #include "tavrik/network_source.h"
+#include "tavrik/path_text.h"
 #include "tavrik/pull_source.h"
 #include "tavrik/rtsp_source.h"
 
@@ -36,6 +37,15 @@ public:
     std::shared_ptr<Session> find(int handle) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_sessions.find(handle);
+        return found != m_sessions.end() ? found->second : nullptr;
+    }
+    // The pull where the handle is not open.
+    std::shared_ptr<Session> findOrPull(int handle) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        auto found = m_sessions.find(handle);
+        if (found == m_sessions.end()) {
+            found = m_sessions.find(m_pull);
+        }
         return found != m_sessions.end() ? found->second : nullptr;
     }
     std::shared_ptr<Session> take(int handle) {
@@ -223,10 +233,30 @@ void ClipHooks(ReplayHook on_replay_start, ReplayHook on_replay_end) {
 
 std::int32_t ClipLengthMs() { return Registry::instance().clipLength(); }
 
-// Recording and stills come with the recording subsystem; until then these do nothing.
-void captureBegin(const char*, int, int) {}
-void captureEnd(int) {}
-void StillBegin(int, const char*, int, int, const char*) {}
-void StillEnd(int) {}
+void captureBegin(const char* path, int handle, int format) {
+    const std::shared_ptr<Session> session = Registry::instance().findOrPull(handle);
+    if (session != nullptr && path != nullptr && *path != '\0') {
+        session->captureBegin(path, format == 1);
+    }
+}
+
+void captureEnd(int handle) {
+    if (const std::shared_ptr<Session> session = Registry::instance().findOrPull(handle)) {
+        session->captureEnd();
+    }
+}
+
+void StillBegin(int handle, const char*, int, int, const char* path) {
+    const std::shared_ptr<Session> session = Registry::instance().findOrPull(handle);
+    if (session != nullptr && path != nullptr && *path != '\0') {
+        session->stillBegin(utf8FromGbk(path));
+    }
+}
+
+void StillEnd(int handle) {
+    if (const std::shared_ptr<Session> session = Registry::instance().findOrPull(handle)) {
+        session->stillEnd();
+    }
+}
 
 }  // namespace tavrik

@@ -56,10 +56,20 @@ void feedClose(int handle);
 void feedHold(int handle);
 void feedResume(int handle);
 
-// Recording of an open stream to `path`; format 1 MP4, 0 raw elementary stream.
+// The four below act on the pull where the handle is not open, and on nothing where there is none. They
+// return at once; what happens to a file is a line on the standard error output. Records the stream as it
+// comes to `path` (UTF-8, its directory exists), begun anew if it exists. format 1: MP4, with the sound that
+// MP4 takes where the stream hands out sound; 0: the elementary stream in Annex B. The file begins with the
+// group of pictures in memory, else with the next key picture. While another file is being recorded, or has
+// ended less than 50 ms ago, that one goes on until the next key picture, where the new one begins; its own
+// path again changes nothing. The recording ends with captureEnd, feedClose, a change of the coding, or an
+// error of the disk: what an MP4 file has by then plays.
 void captureBegin(const char* path, int handle, int format);
 void captureEnd(int handle);
+// The picture shown last, or the first to come, as a JPEG file at its full size. path: GBK; directories that
+// are missing are made.
 void StillBegin(int handle, const char* directory, int reserved, int count, const char* path);
+// Forgets stills that wait for a first picture.
 void StillEnd(int handle);
 
 // Replays a recorded file at its own pace. Returns a handle above 0, or 0 on failure.

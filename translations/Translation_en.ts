@@ -2,6 +2,25 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US" sourcelanguage="zh_CN">
     <context>
+        <name>CompNotifyDlgUi</name>
+        <message>
+            <source>提示</source>
+            <translation>Note</translation>
+        </message>
+        <message>
+            <source>录像文件已经生成。</source>
+            <translation>The recording has been written.</translation>
+        </message>
+        <message>
+            <source>打开目录</source>
+            <translation>Open folder</translation>
+        </message>
+        <message>
+            <source>打开文件</source>
+            <translation>Open file</translation>
+        </message>
+    </context>
+    <context>
         <name>CommonPage</name>
         <message>
             <source>软解码</source>
@@ -49,6 +68,18 @@
     </context>
     <context>
         <name>Korvath</name>
+        <message>
+            <source>选择录像文件</source>
+            <translation>Choose a recording</translation>
+        </message>
+        <message>
+            <source>请先关闭视频流！</source>
+            <translation>Close the video stream first!</translation>
+        </message>
+        <message>
+            <source>提示</source>
+            <translation>Note</translation>
+        </message>
         <message>
             <source>视频1已连接  </source>
             <translation>Video 1 connected  </translation>
@@ -577,20 +608,8 @@
     <context>
         <name>KorvathClass</name>
         <message>
-            <source>单次抓图（此版本尚未提供）</source>
-            <translation>Snapshot (not in this version)</translation>
-        </message>
-        <message>
-            <source>开始录像（此版本尚未提供）</source>
-            <translation>Record (not in this version)</translation>
-        </message>
-        <message>
             <source>地图（此版本尚未提供）</source>
             <translation>Map (not in this version)</translation>
-        </message>
-        <message>
-            <source>打开录像（此版本尚未提供）</source>
-            <translation>Recordings (not in this version)</translation>
         </message>
         <message>
             <source>实时数据分析（此版本尚未提供）</source>
@@ -2342,6 +2361,10 @@ mode</translation>
         <message>
             <source>录制视频流</source>
             <translation>Record stream</translation>
+        </message>
+        <message>
+            <source>停止录制</source>
+            <translation>Stop recording</translation>
         </message>
     </context>
     <context>

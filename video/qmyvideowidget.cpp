@@ -36,8 +36,13 @@ void QMyVideoWidget::setOwner(PictureOwner* picture_owner) {
 bool QMyVideoWidget::streamOpen() const { return owner != nullptr && owner->noSignalTest(window_id); }
 
 void QMyVideoWidget::streamStateChanged() {
-    setAttribute(Qt::WA_PaintOnScreen, streamOpen());
+    setAttribute(Qt::WA_PaintOnScreen, streamOpen() || m_replaying);
     update();
+}
+
+void QMyVideoWidget::setReplaying(bool on) {
+    m_replaying = on;
+    streamStateChanged();
 }
 
 // Null keeps Qt's backing store off the window, so that the last picture stays when pictures stop coming.
@@ -46,7 +51,7 @@ QPaintEngine* QMyVideoWidget::paintEngine() const {
 }
 
 void QMyVideoWidget::paintEvent(QPaintEvent* /*e*/) {
-    if (streamOpen()) {
+    if (streamOpen() || m_replaying) {
         return;
     }
     const QString text = QStringLiteral("No Signal");

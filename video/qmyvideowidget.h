@@ -31,6 +31,8 @@ public:
     void endMiddle();
     // To be called whenever the owner's no-signal state of this window has changed.
     void streamStateChanged();
+    // A recording plays here: its picture stands until the end, also while it is paused.
+    void setReplaying(bool on);
     // A picture of that many pixels, before scaling, has been drawn here: clicks are converted with it.
     // Before the first one the owner's size counts.
     void pictureDrawn(const QSize& size_of_picture) {
@@ -68,6 +70,7 @@ private:
     HoldWatch m_dragWatch{*this, [this] { endDrag(); }};
     HoldWatch m_middleWatch{*this, [this] { endMiddle(); }};
     bool m_middleHeld = false;
+    bool m_replaying = false;
     QSize m_pictureSize;
     QSize m_drawnOn;
     QFont font;

@@ -57,6 +57,8 @@ public:
                  const FirstChannel* first = nullptr);
     ~VideoChannel() override;
 
+    // What the stream library gave for the last stream on this widget; 0 for none yet.
+    int handle() const;
     // Opens a closed channel and closes an open one.
     void toggle();
     // Ends the check; nothing for channel 2.
@@ -70,7 +72,6 @@ private:
     void openStream();
     void opened();
     void close();
-    int handle() const;
 
     int m_number;
     ChannelParts m_parts;

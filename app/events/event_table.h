@@ -12,8 +12,8 @@
 #define SORVANE_EVENTS(X)                                                                              \
     X(EVT_CMD_BTN_DOWN, 1000, Sent, onCommandButtonDown)                                               \
     X(EVT_CMD_BTN_UP, 1001, Sent, onCommandButtonUp)                                                   \
-    X(EVT_REPLAY_START, 1002, Plain, passOn)                                                           \
-    X(EVT_REPLAY_END, 1003, Plain, passOn)                                                             \
+    X(EVT_REPLAY_START, 1002, Plain, onReplayStart)                                                    \
+    X(EVT_REPLAY_END, 1003, Plain, onReplayEnd)                                                        \
     X(EVT_TELEMETRY, 1004, Block, onTelemetry)     /* 60-byte TelemetryRecord */                       \
     X(EVT_TELEMETRY_ALT, 1005, Block, onTelemetry) /* nothing raises it */                             \
     X(EVT_PLAY_FAIL, 1006, Plain, passOn)          /* nobody handles it */                             \

@@ -1,5 +1,5 @@
 // The floating panes on a bare window with the form.
-#include "app/floating_panes.h"
+#include "app/panes/floating_panes.h"
 
 #include <gtest/gtest.h>
 

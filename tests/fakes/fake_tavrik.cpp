@@ -57,15 +57,26 @@ void feedClose(int handle) {
 }
 void feedHold(int handle) { note("hold", handle); }
 void feedResume(int handle) { note("resume", handle); }
-void captureBegin(const char* /*path*/, int handle, int /*format*/) { note("captureBegin", handle); }
+void captureBegin(const char* path, int handle, int format) {
+    state().captures.push_back({path, handle, format});
+    note("captureBegin", handle);
+}
 void captureEnd(int handle) { note("captureEnd", handle); }
-void StillBegin(int handle, const char* /*directory*/, int /*reserved*/, int /*count*/,
-                const char* /*path*/) {
+void StillBegin(int handle, const char* directory, int reserved, int count, const char* path) {
+    state().stills.push_back({handle, directory, reserved, count, path});
     note("StillBegin", handle);
 }
 void StillEnd(int handle) { note("StillEnd", handle); }
-int clipOpen(const char* /*path*/, FrameCallback /*on_frame*/, std::uint8_t /*decoder*/) { return 0; }
-void ClipHooks(ReplayHook /*on_replay_start*/, ReplayHook /*on_replay_end*/) {}
-std::int32_t ClipLengthMs() { return 0; }
+int clipOpen(const char* path, FrameCallback on_frame, std::uint8_t decoder) {
+    state().clips.push_back({path, decoder, std::move(on_frame)});
+    note("clip", state().clip_handle);
+    return state().clip_handle;
+}
+void ClipHooks(ReplayHook on_replay_start, ReplayHook on_replay_end) {
+    state().on_replay_start = on_replay_start;
+    state().on_replay_end = on_replay_end;
+    state().calls.emplace_back("hooks");
+}
+std::int32_t ClipLengthMs() { return state().clip_length_ms; }
 
 }  // namespace tavrik

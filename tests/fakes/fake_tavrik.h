@@ -29,14 +29,41 @@ struct Pull {
     tavrik::ReadCallback on_read;
 };
 
+struct Capture {
+    std::string path;
+    int handle = 0;
+    int format = 0;
+};
+
+struct Still {
+    int handle = 0;
+    std::string directory;
+    int reserved = 0;
+    int count = 0;
+    std::string path;
+};
+
+struct Clip {
+    std::string path;
+    int decoder = 0;
+    tavrik::FrameCallback on_frame;
+};
+
 struct State {
     int decoders = 1;     // what list_decoders returns
     int next_handle = 1;  // what the next feedOpen returns; counts on while above 0
     std::vector<Open> opens;
     std::vector<Pull> pulls;
+    std::vector<Capture> captures;
+    std::vector<Still> stills;
+    std::vector<Clip> clips;
+    int clip_handle = 0;  // what clipOpen returns
+    std::int32_t clip_length_ms = 0;
+    tavrik::ReplayHook on_replay_start = nullptr;
+    tavrik::ReplayHook on_replay_end = nullptr;
     // Runs inside feedClose, where the library waits for its threads.
     std::function<void()> at_close;
-    // In the order of the calls: "open 1", "close 1", "captureEnd 1", "StillEnd 1", "pull".
+    // In the order of the calls: "open 1", "close 1", "captureEnd 1", "StillEnd 1", "pull", "clip 5".
     std::vector<std::string> calls;
 };
 

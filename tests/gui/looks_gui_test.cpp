@@ -13,6 +13,8 @@
 #include "looks.h"
 #include "telemetry_fixture.h"
 #include "tests/telemetry/sei_by_hand.h"
+#include "video/my_comp_notify_dlg.h"
+#include "video/my_tip_dialog.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_message_box.h"
 
@@ -241,6 +243,36 @@ protected:
         modal("directory_chooser", [this] { in().m_settings()->ui->btn_recSaveDirChange->click(); });
     }
 
+    // What floats over the picture while it records and while a recording plays. White on what is under it:
+    // the styles of tips and bar are fixed, so that only the notices are measured.
+    void recording() {
+        in().record_file() =
+            "/home/operator/missions/2026/a flight along the coast/record/20260309/070502_2.mp4";
+        in().m_tip1()->setSnapping(true);
+        in().m_tip1()->setRecording(true);
+        in().m_tip1()->setText("record 01:65:07");
+        in().m_tip1()->move(ui().videoWin1->mapToGlobal(QPoint(600, 5)));
+        in().m_tip1()->show();
+        in().m_replayState() = 1;
+        in().m_panePlayCtrl()->show();
+        window->placePanes();
+        window->OnRecAviEnd();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(in().rec_notice(), 10000));
+        QSet<const QWidget*> seen;
+        measure(in().rec_notice(), "notice_recording", &seen);
+        saveScreen("recording");
+        in().rec_notice()->hide();
+        window->OnContSnapEnd("/home/operator/snapshots/20260309/070502_1.jpg");
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(in().snap_notice(), 10000));
+        measure(in().snap_notice(), "notice_snapshot", &seen);
+        saveScreen("snapshot");
+        in().snap_notice()->hide();
+        in().m_tip1()->hide();
+        in().m_panePlayCtrl()->hide();
+        in().m_replayState() = 0;
+        window->refreshStatus();
+    }
+
     void everything(const Look& look) {
         choose(look);
         if (HasFatalFailure()) {
@@ -251,8 +283,10 @@ protected:
         dialog(in().m_telemetryDlg(), "telemetry_info");
         dialog(in().m_seiDlg(), "sei");
         settings();
+        recording();
         messageBox();
         chooser();
+        modal("recording_chooser", [this] { ui().action_fileOpenAvi->trigger(); });
     }
 
     Look m_look = {};

@@ -1,15 +1,11 @@
 // Sound beside the picture over RTSP: its encodings, and that it keeps with the picture.
 #include <gtest/gtest.h>
 
-extern "C" {
-#include <libavutil/channel_layout.h>
-}
-
 #include <cmath>
-#include <cstring>
 
 #include "receiver.h"
 #include "rtsp_server.h"
+#include "tone.h"
 
 namespace tavrik::test {
 namespace {
@@ -52,71 +48,6 @@ Bytes latm(const Bytes& frame) {
 // RFC 4184 4.1.1, one whole frame
 Bytes ac3(const Bytes& frame) { return behind({0, 1}, frame); }
 
-void setSample(AVFrame* frame, int channel, int index, double value) {
-    const int channels = frame->ch_layout.nb_channels;
-    switch (frame->format) {
-        case AV_SAMPLE_FMT_FLTP:
-            reinterpret_cast<float*>(frame->data[channel])[index] = static_cast<float>(value);
-            break;
-        case AV_SAMPLE_FMT_S16P:
-            reinterpret_cast<std::int16_t*>(frame->data[channel])[index] =
-                static_cast<std::int16_t>(value * 32767);
-            break;
-        default:
-            reinterpret_cast<std::int16_t*>(frame->data[0])[index * channels + channel] =
-                static_cast<std::int16_t>(value * 32767);
-            break;
-    }
-}
-
-// A tone of 1 kHz at half of full scale, a frame at a time.
-class Tone {
-public:
-    explicit Tone(const Encoding& with) : m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {
-        const AVCodec* encoder = avcodec_find_encoder_by_name(with.encoder);
-        m_context.reset(avcodec_alloc_context3(encoder));
-        m_context->sample_fmt = encoder->sample_fmts[0];
-        m_context->sample_rate = with.rate;
-        m_context->bit_rate = 96000;
-        av_channel_layout_default(&m_context->ch_layout, with.channels);
-        // Raw AAC frames; the configuration is in the session description.
-        m_context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-        EXPECT_GE(avcodec_open2(m_context.get(), encoder, nullptr), 0) << with.encoder;
-        m_frame->format = m_context->sample_fmt;
-        m_frame->nb_samples = m_context->frame_size > 0 ? m_context->frame_size : with.rate / 50;
-        m_frame->sample_rate = with.rate;
-        av_channel_layout_default(&m_frame->ch_layout, with.channels);
-        EXPECT_GE(av_frame_get_buffer(m_frame.get(), 0), 0);
-    }
-    int rate() const { return m_context->sample_rate; }
-    std::int64_t samples() const { return m_samples; }
-    // Empty while the encoder holds its first frames back.
-    Bytes next() {
-        av_frame_make_writable(m_frame.get());
-        for (int i = 0; i < m_frame->nb_samples; ++i) {
-            const double phase = 2 * M_PI * 1000 * static_cast<double>(m_samples + i) / rate();
-            for (int c = 0; c < m_frame->ch_layout.nb_channels; ++c) {
-                setSample(m_frame.get(), c, i, 0.5 * std::sin(phase));
-            }
-        }
-        m_frame->pts = m_samples;
-        m_samples += m_frame->nb_samples;
-        avcodec_send_frame(m_context.get(), m_frame.get());
-        Bytes out;
-        if (avcodec_receive_packet(m_context.get(), m_packet.get()) >= 0) {
-            out.assign(m_packet->data, m_packet->data + m_packet->size);
-            av_packet_unref(m_packet.get());
-        }
-        return out;
-    }
-
-private:
-    CodecContextPtr m_context;
-    FramePtr m_frame;
-    PacketPtr m_packet;
-    std::int64_t m_samples = 0;
-};
-
 class RtspEncodings : public testing::TestWithParam<Encoding> {};
 
 TEST_P(RtspEncodings, AreHeard) {
@@ -128,7 +59,7 @@ TEST_P(RtspEncodings, AreHeard) {
     settings.sound_marker = std::string(with.encoder) == "aac";
     RtspServer server(settings);
     TestEncoder encoder(EncoderSettings{});
-    Tone tone(with);
+    Tone tone(with.encoder, with.rate, with.channels);
     Receiver receiver;
     const int handle =
         feedOpen(server.url().c_str(), 0, receiver.onFrame(), receiver.onAudio(), "", true, "", nullptr, 1);

@@ -1,4 +1,4 @@
-#include "app/floating_panes.h"
+#include "app/panes/floating_panes.h"
 
 #include <QMainWindow>
 #include <QTabWidget>

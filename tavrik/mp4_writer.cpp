@@ -1,0 +1,216 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+
+#include "tavrik/capture_clock.h"
+#include "tavrik/capture_writer.h"
+#include "tavrik/mp4_muxer.h"
+#include "tavrik/parameter_sets.h"
+#include "tavrik/sound_track.h"
+#include "tavrik/unit_reader.h"
+
+namespace tavrik {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+// Pictures that wait in memory for the next piece on the disk.
+constexpr auto kLongestPiece = milliseconds(1000);
+constexpr std::size_t kLargestPiece = 8u << 20;
+// So much of the file's beginning waits for sound that the stream is known to have.
+constexpr auto kWaitForSound = seconds(2);
+constexpr std::int64_t kUsualTicks = 3600;
+// Sound that is off by less simply goes on.
+constexpr auto kMostDriftMs = 100;
+
+class Mp4Writer : public CaptureWriter {
+public:
+    explicit Mp4Writer(CaptureFormat format)
+        : m_format(std::move(format)), m_reader(m_format.codec, m_format.sets) {}
+
+    bool open(const std::string& path) override {
+        m_path = path;
+        return m_muxer.open(path);
+    }
+    bool picture(const AccessUnitPtr& unit) override;
+    bool sound(const SoundChunkPtr& chunk) override;
+    bool finish() override;
+    const std::string& error() const override { return m_muxer.error(); }
+
+private:
+    struct Picture {
+        AccessUnitPtr unit;
+        UnitFacts facts;
+        CaptureTimes times;
+    };
+
+    bool endsRun(const Picture& next) const;
+    bool flush(bool last);
+    bool begin();
+    bool write();
+    bool writeSound();
+    std::optional<std::int64_t> placeOf(const SoundFrame& frame);
+
+    CaptureFormat m_format;
+    UnitReader m_reader;
+    std::string m_path;
+    Mp4Muxer m_muxer;
+    CaptureClock m_clock;
+    SoundTrack m_track;
+    std::vector<Picture> m_run;    // since the last flush
+    std::vector<Picture> m_timed;  // with their times, not given to the muxer yet
+    std::vector<SoundFrame> m_sound;
+    std::size_t m_runBytes = 0;
+    bool m_first = true;
+    int m_width = 0, m_height = 0;
+    std::int64_t m_soundAt = -1;  // where the next frame of sound goes, in samples; -1: nowhere yet
+    std::int64_t m_step = kUsualTicks;
+};
+
+bool Mp4Writer::picture(const AccessUnitPtr& unit) {
+    Picture next{unit, m_reader.read(*unit), {}};
+    if (m_first) {
+        m_width = next.facts.width;
+        m_height = next.facts.height;
+    } else if (m_timed.empty() && m_run.size() == 1 && !m_muxer.begun() &&
+               needsPicturesBeforeKey(unit->codec, unit->data(), unit->size())) {
+        // Nobody could decode it here; it stands in the file before.
+        return true;
+    }
+    m_first = false;
+    if (endsRun(next) && !flush(false)) {
+        return false;
+    }
+    m_runBytes += unit->size();
+    m_run.push_back(std::move(next));
+    return true;
+}
+
+// A run ends where everything behind it is shown after all that is in it.
+bool Mp4Writer::endsRun(const Picture& next) const {
+    if (m_run.empty()) {
+        return false;
+    }
+    if (next.facts.key) {
+        return true;
+    }
+    const bool due = next.unit->stamp.arrival - m_run.front().unit->stamp.arrival >= kLongestPiece ||
+                     m_runBytes >= kLargestPiece;
+    return due && std::all_of(m_run.begin(), m_run.end(), [&](const Picture& p) {
+               return p.facts.has_order && next.facts.has_order ? p.facts.order < next.facts.order
+                                                                : p.unit->stamp.pts <= next.unit->stamp.pts;
+           });
+}
+
+bool Mp4Writer::sound(const SoundChunkPtr& chunk) {
+    const std::string refusal = m_track.push(*chunk, m_sound);
+    if (!refusal.empty()) {
+        std::fprintf(stderr, "tavrik: capture %s: %s\n", m_path.c_str(), refusal.c_str());
+    }
+    if (m_muxer.begun() && !m_muxer.hasSound() && !m_sound.empty()) {
+        m_sound.clear();
+    }
+    return true;
+}
+
+bool Mp4Writer::flush(bool last) {
+    std::vector<CaptureClock::Picture> pictures;
+    for (const Picture& picture : m_run) {
+        pictures.push_back({picture.unit->stamp, picture.facts.order, picture.facts.has_order});
+    }
+    const std::vector<CaptureTimes> times = m_clock.run(pictures);
+    for (std::size_t i = 0; i < m_run.size(); ++i) {
+        m_run[i].times = times[i];
+        m_timed.push_back(std::move(m_run[i]));
+    }
+    m_run.clear();
+    m_runBytes = 0;
+    if (m_timed.empty()) {
+        return true;
+    }
+    if (!m_muxer.begun()) {
+        const auto held = m_timed.back().unit->stamp.arrival - m_timed.front().unit->stamp.arrival;
+        const bool sound_comes =
+            m_format.sound_expected && m_track.parameters() == nullptr && !m_track.refused();
+        if (sound_comes && !last && held < kWaitForSound) {
+            return true;
+        }
+        if (!begin()) {
+            return false;
+        }
+    }
+    return write() && m_muxer.flush();
+}
+
+bool Mp4Writer::begin() {
+    Mp4Muxer::Video video{m_format.codec, m_width, m_height, m_format.sets.data(), m_format.sets.size()};
+    if (m_format.sets.empty() && m_format.parameters != nullptr) {
+        video.extradata = m_format.parameters->extradata;
+        video.extradata_size = static_cast<std::size_t>(m_format.parameters->extradata_size);
+    }
+    return m_muxer.begin(video, m_track.parameters());
+}
+
+bool Mp4Writer::write() {
+    for (std::size_t i = 0; i < m_timed.size(); ++i) {
+        const Picture& picture = m_timed[i];
+        if (i + 1 < m_timed.size()) {
+            m_step = m_timed[i + 1].times.dts - picture.times.dts;
+        }
+        const bool key = picture.facts.key || picture.unit->file_can_begin;
+        if (!m_muxer.picture(picture.unit->data(), picture.unit->size(), picture.times, m_step, key)) {
+            return false;
+        }
+    }
+    m_timed.clear();
+    return writeSound();
+}
+
+bool Mp4Writer::writeSound() {
+    for (const SoundFrame& frame : m_sound) {
+        if (!m_muxer.hasSound()) {
+            break;
+        }
+        const std::optional<std::int64_t> at = placeOf(frame);
+        if (!at) {
+            continue;
+        }
+        if (!m_muxer.sound(frame.data, *at, frame.samples)) {
+            return false;
+        }
+        m_soundAt = *at + std::max(frame.samples, 1);
+    }
+    m_sound.clear();
+    return true;
+}
+
+// None for sound that lies before the file, or before sound that is there already.
+std::optional<std::int64_t> Mp4Writer::placeOf(const SoundFrame& frame) {
+    const std::int64_t rate = m_track.parameters()->sample_rate;
+    const std::int64_t told = m_clock.sound(frame.stamp);
+    if (told == kNoTime) {
+        return m_soundAt >= 0 ? std::optional(m_soundAt) : std::nullopt;
+    }
+    const std::int64_t at = av_rescale(told, rate, 90000);
+    if (m_soundAt < 0) {
+        return at >= 0 ? std::optional(at) : std::nullopt;
+    }
+    const std::int64_t drift = at - m_soundAt;
+    const std::int64_t most = rate * kMostDriftMs / 1000;
+    if (drift >= -most && drift <= most) {
+        return m_soundAt;
+    }
+    return drift > 0 ? std::optional(at) : std::nullopt;
+}
+
+bool Mp4Writer::finish() { return flush(true) && m_muxer.finish(); }
+
+}  // namespace
+
+std::unique_ptr<CaptureWriter> makeMp4Writer(CaptureFormat format) {
+    return std::make_unique<Mp4Writer>(std::move(format));
+}
+
+}  // namespace tavrik

@@ -1,0 +1,288 @@
+// What recording, pictures and replay leave on the disk: two real streams with a number in each picture,
+// their files read by the system's own tools.
+#include <QDirIterator>
+#include <QFileDialog>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTimerEvent>
+#include <atomic>
+#include <thread>
+
+#include "korvath_fixture.h"
+#include "tests/tavrik/rtsp_server.h"
+#include "widgets/my_trans_dlg.h"
+
+namespace {
+
+namespace stream_test = tavrik::test;
+
+constexpr int kBits = 16;
+constexpr int kBlock = 16;
+constexpr int kPeriodMs = 40;
+
+// A camera on loopback: numbered pictures, a key picture every ten.
+class Camera {
+public:
+    explicit Camera(tavrik::Codec codec) : m_server(settings(codec)), m_encoder(encoderSettings(codec)) {
+        m_thread = std::thread([this] { run(); });
+    }
+    ~Camera() {
+        m_stop = true;
+        m_thread.join();
+    }
+    QString url() const { return QString::fromStdString(m_server.url()); }
+    int sent() const { return m_sent; }
+
+private:
+    static stream_test::RtspServer::Settings settings(tavrik::Codec codec) {
+        stream_test::RtspServer::Settings result;
+        result.codec = codec;
+        return result;
+    }
+    static stream_test::EncoderSettings encoderSettings(tavrik::Codec codec) {
+        stream_test::EncoderSettings result;
+        result.codec = codec;
+        return result;
+    }
+    void run() {
+        const auto start = std::chrono::steady_clock::now();
+        for (int number = 0; !m_stop; ++number) {
+            m_server.sendPicture(m_encoder.encode(number), static_cast<std::uint32_t>(number * 3600));
+            m_sent = number;
+            std::this_thread::sleep_until(start + std::chrono::milliseconds(kPeriodMs) * (number + 1));
+        }
+    }
+
+    stream_test::RtspServer m_server;
+    stream_test::TestEncoder m_encoder;
+    std::atomic<bool> m_stop{false};
+    std::atomic<int> m_sent{-1};
+    std::thread m_thread;
+};
+
+// The number in a grey picture; -1 where its two rows contradict.
+int numberIn(const uchar* picture, int width) {
+    const auto white = [&](int bit, int row) {
+        return picture[(row * kBlock + kBlock / 2) * width + bit * kBlock + kBlock / 2] > 128;
+    };
+    int number = 0;
+    for (int bit = 0; bit < kBits; ++bit) {
+        if (white(bit, 0) == white(bit, 1)) {
+            return -1;
+        }
+        number = number * 2 + (white(bit, 0) ? 1 : 0);
+    }
+    return number;
+}
+
+QByteArray outputOf(const QString& program, const QStringList& arguments) {
+    QProcess process;
+    process.start(program, arguments);
+    EXPECT_TRUE(process.waitForFinished(120000));
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(process.readAllStandardError(), "") << arguments.join(' ').toStdString();
+    return process.readAllStandardOutput();
+}
+
+// Of every picture that decodes, in the order shown.
+std::vector<int> numbersIn(const QString& path) {
+    const QByteArray pixels = outputOf("ffmpeg", {"-v", "error", "-i", path, "-vsync", "passthrough", "-f",
+                                                  "rawvideo", "-pix_fmt", "gray", "pipe:1"});
+    constexpr int kSize = stream_test::kWidth * stream_test::kHeight;
+    EXPECT_EQ(pixels.size() % kSize, 0);
+    std::vector<int> numbers;
+    for (int at = 0; at + kSize <= pixels.size(); at += kSize) {
+        numbers.push_back(
+            numberIn(reinterpret_cast<const uchar*>(pixels.constData()) + at, stream_test::kWidth));
+    }
+    return numbers;
+}
+
+QJsonObject probed(const QString& path) {
+    return QJsonDocument::fromJson(
+               outputOf("ffprobe", {"-v", "error", "-of", "json", "-show_format", "-show_streams", path}))
+        .object();
+}
+
+void expectInOrder(const std::vector<int>& numbers, const char* what) {
+    ASSERT_FALSE(numbers.empty()) << what;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        ASSERT_EQ(numbers[i], numbers[0] + static_cast<int>(i)) << what << " picture " << i;
+    }
+}
+
+class RecordingFiles : public KorvathTest {
+protected:
+    QString recordBase() const { return folder.filePath("录像"); }
+    QString snapBase() const { return folder.filePath("拍照"); }
+    void open1() const { in().ui_connection()->pushButton_22->click(); }
+    void open2() const { in().ui_connection()->pushButton_23->click(); }
+    QAction* record() const { return ui().action_ctrlRec; }
+    QPushButton* raw() const { return in().ui_sei_info()->pushButton; }
+    void tick(int id) const {
+        ASSERT_NE(id, 0);
+        QTimerEvent e(id);
+        QCoreApplication::sendEvent(window.get(), &e);
+    }
+    void startWithCameras(const QString& base) {
+        start({{"connection/video1_play_address", QStringList{camera1.url()}},
+               {"connection/video2_play_address", camera2.url()},
+               {"dataSave/default_video_saving_directory", base},
+               {"dataSave/default_record_open_directory", snapBase()}});
+        in().m_localClock() = [this] { return now; };
+        open1();
+        open2();
+        ASSERT_TRUE(waitForMorePictures());
+    }
+    QStringList filesUnder(const QString& base, const QString& filter) const {
+        QStringList files;
+        QDirIterator walk(base, {filter}, QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            files << walk.next();
+        }
+        files.sort();
+        return files;
+    }
+    // Each camera has sent some groups more.
+    bool waitForMorePictures() {
+        const int first = camera1.sent() + 25;
+        const int second = camera2.sent() + 25;
+        return waitFor([&] { return camera1.sent() >= first && camera2.sent() >= second; }, 60000);
+    }
+    // No descriptor of this process leads there.
+    static bool isClosed(const QString& path) {
+        const QFileInfoList links = QDir("/proc/self/fd").entryInfoList(QDir::Files | QDir::System);
+        return std::none_of(links.begin(), links.end(),
+                            [&](const QFileInfo& link) { return link.symLinkTarget() == path; });
+    }
+
+    QTemporaryDir folder;
+    sorvane::CalendarTime now{2026, 3, 9, 7, 5, 2, 0};
+    Camera camera1{tavrik::Codec::kH264};
+    Camera camera2{tavrik::Codec::kH265};
+};
+
+TEST_F(RecordingFiles, RollOversLoseNoPictureAndDoubleNone) {
+    startWithCameras(recordBase());
+    record()->trigger();
+    for (int roll_over = 0; roll_over < 3; ++roll_over) {
+        ASSERT_TRUE(waitForMorePictures());
+        now.minute += 10;
+        tick(in().m_recSplitTimer());
+    }
+    ASSERT_TRUE(waitForMorePictures());
+    record()->trigger();
+    for (const auto& [suffix, codec] : {std::pair("2", "h264"), std::pair("3", "hevc")}) {
+        const QStringList files = filesUnder(recordBase(), QStringLiteral("*_%1.mp4").arg(suffix));
+        ASSERT_EQ(files.size(), 4) << suffix;
+        ASSERT_TRUE(waitFor([&] { return isClosed(files.last()); }));
+        std::vector<int> all;
+        for (const QString& file : files) {
+            const QJsonObject description = probed(file);
+            const QJsonObject video = description["streams"].toArray().at(0).toObject();
+            EXPECT_EQ(video["codec_name"].toString(), codec);
+            EXPECT_EQ(video["width"].toInt(), stream_test::kWidth);
+            EXPECT_TRUE(description["format"].toObject()["format_name"].toString().contains("mp4"));
+            const std::vector<int> numbers = numbersIn(file);
+            EXPECT_GE(numbers.size(), 10U) << qPrintable(file);
+            all.insert(all.end(), numbers.begin(), numbers.end());
+        }
+        expectInOrder(all, suffix);
+    }
+}
+
+TEST_F(RecordingFiles, TheRawButtonWritesTheStreamAndGoesOnAsMp4) {
+    startWithCameras(recordBase());
+    raw()->click();
+    ASSERT_TRUE(waitForMorePictures());
+    now.minute += 10;
+    tick(in().m_recSplitTimer());
+    ASSERT_TRUE(waitForMorePictures());
+    raw()->click();
+    for (const char* suffix : {"2", "3"}) {
+        const QStringList raw_files = filesUnder(recordBase(), QStringLiteral("*_%1.dat").arg(suffix));
+        const QStringList mp4_files = filesUnder(recordBase(), QStringLiteral("*_%1.mp4").arg(suffix));
+        ASSERT_EQ(raw_files.size(), 1);
+        ASSERT_EQ(mp4_files.size(), 1);
+        ASSERT_TRUE(waitFor([&] { return isClosed(mp4_files[0]); }));
+        QFile file(raw_files[0]);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray head = file.read(5);
+        EXPECT_TRUE(head.startsWith(QByteArray("\0\0\0\1", 4)) || head.startsWith(QByteArray("\0\0\1", 3)));
+        std::vector<int> all = numbersIn(raw_files[0]);
+        EXPECT_GE(all.size(), 10U);
+        const std::vector<int> rest = numbersIn(mp4_files[0]);
+        all.insert(all.end(), rest.begin(), rest.end());
+        expectInOrder(all, suffix);
+    }
+}
+
+TEST_F(RecordingFiles, AChannelThatClosesLeavesItsFileWhole) {
+    startWithCameras(recordBase());
+    record()->trigger();
+    ASSERT_TRUE(waitForMorePictures());
+    open1();
+    const QStringList files = filesUnder(recordBase(), "*_2.mp4");
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_TRUE(isClosed(files[0])) << "at once";
+    expectInOrder(numbersIn(files[0]), "closed");
+    window->close();
+    const QStringList others = filesUnder(recordBase(), "*_3.mp4");
+    ASSERT_EQ(others.size(), 1);
+    EXPECT_TRUE(isClosed(others[0]));
+    expectInOrder(numbersIn(others[0]), "window closed");
+}
+
+TEST_F(RecordingFiles, PicturesAreAsLargeAsTheStream) {
+    startWithCameras(recordBase());
+    const int before = camera1.sent();
+    ui().action_ctrlSingleSnap->trigger();
+    for (const char* number : {"1", "2"}) {
+        const QString path = snapBase() + QStringLiteral("/20260309/070502_%1.jpg").arg(number);
+        QImage image;
+        ASSERT_TRUE(waitFor([&] { return image.load(path); }, 60000)) << qPrintable(path);
+        EXPECT_EQ(image.size(), QSize(stream_test::kWidth, stream_test::kHeight));
+        const QImage grey = image.convertToFormat(QImage::Format_Grayscale8);
+        const int shown = numberIn(grey.constBits(), grey.bytesPerLine());
+        EXPECT_GE(shown, 0);
+        EXPECT_GE(shown, before - 25) << "a picture of now";
+    }
+}
+
+TEST_F(RecordingFiles, ARecordingPlaysAndGivesItsFileBack) {
+    const QString base = folder.filePath("record");
+    startWithCameras(base);
+    record()->trigger();
+    ASSERT_TRUE(waitForMorePictures());
+    record()->trigger();
+    open1();
+    open2();
+    const QString path = filesUnder(base, "*_2.mp4").value(0);
+    ASSERT_TRUE(isClosed(path));
+    in().frame_width() = 0;
+    QTimer hand;
+    QObject::connect(&hand, &QTimer::timeout, &hand, [&] {
+        if (auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+            chooser->selectFile(path);
+            QMetaObject::invokeMethod(chooser, "accept");
+        }
+    });
+    hand.start(20);
+    ui().action_fileOpenAvi->trigger();
+    hand.stop();
+    ASSERT_TRUE(waitFor([this] { return in().m_replayState() == 1; }));
+    EXPECT_FALSE(isClosed(path));
+    EXPECT_TRUE(in().m_panePlayCtrl()->isVisible());
+    EXPECT_GE(in().replay_left_ms(), 10 * kPeriodMs - kPeriodMs);
+    ASSERT_TRUE(waitFor([this] { return in().frame_width() == stream_test::kWidth; }));
+    ASSERT_TRUE(waitFor([this] { return in().m_replayState() == 0; }, 60000)) << "its end";
+    EXPECT_TRUE(isClosed(path));
+    EXPECT_FALSE(in().m_panePlayCtrl()->isVisible());
+    EXPECT_FALSE(ui().action_fileOpenAvi->isChecked());
+}
+
+}  // namespace
