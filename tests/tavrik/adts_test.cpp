@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace tavrik::test {
 namespace {
 
@@ -10,18 +12,19 @@ using Bytes = std::vector<std::uint8_t>;
 // AAC LC, 48 kHz, stereo, without check sum: 0xFFF, version 0, layer 0, no CRC; profile 1, rate 3,
 // channels 2.
 Bytes frame(std::size_t payload, std::uint8_t fill, bool sum = false) {
-    const std::size_t length = payload + (sum ? 9u : 7u);
-    Bytes out{0xFF,
-              static_cast<std::uint8_t>(sum ? 0xF0 : 0xF1),
-              0x4C,
-              static_cast<std::uint8_t>(0x80 | (length >> 11)),
-              static_cast<std::uint8_t>(length >> 3),
-              static_cast<std::uint8_t>((length << 5) | 0x1F),
-              0xFC};
-    if (sum) {
-        out.insert(out.end(), {0x12, 0x34});
-    }
-    out.insert(out.end(), payload, fill);
+    const std::size_t head = sum ? 9 : 7;
+    const std::size_t length = head + payload;
+    const std::uint8_t bytes[] = {0xFF,
+                                  static_cast<std::uint8_t>(sum ? 0xF0 : 0xF1),
+                                  0x4C,
+                                  static_cast<std::uint8_t>(0x80 | (length >> 11)),
+                                  static_cast<std::uint8_t>(length >> 3),
+                                  static_cast<std::uint8_t>((length << 5) | 0x1F),
+                                  0xFC,
+                                  0x12,
+                                  0x34};
+    Bytes out(length, fill);
+    std::copy(bytes, bytes + head, out.begin());
     return out;
 }
 
