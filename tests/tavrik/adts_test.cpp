@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace tavrik::test {
 namespace {
 
@@ -19,9 +21,10 @@ Bytes frame(std::size_t payload, std::uint8_t fill, bool sum = false) {
               static_cast<std::uint8_t>((length << 5) | 0x1F),
               0xFC};
     if (sum) {
-        out.insert(out.end(), {0x12, 0x34});
+        out.push_back(0x12);
+        out.push_back(0x34);
     }
-    out.insert(out.end(), payload, fill);
+    out.resize(length, fill);
     return out;
 }
 
@@ -82,6 +85,22 @@ TEST(Adts, FindsTheNextFrameBehindRubbish) {
     AdtsSplitter other;
     const Bytes bare = frame(0, 0);
     other.push(bare.data(), bare.size(), [&](const AdtsFrame&) { ADD_FAILURE(); });
+}
+
+TEST(AacConfiguration, TellsRateAndChannels) {
+    const auto read = [](const Bytes& bytes) {
+        AacConfiguration out;
+        return readAacConfiguration(bytes.data(), bytes.size(), out)
+                   ? std::to_string(out.sample_rate) + "/" + std::to_string(out.channels)
+                   : "none";
+    };
+    EXPECT_EQ(read({0x11, 0x90}), "48000/2");
+    EXPECT_EQ(read({0x12, 0x08}), "44100/1");
+    // 5 bits of type, 15, 24 bits of rate, 4 bits of channels: 12345, 1.
+    EXPECT_EQ(read({0x17, 0x80, 0x18, 0x1C, 0x88}), "12345/1");
+    EXPECT_EQ(read({0x16, 0x90}), "none");
+    EXPECT_EQ(read({0x11}), "none");
+    EXPECT_EQ(read({}), "none");
 }
 
 }  // namespace

@@ -111,7 +111,7 @@ TEST_P(CaptureWays, ThreeRollOversLoseAndDoubleNothing) {
     const auto name = [&](int n) { return folder / ("clip" + std::to_string(n) + ".mp4"); };
     captureBegin(name(0).c_str(), handle, 1);
     // Amid a group, just before its end and just behind its beginning.
-    const std::size_t rolls[] = {24, 39, 51};
+    const std::size_t rolls[] = {24, 39, 53};
     for (int n = 0; n < 3; ++n) {
         camera.sendUpTo(rolls[n]);
         ASSERT_TRUE(receiver.waitForFrames(shownOf(rolls[n])));
