@@ -1,5 +1,7 @@
 #include "tavrik/adts.h"
 
+#include "tavrik/bit_reader.h"
+
 namespace tavrik {
 namespace {
 
@@ -32,6 +34,21 @@ AdtsFrame frameOf(const std::uint8_t* h, std::size_t length) {
 }
 
 }  // namespace
+
+bool readAacConfiguration(const std::uint8_t* data, std::size_t size, AacConfiguration& out) {
+    constexpr std::uint32_t kEscape = 31, kOwnRate = 15;
+    BitReader r(data, size);
+    if (r.bits(5) == kEscape) {
+        r.skip(6);
+    }
+    const std::uint32_t index = r.bits(4);
+    if (index >= kRateCount && index != kOwnRate) {
+        return false;
+    }
+    out.sample_rate = index == kOwnRate ? static_cast<int>(r.bits(24)) : kRates[index];
+    out.channels = static_cast<int>(r.bits(4));
+    return r.ok() && out.sample_rate > 0;
+}
 
 void AdtsSplitter::push(const std::uint8_t* data, std::size_t size, const Sink& sink) {
     const std::size_t before = m_bytes.size();

@@ -18,6 +18,14 @@ struct AdtsFrame {
     bool begins_in_piece = true;  // false: its header began in the bytes pushed before
 };
 
+struct AacConfiguration {
+    int sample_rate = 0;  // of the coded frames
+    int channels = 0;     // configuration, 0: told elsewhere
+};
+
+// AudioSpecificConfig, ISO/IEC 14496-3 1.6.2.1. False if it is none.
+bool readAacConfiguration(const std::uint8_t* data, std::size_t size, AacConfiguration& out);
+
 // Not thread-safe. Frames come in pieces of any size.
 class AdtsSplitter {
 public:

@@ -10,6 +10,8 @@ constexpr std::int64_t kSecond = 90000;
 // A stream's time that runs ahead of the wall clock by more has jumped.
 constexpr std::int64_t kMostAhead = 5 * kSecond;
 constexpr std::int64_t kLeastStep = kSecond / 1000;
+// Pictures are sent no further out of the order of showing.
+constexpr std::int64_t kMostReordered = kSecond;
 
 std::int64_t ticks(CaptureClock::Clock::duration time) {
     return std::chrono::duration_cast<std::chrono::microseconds>(time).count() * 9 / 100;
@@ -43,7 +45,12 @@ std::vector<std::size_t> orderOfShowing(const std::vector<CaptureClock::Picture>
             return out;
         }
     }
-    if (all([](const auto& p) { return p.stamp.pts != kNoTime; })) {
+    std::int64_t latest = kNoTime;
+    const bool near = all([&](const CaptureClock::Picture& p) {
+        latest = std::max(latest, p.stamp.pts);
+        return p.stamp.pts != kNoTime && latest - p.stamp.pts <= kMostReordered;
+    });
+    if (near) {
         const auto out = sorted(time);
         if (rises(out, time)) {
             return out;

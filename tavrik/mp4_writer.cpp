@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <optional>
+#include <cstdlib>
 
 #include "tavrik/capture_clock.h"
 #include "tavrik/capture_writer.h"
@@ -51,7 +51,7 @@ private:
     bool begin();
     bool write();
     bool writeSound();
-    std::optional<std::int64_t> placeOf(const SoundFrame& frame);
+    bool placeSound(const std::vector<SoundFrame>& frames);
 
     CaptureFormat m_format;
     UnitReader m_reader;
@@ -65,7 +65,9 @@ private:
     std::size_t m_runBytes = 0;
     bool m_first = true;
     int m_width = 0, m_height = 0;
-    std::int64_t m_soundAt = -1;  // where the next frame of sound goes, in samples; -1: nowhere yet
+    bool m_soundPlaced = false;
+    std::int64_t m_soundAt = 0;   // where the next frame of sound goes, in samples
+    std::int64_t m_soundEnd = 0;  // of the sound in the file
     std::int64_t m_step = kUsualTicks;
 };
 
@@ -169,40 +171,49 @@ bool Mp4Writer::write() {
 }
 
 bool Mp4Writer::writeSound() {
-    for (const SoundFrame& frame : m_sound) {
-        if (!m_muxer.hasSound()) {
-            break;
-        }
-        const std::optional<std::int64_t> at = placeOf(frame);
-        if (!at) {
+    std::vector<SoundFrame> frames;
+    frames.swap(m_sound);
+    if (!m_muxer.hasSound() || !placeSound(frames)) {
+        return true;
+    }
+    for (const SoundFrame& frame : frames) {
+        const std::int64_t at = m_soundAt;
+        m_soundAt += frame.samples;
+        // Before the file, or before sound that is there already.
+        if (at < m_soundEnd) {
             continue;
         }
-        if (!m_muxer.sound(frame.data, *at, frame.samples)) {
+        if (!m_muxer.sound(frame.data, at, frame.samples)) {
             return false;
         }
-        m_soundAt = *at + std::max(frame.samples, 1);
+        m_soundEnd = at + std::max(frame.samples, 1);
     }
-    m_sound.clear();
     return true;
 }
 
-// None for sound that lies before the file, or before sound that is there already.
-std::optional<std::int64_t> Mp4Writer::placeOf(const SoundFrame& frame) {
+// Sets where the first of the frames goes; false while that is not known. Single frames' times are told with
+// the line's jitter in them, so that it is the middle one of all that counts.
+bool Mp4Writer::placeSound(const std::vector<SoundFrame>& frames) {
     const std::int64_t rate = m_track.parameters()->sample_rate;
-    const std::int64_t told = m_clock.sound(frame.stamp);
-    if (told == kNoTime) {
-        return m_soundAt >= 0 ? std::optional(m_soundAt) : std::nullopt;
+    std::int64_t at = std::max<std::int64_t>(m_soundAt, 0);
+    std::vector<std::int64_t> drifts;
+    for (const SoundFrame& frame : frames) {
+        const std::int64_t told = m_clock.sound(frame.stamp);
+        if (told != kNoTime) {
+            drifts.push_back(av_rescale(told, rate, 90000) - at);
+        }
+        at += frame.samples;
     }
-    const std::int64_t at = av_rescale(told, rate, 90000);
-    if (m_soundAt < 0) {
-        return at >= 0 ? std::optional(at) : std::nullopt;
+    if (drifts.empty()) {
+        return m_soundPlaced;
     }
-    const std::int64_t drift = at - m_soundAt;
-    const std::int64_t most = rate * kMostDriftMs / 1000;
-    if (drift >= -most && drift <= most) {
-        return m_soundAt;
+    const auto middle = drifts.begin() + static_cast<std::ptrdiff_t>(drifts.size() / 2);
+    std::nth_element(drifts.begin(), middle, drifts.end());
+    if (!m_soundPlaced || std::abs(*middle) > rate * kMostDriftMs / 1000) {
+        m_soundAt += *middle;
     }
-    return drift > 0 ? std::optional(at) : std::nullopt;
+    m_soundPlaced = true;
+    return true;
 }
 
 bool Mp4Writer::finish() { return flush(true) && m_muxer.finish(); }

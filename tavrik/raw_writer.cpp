@@ -14,8 +14,8 @@ public:
         if (!m_begun) {
             m_begun = true;
             ParameterSets own(unit->codec);
-            const bool complete = !own.learn(unit->data(), unit->size()) || own.bytes() != m_format.sets;
-            if (complete && !m_file.append(m_format.sets.data(), m_format.sets.size())) {
+            const bool lacks_sets = !own.learn(unit->data(), unit->size()) || own.bytes() != m_format.sets;
+            if (lacks_sets && !m_file.append(m_format.sets.data(), m_format.sets.size())) {
                 return false;
             }
         }

@@ -95,14 +95,31 @@ void SoundTrack::adts(const SoundChunk& chunk, std::vector<SoundFrame>& frames) 
 }
 
 void SoundTrack::whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames) {
-    if (m_track == nullptr && !begin(*chunk.parameters)) {
+    if (m_track == nullptr && (!begin(*chunk.parameters) || !readConfiguration())) {
+        m_track.reset();
         return;
-    }
-    if (m_track->codec_id == AV_CODEC_ID_AAC && m_track->frame_size == 0) {
-        m_track->frame_size = kAacSamples;
     }
     frames.push_back(frameOf(chunk.data.data(), chunk.data.size(), chunk.stamp.pts, chunk.stamp));
     frames.back().samples = av_get_audio_frame_duration2(m_track.get(), static_cast<int>(chunk.data.size()));
+}
+
+// Receivers know of AAC often no more than its configuration.
+bool SoundTrack::readConfiguration() {
+    AacConfiguration told;
+    if (m_track->codec_id != AV_CODEC_ID_AAC) {
+        return true;
+    }
+    if (m_track->extradata == nullptr ||
+        !readAacConfiguration(m_track->extradata, static_cast<std::size_t>(m_track->extradata_size), told)) {
+        return false;
+    }
+    m_track->sample_rate = told.sample_rate;
+    m_track->frame_size = kAacSamples;
+    if (told.channels > 0) {
+        av_channel_layout_uninit(&m_track->ch_layout);
+        av_channel_layout_default(&m_track->ch_layout, told.channels == 7 ? 8 : told.channels);
+    }
+    return true;
 }
 
 void SoundTrack::parse(const SoundChunk& chunk, std::vector<SoundFrame>& frames) {

@@ -32,6 +32,7 @@ private:
     void whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
     void parse(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
     bool begin(const AVCodecParameters& like);
+    bool readConfiguration();
 
     SharedParameters m_source;  // of the chunks
     ParametersPtr m_track;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <string>
 
 namespace tavrik::test {
 namespace {
@@ -12,19 +12,19 @@ using Bytes = std::vector<std::uint8_t>;
 // AAC LC, 48 kHz, stereo, without check sum: 0xFFF, version 0, layer 0, no CRC; profile 1, rate 3,
 // channels 2.
 Bytes frame(std::size_t payload, std::uint8_t fill, bool sum = false) {
-    const std::size_t head = sum ? 9 : 7;
-    const std::size_t length = head + payload;
-    const std::uint8_t bytes[] = {0xFF,
-                                  static_cast<std::uint8_t>(sum ? 0xF0 : 0xF1),
-                                  0x4C,
-                                  static_cast<std::uint8_t>(0x80 | (length >> 11)),
-                                  static_cast<std::uint8_t>(length >> 3),
-                                  static_cast<std::uint8_t>((length << 5) | 0x1F),
-                                  0xFC,
-                                  0x12,
-                                  0x34};
-    Bytes out(length, fill);
-    std::copy(bytes, bytes + head, out.begin());
+    const std::size_t length = payload + (sum ? 9u : 7u);
+    Bytes out{0xFF,
+              static_cast<std::uint8_t>(sum ? 0xF0 : 0xF1),
+              0x4C,
+              static_cast<std::uint8_t>(0x80 | (length >> 11)),
+              static_cast<std::uint8_t>(length >> 3),
+              static_cast<std::uint8_t>((length << 5) | 0x1F),
+              0xFC};
+    if (sum) {
+        out.push_back(0x12);
+        out.push_back(0x34);
+    }
+    out.resize(length, fill);
     return out;
 }
 
@@ -85,6 +85,22 @@ TEST(Adts, FindsTheNextFrameBehindRubbish) {
     AdtsSplitter other;
     const Bytes bare = frame(0, 0);
     other.push(bare.data(), bare.size(), [&](const AdtsFrame&) { ADD_FAILURE(); });
+}
+
+TEST(AacConfiguration, TellsRateAndChannels) {
+    const auto read = [](const Bytes& bytes) {
+        AacConfiguration out;
+        return readAacConfiguration(bytes.data(), bytes.size(), out)
+                   ? std::to_string(out.sample_rate) + "/" + std::to_string(out.channels)
+                   : "none";
+    };
+    EXPECT_EQ(read({0x11, 0x90}), "48000/2");
+    EXPECT_EQ(read({0x12, 0x08}), "44100/1");
+    // 5 bits of type, 15, 24 bits of rate, 4 bits of channels: 12345, 1.
+    EXPECT_EQ(read({0x17, 0x80, 0x18, 0x1C, 0x88}), "12345/1");
+    EXPECT_EQ(read({0x16, 0x90}), "none");
+    EXPECT_EQ(read({0x11}), "none");
+    EXPECT_EQ(read({}), "none");
 }
 
 }  // namespace

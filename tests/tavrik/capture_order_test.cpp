@@ -5,6 +5,7 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "camera.h"
@@ -166,16 +167,17 @@ TEST_P(CaptureOrder, IsThatOfShowingAcrossARollOver) {
     const int last = GetParam().open_groups ? 2 * kKeys : 2 * kKeys - 1;
     EXPECT_EQ(runOf(numbersOf(m_film.film, a.sums)), "0.." + std::to_string(last));
     std::vector<int> numbers = numbersOf(m_film.film, b.sums);
-    ASSERT_FALSE(numbers.empty());
-    EXPECT_EQ(runOf(numbers), "48.." + std::to_string(numbers.back()));
-    EXPECT_GE(numbers.back(), kCount - 8);
+    // The last ones sent may not have been whole at the close.
+    numbers.resize(std::min<std::size_t>(numbers.size(), kCount - 8 - 48));
+    EXPECT_EQ(runOf(numbers), "48.." + std::to_string(kCount - 9));
     for (const Recording* recording : {&a, &b}) {
         for (std::size_t i = 1; i < recording->times.size(); ++i) {
             const std::int64_t step = recording->times[i] - recording->times[i - 1];
-            if (GetParam().by == By::kRaw) {
-                EXPECT_GT(step, 0);
-            } else {
+            // Over RTSP the receiver makes times of its own where they do not rise.
+            if (GetParam().by == By::kTransport) {
                 EXPECT_EQ(step, 3600) << i;
+            } else {
+                EXPECT_GT(step, 0) << i;
             }
         }
     }

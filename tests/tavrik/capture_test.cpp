@@ -63,6 +63,9 @@ protected:
         const std::string numbers = runOf(numbersOf(film(), recording.sums));
         return recording.trouble.empty() ? numbers : numbers + ", " + recording.trouble;
     }
+    bool isDelimiter(const Bytes& nal) const {
+        return GetParam().codec == Codec::kH265 ? (nal[0] >> 1 & 63) == 35 : (nal[0] & 31) == 9;
+    }
     // Up to the last picture sent, which only silence ends in some forms.
     void expectFrom(std::size_t first, std::size_t sent, const std::string& path) const {
         const std::string begin = std::to_string(first) + "..";
@@ -108,7 +111,7 @@ TEST_P(CaptureWays, ThreeRollOversLoseAndDoubleNothing) {
     const auto name = [&](int n) { return folder / ("clip" + std::to_string(n) + ".mp4"); };
     captureBegin(name(0).c_str(), handle, 1);
     // Amid a group, just before its end and just behind its beginning.
-    const std::size_t rolls[] = {24, 39, 51};
+    const std::size_t rolls[] = {24, 39, 53};
     for (int n = 0; n < 3; ++n) {
         camera.sendUpTo(rolls[n]);
         ASSERT_TRUE(receiver.waitForFrames(shownOf(rolls[n])));
@@ -145,13 +148,21 @@ TEST_P(CaptureWays, RawHoldsTheStreamFromItsParameterSetsOn) {
     std::vector<Bytes> sent;
     for (std::size_t n = 10; n < shownOf(45); ++n) {
         for (const Bytes& nal : nalsOf(film().unit(n))) {
-            sent.push_back(nal);
+            if (!isDelimiter(nal)) {
+                sent.push_back(nal);
+            }
         }
     }
-    std::vector<Bytes> recorded = nalsOf(bytes);
+    // The muxer of the transport stream adds delimiters.
+    std::vector<Bytes> recorded;
+    for (const Bytes& nal : nalsOf(bytes)) {
+        if (!isDelimiter(nal)) {
+            recorded.push_back(nal);
+        }
+    }
     ASSERT_GE(recorded.size(), sent.size());
     recorded.resize(sent.size());
-    EXPECT_EQ(recorded, sent);
+    EXPECT_TRUE(recorded == sent);
     expectFrom(10, 45, path);
 }
 

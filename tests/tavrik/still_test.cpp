@@ -33,11 +33,12 @@ FramePtr jpegIn(const std::string& path) {
 class Stills : public testing::Test {
 protected:
     void open() {
-        m_handle = feedOpen("", m_port, m_receiver.onFrame(), nullptr, "", false, "", nullptr, 1);
-        ASSERT_GT(m_handle, 0);
+        m_handle =
+            feedOpen(m_server.url().c_str(), 0, m_receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+        ASSERT_TRUE(m_server.waitForPlay(kPatienceMs));
     }
     void show(int number) {
-        m_sender.send(muxTransportStream(Codec::kH264, {m_encoder.encode(number)}, true));
+        m_server.sendPicture(m_encoder.encode(number), m_time += 3600);
         ASSERT_TRUE(m_receiver.waitForNumber(number));
     }
     static bool there(const std::string& path) {
@@ -45,8 +46,8 @@ protected:
     }
 
     Folder m_folder{"stills"};
-    int m_port = freeUdpPort();
-    UdpSender m_sender{m_port};
+    RtspServer m_server{{}};
+    std::uint32_t m_time = 0;
     TestEncoder m_encoder{EncoderSettings{Codec::kH264, 640, 480}};
     Receiver m_receiver;
     int m_handle = 0;
