@@ -62,7 +62,8 @@ LAW["sim_world"] = row("simulator/world")
 LAW["sim_pod"] = row("simulator/pod", "sim_world")
 LAW["sim_wire"] = row("simulator/wire", "sim_world sim_pod")
 LAW["sim_mux"] = row("simulator/stream", "sim_world sim_pod sim_wire")
-LAW["sim_stream"] = row("simulator/stream", "sim_world sim_pod sim_wire sim_mux", "GStreamer encoders system")
+LAW["sim_stream"] = row("simulator/stream", "sim_world sim_pod sim_wire sim_mux",
+                        "GStreamer FFmpeg encoders system")
 LAW["sim_control"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream", "system")
 LAW["podsim"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream sim_control", "system")
 HUB = "korvath"

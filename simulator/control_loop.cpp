@@ -214,7 +214,9 @@ void ControlLoop::onConsoleLine(const std::string& line) {
         m_stopping = true;
     } else if (line == "help") {
         std::printf(
-            "fault STREAM.NAME=VALUE | faults | faults clear | disconnect | status | motion | quit\n");
+            "fault STREAM.NAME=VALUE | faults | faults clear | restart N [CODEC] [WxH] | disconnect | status "
+            "| "
+            "motion | quit\n");
     } else if (line == "disconnect") {
         for (auto& each : m_lines) {
             each->transport->hangUp();
@@ -226,6 +228,8 @@ void ControlLoop::onConsoleLine(const std::string& line) {
         std::printf("%s\n", motionText().c_str());
     } else if (line.compare(0, 5, "fault") == 0) {
         onFaultLine(line);
+    } else if (line.compare(0, 8, "restart ") == 0) {
+        onRestartLine(line);
     } else {
         std::printf("no command '%s'; help tells them\n", line.c_str());
     }
@@ -250,6 +254,16 @@ void ControlLoop::onFaultLine(const std::string& line) {
         }
     } else {
         std::printf("no command '%s'; help tells them\n", line.c_str());
+    }
+}
+
+void ControlLoop::onRestartLine(const std::string& line) {
+    int channel = 0;
+    RestartSettings settings;
+    if (!parseRestart(line.substr(8), channel, settings)) {
+        std::printf("restart: a channel, then perhaps h264 or h265 and a size from 512x288 to 1920x1088\n");
+    } else if (m_restart) {
+        m_restart(channel, settings);
     }
 }
 

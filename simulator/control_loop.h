@@ -38,6 +38,10 @@ public:
     void closeLines();
     // A short line about the state, for the console.
     void setStatusText(std::function<std::string()> text) { m_statusText = std::move(text); }
+    // Called on the loop's thread when the restart of a channel's stream is asked for.
+    void setRestart(std::function<void(int channel, const RestartSettings&)> restart) {
+        m_restart = std::move(restart);
+    }
 
 private:
     struct Line {
@@ -53,6 +57,7 @@ private:
     void onConsole();
     void onConsoleLine(const std::string& line);
     void onFaultLine(const std::string& line);
+    void onRestartLine(const std::string& line);
     std::string motionText() const;
     void setFault(const FaultSwitch& fault);
     void faultsChanged();
@@ -71,6 +76,7 @@ private:
     CommandLog m_commandLog;
     std::function<void(const FaultSettings&)> m_onVideoFaults;
     std::function<std::string()> m_statusText;
+    std::function<void(int, const RestartSettings&)> m_restart;
     std::vector<std::unique_ptr<Line>> m_lines;
     std::unique_ptr<Transport> m_ins;
     int m_navSocket = -1;

@@ -69,7 +69,8 @@ PodConfig podConfigOf(const Options& o) {
 
 // The second channel matters only where RTSP or an output of its own shows it.
 bool channelUsed(const Options& o, int index) {
-    return o.rtsp_port != kNoPort || !o.channels[index].ts_to.empty() || !o.channels[index].raw_to.empty();
+    const ChannelOptions& c = o.channels[index];
+    return o.rtsp_port != kNoPort || !c.ts_to.empty() || !c.raw_to.empty() || !c.blocks_to.empty();
 }
 
 std::string videoAddresses(const Options& o, const RtspServer* rtsp) {
@@ -86,8 +87,26 @@ std::string videoAddresses(const Options& o, const RtspServer* rtsp) {
         if (!o.channels[i].raw_to.empty()) {
             text += " raw" + n + "=" + o.channels[i].raw_to;
         }
+        if (!o.channels[i].blocks_to.empty()) {
+            text += " blocks" + n + "=" + o.channels[i].blocks_to;
+        }
     }
     return text;
+}
+
+// What a channel's clip is decides what the channel offers.
+bool adoptClips(Options& o, std::string& error) {
+    for (ChannelOptions& channel : o.channels) {
+        if (channel.clip.empty()) {
+            continue;
+        }
+        const auto clip = ClipSource::open(channel.clip, error);
+        if (!clip) {
+            return false;
+        }
+        clip->adopt(channel.encoder);
+    }
+    return true;
 }
 
 class Program {
@@ -111,6 +130,8 @@ public:
             return fail(error);
         }
         m_loop.setStatusText([this] { return status(); });
+        m_loop.setRestart(
+            [this](int channel, const RestartSettings& settings) { m_channels[channel]->restart(settings); });
         const std::string addresses = m_loop.addresses() + videoAddresses(m_options, m_rtsp.get());
         std::printf("podsim ready%s\n", addresses.c_str());
         std::fflush(stdout);
@@ -137,7 +158,8 @@ private:
         if (m_options.rtsp_port != kNoPort) {
             std::vector<RtspServer::Mount> mounts;
             for (int i = 0; i < kChannels; ++i) {
-                mounts.push_back({"/live/track" + std::to_string(i), m_options.channels[i].encoder.codec});
+                const ChannelOptions& c = m_options.channels[i];
+                mounts.push_back({"/live/track" + std::to_string(i), c.encoder.codec, c.sound});
             }
             m_rtsp =
                 std::make_unique<RtspServer>(std::move(mounts), [this](int i) { m_channels[i]->wake(); });
@@ -219,6 +241,9 @@ int mainProgram(const std::vector<std::string>& arguments) {
     if (options.version) {
         std::printf("podsim %s\n", kVersion);
         return 0;
+    }
+    if (!adoptClips(options, error)) {
+        return fail(error);
     }
     const int signal_fd = openSignals();
     Program program(options);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 
 #include "simulator/stream/transport.h"
 
@@ -61,6 +62,40 @@ bool readEndpoint(Value text, std::string& out) {
 bool readPath(Value text, std::string& out) {
     out = text;
     return !text.empty();
+}
+
+bool readCodec(Value text, Codec& out) {
+    out = text == "h265" ? Codec::kH265 : Codec::kH264;
+    return text == "h264" || text == "h265";
+}
+
+bool readSize(Value text, int& width, int& height) {
+    const std::size_t x = text.find('x');
+    return x != std::string::npos && readInt(text.substr(0, x), 512, 1920, width) &&
+           readInt(text.substr(x + 1), 288, 1088, height) && width % 2 == 0 && height % 2 == 0;
+}
+
+bool readSwitch(Value text, bool& out) {
+    out = text == "on";
+    return text == "on" || text == "off";
+}
+
+// As it is, or "hex:" with two digits a byte.
+bool readBlockHeader(Value text, std::string& out) {
+    constexpr const char* kMark = "hex:";
+    out = text;
+    if (text.compare(0, 4, kMark) == 0) {
+        out.clear();
+        for (std::size_t i = 4; i < text.size(); i += 2) {
+            const std::string digits = text.substr(i, 2);
+            if (digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos ||
+                digits.size() != 2) {
+                return false;
+            }
+            out += static_cast<char>(std::strtol(digits.c_str(), nullptr, 16));
+        }
+    }
+    return out.size() <= kLongestBlockHeader;
 }
 
 bool readPosition(Value text, Options& o) {
@@ -140,23 +175,9 @@ struct ChannelRow {
 
 const ChannelRow kChannelOptions[] = {
     {"--codec", "CODEC", "h264 or h265 (h264)",
-     [](ChannelOptions& c, Value v) {
-         c.encoder.codec = v == "h265" ? Codec::kH265 : Codec::kH264;
-         return v == "h264" || v == "h265";
-     }},
+     [](ChannelOptions& c, Value v) { return readCodec(v, c.encoder.codec); }},
     {"--size", "WxH", "picture size, even, 512x288 to 1920x1088 (0: 1280x720, 1: 640x512)",
-     [](ChannelOptions& c, Value v) {
-         const std::size_t x = v.find('x');
-         int w = 0;
-         int h = 0;
-         if (x == std::string::npos || !readInt(v.substr(0, x), 512, 1920, w) ||
-             !readInt(v.substr(x + 1), 288, 1088, h) || w % 2 || h % 2) {
-             return false;
-         }
-         c.encoder.width = w;
-         c.encoder.height = h;
-         return true;
-     }},
+     [](ChannelOptions& c, Value v) { return readSize(v, c.encoder.width, c.encoder.height); }},
     {"--fps", "N", "pictures a second, 1 to 60 (25)",
      [](ChannelOptions& c, Value v) { return readInt(v, 1, 60, c.encoder.fps); }},
     {"--kbps", "N", "bit rate, 64 to 100000 (0: 4000, 1: 2000)",
@@ -176,6 +197,14 @@ const ChannelRow kChannelOptions[] = {
      [](ChannelOptions& c, Value v) { return readEndpoint(v, c.ts_to); }},
     {"--raw", "ADDRESS:PORT", "send it as raw Annex B over UDP, in datagrams of at most 1400 bytes",
      [](ChannelOptions& c, Value v) { return readEndpoint(v, c.raw_to); }},
+    {"--blocks", "ADDRESS:PORT", "send it as blocks of 256 bytes over UDP, each with the header",
+     [](ChannelOptions& c, Value v) { return readEndpoint(v, c.blocks_to); }},
+    {"--block-header", "TEXT", "that header (0), at most 200 bytes; hex:EB90 for bytes by their numbers",
+     [](ChannelOptions& c, Value v) { return readBlockHeader(v, c.block_header); }},
+    {"--sound", "SWITCH", "on: a tone as AAC beside the pictures, over RTSP and in MPEG-TS (off)",
+     [](ChannelOptions& c, Value v) { return readSwitch(v, c.sound); }},
+    {"--clip", "FILE", "pictures of a recorded file, over and over, in place of the camera's",
+     [](ChannelOptions& c, Value v) { return readPath(v, c.clip); }},
 };
 
 template <std::size_t N>
@@ -287,6 +316,24 @@ bool parseOptions(const std::vector<std::string>& arguments, Options& o, std::st
     return true;
 }
 
+bool parseRestart(const std::string& text, int& channel, RestartSettings& settings) {
+    std::istringstream words(text);
+    std::string word;
+    if (!(words >> word) || !readInt(word, 0, kChannels - 1, channel)) {
+        return false;
+    }
+    settings = {};
+    while (words >> word) {
+        Codec codec = Codec::kH264;
+        if (readCodec(word, codec)) {
+            settings.codec = codec;
+        } else if (!readSize(word, settings.width, settings.height)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string helpText() {
     std::string text =
         "podsim - a simulated pod: answers on a control line, flies, steers its cameras, tracks, and serves\n"
@@ -315,6 +362,8 @@ std::string helpText() {
         "While it runs, podsim reads commands from its standard input, one a line:\n"
         "  fault FAULT      switch a fault, for instance: fault telemetry.loss=0.2\n"
         "  faults           tell the faults that are on;  faults clear  switches them all off\n"
+        "  restart N [h264|h265] [WxH]\n"
+        "                   channel N's stream begins anew, with another codec or picture size\n"
         "  disconnect       hang up on a station connected over TCP\n"
         "  status           tell what the pod is doing\n"
         "  motion           tell what moves by hand: rates, zoom, focus\n"
@@ -333,6 +382,8 @@ std::string helpText() {
         "      control and inertial unit on serial ports /tmp/pod and /tmp/ins\n"
         "  podsim --codec0 h265 --size0 640x512 --raw0 127.0.0.1:8001 --ts1 127.0.0.1:14001\n"
         "      H.265 raw over UDP for the first channel, MPEG-TS for the second\n"
+        "  podsim --rtsp-port off --blocks0 127.0.0.1:8001 --block-header0 hex:EB90\n"
+        "      blocks of 256 bytes that begin with EB 90\n"
         "  podsim --fault telemetry.loss=0.1 --fault telemetry.delay=80 --event-log pod.log --duration 60\n"
         "      one minute on a bad line, recorded\n";
     return text;

@@ -50,6 +50,8 @@ struct Options {
 
 // Reads the arguments behind the program's name. False with a reason in `error`; `options` is then half read.
 bool parseOptions(const std::vector<std::string>& arguments, Options& options, std::string& error);
+// "0 h265 640x512": a channel, then perhaps a codec and a picture size. False when it is none.
+bool parseRestart(const std::string& text, int& channel, RestartSettings& settings);
 std::string helpText();
 
 }  // namespace podsim

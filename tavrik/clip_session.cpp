@@ -1,26 +1,56 @@
 #include "tavrik/clip_session.h"
 
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "tavrik/stamp.h"
+
 namespace tavrik {
 namespace {
 
 constexpr auto kCallbackPatience = std::chrono::seconds(2);
 constexpr auto kThreadPatience = std::chrono::milliseconds(900);
-// A gap in the time stamps longer than this is no pause to sit through.
-constexpr std::int64_t kLongestGapUs = 10000000;
-
 std::int64_t sinceEpochUs(Clock::time_point at) {
     return std::chrono::duration_cast<std::chrono::microseconds>(at.time_since_epoch()).count();
+}
+
+// Ends FFmpeg's reading and searching once a replay is stopped.
+int stopRequested(void* stopped) { return static_cast<const std::atomic<bool>*>(stopped)->load() ? 1 : 0; }
+
+// A picture on the sleeve of a sound file is no video.
+bool isFilm(const AVStream& stream) { return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0; }
+
+std::chrono::nanoseconds usualStep(const AVStream& stream) {
+    const AVRational rate = stream.avg_frame_rate;
+    constexpr double kSlowest = 1, kFastest = 240;
+    const double per_second = rate.num > 0 && rate.den > 0 ? av_q2d(rate) : 0;
+    if (per_second < kSlowest || per_second > kFastest) {
+        return std::chrono::milliseconds(40);
+    }
+    return std::chrono::nanoseconds(static_cast<std::int64_t>(1e9 / per_second));
 }
 
 }  // namespace
 
 ClipSession::ClipSession(ClipCallbacks callbacks, DecoderKind decoder)
-    : m_callbacks(std::move(callbacks)), m_decoder(decoder, {}, [this](AVFrame* frame) { onFrame(frame); }) {}
+    : m_callbacks(std::move(callbacks)),
+      m_decoder(decoder, {}, [this](AVFrame* frame) { onFrame(frame); }),
+      m_pace(Clock::now) {}
 
 bool ClipSession::prepare(const std::string& path) {
+    // Opening a pipe or a device would wait for its other end.
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return false;
+    }
+    AVFormatContext* format = avformat_alloc_context();
+    if (format == nullptr) {
+        return false;
+    }
+    format->interrupt_callback = {stopRequested, &m_stopped};
     Dictionary options;
     options.set("protocol_whitelist", "file");
-    AVFormatContext* format = nullptr;
     // The prefix keeps a path with a colon in it from being read as a protocol.
     if (avformat_open_input(&format, ("file:" + path).c_str(), nullptr, options.out()) < 0) {
         return false;
@@ -30,14 +60,19 @@ bool ClipSession::prepare(const std::string& path) {
         return false;
     }
     m_videoIndex = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    if (m_videoIndex < 0) {
+    if (m_videoIndex < 0 || !isFilm(*format->streams[m_videoIndex])) {
         return false;
     }
+    for (unsigned i = 0; i < format->nb_streams; ++i) {
+        format->streams[i]->discard = static_cast<int>(i) == m_videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    }
+    m_pace.setUsualStep(usualStep(*format->streams[m_videoIndex]));
     const AVCodecParameters* parameters = format->streams[m_videoIndex]->codecpar;
     return m_decoder.open(parameters->codec_id, parameters, false);
 }
 
-bool ClipSession::start() {
+bool ClipSession::start(std::function<void()> on_done) {
+    m_onDone = std::move(on_done);
     return m_workers.start([self = shared_from_this()] { self->playLoop(); });
 }
 
@@ -58,27 +93,14 @@ void ClipSession::close() {
 
 void ClipSession::hold() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_held) {
-        return;
-    }
-    m_held = true;
-    m_heldSince = Clock::now();
+    m_pace.hold();
     m_changed.notify_all();
 }
 
 void ClipSession::resume() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_held) {
-        return;
-    }
-    m_held = false;
-    m_zero += Clock::now() - m_heldSince;
+    m_pace.resume();
     m_changed.notify_all();
-}
-
-bool ClipSession::stopped() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_stopped;
 }
 
 void ClipSession::playLoop() {
@@ -86,16 +108,20 @@ void ClipSession::playLoop() {
         m_callbacks.on_start();
     }
     const PacketPtr packet(av_packet_alloc());
-    while (packet != nullptr && !stopped() && av_read_frame(m_format.get(), packet.get()) >= 0) {
+    while (packet != nullptr && !m_stopped && av_read_frame(m_format.get(), packet.get()) >= 0) {
         if (packet->stream_index == m_videoIndex) {
             m_rate.addBytes(sinceEpochUs(Clock::now()), static_cast<std::size_t>(packet->size));
             m_decoder.decode(packet.get());
         }
         av_packet_unref(packet.get());
     }
-    if (!stopped()) {
+    if (!m_stopped) {
         m_decoder.drain();
     }
+    // Whoever never closes the handle of a replay that has ended shall not hold its file.
+    m_decoder.close();
+    m_format.reset();
+    m_onDone();
     if (m_callbacks.on_end != nullptr) {
         m_callbacks.on_end();
     }
@@ -104,7 +130,8 @@ void ClipSession::playLoop() {
 void ClipSession::onFrame(AVFrame* frame) {
     const AVRational base = m_format->streams[m_videoIndex]->time_base;
     const std::int64_t pts = frame->best_effort_timestamp;
-    const std::int64_t at_us = pts == AV_NOPTS_VALUE ? 0 : av_rescale_q(pts, base, AVRational{1, 1000000});
+    const std::int64_t at_us =
+        pts == AV_NOPTS_VALUE ? kNoTime : av_rescale_q(pts, base, AVRational{1, 1000000});
     if (!waitUntilDue(at_us) || m_inFlight.full() || !m_inFlight.track(frame)) {
         return;
     }
@@ -120,29 +147,15 @@ void ClipSession::onFrame(AVFrame* frame) {
 // False when the replay ends first.
 bool ClipSession::waitUntilDue(std::int64_t position_us) {
     std::unique_lock<std::mutex> lock(m_mutex);
-    if (!m_hasFirstPts) {
-        m_hasFirstPts = true;
-        m_firstPtsUs = position_us;
-        m_zero = m_held ? m_heldSince : Clock::now();
-    }
-    const auto offset = std::chrono::microseconds(position_us - m_firstPtsUs);
-    if (!m_held && m_zero + offset > Clock::now() + std::chrono::microseconds(kLongestGapUs)) {
-        m_zero = Clock::now() - offset;
-    }
-    for (;;) {
-        if (m_stopped) {
-            return false;
+    m_pace.next(position_us);
+    while (!m_stopped && !m_pace.isDue()) {
+        if (m_pace.held()) {
+            m_changed.wait(lock);
+        } else {
+            m_changed.wait_until(lock, m_pace.due());
         }
-        if (m_held) {
-            m_changed.wait(lock, [this] { return m_stopped || !m_held; });
-            continue;
-        }
-        const Clock::time_point due = m_zero + offset;
-        if (Clock::now() >= due) {
-            return true;
-        }
-        m_changed.wait_until(lock, due, [this] { return m_stopped || m_held; });
     }
+    return !m_stopped;
 }
 
 }  // namespace tavrik

@@ -5,6 +5,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <utility>
 
 #include "tavrik/address.h"
 #include "tavrik/clip_session.h"
@@ -119,6 +121,21 @@ std::unique_ptr<Source> makeSource(const char* url, int port, const std::string&
     return std::make_unique<DatagramSource>(*address);
 }
 
+// Latin-1 is the first 256 code points.
+std::string utf8OfLatin1(const char* text) {
+    std::string out;
+    for (; *text != '\0'; ++text) {
+        const auto c = static_cast<unsigned char>(*text);
+        if (c < 0x80) {
+            out += *text;
+        } else {
+            out += static_cast<char>(0xC0 | c >> 6);
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return out;
+}
+
 void closeHandle(int handle) {
     if (const std::shared_ptr<Session> session = Registry::instance().take(handle)) {
         session->close();
@@ -212,12 +229,13 @@ int clipOpen(const char* path, FrameCallback on_frame, std::uint8_t decoder) {
         Registry& registry = Registry::instance();
         const auto session =
             std::make_shared<ClipSession>(registry.clipCallbacks(std::move(on_frame)), decoderKind(decoder));
-        if (!session->prepare(path)) {
+        if (!session->prepare(utf8OfLatin1(path))) {
             return 0;
         }
         registry.setClipLength(session->lengthMs());
         const int handle = registry.add(session);
-        if (session->start()) {
+        // A replay that has ended is no open handle any more: it would stand between a close and the pull.
+        if (session->start([&registry, handle] { registry.take(handle); })) {
             return handle;
         }
         registry.take(handle);

@@ -72,8 +72,12 @@ void StillBegin(int handle, const char* directory, int reserved, int count, cons
 // Forgets stills that wait for a first picture.
 void StillEnd(int handle);
 
-// Replays a recorded file at its own pace. Returns a handle above 0, or 0 on failure.
+// Replays a recorded file at its own pace. `path` is Latin-1, so a file of another name cannot be replayed.
+// Returns a handle above 0, or 0 on failure. A replay that ends by itself closes its file, and its handle
+// with it.
 int clipOpen(const char* path, FrameCallback on_frame, std::uint8_t decoder);
+// Both are called once a replay that clipOpen begins from now on, on a thread of its own; the second also
+// after feedClose. Null: none.
 void ClipHooks(ReplayHook on_replay_start, ReplayHook on_replay_end);
 // Duration of the file opened last by clipOpen, in milliseconds; 0 if none.
 std::int32_t ClipLengthMs();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "simulator/pod/renderer.h"
 #include "simulator/pod/text.h"
@@ -30,27 +31,45 @@ Channel::~Channel() { stop(); }
 
 bool Channel::start(RtspServer* rtsp, std::string& error) {
     m_rtsp = rtsp;
-    m_encoder = makeEncoder(m_options.encoder, error);
-    if (!m_encoder) {
+    if (!openSource(error) || !openOutputs(error)) {
         return false;
     }
     m_bitrateKbps = m_options.encoder.bitrate_kbps;
-    const auto add = [&](VideoOutput::Form form, const std::string& to) {
+    m_thread = std::thread([this] { run(); });
+    return true;
+}
+
+bool Channel::openSource(std::string& error) {
+    if (!m_options.clip.empty()) {
+        m_clip = ClipSource::open(m_options.clip, error);
+        return m_clip != nullptr;
+    }
+    m_encoder = makeEncoder(m_options.encoder, error);
+    m_renderer = std::make_unique<Renderer>(m_options.encoder.width, m_options.encoder.height, m_index);
+    m_renderer->setNumberPlace(m_options.number_place);
+    return m_encoder != nullptr;
+}
+
+bool Channel::openOutputs(std::string& error) {
+    if (m_options.sound && (m_soundSource = makeSound(error)) == nullptr) {
+        return false;
+    }
+    using Form = VideoOutput::Form;
+    const std::pair<Form, const std::string&> wanted[] = {{Form::kTransportStream, m_options.ts_to},
+                                                          {Form::kRaw, m_options.raw_to},
+                                                          {Form::kBlocks, m_options.blocks_to}};
+    for (const auto& [form, to] : wanted) {
         if (to.empty()) {
-            return true;
+            continue;
         }
-        auto output = VideoOutput::open(form, m_options.encoder.codec, to, m_seed + m_outputs.size(), error);
+        auto output =
+            VideoOutput::open({form, m_options.encoder.codec, to, m_options.block_header, m_options.sound},
+                              m_seed + m_outputs.size(), error);
         if (!output) {
             return false;
         }
         m_outputs.push_back(std::move(output));
-        return true;
-    };
-    if (!add(VideoOutput::Form::kTransportStream, m_options.ts_to) ||
-        !add(VideoOutput::Form::kRaw, m_options.raw_to)) {
-        return false;
     }
-    m_thread = std::thread([this] { run(); });
     return true;
 }
 
@@ -76,6 +95,49 @@ void Channel::wake() {
 void Channel::setFaults(const FaultSettings& faults) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_faults = faults;
+}
+
+void Channel::restart(const RestartSettings& settings) {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_restart = settings;
+        m_woken = true;
+    }
+    m_changed.notify_all();
+}
+
+void Channel::restartIfAsked() {
+    std::optional<RestartSettings> asked;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        asked.swap(m_restart);
+    }
+    if (!asked) {
+        return;
+    }
+    const EncoderSettings before = m_options.encoder;
+    if (m_clip == nullptr) {
+        m_options.encoder.codec = asked->codec.value_or(before.codec);
+        m_options.encoder.width = asked->width > 0 ? asked->width : before.width;
+        m_options.encoder.height = asked->height > 0 ? asked->height : before.height;
+    }
+    std::string error;
+    const bool done = openSource(error);
+    if (!done) {
+        m_options.encoder = before;
+        openSource(error);
+    }
+    const EncoderSettings& now = m_options.encoder;
+    for (auto& output : m_outputs) {
+        output->restart(now.codec);
+    }
+    if (m_rtsp) {
+        m_rtsp->restart(m_index, now.codec);
+    }
+    m_forceKey = true;
+    m_log.event("restart",
+                formatText("channel=%d codec=%s size=%dx%d done=%d", m_index,
+                           now.codec == Codec::kH265 ? "h265" : "h264", now.width, now.height, done));
 }
 
 bool Channel::wanted() const { return !m_outputs.empty() || (m_rtsp && m_rtsp->watched(m_index)); }
@@ -112,28 +174,39 @@ void Channel::adoptBitrate(int kbps) {
     m_log.event("bitrate", formatText("channel=%d kbps=%d done=%d", m_index, kbps, done ? 1 : 0));
 }
 
-bool Channel::nextPicture(Renderer& renderer, I420Image& image) {
+bool Channel::encodePicture(AccessUnit& unit) {
     const Snapshot state = m_pod.snapshot();
     adoptBitrate(state.encoder_bitrate_kbps);
-    const std::uint32_t number = m_frames;
-    renderer.render(state, number, image);
+    m_renderer->render(state, m_frames, m_image);
     if (m_rtsp && m_rtsp->takeKeyRequest(m_index)) {
         m_forceKey = true;
     }
-
-    m_log.event("frame", formatText("channel=%d number=%u", m_index, number));
-    AccessUnit unit;
-    if (!m_encoder->encode(viewOf(image), m_forceKey, unit)) {
-        m_log.event("encoder-error", formatText("channel=%d number=%u", m_index, number));
+    m_log.event("frame", formatText("channel=%d number=%u", m_index, m_frames.load()));
+    if (!m_encoder->encode(viewOf(m_image), m_forceKey, unit)) {
+        m_log.event("encoder-error", formatText("channel=%d number=%u", m_index, m_frames.load()));
         return false;
     }
-    ++m_frames;
     m_forceKey = false;
     const Codec codec = m_options.encoder.codec;
     const auto sei = buildSeiNal(codec, encodeSeiPayload(seiFieldsOf(state)));
     const std::size_t at = seiInsertOffset(codec, unit.bytes.data(), unit.bytes.size());
     unit.bytes.insert(unit.bytes.begin() + static_cast<std::ptrdiff_t>(at), sei.begin(), sei.end());
+    return true;
+}
+
+bool Channel::nextPicture() {
+    AccessUnit unit;
+    if (m_clip != nullptr) {
+        m_log.event("frame", formatText("channel=%d number=%u", m_index, m_frames.load()));
+        if (!m_clip->next(unit)) {
+            return false;
+        }
+    } else if (!encodePicture(unit)) {
+        return false;
+    }
     handOut(unit);
+    handOutSound();
+    ++m_frames;
     return true;
 }
 
@@ -146,10 +219,26 @@ void Channel::handOut(AccessUnit& unit) {
     }
 }
 
+// The sound up to this picture; a mark sounds from one picture of each second to the next.
+void Channel::handOutSound() {
+    if (m_soundSource == nullptr) {
+        return;
+    }
+    std::vector<SoundUnit> units;
+    const auto fps = static_cast<std::uint32_t>(m_options.encoder.fps);
+    const bool mark = m_frames % fps == 1 % fps;
+    m_soundSource->advance(monotonicNs(), mark, units);
+    for (const SoundUnit& unit : units) {
+        if (m_rtsp) {
+            m_rtsp->pushSound(m_index, unit);
+        }
+        for (auto& output : m_outputs) {
+            output->sendSound(unit, monotonicNs());
+        }
+    }
+}
+
 void Channel::run() {
-    Renderer renderer(m_options.encoder.width, m_options.encoder.height, m_index);
-    renderer.setNumberPlace(m_options.number_place);
-    I420Image image;
     const std::int64_t period_ns = 1'000'000'000LL / m_options.encoder.fps;
     std::int64_t due = monotonicNs();
     for (;;) {
@@ -161,6 +250,7 @@ void Channel::run() {
             }
             faults = m_faults;
         }
+        restartIfAsked();
         if (!wanted()) {
             pause();
             m_forceKey = true;
@@ -176,7 +266,7 @@ void Channel::run() {
             m_rtsp->setFaults(m_index, faults);
         }
         if (!stalled) {
-            nextPicture(renderer, image);
+            nextPicture();
         }
         due += period_ns;
         // A machine that cannot keep up lowers the rate; it does not make up for it in bursts.

@@ -4,10 +4,14 @@
 #include <gst/gst.h>
 #include <gst/rtsp-server/rtsp-server.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <mutex>
 #include <thread>
+#include <utility>
+
+#include "simulator/stream/clock.h"
 
 namespace podsim {
 namespace {
@@ -15,16 +19,24 @@ namespace {
 // Pictures that may wait between encoder and network, and how many more for a rest of the line.
 constexpr std::uint64_t kQueuedPictures = 8;
 constexpr int kMsAPicture = 16;
+constexpr std::uint64_t kQueuedSounds = 50;
 
-std::string pipelineOf(Codec codec) {
-    const std::string name = codec == Codec::kH264 ? "h264" : "h265";
+// Sound tells its own times: frames that come at once sound one after the other.
+const char* const kSoundPipeline =
+    " appsrc name=sound is-live=true format=time block=false max-buffers=0 max-bytes=0 "
+    "caps=audio/mpeg,mpegversion=4,stream-format=adts,framed=true,rate=48000,channels=2 ! aacparse ! "
+    "rtpmp4gpay name=pay1 pt=97";
+
+std::string pipelineOf(const RtspServer::Mount& mount) {
+    const std::string name = mount.codec == Codec::kH264 ? "h264" : "h265";
     // A live source that stamps what comes and has no bound of its own (push() has one), parameter sets with
     // every key frame; units are not gathered, since gathering waits for the next one.
     return "( appsrc name=src is-live=true do-timestamp=true format=time block=false max-buffers=0 "
            "max-bytes=0 "
            "caps=video/x-" +
            name + ",stream-format=byte-stream,alignment=au ! " + name + "parse ! rtp" + name +
-           "pay name=pay0 pt=96 config-interval=-1 aggregate-mode=none )";
+           "pay name=pay0 pt=96 config-interval=-1 aggregate-mode=none" +
+           (mount.sound ? kSoundPipeline : "") + " )";
 }
 
 // One mount with the source of the pipeline that serves it now.
@@ -34,6 +46,7 @@ struct Stream {
     const std::function<void(int)>* on_demand = nullptr;
     std::mutex mutex;
     GstElement* source = nullptr;   // owned; null while nobody watches
+    GstElement* sound = nullptr;    // the same, of the sound; null where there is none
     GstRTSPMedia* media = nullptr;  // the pipeline it belongs to, not owned
     std::atomic<bool> key_wanted{false};
     bool gap = false;  // pictures were dropped since the last key frame; the pushing thread's own
@@ -41,17 +54,25 @@ struct Stream {
     FaultSettings faults;
     PicturePause pause;
 
-    void setSource(GstElement* source_now, GstRTSPMedia* media_now) {
-        GstElement* old = nullptr;
+    void setSources(GstElement* source_now, GstElement* sound_now, GstRTSPMedia* media_now) {
+        GstElement* old[] = {source_now, sound_now};
         {
             const std::lock_guard<std::mutex> lock(mutex);
-            old = source;
-            source = source_now;
+            std::swap(source, old[0]);
+            std::swap(sound, old[1]);
             media = media_now;
         }
-        if (old) {
-            gst_object_unref(old);
+        for (GstElement* each : old) {
+            if (each) {
+                gst_object_unref(each);
+            }
         }
+    }
+
+    // A reference to one of the two, or null.
+    GstElement* take(GstElement* Stream::*which) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return this->*which ? GST_ELEMENT(gst_object_ref(this->*which)) : nullptr;
     }
 
     void wantKey() {
@@ -71,7 +92,7 @@ void onUnprepared(GstRTSPMedia* media, gpointer data) {
     }
     // A new pipeline may have taken over before the old one is gone.
     if (current) {
-        stream->setSource(nullptr, nullptr);
+        stream->setSources(nullptr, nullptr, nullptr);
     }
 }
 
@@ -137,10 +158,11 @@ void onConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
     auto* stream = static_cast<Stream*>(data);
     GstElement* bin = gst_rtsp_media_get_element(media);
     GstElement* source = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "src");
+    GstElement* sound = gst_bin_get_by_name_recurse_up(GST_BIN(bin), "sound");
     watchPackets(bin, stream);
     gst_object_unref(bin);
     gst_rtsp_media_set_latency(media, 0);
-    stream->setSource(source, media);
+    stream->setSources(source, sound, media);
     g_signal_connect(media, "unprepared", G_CALLBACK(onUnprepared), stream);
     stream->wantKey();
 }
@@ -158,6 +180,29 @@ void onClient(GstRTSPServer*, GstRTSPClient* client, gpointer data) {
 }
 
 GstRTSPFilterResult dropClient(GstRTSPServer*, GstRTSPClient*, gpointer) { return GST_RTSP_FILTER_REMOVE; }
+
+// The search for those who watch a pipeline.
+struct Watching {
+    GstRTSPMedia* media = nullptr;
+    bool found = false;
+};
+
+GstRTSPFilterResult noteMedia(GstRTSPSession*, GstRTSPSessionMedia* media, gpointer data) {
+    auto* watching = static_cast<Watching*>(data);
+    watching->found = watching->found || gst_rtsp_session_media_get_media(media) == watching->media;
+    return GST_RTSP_FILTER_KEEP;
+}
+
+GstRTSPFilterResult noteSession(GstRTSPClient*, GstRTSPSession* session, gpointer data) {
+    gst_rtsp_session_filter(session, noteMedia, data);
+    return GST_RTSP_FILTER_KEEP;
+}
+
+GstRTSPFilterResult dropIfWatching(GstRTSPServer*, GstRTSPClient* client, gpointer data) {
+    Watching watching{static_cast<GstRTSPMedia*>(data)};
+    gst_rtsp_client_session_filter(client, noteSession, &watching);
+    return watching.found ? GST_RTSP_FILTER_REMOVE : GST_RTSP_FILTER_KEEP;
+}
 
 int portOf(GSocket* socket) {
     GSocketAddress* address = g_socket_get_local_address(socket, nullptr);
@@ -188,6 +233,7 @@ struct RtspServer::Impl {
     GSource* cleaner = nullptr;
     int bound_port = 0;
     std::thread thread;
+    std::vector<GstRTSPMediaFactory*> factories;  // of the mounts, theirs
 };
 
 RtspServer::RtspServer(std::vector<Mount> mounts, std::function<void(int)> on_demand)
@@ -219,11 +265,12 @@ bool RtspServer::start(const std::string& bind_address, int port, std::string& e
     GstRTSPMountPoints* mounts = gst_rtsp_server_get_mount_points(d.server);
     for (auto& stream : d.streams) {
         GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
-        gst_rtsp_media_factory_set_launch(factory, pipelineOf(stream->mount.codec).c_str());
+        gst_rtsp_media_factory_set_launch(factory, pipelineOf(stream->mount).c_str());
         gst_rtsp_media_factory_set_shared(factory, TRUE);
         gst_rtsp_media_factory_set_latency(factory, 0);
         g_signal_connect(factory, "media-configure", G_CALLBACK(onConfigure), stream.get());
         gst_rtsp_mount_points_add_factory(mounts, stream->mount.path.c_str(), factory);
+        d.factories.push_back(factory);
     }
     g_object_unref(mounts);
 
@@ -273,7 +320,7 @@ void RtspServer::stop() {
     g_object_unref(d.server);
     d.server = nullptr;
     for (auto& stream : d.streams) {
-        stream->setSource(nullptr, nullptr);
+        stream->setSources(nullptr, nullptr, nullptr);
     }
     g_main_loop_unref(d.loop);
     g_main_context_unref(d.context);
@@ -299,13 +346,9 @@ bool RtspServer::takeKeyRequest(int index) {
 
 void RtspServer::push(int index, const AccessUnit& unit) {
     Stream& stream = *m_impl->streams[static_cast<std::size_t>(index)];
-    GstElement* source = nullptr;
-    {
-        const std::lock_guard<std::mutex> lock(stream.mutex);
-        if (!stream.source) {
-            return;
-        }
-        source = GST_ELEMENT(gst_object_ref(stream.source));
+    GstElement* source = stream.take(&Stream::source);
+    if (!source) {
+        return;
     }
     GstAppSrc* app = GST_APP_SRC(source);
     std::uint64_t room = kQueuedPictures;
@@ -326,6 +369,46 @@ void RtspServer::push(int index, const AccessUnit& unit) {
         gst_app_src_push_buffer(app, gst_buffer_new_memdup(unit.bytes.data(), unit.bytes.size()));
     }
     gst_object_unref(source);
+}
+
+void RtspServer::pushSound(int index, const SoundUnit& unit) {
+    GstElement* sound = m_impl->streams[static_cast<std::size_t>(index)]->take(&Stream::sound);
+    if (!sound) {
+        return;
+    }
+    GstAppSrc* app = GST_APP_SRC(sound);
+    GstClock* clock = gst_element_get_clock(sound);
+    // Without a clock the pipeline does not run yet; a viewer may not want sound.
+    if (clock && gst_app_src_get_current_level_buffers(app) < kQueuedSounds) {
+        GstBuffer* buffer = gst_buffer_new_memdup(unit.bytes.data(), unit.bytes.size());
+        const auto now =
+            static_cast<std::int64_t>(gst_clock_get_time(clock) - gst_element_get_base_time(sound));
+        const std::int64_t at = now + unit.time_ns - monotonicNs();
+        GST_BUFFER_PTS(buffer) = static_cast<GstClockTime>(std::max<std::int64_t>(at, 0));
+        gst_app_src_push_buffer(app, buffer);
+    }
+    if (clock) {
+        gst_object_unref(clock);
+    }
+    gst_object_unref(sound);
+}
+
+void RtspServer::restart(int index, Codec codec) {
+    Impl& d = *m_impl;
+    Stream& stream = *d.streams[static_cast<std::size_t>(index)];
+    GstRTSPMedia* media = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(stream.mutex);
+        stream.mount.codec = codec;
+        media = stream.media ? GST_RTSP_MEDIA(g_object_ref(stream.media)) : nullptr;
+    }
+    gst_rtsp_media_factory_set_launch(d.factories[static_cast<std::size_t>(index)],
+                                      pipelineOf(stream.mount).c_str());
+    if (media) {
+        stream.setSources(nullptr, nullptr, nullptr);
+        gst_rtsp_server_client_filter(d.server, dropIfWatching, media);
+        g_object_unref(media);
+    }
 }
 
 }  // namespace podsim

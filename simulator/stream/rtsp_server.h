@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "simulator/stream/encoder.h"
+#include "simulator/stream/sound.h"
 #include "simulator/wire/fault_injector.h"
 
 namespace podsim {
@@ -18,6 +19,7 @@ public:
     struct Mount {
         std::string path;  // "/live/track0"
         Codec codec = Codec::kH264;
+        bool sound = false;  // a stream of AAC beside the pictures
     };
 
     // `on_demand(index)`: somebody began to watch that mount or wants a key frame. Called on other threads.
@@ -39,6 +41,10 @@ public:
     // Drops the picture when nobody watches. When the way out is full, pictures are dropped up to the next
     // key frame, which is asked for: viewers see a pause, never a damaged picture.
     void push(int index, const AccessUnit& unit);
+    // A frame's time is on the clock of monotonicNs(). Dropped when nobody watches or takes it.
+    void pushSound(int index, const SoundUnit& unit);
+    // Hangs up on the mount's viewers; who comes next gets pictures of `codec`.
+    void restart(int index, Codec codec);
 
 private:
     struct Impl;

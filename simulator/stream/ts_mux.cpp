@@ -9,6 +9,10 @@ namespace {
 constexpr std::uint16_t kPatPid = 0;
 constexpr std::uint16_t kPmtPid = 0x1000;
 constexpr std::uint16_t kVideoPid = 0x100;
+constexpr std::uint16_t kSoundPid = 0x101;
+constexpr std::uint8_t kAdtsType = 0x0F;
+constexpr std::uint8_t kVideoStreamId = 0xE0;
+constexpr std::uint8_t kSoundStreamId = 0xC0;
 constexpr std::uint16_t kProgram = 1;
 constexpr std::int64_t kTableInterval_ns = 100'000'000;
 // How far the clock reference runs behind the presentation times: room for a receiver that keeps the clock.
@@ -24,6 +28,29 @@ bool startsWithDelimiter(Codec codec, const std::uint8_t* au, std::size_t n) {
     }
     return codec == Codec::kH264 ? (au[at] & 0x1F) == 9 : ((au[at] >> 1) & 0x3F) == 35;
 }
+
+// Data aligned, PTS alone.
+std::vector<std::uint8_t> pesHead(std::uint8_t stream_id, std::uint64_t pts_90k) {
+    std::vector<std::uint8_t> pes = {0, 0, 1, stream_id, 0, 0, 0x84, 0x80, 5};
+    const std::uint64_t pts = pts_90k & 0x1FFFFFFFFULL;
+    pes.push_back(static_cast<std::uint8_t>(0x21 | (pts >> 29 & 0x0E)));
+    pes.push_back(static_cast<std::uint8_t>(pts >> 22));
+    pes.push_back(static_cast<std::uint8_t>(0x01 | (pts >> 14 & 0xFE)));
+    pes.push_back(static_cast<std::uint8_t>(pts >> 7));
+    pes.push_back(static_cast<std::uint8_t>(0x01 | (pts << 1 & 0xFE)));
+    return pes;
+}
+
+// 0 means "until the next one begins"; it is left for the pictures whose length does not fit.
+void tellLength(std::vector<std::uint8_t>& pes) {
+    const std::size_t length = pes.size() - 6;
+    if (length <= 0xFFFF) {
+        pes[4] = static_cast<std::uint8_t>(length >> 8);
+        pes[5] = static_cast<std::uint8_t>(length);
+    }
+}
+
+std::uint64_t ticks90k(std::int64_t ns) { return static_cast<std::uint64_t>(ns / 1000 * 9 / 100); }
 
 }  // namespace
 
@@ -61,24 +88,35 @@ void TsMuxer::writeTables(std::vector<std::uint8_t>& out) {
                  {0x00, 0xB0, 13, 0x00, 0x01, 0xC1, 0x00, 0x00, high(kProgram), low(kProgram),
                   static_cast<std::uint8_t>(0xE0 | high(kPmtPid)), low(kPmtPid)},
                  out);
-    writeSection(kPmtPid, m_pmtCounter,
-                 {0x02, 0xB0, 18, high(kProgram), low(kProgram), 0xC1, 0x00, 0x00,
-                  static_cast<std::uint8_t>(0xE0 | high(kVideoPid)), low(kVideoPid), 0xF0, 0x00, type,
-                  static_cast<std::uint8_t>(0xE0 | high(kVideoPid)), low(kVideoPid), 0xF0, 0x00},
-                 out);
+    std::vector<std::uint8_t> map = {0x02,
+                                     0xB0,
+                                     static_cast<std::uint8_t>(m_sound ? 23 : 18),
+                                     high(kProgram),
+                                     low(kProgram),
+                                     0xC1,
+                                     0x00,
+                                     0x00,
+                                     static_cast<std::uint8_t>(0xE0 | high(kVideoPid)),
+                                     low(kVideoPid),
+                                     0xF0,
+                                     0x00,
+                                     type,
+                                     static_cast<std::uint8_t>(0xE0 | high(kVideoPid)),
+                                     low(kVideoPid),
+                                     0xF0,
+                                     0x00};
+    if (m_sound) {
+        map.insert(map.end(), {kAdtsType, static_cast<std::uint8_t>(0xE0 | high(kSoundPid)), low(kSoundPid),
+                               0xF0, 0x00});
+    }
+    writeSection(kPmtPid, m_pmtCounter, std::move(map), out);
 }
 
-std::vector<std::uint8_t> TsMuxer::pesPacket(const std::uint8_t* au, std::size_t n,
-                                             std::uint64_t pts_90k) const {
+std::vector<std::uint8_t> TsMuxer::picturePes(const std::uint8_t* au, std::size_t n,
+                                              std::uint64_t pts_90k) const {
     static constexpr std::uint8_t kDelimiter264[] = {0, 0, 0, 1, 0x09, 0xF0};
     static constexpr std::uint8_t kDelimiter265[] = {0, 0, 0, 1, 0x46, 0x01, 0x50};
-    std::vector<std::uint8_t> pes = {0, 0, 1, 0xE0, 0, 0, 0x84, 0x80, 5};  // data aligned, PTS alone
-    const std::uint64_t pts = pts_90k & 0x1FFFFFFFFULL;
-    pes.push_back(static_cast<std::uint8_t>(0x21 | (pts >> 29 & 0x0E)));
-    pes.push_back(static_cast<std::uint8_t>(pts >> 22));
-    pes.push_back(static_cast<std::uint8_t>(0x01 | (pts >> 14 & 0xFE)));
-    pes.push_back(static_cast<std::uint8_t>(pts >> 7));
-    pes.push_back(static_cast<std::uint8_t>(0x01 | (pts << 1 & 0xFE)));
+    std::vector<std::uint8_t> pes = pesHead(kVideoStreamId, pts_90k);
     if (!startsWithDelimiter(m_codec, au, n)) {
         if (m_codec == Codec::kH264) {
             pes.insert(pes.end(), std::begin(kDelimiter264), std::end(kDelimiter264));
@@ -87,12 +125,7 @@ std::vector<std::uint8_t> TsMuxer::pesPacket(const std::uint8_t* au, std::size_t
         }
     }
     pes.insert(pes.end(), au, au + n);
-    // 0 means "until the next one begins"; it is left for the pictures whose length does not fit.
-    const std::size_t length = pes.size() - 6;
-    if (length <= 0xFFFF) {
-        pes[4] = static_cast<std::uint8_t>(length >> 8);
-        pes[5] = static_cast<std::uint8_t>(length);
-    }
+    tellLength(pes);
     return pes;
 }
 
@@ -106,31 +139,49 @@ void TsMuxer::write(const std::uint8_t* au, std::size_t n, bool key_frame, std::
         m_tablesNs = time_ns;
     }
     m_started = true;
-    const auto clock_90k = static_cast<std::uint64_t>((time_ns - m_firstNs) / 1000 * 9 / 100);
-    const std::vector<std::uint8_t> pes = pesPacket(au, n, clock_90k + kClockLead_90k);
+    const std::uint64_t clock_90k = ticks90k(time_ns - m_firstNs);
+    writePackets(kVideoPid, m_videoCounter, picturePes(au, n, clock_90k + kClockLead_90k),
+                 static_cast<std::int64_t>(clock_90k & 0x1FFFFFFFFULL), key_frame, out);
+}
 
+void TsMuxer::writeSound(const std::uint8_t* adts, std::size_t n, std::int64_t time_ns,
+                         std::vector<std::uint8_t>& out) {
+    if (!m_sound || !m_started || time_ns < m_firstNs) {
+        return;
+    }
+    std::vector<std::uint8_t> pes = pesHead(kSoundStreamId, ticks90k(time_ns - m_firstNs) + kClockLead_90k);
+    pes.insert(pes.end(), adts, adts + n);
+    tellLength(pes);
+    writePackets(kSoundPid, m_soundCounter, pes, -1, true, out);
+}
+
+void TsMuxer::writePackets(std::uint16_t pid, std::uint8_t& counter, const std::vector<std::uint8_t>& pes,
+                           std::int64_t clock_90k, bool random_access, std::vector<std::uint8_t>& out) {
+    const bool tells_clock = clock_90k >= 0;
     bool first = true;
     for (std::size_t at = 0; at < pes.size(); first = false) {
         const std::size_t start = out.size();
         const std::size_t left = pes.size() - at;
         // The adaptation field holds the clock in the first packet and fills up the last one.
-        std::size_t adaptation = first ? 8 : 0;
+        const std::size_t flagged = tells_clock ? 8 : 2;
+        std::size_t adaptation = first ? flagged : 0;
         const std::size_t room = kTsPacketSize - 4;
         if (left < room - adaptation) {
             adaptation = room - left;
         }
         out.push_back(0x47);
-        out.push_back(static_cast<std::uint8_t>((first ? 0x40 : 0) | high(kVideoPid)));
-        out.push_back(low(kVideoPid));
-        out.push_back(static_cast<std::uint8_t>((adaptation ? 0x30 : 0x10) | (m_videoCounter++ & 0x0F)));
+        out.push_back(static_cast<std::uint8_t>((first ? 0x40 : 0) | high(pid)));
+        out.push_back(low(pid));
+        out.push_back(static_cast<std::uint8_t>((adaptation ? 0x30 : 0x10) | (counter++ & 0x0F)));
         if (adaptation > 0) {
             out.push_back(static_cast<std::uint8_t>(adaptation - 1));
         }
         if (adaptation > 1) {
-            out.push_back(static_cast<std::uint8_t>(first ? (key_frame ? 0x50 : 0x10) : 0));
+            const int flags = (random_access ? 0x40 : 0) | (tells_clock ? 0x10 : 0);
+            out.push_back(static_cast<std::uint8_t>(first ? flags : 0));
         }
-        if (first) {
-            const std::uint64_t base = clock_90k & 0x1FFFFFFFFULL;
+        if (first && tells_clock) {
+            const auto base = static_cast<std::uint64_t>(clock_90k);
             out.push_back(static_cast<std::uint8_t>(base >> 25));
             out.push_back(static_cast<std::uint8_t>(base >> 17));
             out.push_back(static_cast<std::uint8_t>(base >> 9));

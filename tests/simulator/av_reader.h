@@ -80,7 +80,8 @@ public:
         av_dict_free(&options);
         return result == 0;
     }
-    // Reads `count` packets of the first video stream. False when they did not come in time.
+    // Reads `count` packets of the first video stream, and keeps the sound between them. False when they did
+    // not come in time.
     bool read(int count, std::vector<std::vector<std::uint8_t>>& packets) {
         AVPacket* packet = av_packet_alloc();
         while (count > 0 && av_read_frame(m_context, packet) >= 0) {
@@ -89,15 +90,28 @@ public:
                 codec = stream->codecpar->codec_id;
                 packets.emplace_back(packet->data, packet->data + packet->size);
                 --count;
+                picture_s = timeOf(*packet, *stream);
+            } else if (stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
+                sound_codec = stream->codecpar->codec_id;
+                sounds.emplace_back(packet->data, packet->data + packet->size);
+                sound_s = timeOf(*packet, *stream);
             }
             av_packet_unref(packet);
         }
         av_packet_free(&packet);
         return count == 0;
     }
+    unsigned streams() const { return m_context->nb_streams; }
     AVCodecID codec = AV_CODEC_ID_NONE;
+    AVCodecID sound_codec = AV_CODEC_ID_NONE;
+    std::vector<std::vector<std::uint8_t>> sounds;
+    double picture_s = 0;  // times of the latest picture and sound
+    double sound_s = 0;
 
 private:
+    static double timeOf(const AVPacket& packet, const AVStream& stream) {
+        return static_cast<double>(packet.pts) * av_q2d(stream.time_base);
+    }
     static int expired(void* self) {
         return std::chrono::steady_clock::now() > static_cast<AvSource*>(self)->m_deadline;
     }

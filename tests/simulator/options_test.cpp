@@ -66,6 +66,15 @@ TEST(Options, EveryOptionIsRead) {
                        "127.0.0.1:11",
                        "--raw1",
                        "127.0.0.1:12",
+                       "--blocks0",
+                       "127.0.0.1:13",
+                       "--block-header0=hex:eB9000",
+                       "--block-header1",
+                       "head",
+                       "--sound0",
+                       "on",
+                       "--clip1",
+                       "c.mp4",
                        "--fault",
                        "telemetry.loss=0.5",
                        "--fault",
@@ -106,6 +115,12 @@ TEST(Options, EveryOptionIsRead) {
     EXPECT_EQ(o.channels[1].encoder.slices, 1);
     EXPECT_EQ(o.channels[0].ts_to, "127.0.0.1:11");
     EXPECT_EQ(o.channels[1].raw_to, "127.0.0.1:12");
+    EXPECT_EQ(o.channels[0].blocks_to, "127.0.0.1:13");
+    EXPECT_EQ(o.channels[0].block_header, std::string("\xEB\x90\0", 3));
+    EXPECT_EQ(o.channels[1].block_header, "head");
+    EXPECT_TRUE(o.channels[0].sound);
+    EXPECT_FALSE(o.channels[1].sound);
+    EXPECT_EQ(o.channels[1].clip, "c.mp4");
     EXPECT_EQ(o.telemetry_faults.loss, 0.5);
     EXPECT_TRUE(o.video_faults.silence);
     EXPECT_EQ(o.seed, 99u);
@@ -141,6 +156,12 @@ TEST(Options, WrongOnesAreNamed) {
         {"--slices0", "17"},
         {"--ts0", "127.0.0.1"},
         {"--raw0", ""},
+        {"--blocks0", "x"},
+        {"--block-header0", std::string(201, 'x')},
+        {"--block-header0", "hex:EB9"},
+        {"--block-header0", "hex:0x"},
+        {"--sound0", "yes"},
+        {"--clip0", ""},
         {"--fault", "x"},
         {"--seed", "-3"},
         {"--position", "1"},
@@ -159,6 +180,35 @@ TEST(Options, WrongOnesAreNamed) {
     }
 }
 
+TEST(Options, EmptyBlockHeader) {
+    Options o;
+    std::string error;
+    EXPECT_EQ(o.channels[0].block_header, "0");
+    ASSERT_TRUE(parse({"--block-header0="}, o, error)) << error;
+    EXPECT_EQ(o.channels[0].block_header, "");
+    ASSERT_TRUE(parse({"--block-header0", "hex:"}, o, error)) << error;
+    EXPECT_EQ(o.channels[0].block_header, "");
+}
+
+TEST(Options, Restart) {
+    int channel = -1;
+    RestartSettings settings;
+    ASSERT_TRUE(parseRestart("1", channel, settings));
+    EXPECT_EQ(channel, 1);
+    EXPECT_FALSE(settings.codec);
+    EXPECT_EQ(settings.width, 0);
+    ASSERT_TRUE(parseRestart("0 h265 640x512", channel, settings));
+    EXPECT_EQ(channel, 0);
+    EXPECT_EQ(settings.codec, Codec::kH265);
+    EXPECT_EQ(settings.width, 640);
+    EXPECT_EQ(settings.height, 512);
+    ASSERT_TRUE(parseRestart("0 512x288 h264", channel, settings));
+    EXPECT_EQ(settings.codec, Codec::kH264);
+    for (const char* wrong : {"", "2", "-1", "x", "0 mpeg2", "0 64x64", "0 640x", "0 h264 1"}) {
+        EXPECT_FALSE(parseRestart(wrong, channel, settings)) << wrong;
+    }
+}
+
 TEST(Options, HelpTellsEveryOption) {
     const std::string text = helpText();
     for (const char* name :
@@ -166,7 +216,8 @@ TEST(Options, HelpTellsEveryOption) {
           "--pty-link",  "--telemetry-hz", "--telemetry-form", "--ins-pty",       "--ins-pty-link",
           "--nav-udp",   "--feed-hz",      "--rtsp-bind",      "--rtsp-port",     "--codecN",
           "--sizeN",     "--fpsN",         "--kbpsN",          "--key-intervalN", "--slicesN",
-          "--tsN",       "--rawN",         "--fault",          "--seed",          "--position",
+          "--tsN",       "--rawN",         "--blocksN",        "--block-headerN", "--soundN",
+          "--clipN",     "restart",        "--fault",          "--seed",          "--position",
           "--event-log", "--duration",     "--help",           "--version",       "SIGUSR1",
           "disconnect",  "telemetry.loss", "examples:"}) {
         EXPECT_NE(text.find(name), std::string::npos) << name;

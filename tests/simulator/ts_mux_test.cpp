@@ -39,6 +39,43 @@ TEST(TsMuxer, Tables) {
     EXPECT_EQ(mpegCrc32(pmt.data() + 5, 3 + 18), 0u);
 }
 
+TEST(TsMuxer, TablesWithSound) {
+    TsMuxer muxer(Codec::kH264, true);
+    Packets out;
+    const auto au = fakeUnit(10);
+    muxer.write(au.data(), au.size(), true, 0, out);
+    const Packets pmt(out.begin() + kTsPacketSize, out.begin() + 2 * kTsPacketSize);
+    EXPECT_EQ(Packets(pmt.begin(), pmt.begin() + 27),
+              bytesOf("47 50 00 10 00 02 B0 17 00 01 C1 00 00 E1 00 F0 00 1B E1 00 F0 00 0F E1 01 F0 00"));
+    EXPECT_EQ(mpegCrc32(pmt.data() + 5, 3 + 23), 0u);
+}
+
+TEST(TsMuxer, SoundFollowsThePicturesClockAndComesNotBeforeThem) {
+    const Packets sound(300, 0x5A);
+    Packets out;
+    TsMuxer muxer(Codec::kH264, true);
+    muxer.writeSound(sound.data(), sound.size(), 0, out);
+    EXPECT_TRUE(out.empty()) << "no picture yet";
+    const auto au = fakeUnit(10);
+    muxer.write(au.data(), au.size(), true, kFrame_ns, out);
+    out.clear();
+    muxer.writeSound(sound.data(), sound.size(), kFrame_ns - 1, out);
+    EXPECT_TRUE(out.empty()) << "before the first picture";
+    muxer.writeSound(sound.data(), sound.size(), 2 * kFrame_ns, out);
+    ASSERT_EQ(out.size(), 2 * kTsPacketSize);
+    // 40 ms behind the first picture, which is 3600 ticks behind the clock: 7200.
+    EXPECT_EQ(Packets(out.begin(), out.begin() + 20),
+              bytesOf("47 41 01 30 01 40 00 00 01 C0 01 34 84 80 05 21 00 01 38 41"));
+    EXPECT_EQ(out[kTsPacketSize + 1], 0x01);
+    EXPECT_EQ(out[kTsPacketSize + 3], 0x31);
+    TsMuxer mute(Codec::kH264);
+    Packets nothing;
+    mute.write(au.data(), au.size(), true, 0, nothing);
+    nothing.clear();
+    mute.writeSound(sound.data(), sound.size(), kFrame_ns, nothing);
+    EXPECT_TRUE(nothing.empty());
+}
+
 // Every size around the borders of packets and of the PES length field.
 TEST(TsMuxer, EverySizeIsWholePacketsWithTheBytesInOrder) {
     std::vector<std::size_t> sizes;

@@ -2,10 +2,10 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 #include <deque>
 #include <thread>
 
+#include "clip_files.h"
 #include "receiver.h"
 
 namespace tavrik::test {
@@ -98,49 +98,10 @@ TEST(Pull, EndsWithTheNextPullAndWithTheCloseOfAHandleThatIsNotOpen) {
 std::atomic<int> starts{0};
 std::atomic<int> ends{0};
 
-// 50 pictures at 25 a second, as MP4.
 std::string writeClip(const std::string& name, int pictures) {
-    const std::string path = testing::TempDir() + name;
-    TestEncoder encoder(EncoderSettings{});
-    AVFormatContext* format = nullptr;
-    EXPECT_GE(avformat_alloc_output_context2(&format, nullptr, "mp4", path.c_str()), 0);
-    AVStream* stream = avformat_new_stream(format, nullptr);
-    avcodec_parameters_from_context(stream->codecpar, encoder.context());
-    std::vector<Bytes> units;
-    for (int n = 0; n < pictures; ++n) {
-        units.push_back(encoder.encode(n));
-    }
-    std::vector<Bytes> sets;
-    for (const Bytes& nal : nalsOf(units[0])) {
-        if (nal[0] % 32 == 7 || nal[0] % 32 == 8) {
-            sets.push_back(nal);
-        }
-    }
-    const Bytes extra = annexB(sets);
-    stream->codecpar->extradata =
-        static_cast<std::uint8_t*>(av_mallocz(extra.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    std::memcpy(stream->codecpar->extradata, extra.data(), extra.size());
-    stream->codecpar->extradata_size = static_cast<int>(extra.size());
-    stream->time_base = {1, 90000};
-    EXPECT_GE(avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE), 0);
-    EXPECT_GE(avformat_write_header(format, nullptr), 0);
-    const PacketPtr packet(av_packet_alloc());
-    for (int n = 0; n < pictures; ++n) {
-        const Bytes& unit = units[static_cast<std::size_t>(n)];
-        av_new_packet(packet.get(), static_cast<int>(unit.size()));
-        std::memcpy(packet->data, unit.data(), unit.size());
-        packet->pts = packet->dts = av_rescale(n, stream->time_base.den, 25LL * stream->time_base.num);
-        packet->duration = stream->time_base.den / 25;
-        if (n % 10 == 0) {
-            packet->flags |= AV_PKT_FLAG_KEY;
-        }
-        av_write_frame(format, packet.get());
-        av_packet_unref(packet.get());
-    }
-    av_write_trailer(format);
-    avio_closep(&format->pb);
-    avformat_free_context(format);
-    return path;
+    ClipForm form;
+    form.pictures = pictures;
+    return test::writeClip(name, form);
 }
 
 TEST(Clip, ReplaysEveryPictureAndTellsStartEndAndLength) {

@@ -25,7 +25,7 @@ struct Buffer : ::testing::Test {
         }
         return bytes;
     }
-    void append(const Bytes& bytes) { buffer.append(bytes.data(), static_cast<int>(bytes.size())); }
+    bool append(const Bytes& bytes) { return buffer.append(bytes.data(), static_cast<int>(bytes.size())); }
     Bytes read(int room) {
         Bytes bytes(static_cast<std::size_t>(room));
         bytes.resize(static_cast<std::size_t>(buffer.read(bytes.data(), room)));
@@ -113,6 +113,50 @@ TEST_F(Buffer, AReadMakesRoomBeforeItGrows) {
     append(counting(40000, 30960));
     EXPECT_EQ(capacity, 40960);
     EXPECT_EQ(read(50000), counting(30000, 40960));
+}
+
+TEST_F(Buffer, HoldsSoMuchAndThenDropsWhatComes) {
+    constexpr int kBlock = 252;
+    constexpr int kBlocks = BlockBuffer::kMaxSize / kBlock;
+    constexpr int kRest = BlockBuffer::kMaxSize % kBlock;
+    const auto numbered = [](int n) { return Bytes(kBlock, static_cast<unsigned char>(n % 251)); };
+    buffer.open();
+    for (int n = 0; n < kBlocks; ++n) {
+        ASSERT_TRUE(append(numbered(n)));
+    }
+    for (int n = 0; n < 3; ++n) {
+        EXPECT_FALSE(append(Bytes(kBlock, 255)));
+        EXPECT_EQ(size, kBlocks * kBlock);
+    }
+    EXPECT_TRUE(append(Bytes(kRest, 252))) << "what fits is taken";
+    EXPECT_FALSE(append({1}));
+    EXPECT_TRUE(append({}));
+    EXPECT_EQ(size, 32 << 20);
+    EXPECT_EQ(capacity, 32 << 20);
+    EXPECT_EQ(read(kBlock), numbered(0));
+    EXPECT_TRUE(append(Bytes(kBlock, 254)));
+    EXPECT_FALSE(append({1}));
+    const Bytes all = read(BlockBuffer::kMaxSize);
+    ASSERT_EQ(all.size(), 32U << 20);
+    for (int n = 1; n < kBlocks; ++n) {
+        const Bytes expected = numbered(n);
+        const auto at = all.begin() + (n - 1) * kBlock;
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), at)) << n;
+    }
+    EXPECT_EQ(Bytes(all.end() - kBlock - kRest, all.end() - kBlock), Bytes(kRest, 252));
+    EXPECT_EQ(Bytes(all.end() - kBlock, all.end()), Bytes(kBlock, 254));
+    EXPECT_EQ(out_of_memory, 0);
+}
+
+TEST_F(Buffer, OneRunMayFillItAtOnce) {
+    buffer.open();
+    EXPECT_FALSE(append(Bytes(BlockBuffer::kMaxSize + 1)));
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(capacity, 40960);
+    const Bytes run(BlockBuffer::kMaxSize, 7);
+    EXPECT_TRUE(append(run));
+    EXPECT_EQ(capacity, BlockBuffer::kMaxSize);
+    EXPECT_TRUE(read(BlockBuffer::kMaxSize) == run);
 }
 
 TEST_F(Buffer, OpeningAgainEmptiesItAndCloseFreesIt) {

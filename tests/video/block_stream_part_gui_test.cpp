@@ -1,8 +1,11 @@
 // The block stream over loopback, without the window.
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <QUdpSocket>
+#include <atomic>
 #include <thread>
+#include <vector>
 
 #include "tests/fakes/fake_tavrik.h"
 #include "tests/widgets/wait.h"
@@ -46,6 +49,15 @@ protected:
             return all.size() >= count;
         };
         EXPECT_TRUE(waitFor(take)) << all.size();
+        return all;
+    }
+    // Takes all that waits; its size.
+    static int drain() {
+        std::vector<unsigned char> bytes(8U << 20);
+        int all = 0;
+        for (int n = 1; n > 0; all += n) {
+            n = fake_tavrik::state().pulls.back().on_read(bytes.data(), static_cast<int>(bytes.size()));
+        }
         return all;
     }
     // What an earlier stream left in the reassembler goes: more than it can hold.
@@ -110,6 +122,39 @@ TEST_F(BlockStreamPart, HalfABlockSurvivesAReopening) {
     ASSERT_TRUE(open());
     send(block('b').mid(200));
     EXPECT_EQ(pull(kBlockSize - kHeader.size()), block('b').mid(kHeader.size()));
+}
+
+std::atomic<int> lines_of_full{0};
+
+void countLines(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text) {
+    if (text.contains(QLatin1String("dropping"))) {
+        ++lines_of_full;
+    }
+}
+
+// A decoder that stands still: what waits for it is bounded, told once an opening, and it goes on where it
+// stood.
+TEST_F(BlockStreamPart, WhatWaitsForTheDecoderIsBoundedAndToldOnce) {
+    constexpr int kBound = 32 << 20;
+    const QByteArray five = block('1') + block('2') + block('3') + block('4') + block('5');
+    const QtMessageHandler before = qInstallMessageHandler(countLines);
+    for (int opening = 1; opening <= 2; ++opening) {
+        lines_of_full = 0;
+        ASSERT_TRUE(open());
+        const QDeadlineTimer deadline(60000);
+        while (lines_of_full == 0 && !deadline.hasExpired()) {
+            send(five);
+        }
+        for (int n = 0; n < 200; ++n) {
+            send(five);
+        }
+        // More than one block may be missing at the end only if something was dropped before it was full.
+        EXPECT_GT(drain(), kBound - kBlockSize);
+        EXPECT_LE(capacity, kBound);
+        EXPECT_EQ(lines_of_full, 1) << opening;
+        stream.close();
+    }
+    qInstallMessageHandler(before);
 }
 
 TEST_F(BlockStreamPart, WithoutThePortNothingIsPulled) {
