@@ -16,25 +16,25 @@ struct Lookup {
     std::mutex mutex;
     std::condition_variable changed;
     bool done = false;
-    std::optional<std::string> answer;
+    std::vector<std::string> answer;
 };
 
 }  // namespace
 
-std::optional<std::string> lookUpHost(const std::string& host, int timeout_ms,
-                                      const std::function<bool()>& cancelled) {
+std::vector<std::string> lookUpHost(const std::string& host, int timeout_ms,
+                                    const std::function<bool()>& cancelled) {
     constexpr auto kStep = std::chrono::milliseconds(50);
     const auto lookup = std::make_shared<Lookup>();
     try {
         std::thread([lookup, host] {
-            std::optional<std::string> answer = resolve(host);
+            std::vector<std::string> answer = resolve(host);
             const std::lock_guard<std::mutex> lock(lookup->mutex);
             lookup->answer = std::move(answer);
             lookup->done = true;
             lookup->changed.notify_all();
         }).detach();
     } catch (const std::system_error&) {
-        return std::nullopt;
+        return {};
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
     std::unique_lock<std::mutex> lock(lookup->mutex);

@@ -2,14 +2,14 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace tavrik {
 
-// The numeric address of `host`; nothing if there is none, after timeout_ms, or once cancelled() is true. The
-// look-up itself cannot be interrupted: it runs on a thread that is left behind.
-std::optional<std::string> lookUpHost(const std::string& host, int timeout_ms,
-                                      const std::function<bool()>& cancelled);
+// The numeric addresses of `host`, the best first; empty if there is none, after timeout_ms, or once
+// cancelled() is true. The look-up itself cannot be interrupted: it runs on a thread that is left behind.
+std::vector<std::string> lookUpHost(const std::string& host, int timeout_ms,
+                                    const std::function<bool()>& cancelled);
 
 }  // namespace tavrik

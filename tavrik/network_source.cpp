@@ -82,11 +82,7 @@ int NetworkSource::interrupted(void* opaque) {
 
 void NetworkSource::run(SourceSink& sink) {
     m_sink = &sink;
-    const std::string address = reachableAddress(sink);
-    if (address.empty()) {
-        return;
-    }
-    FormatPtr format = open(sink, address);
+    FormatPtr format = openFirst(sink, reachableAddresses(sink));
     if (format == nullptr) {
         return;
     }
@@ -103,17 +99,34 @@ void NetworkSource::run(SourceSink& sink) {
 }
 
 // A name is looked up here because a look-up inside FFmpeg cannot be interrupted. Over TLS the name stays,
-// the server's certificate hangs on it.
-std::string NetworkSource::reachableAddress(SourceSink& sink) {
+// the server's certificate hangs on it; FFmpeg itself tries each of its addresses then.
+std::vector<std::string> NetworkSource::reachableAddresses(SourceSink& sink) const {
     if (m_address.numeric_host) {
-        return networkAddressWithHost(m_address, m_address.host);
+        return {networkAddressWithHost(m_address, m_address.host)};
     }
     const auto found = lookUpHost(m_address.host, kLookUpMs, [&sink] { return sink.stopped(); });
-    if (!found) {
-        return {};
+    if (!found.empty() && m_address.scheme != "rtsp") {
+        return {networkAddressWithHost(m_address, m_address.host)};
     }
-    const bool keep_name = m_address.scheme != "rtsp";
-    return networkAddressWithHost(m_address, keep_name ? m_address.host : *found);
+    std::vector<std::string> addresses;
+    for (const std::string& host : found) {
+        addresses.push_back(networkAddressWithHost(m_address, host));
+    }
+    return addresses;
+}
+
+// Null if none can be opened. One that swallows everything leaves time for the others.
+FormatPtr NetworkSource::openFirst(SourceSink& sink, const std::vector<std::string>& addresses) {
+    const std::int64_t end = nowUs() + kOpenUs;
+    for (std::size_t i = 0; i < addresses.size() && !sink.stopped(); ++i) {
+        const auto left = static_cast<std::int64_t>(addresses.size() - i);
+        m_deadlineUs = nowUs() + (end - nowUs()) / left;
+        FormatPtr format = open(sink, addresses[i]);
+        if (format != nullptr) {
+            return format;
+        }
+    }
+    return nullptr;
 }
 
 FormatPtr NetworkSource::open(SourceSink& sink, const std::string& address) {
@@ -127,7 +140,6 @@ FormatPtr NetworkSource::open(SourceSink& sink, const std::string& address) {
     format->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
     Dictionary options;
     fillOptions(options, m_options, sink.wantsAudio());
-    m_deadlineUs = nowUs() + kOpenUs;
     if (avformat_open_input(&format, address.c_str(), nullptr, options.out()) < 0) {
         return nullptr;
     }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tavrik/address.h"
 #include "tavrik/source.h"
@@ -19,7 +20,8 @@ public:
 
 private:
     static int interrupted(void* self);
-    std::string reachableAddress(SourceSink& sink);
+    std::vector<std::string> reachableAddresses(SourceSink& sink) const;
+    FormatPtr openFirst(SourceSink& sink, const std::vector<std::string>& addresses);
     FormatPtr open(SourceSink& sink, const std::string& address);
     void read(SourceSink& sink, AVFormatContext* format);
     void passVideo(SourceSink& sink, const AVStream* stream, AVPacket* packet);

@@ -1,13 +1,13 @@
 // The system's name service.
 #pragma once
 
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace tavrik {
 
-// The first numeric address of a name, as the system orders them; nothing when there is none. Holds its
-// thread for as long as the name service likes.
-std::optional<std::string> resolve(const std::string& host);
+// The numeric addresses of a name, as the system orders them; empty when there is none. Holds its thread for
+// as long as the name service likes.
+std::vector<std::string> resolve(const std::string& host);
 
 }  // namespace tavrik

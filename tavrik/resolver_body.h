@@ -2,27 +2,34 @@
 // included once by each system's source, behind those headers.
 #pragma once
 
+#include <algorithm>
+
 #include "tavrik/resolver.h"
 
 namespace tavrik {
 
-std::optional<std::string> resolve(const std::string& host) {
+std::vector<std::string> resolve(const std::string& host) {
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_ADDRCONFIG;
     addrinfo* list = nullptr;
-    if (getaddrinfo(host.c_str(), nullptr, &hints, &list) != 0 || list == nullptr) {
-        return std::nullopt;
+    std::vector<std::string> found;
+    if (getaddrinfo(host.c_str(), nullptr, &hints, &list) != 0) {
+        return found;
     }
-    char text[NI_MAXHOST] = {};
-    const int result = getnameinfo(list->ai_addr, static_cast<socklen_t>(list->ai_addrlen), text,
-                                   sizeof(text), nullptr, 0, NI_NUMERICHOST);
-    freeaddrinfo(list);
-    if (result != 0) {
-        return std::nullopt;
+    for (const addrinfo* at = list; at != nullptr; at = at->ai_next) {
+        char text[NI_MAXHOST] = {};
+        if (getnameinfo(at->ai_addr, static_cast<socklen_t>(at->ai_addrlen), text, sizeof(text), nullptr, 0,
+                        NI_NUMERICHOST) == 0 &&
+            std::find(found.begin(), found.end(), text) == found.end()) {
+            found.emplace_back(text);
+        }
     }
-    return std::string(text);
+    if (list != nullptr) {
+        freeaddrinfo(list);
+    }
+    return found;
 }
 
 }  // namespace tavrik

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "tavrik/gather_limit.h"
+
 namespace tavrik {
 namespace {
 
@@ -242,6 +244,7 @@ void RtspSession::link(GstElement* pipeline, GstPad* pad) {
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = picture ? Callbacks::picture : Callbacks::sound;
     gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
+    limitGathering(depayloader);
     gst_bin_add_many(GST_BIN(pipeline), depayloader, sink, nullptr);
     gst_element_link(depayloader, sink);
     gst_element_sync_state_with_parent(sink);

@@ -44,6 +44,38 @@ void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
     SDL_FreeSurface(surface);
 }
 
+// How a picture is drawn on its window.
+struct Drawing {
+    sorvane::PictureRect place;
+    int width, height;        // of the window, in pixels
+    const FrameParcel* told;  // whose statistics are drawn over it; null: none
+};
+
+void drawByDevice(VideoSurface& surface, const AVFrame& picture, const Drawing& how) {
+    if (!surface.picture.draw(surface.renderer, picture, how.place, how.width, how.height)) {
+        return;
+    }
+    if (how.told != nullptr) {
+        drawStatistics(surface.renderer, how.told->fps, how.told->bitrate);
+    }
+    SDL_RenderPresent(surface.renderer);
+    video_output::releaseContext(surface.sdl_window);
+}
+
+void drawInMemory(VideoSurface& surface, const AVFrame& picture, const Drawing& how) {
+    SDL_Surface* const pixels = video_output::pixelsOf(surface.sdl_window);
+    if (pixels == nullptr || !surface.picture.draw(*pixels, picture, how.place, how.width, how.height)) {
+        return;
+    }
+    SDL_Renderer* const over = how.told != nullptr ? SDL_CreateSoftwareRenderer(pixels) : nullptr;
+    if (over != nullptr) {
+        drawStatistics(over, how.told->fps, how.told->bitrate);
+        SDL_RenderFlush(over);
+        SDL_DestroyRenderer(over);
+    }
+    video_output::show(surface.sdl_window);
+}
+
 bool attach(VideoSurface& surface) {
     surface.sdl_window = video_output::wrapWindow(static_cast<quintptr>(surface.widget->winId()));
     if (surface.sdl_window == nullptr) {
@@ -128,9 +160,6 @@ void PicturePresenter::render(FrameParcel& parcel) {
     if (surface->sdl_window == nullptr && !attach(*surface)) {
         return;
     }
-    if (surface->renderer == nullptr) {
-        return;
-    }
     const double ratio = m_ratio();
     const int width = static_cast<int>(parcel.widget->width() * ratio);
     const int height = static_cast<int>(parcel.widget->height() * ratio);
@@ -139,15 +168,13 @@ void PicturePresenter::render(FrameParcel& parcel) {
     video_output::catchUp();
     const bool bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
     SDL_SetYUVConversionMode(bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
-    if (!surface->picture.draw(surface->renderer, src, rect, width, height)) {
-        return;
-    }
     const MyAppConfig* config = m_config();
-    if (config != nullptr && config->show_fps) {
-        drawStatistics(surface->renderer, parcel.fps, parcel.bitrate);
+    const FrameParcel* const told = config != nullptr && config->show_fps ? &parcel : nullptr;
+    if (surface->renderer != nullptr) {
+        drawByDevice(*surface, src, {rect, width, height, told});
+    } else {
+        drawInMemory(*surface, src, {rect, width, height, told});
     }
-    SDL_RenderPresent(surface->renderer);
-    video_output::releaseContext(surface->sdl_window);
 }
 
 void PicturePresenter::take(QMyEvent& e, bool cached) {

@@ -2,30 +2,70 @@
 
 #include <SDL.h>
 
+#include <array>
+#include <cstdint>
+
 extern "C" {
 #include <libavutil/frame.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/mem.h>
 #include <libswscale/swscale.h>
 }
 
 namespace {
 
-struct FrameDeleter {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+struct AvDeleter {
+    void operator()(std::uint8_t* bytes) const { av_free(bytes); }
 };
 
-void blacken(SDL_Renderer* renderer, const SDL_Rect& bar) {
-    if (bar.w > 0 && bar.h > 0) {
-        SDL_RenderFillRect(renderer, &bar);
-    }
+bool isReady(const AVFrame& picture, int width, int height) {
+    return picture.format == AV_PIX_FMT_YUV420P && picture.width == width && picture.height == height;
+}
+
+// What is left of the target around the picture; some may be empty.
+std::array<SDL_Rect, 4> barsAround(const sorvane::PictureRect& place, int width, int height) {
+    const int right = place.x + place.width;
+    const int bottom = place.y + place.height;
+    return {SDL_Rect{0, 0, width, place.y}, SDL_Rect{0, bottom, width, height - bottom},
+            SDL_Rect{0, place.y, place.x, place.height},
+            SDL_Rect{right, place.y, width - right, place.height}};
 }
 
 }  // namespace
 
-struct PictureTexture::Frames {
-    std::unique_ptr<AVFrame, FrameDeleter> scaled;
+// The three planes in one run, as SDL wants them. The rows begin where the scaler is fastest: at other
+// addresses it falls back on the oldest instructions.
+struct PictureTexture::Planes {
+    static constexpr int kAlignment = 64;
+
+    bool fit(int to_width, int to_height) {
+        if (bytes != nullptr && width == to_width && height == to_height) {
+            return true;
+        }
+        const int chroma_pitch = FFALIGN((to_width + 1) / 2, kAlignment);
+        const int chroma_rows = (to_height + 1) / 2;
+        const auto luma = static_cast<std::size_t>(2 * chroma_pitch) * static_cast<std::size_t>(to_height);
+        const auto chroma = static_cast<std::size_t>(chroma_pitch) * static_cast<std::size_t>(chroma_rows);
+        width = height = 0;
+        bytes.reset(static_cast<std::uint8_t*>(av_malloc(luma + 2 * chroma + kAlignment)));
+        if (bytes == nullptr) {
+            return false;
+        }
+        width = to_width;
+        height = to_height;
+        data = {bytes.get(), bytes.get() + luma, bytes.get() + luma + chroma, nullptr};
+        pitch = {2 * chroma_pitch, chroma_pitch, chroma_pitch, 0};
+        return true;
+    }
+
+    std::unique_ptr<std::uint8_t, AvDeleter> bytes;
+    std::array<std::uint8_t*, 4> data{};
+    std::array<int, 4> pitch{};
+    int width = 0;
+    int height = 0;
 };
 
-PictureTexture::PictureTexture() : m_frames(std::make_unique<Frames>()) {}
+PictureTexture::PictureTexture() : m_planes(std::make_unique<Planes>()) {}
 
 PictureTexture::~PictureTexture() {
     clear();
@@ -42,55 +82,81 @@ void PictureTexture::clear() {
 
 bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& place,
                           int width, int height) {
-    const AVFrame* const ready = scaled(picture, place.width, place.height);
-    if (ready == nullptr || !fit(renderer, place.width, place.height)) {
+    const bool as_it_is = isReady(picture, place.width, place.height) && picture.linesize[0] > 0;
+    if ((!as_it_is && !scale(picture, place.width, place.height)) ||
+        !fit(renderer, place.width, place.height)) {
         return false;
     }
-    SDL_UpdateYUVTexture(m_texture, nullptr, ready->data[0], ready->linesize[0], ready->data[1],
-                         ready->linesize[1], ready->data[2], ready->linesize[2]);
+    const std::uint8_t* const* const data = as_it_is ? picture.data : m_planes->data.data();
+    const int* const pitch = as_it_is ? picture.linesize : m_planes->pitch.data();
+    SDL_UpdateYUVTexture(m_texture, nullptr, data[0], pitch[0], data[1], pitch[1], data[2], pitch[2]);
     // The bars alone: the picture covers the rest.
-    const int right = place.x + place.width;
-    const int bottom = place.y + place.height;
-    blacken(renderer, {0, 0, width, place.y});
-    blacken(renderer, {0, bottom, width, height - bottom});
-    blacken(renderer, {0, place.y, place.x, place.height});
-    blacken(renderer, {right, place.y, width - right, place.height});
+    for (const SDL_Rect& bar : barsAround(place, width, height)) {
+        if (bar.w > 0 && bar.h > 0) {
+            SDL_RenderFillRect(renderer, &bar);
+        }
+    }
     const SDL_Rect target = {place.x, place.y, place.width, place.height};
     SDL_RenderCopy(renderer, m_texture, nullptr, &target);
     return true;
 }
 
-const AVFrame* PictureTexture::scaled(const AVFrame& picture, int width, int height) {
+bool PictureTexture::draw(SDL_Surface& target, const AVFrame& picture, const sorvane::PictureRect& place,
+                          int width, int height) {
+    if (!scale(picture, place.width, place.height) || !convert(target, place.x, place.y)) {
+        return false;
+    }
+    const Uint32 black = SDL_MapRGB(target.format, 0, 0, 0);
+    for (const SDL_Rect& bar : barsAround(place, width, height)) {
+        if (bar.w > 0 && bar.h > 0) {
+            SDL_FillRect(&target, &bar, black);
+        }
+    }
+    return true;
+}
+
+bool PictureTexture::convert(SDL_Surface& target, int x, int y) const {
+    const Planes& p = *m_planes;
+    const bool inside = x >= 0 && y >= 0 && p.width <= target.w - x && p.height <= target.h - y;
+    // While a window changes its size the two may not fit for a moment.
+    SDL_Surface* const aside =
+        inside ? nullptr : SDL_CreateRGBSurfaceWithFormat(0, p.width, p.height, 32, target.format->format);
+    if (!inside && aside == nullptr) {
+        return false;
+    }
+    SDL_Surface& to = inside ? target : *aside;
+    auto* const first =
+        static_cast<std::uint8_t*>(to.pixels) +
+        (inside ? static_cast<std::ptrdiff_t>(y) * to.pitch + x * to.format->BytesPerPixel : 0);
+    const bool done = SDL_ConvertPixels(p.width, p.height, SDL_PIXELFORMAT_IYUV, p.data[0], p.pitch[0],
+                                        to.format->format, first, to.pitch) == 0;
+    if (aside != nullptr) {
+        SDL_Rect place = {x, y, p.width, p.height};
+        SDL_BlitSurface(aside, nullptr, &target, &place);
+        SDL_FreeSurface(aside);
+    }
+    return done;
+}
+
+bool PictureTexture::scale(const AVFrame& picture, int width, int height) {
     const auto format = static_cast<AVPixelFormat>(picture.format);
-    if (format == AV_PIX_FMT_YUV420P && picture.width == width && picture.height == height &&
-        picture.linesize[0] > 0) {
-        return &picture;
-    }
     // A format that the scaler does not know at all ends the process in there.
-    if (width <= 0 || height <= 0 || sws_isSupportedInput(format) == 0) {
-        return nullptr;
+    if (width <= 0 || height <= 0 || sws_isSupportedInput(format) == 0 || !m_planes->fit(width, height)) {
+        return false;
     }
-    auto& frame = m_frames->scaled;
-    if (!frame || frame->width != width || frame->height != height) {
-        frame.reset(av_frame_alloc());
-        if (!frame) {
-            return nullptr;
-        }
-        frame->width = width;
-        frame->height = height;
-        frame->format = AV_PIX_FMT_YUV420P;
-        if (av_frame_get_buffer(frame.get(), 0) != 0) {
-            frame.reset();
-            return nullptr;
-        }
+    Planes& p = *m_planes;
+    if (isReady(picture, width, height)) {
+        av_image_copy(p.data.data(), p.pitch.data(), const_cast<const std::uint8_t**>(picture.data),
+                      picture.linesize, format, width, height);
+        return true;
     }
     m_scaler = sws_getCachedContext(m_scaler, picture.width, picture.height, format, width, height,
                                     AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
     if (m_scaler == nullptr) {
-        return nullptr;
+        return false;
     }
-    sws_scale(m_scaler, picture.data, picture.linesize, 0, picture.height, frame->data, frame->linesize);
-    return frame.get();
+    sws_scale(m_scaler, picture.data, picture.linesize, 0, picture.height, p.data.data(), p.pitch.data());
+    return true;
 }
 
 // A texture of that size.

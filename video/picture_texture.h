@@ -8,6 +8,7 @@
 
 struct AVFrame;
 struct SDL_Renderer;
+struct SDL_Surface;
 struct SDL_Texture;
 struct SwsContext;
 
@@ -24,16 +25,21 @@ public:
     // without memory.
     bool draw(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& place, int width,
               int height);
+    // The same in memory: what SDL's software renderer would draw, without the copies that it makes on the
+    // way. What reaches beyond the target is left out.
+    bool draw(SDL_Surface& target, const AVFrame& picture, const sorvane::PictureRect& place, int width,
+              int height);
     void clear();
 
 private:
-    struct Frames;
+    struct Planes;
 
-    // Owned by this or by the caller; null when that cannot be.
-    const AVFrame* scaled(const AVFrame& picture, int width, int height);
+    // In m_planes; false when that cannot be.
+    bool scale(const AVFrame& picture, int width, int height);
     bool fit(SDL_Renderer* renderer, int width, int height);
+    bool convert(SDL_Surface& target, int x, int y) const;
 
-    std::unique_ptr<Frames> m_frames;
+    std::unique_ptr<Planes> m_planes;
     SwsContext* m_scaler = nullptr;
     SDL_Renderer* m_renderer = nullptr;  // the texture's
     SDL_Texture* m_texture = nullptr;

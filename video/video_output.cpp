@@ -19,19 +19,20 @@ void setHints() {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     // With a foreign window SDL drops the stick's input entirely without it.
     SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
-    // Else the software renderer goes through OpenGL behind our back.
+    // Else a window's memory goes through OpenGL behind our back.
     SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
     if (platform::graphicsDeviceSeen()) {
         SDL_SetHint(SDL_HINT_VIDEO_FOREIGN_WINDOW_OPENGL, "1");
-    } else {
-        SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
     }
 }
 
-bool rendersInSoftwareGl(SDL_Renderer* renderer) {
+bool rendersInSoftware(SDL_Renderer* renderer) {
     SDL_RendererInfo info;
-    if (SDL_GetRendererInfo(renderer, &info) != 0 || std::strncmp(info.name, "opengl", 6) != 0) {
+    if (SDL_GetRendererInfo(renderer, &info) != 0) {
         return false;
+    }
+    if (std::strncmp(info.name, "opengl", 6) != 0) {
+        return (info.flags & SDL_RENDERER_SOFTWARE) != 0;
     }
     using GetString = const unsigned char* (*)(unsigned int);
     const auto get_string = reinterpret_cast<GetString>(SDL_GL_GetProcAddress("glGetString"));
@@ -88,11 +89,12 @@ SDL_Window* wrapWindow(quintptr native_id) {
 }
 
 SDL_Renderer* makeRenderer(SDL_Window* window) {
-    SDL_Renderer* renderer = SDL_CreateRenderer(window, -1, 0);
-    if (renderer != nullptr && rendersInSoftwareGl(renderer)) {
+    static bool has_device = platform::graphicsDeviceSeen();
+    SDL_Renderer* renderer = has_device ? SDL_CreateRenderer(window, -1, 0) : nullptr;
+    if (renderer != nullptr && rendersInSoftware(renderer)) {
+        has_device = false;
         SDL_DestroyRenderer(renderer);
-        SDL_SetHint(SDL_HINT_RENDER_DRIVER, "software");
-        renderer = SDL_CreateRenderer(window, -1, 0);
+        renderer = nullptr;
     }
     if (renderer != nullptr) {
         SDL_SetRenderDrawColor(renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
@@ -100,6 +102,10 @@ SDL_Renderer* makeRenderer(SDL_Window* window) {
     releaseContext(window);
     return renderer;
 }
+
+SDL_Surface* pixelsOf(SDL_Window* window) { return SDL_GetWindowSurface(window); }
+
+void show(SDL_Window* window) { SDL_UpdateWindowSurface(window); }
 
 void destroy(SDL_Renderer* renderer, SDL_Window* window) {
     if (renderer != nullptr) {

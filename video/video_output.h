@@ -5,6 +5,7 @@
 #include <QString>
 
 struct SDL_Renderer;
+struct SDL_Surface;
 struct SDL_Window;
 typedef struct _TTF_Font TTF_Font;
 
@@ -18,9 +19,13 @@ TTF_Font* font();
 
 // Wraps a native window; null on failure. The caller owns the result.
 SDL_Window* wrapWindow(quintptr native_id);
-// The driver is SDL's own choice, but for software OpenGL: there its software renderer is several times as
-// fast.
+// The driver is SDL's own choice among those of a device. Null where there is none, or only OpenGL in
+// software, which is several times as slow as memory: pixelsOf() is drawn on there.
 SDL_Renderer* makeRenderer(SDL_Window* window);
+// What show() brings to the window, in memory and of the size that the window has now; null on failure.
+// SDL's own, and gone at the next call after catchUp() has seen another size.
+SDL_Surface* pixelsOf(SDL_Window* window);
+void show(SDL_Window* window);
 void destroy(SDL_Renderer* renderer, SDL_Window* window);
 
 // Takes in what has happened to the wrapped windows since the last call, their sizes above all.

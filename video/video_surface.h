@@ -36,9 +36,9 @@ struct VideoSurface {
     VideoSurface(const VideoSurface&) = delete;
     VideoSurface& operator=(const VideoSurface&) = delete;
 
-    QMyVideoWidget* widget = nullptr;  // the record's key
-    int player_handle = 0;             // last result of feedOpen or clipOpen
-    SDL_Renderer* renderer = nullptr;
+    QMyVideoWidget* widget = nullptr;    // the record's key
+    int player_handle = 0;               // last result of feedOpen or clipOpen
+    SDL_Renderer* renderer = nullptr;    // of the graphics device; null: pictures are drawn in memory
     std::unique_ptr<QTimer> idle_timer;  // 1000 ms after the last picture Qt paints the widget again
     SDL_Window* sdl_window = nullptr;
     PictureTexture picture;  // of the renderer

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "receiver.h"
+#include "two_addresses.h"
 
 namespace tavrik::test {
 namespace {
@@ -61,23 +62,27 @@ private:
 };
 
 TEST(Http, ShowsATransportStream) {
-    HttpCamera camera;
-    TestEncoder encoder(EncoderSettings{});
-    Receiver receiver;
-    const int handle =
-        feedOpen(camera.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", receiver.onSei(), 1);
-    ASSERT_GT(handle, 0);
-    const Bytes sei = seiNal(Codec::kH264, {4, 5, 6});
-    EXPECT_TRUE(stream(
-        [&](int n) {
-            camera.send(
-                muxTransportStream(Codec::kH264, {withSei(Codec::kH264, encoder.encode(n), sei)}, true));
-        },
-        [&] { return receiver.numbers().size() >= 20 && !receiver.sei().empty(); }, 5));
-    feedClose(handle);
-    const std::vector<int> numbers = receiver.numbers();
-    for (std::size_t i = 1; i < numbers.size(); ++i) {
-        EXPECT_GT(numbers[i], numbers[i - 1]);
+    for (const bool by_name : {false, true}) {
+        HttpCamera camera;
+        TestEncoder encoder(EncoderSettings{});
+        Receiver receiver;
+        const std::string url = by_name ? withTwoAddresses(camera.url()) : camera.url();
+        const int handle =
+            feedOpen(url.c_str(), 0, receiver.onFrame(), nullptr, "", true, "", receiver.onSei(), 1);
+        ASSERT_GT(handle, 0);
+        const Bytes sei = seiNal(Codec::kH264, {4, 5, 6});
+        EXPECT_TRUE(stream(
+            [&](int n) {
+                camera.send(
+                    muxTransportStream(Codec::kH264, {withSei(Codec::kH264, encoder.encode(n), sei)}, true));
+            },
+            [&] { return receiver.numbers().size() >= 20 && !receiver.sei().empty(); }, 5))
+            << url;
+        feedClose(handle);
+        const std::vector<int> numbers = receiver.numbers();
+        for (std::size_t i = 1; i < numbers.size(); ++i) {
+            EXPECT_GT(numbers[i], numbers[i - 1]);
+        }
     }
 }
 

@@ -27,8 +27,10 @@ public:
     struct Settings {
         Codec codec = Codec::kH264;
         Manner manner = Manner::kGood;
-        std::string parameter_sets;  // for the session description; empty: in the stream alone
-        bool audio = false;          // sound as a second track
+        // For the session description, H.264: units joined by commas; H.265: all parameters. Empty: in the
+        // stream alone.
+        std::string parameter_sets;
+        bool audio = false;  // sound as a second track
         // Over UDP: takes each packet of pictures and sound in the place of its socket.
         std::function<void(int socket, const Bytes& packet)> datagrams;
         // Of the sound, behind its payload type in the session description.
@@ -61,6 +63,8 @@ public:
     // Sends the unit to every client that plays; timestamp in 1/90000 s.
     void sendPicture(const Bytes& unit, std::uint32_t timestamp);
     void sendPicture(const Bytes& unit, std::uint32_t timestamp, const Delivery& delivery);
+    // One packet of the pictures that says nothing of an end.
+    void sendPayload(const Bytes& payload, std::uint32_t timestamp);
     void sendSound(const Bytes& samples, std::uint32_t timestamp);
     // A sender report: the track's timestamp at a wall clock of seconds * 2^32.
     void sendReport(int track, std::uint64_t wall_clock, std::uint32_t timestamp);

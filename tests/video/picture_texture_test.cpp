@@ -22,8 +22,9 @@ struct FrameDeleter {
 };
 using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
 
-// Bright stripes, so that a row or column in the wrong place shows.
-FramePtr stripes(int width, int height, int phase, AVPixelFormat format = AV_PIX_FMT_YUV420P) {
+// Bright stripes, so that a row or column in the wrong place shows. colour: how far they are from grey.
+FramePtr stripes(int width, int height, int phase, AVPixelFormat format = AV_PIX_FMT_YUV420P,
+                 int colour = 0) {
     FramePtr frame(av_frame_alloc());
     frame->width = width;
     frame->height = height;
@@ -33,9 +34,9 @@ FramePtr stripes(int width, int height, int phase, AVPixelFormat format = AV_PIX
         const int rows = plane == 0 ? height : (height + 1) / 2;
         for (int y = 0; y < rows; ++y) {
             for (int x = 0; x < frame->linesize[plane]; ++x) {
-                const int bright = 120 + (x * 7 + y * 13 + phase * 31) % 100;
-                frame->data[plane][y * frame->linesize[plane] + x] =
-                    static_cast<std::uint8_t>(plane == 0 ? bright : 128);
+                const int stripe = (x * 7 + y * 13 + phase * 31) % 100;
+                const int value = plane == 0 ? 120 + stripe : 128 + colour * (stripe - 50) / 100;
+                frame->data[plane][y * frame->linesize[plane] + x] = static_cast<std::uint8_t>(value);
             }
         }
     }
@@ -57,10 +58,12 @@ public:
     Target& operator=(const Target&) = delete;
 
     SDL_Renderer* renderer() const { return m_renderer; }
+    SDL_Surface& memory() const { return *m_surface; }
     void paint(std::uint8_t r, std::uint8_t g, std::uint8_t b) {
         SDL_SetRenderDrawColor(m_renderer, r, g, b, SDL_ALPHA_OPAQUE);
         SDL_RenderClear(m_renderer);
         SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
+        SDL_RenderFlush(m_renderer);
     }
     std::vector<std::uint32_t> pixels() const {
         SDL_RenderFlush(m_renderer);
@@ -159,5 +162,51 @@ TEST(PictureTexture, WhatCannotBeScaledDrawsNothing) {
     EXPECT_FALSE(texture.draw(target.renderer(), *frame, {0, 0, 0, 0}, kWidth, kHeight));
     frame->format = AV_PIX_FMT_CUDA;
     EXPECT_FALSE(draw(texture, target, *frame));
+    EXPECT_TRUE(target.pixels() == before);
+}
+
+TEST(PictureTexture, InMemoryItIsWhatTheRendererDraws) {
+    PictureTexture by_renderer, in_memory;
+    Target first, second;
+    int n = 0;
+    for (const auto& [width, height] :
+         {std::pair{320, 240}, {200, 120}, {64, 64}, {97, 83}, {1280, 1}, {31, 240}}) {
+        for (const AVPixelFormat format : {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_YUV422P}) {
+            for (const auto mode : {SDL_YUV_CONVERSION_BT601, SDL_YUV_CONVERSION_BT709}) {
+                SDL_SetYUVConversionMode(mode);
+                const FramePtr frame = stripes(width, height, ++n, format, 120);
+                first.paint(0xFF, 0x00, 0xFF);
+                second.paint(0x00, 0xFF, 0x00);
+                ASSERT_TRUE(draw(by_renderer, first, *frame));
+                ASSERT_TRUE(in_memory.draw(second.memory(), *frame, placeOf(*frame), kWidth, kHeight));
+                EXPECT_TRUE(first.pixels() == second.pixels()) << width << "x" << height << " " << format;
+            }
+        }
+    }
+    SDL_SetYUVConversionMode(SDL_YUV_CONVERSION_AUTOMATIC);
+    by_renderer.clear();
+}
+
+TEST(PictureTexture, InMemoryWhatReachesBeyondTheTargetIsLeftOut) {
+    const FramePtr frame = stripes(320, 240, 5, AV_PIX_FMT_YUV420P, 120);
+    for (const sorvane::PictureRect& place :
+         {sorvane::PictureRect{20, 0, 320, 240}, {0, 0, kWidth + 1, kHeight}, {0, 11, kWidth, kHeight}}) {
+        PictureTexture by_renderer, in_memory;
+        Target first, second;
+        ASSERT_TRUE(by_renderer.draw(first.renderer(), *frame, place, 400, 300));
+        ASSERT_TRUE(in_memory.draw(second.memory(), *frame, place, 400, 300));
+        EXPECT_TRUE(first.pixels() == second.pixels()) << place.x << "," << place.y;
+        by_renderer.clear();
+    }
+}
+
+TEST(PictureTexture, InMemoryWhatCannotBeScaledDrawsNothing) {
+    Target target;
+    const std::vector<std::uint32_t> before = target.pixels();
+    PictureTexture texture;
+    const FramePtr frame = stripes(320, 240, 4);
+    EXPECT_FALSE(texture.draw(target.memory(), *frame, {0, 0, 0, 0}, kWidth, kHeight));
+    frame->format = AV_PIX_FMT_CUDA;
+    EXPECT_FALSE(texture.draw(target.memory(), *frame, placeOf(*frame), kWidth, kHeight));
     EXPECT_TRUE(target.pixels() == before);
 }
