@@ -43,7 +43,7 @@ int Recorder::begin(int handle, int format) {
     const std::string dir =
         sorvane::datedDirectory(m_config.default_video_saving_directory.toStdString(), now);
     const QString shown_dir = QString::fromStdString(dir);
-    if (!QDir().exists(shown_dir) && !QDir().mkpath(shown_dir)) {
+    if (!QDir(shown_dir).exists() && !QDir().mkpath(shown_dir)) {
         qDebug("RecAvi: Create dir failed!");
         return -1;
     }

@@ -27,7 +27,7 @@ void Stills::takeSingle() {
         return;
     }
     const QString base = m_config.default_record_open_directory;
-    if (!QDir().exists(base) && !QDir().mkpath(base)) {
+    if (!QDir(base).exists() && !QDir().mkpath(base)) {
         qDebug("OnSingleSnap: Create dir failed!");
         return;
     }
