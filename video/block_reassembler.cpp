@@ -9,8 +9,11 @@ bool BlockReassembler::append(const std::uint8_t* data, std::size_t size) {
         m_held = 0;
         return false;
     }
-    std::memcpy(m_buffer.data() + m_held, data, size);
-    m_held += size;
+    // An empty datagram may come without an address.
+    if (size > 0) {
+        std::memcpy(m_buffer.data() + m_held, data, size);
+        m_held += size;
+    }
     return true;
 }
 

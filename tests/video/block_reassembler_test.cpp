@@ -149,6 +149,16 @@ TEST(BlockReassembler, ByteByByteGivesTheSame) {
     EXPECT_EQ(t.payloads, (std::vector<Bytes>{Bytes(254, 1), Bytes(254, 2)}));
 }
 
+TEST(BlockReassembler, AnEmptyDatagramChangesNothing) {
+    Taker t;
+    const Bytes b = block(t.header, 6);
+    t.take(Bytes(b.begin(), b.begin() + 100));
+    t.blocks.take(nullptr, 0, t.header, [](const std::uint8_t*, std::size_t) { FAIL(); });
+    EXPECT_EQ(t.blocks.heldBytes(), 100U);
+    t.take(Bytes(b.begin() + 100, b.end()));
+    EXPECT_EQ(t.payloads, std::vector<Bytes>{Bytes(254, 6)});
+}
+
 TEST(BlockReassembler, EveryLengthOfHeader) {
     for (std::size_t length = 0; length <= 256; ++length) {
         Taker t;
