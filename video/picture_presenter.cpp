@@ -102,6 +102,9 @@ VideoSurface* PicturePresenter::findOrCreateSurface(QMyVideoWidget& widget) {
     });
     // The native window may be replaced under way; SDL is bound to the old one then.
     connect(&widget, &QMyVideoWidget::nativeWindowChanged, timer, [&surface] { detach(surface); });
+    // While pictures come the widget's painting is held off, and neither of these is heard.
+    connect(&widget, &QMyVideoWidget::pictureWanted, timer, [this, &surface] { drawAgain(surface); });
+    connect(&widget, &QMyVideoWidget::pictureGone, timer, [&surface] { surface.picture.clear(); });
     return &surface;
 }
 
@@ -131,23 +134,48 @@ void PicturePresenter::render(FrameParcel& parcel) {
     if (surface->renderer == nullptr) {
         return;
     }
-    const double ratio = m_ratio();
-    const int width = static_cast<int>(parcel.widget->width() * ratio);
-    const int height = static_cast<int>(parcel.widget->height() * ratio);
-    const sorvane::PictureRect rect =
-        sorvane::placePicture(sorvane::fitPicture(src.width, src.height, width, height), width, height);
+    const Place place = placeOn(*surface);
     video_output::catchUp();
     const bool bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
     SDL_SetYUVConversionMode(bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
-    if (!surface->picture.draw(surface->renderer, src, rect, width, height)) {
-        return;
+    if (surface->picture.draw(surface->renderer, src, place.picture, place.width, place.height)) {
+        surface->bt709 = bt709;
+        surface->fps = parcel.fps;
+        surface->bitrate = parcel.bitrate;
+        present(*surface);
     }
+}
+
+PicturePresenter::Place PicturePresenter::placeOn(const VideoSurface& surface) const {
+    const double ratio = m_ratio();
+    const QSize source = surface.widget->pictureSize();
+    const int width = static_cast<int>(surface.widget->width() * ratio);
+    const int height = static_cast<int>(surface.widget->height() * ratio);
+    return {sorvane::placePicture(sorvane::fitPicture(source.width(), source.height(), width, height), width,
+                                  height),
+            width, height};
+}
+
+void PicturePresenter::present(const VideoSurface& surface) {
     const MyAppConfig* config = m_config();
     if (config != nullptr && config->show_fps) {
-        drawStatistics(surface->renderer, parcel.fps, parcel.bitrate);
+        drawStatistics(surface.renderer, surface.fps, surface.bitrate);
     }
-    SDL_RenderPresent(surface->renderer);
-    video_output::releaseContext(surface->sdl_window);
+    SDL_RenderPresent(surface.renderer);
+    video_output::releaseContext(surface.sdl_window);
+}
+
+void PicturePresenter::drawAgain(VideoSurface& surface) {
+    if (m_closed || surface.renderer == nullptr) {
+        return;
+    }
+    const Place place = placeOn(surface);
+    video_output::catchUp();
+    SDL_SetYUVConversionMode(surface.bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
+    if (surface.picture.drawAgain(surface.renderer, place.picture, place.width, place.height)) {
+        surface.widget->pictureDrawn(surface.widget->pictureSize());
+        present(surface);
+    }
 }
 
 void PicturePresenter::take(QMyEvent& e, bool cached) {

@@ -48,6 +48,22 @@ bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const 
     }
     SDL_UpdateYUVTexture(m_texture, nullptr, ready->data[0], ready->linesize[0], ready->data[1],
                          ready->linesize[1], ready->data[2], ready->linesize[2]);
+    copy(renderer, place, width, height);
+    return true;
+}
+
+bool PictureTexture::drawAgain(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width,
+                               int height) {
+    if (m_texture == nullptr || m_renderer != renderer || place.width <= 0 || place.height <= 0) {
+        return false;
+    }
+    SDL_SetTextureScaleMode(m_texture, SDL_ScaleModeLinear);
+    copy(renderer, place, width, height);
+    SDL_SetTextureScaleMode(m_texture, SDL_ScaleModeNearest);
+    return true;
+}
+
+void PictureTexture::copy(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height) {
     // The bars alone: the picture covers the rest.
     const int right = place.x + place.width;
     const int bottom = place.y + place.height;
@@ -57,7 +73,6 @@ bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const 
     blacken(renderer, {right, place.y, width - right, place.height});
     const SDL_Rect target = {place.x, place.y, place.width, place.height};
     SDL_RenderCopy(renderer, m_texture, nullptr, &target);
-    return true;
 }
 
 const AVFrame* PictureTexture::scaled(const AVFrame& picture, int width, int height) {

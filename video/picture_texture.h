@@ -24,10 +24,15 @@ public:
     // without memory.
     bool draw(SDL_Renderer* renderer, const AVFrame& picture, const sorvane::PictureRect& place, int width,
               int height);
+    // The picture drawn last once more, its texture stretched to `place`. False, with nothing drawn, when
+    // there is none.
+    bool drawAgain(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height);
     void clear();
 
 private:
     struct Frames;
+
+    void copy(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height);
 
     // Owned by this or by the caller; null when that cannot be.
     const AVFrame* scaled(const AVFrame& picture, int width, int height);
