@@ -8,8 +8,8 @@
 
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
-#include "app/theme.h"
 #include "settings/player_settings_dlg.h"
+#include "settings/theme_files.h"
 #include "tavrik/tavrik.h"
 #include "video/my_tip_dialog.h"
 #include "video/picture_views.h"

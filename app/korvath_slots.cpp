@@ -1,7 +1,6 @@
 // The fixed operations and slots: each goes to the part that does it.
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
-#include "app/theme.h"
 #include "link/control_names.h"
 #include "settings/player_settings_dlg.h"
 #include "telemetry/injection.h"

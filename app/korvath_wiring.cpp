@@ -203,6 +203,10 @@ void Korvath::connectSettings() {
     connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
     connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
             [this](const sorvane::Command& command) { sorvane::send(m_parts->sender->frames(), command); });
+    connect(m_settings, &PlayerSettingsDlg::frameRequested, this,
+            [this](std::uint16_t code, const QByteArray& payload) {
+                sendVariableFrame(code, payload.constData(), payload.size());
+            });
     connect(m_settings, &PlayerSettingsDlg::stopRequested, this,
             [this](int code) { m_parts->commands->endUnlessHeld(static_cast<std::uint16_t>(code)); });
     connect(m_parts->intake.get(), &Intake::replyTaken, m_settings, &PlayerSettingsDlg::on_recv_single_frame);

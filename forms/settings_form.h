@@ -48,6 +48,7 @@ struct SettingsForm {
     // On-screen display of the pod.
     QWidget* osd_page = ui.page_osd;
     QLabel* osd_unread = ui.label_osd_unread;
+    QPushButton* osd_read = ui.pushButton_22;
     QComboBox* osd_colour = ui.comboBox_12;
     QComboBox* osd_language = ui.comboBox_13;
     QRadioButton* osd_geographic = ui.radioButton;

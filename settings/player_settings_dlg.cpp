@@ -37,6 +37,9 @@ constexpr std::array<const char*, 10> kRows = {
 // Which page takes which code; a row comes with the page that understands the reply (device, remote control,
 // relay, upgrade).
 constexpr std::uint16_t kPodState = 18;
+// Asks for it; the payload says what for.
+constexpr std::uint16_t kAskState = 56;
+constexpr char kDisplayItems = 3;
 constexpr std::array<ReplyRow, 1> kReplies = {{{kPodState, PageId::kOsd}}};
 
 }  // namespace
@@ -105,6 +108,8 @@ void PlayerSettingsDlg::place(PageId id, std::unique_ptr<SettingsPage> page) {
 void PlayerSettingsDlg::connectWidgets() {
     connect(m_form->page_list, &QListWidget::currentRowChanged, m_form->pages,
             &QStackedWidget::setCurrentIndex);
+    connect(m_form->osd_read, &QPushButton::clicked, this,
+            [this] { emit frameRequested(kAskState, QByteArray(1, kDisplayItems)); });
     connect(m_common, &CommonPage::languageChosen, this, &PlayerSettingsDlg::applyLanguage);
     connect(m_common, &CommonPage::themeChosen, this, &PlayerSettingsDlg::themeChosen);
     connect(m_common, &CommonPage::sendModeChanged, this, &PlayerSettingsDlg::sendModeChanged);

@@ -63,6 +63,8 @@ signals:
     // 0 three axes, 1 two axes.
     void servoFrameChosen(int platform_type);
     void commandRequested(const sorvane::Command& command);
+    // A variable frame of its own, in either protocol mode.
+    void frameRequested(std::uint16_t code, const QByteArray& payload);
     // The command with that code ends; 0 is every command of the fixed frame.
     void stopRequested(int code);
 

@@ -299,6 +299,12 @@ void ControlLoop::onCommand(const wire::Command& c, const Line& line) {
     const bool fixed = c.frame == wire::Command::Frame::kFixed;
     m_pod.apply(c.code, c.payload.data(), c.payload.size(), fixed ? c.rate_code : -1, c.rate_azimuth,
                 c.rate_pitch);
+    if (c.code == wire::kAskCode) {
+        const wire::Bytes answer = answerTo(c.payload, m_pod.snapshot());
+        if (!answer.empty()) {
+            m_injector.push(answer, monotonicNs());
+        }
+    }
 }
 
 void ControlLoop::giveUpStale(std::int64_t now) {

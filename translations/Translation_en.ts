@@ -2524,4 +2524,15 @@ mode</translation>
             <translation>View</translation>
         </message>
     </context>
+    <context>
+        <name>FloatingPanes</name>
+        <message>
+            <source>状态页</source>
+            <translation>Status pages</translation>
+        </message>
+        <message>
+            <source>控制页</source>
+            <translation>Control pages</translation>
+        </message>
+    </context>
 </TS>

@@ -44,32 +44,18 @@ void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
     SDL_FreeSurface(surface);
 }
 
-// How a picture is drawn on its window.
-struct Drawing {
-    sorvane::PictureRect place;
-    int width, height;        // of the window, in pixels
-    const FrameParcel* told;  // whose statistics are drawn over it; null: none
-};
-
-void drawByDevice(VideoSurface& surface, const AVFrame& picture, const Drawing& how) {
-    if (!surface.picture.draw(surface.renderer, picture, how.place, how.width, how.height)) {
-        return;
-    }
-    if (how.told != nullptr) {
-        drawStatistics(surface.renderer, how.told->fps, how.told->bitrate);
+void presentByDevice(const VideoSurface& surface, bool told) {
+    if (told) {
+        drawStatistics(surface.renderer, surface.fps, surface.bitrate);
     }
     SDL_RenderPresent(surface.renderer);
     video_output::releaseContext(surface.sdl_window);
 }
 
-void drawInMemory(VideoSurface& surface, const AVFrame& picture, const Drawing& how) {
-    SDL_Surface* const pixels = video_output::pixelsOf(surface.sdl_window);
-    if (pixels == nullptr || !surface.picture.draw(*pixels, picture, how.place, how.width, how.height)) {
-        return;
-    }
-    SDL_Renderer* const over = how.told != nullptr ? SDL_CreateSoftwareRenderer(pixels) : nullptr;
+void showMemory(const VideoSurface& surface, SDL_Surface& pixels, bool told) {
+    SDL_Renderer* const over = told ? SDL_CreateSoftwareRenderer(&pixels) : nullptr;
     if (over != nullptr) {
-        drawStatistics(over, how.told->fps, how.told->bitrate);
+        drawStatistics(over, surface.fps, surface.bitrate);
         SDL_RenderFlush(over);
         SDL_DestroyRenderer(over);
     }
@@ -134,6 +120,9 @@ VideoSurface* PicturePresenter::findOrCreateSurface(QMyVideoWidget& widget) {
     });
     // The native window may be replaced under way; SDL is bound to the old one then.
     connect(&widget, &QMyVideoWidget::nativeWindowChanged, timer, [&surface] { detach(surface); });
+    // While pictures come the widget's painting is held off, and neither of these is heard.
+    connect(&widget, &QMyVideoWidget::pictureWanted, timer, [this, &surface] { drawAgain(surface); });
+    connect(&widget, &QMyVideoWidget::pictureGone, timer, [&surface] { surface.picture.clear(); });
     return &surface;
 }
 
@@ -160,21 +149,58 @@ void PicturePresenter::render(FrameParcel& parcel) {
     if (surface->sdl_window == nullptr && !attach(*surface)) {
         return;
     }
+    const Place place = placeOn(*surface);
+    surface->bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
+    surface->fps = parcel.fps;
+    surface->bitrate = parcel.bitrate;
+    drawOn(*surface, [&](auto& target) {
+        return surface->picture.draw(target, src, place.picture, place.width, place.height);
+    });
+}
+
+PicturePresenter::Place PicturePresenter::placeOn(const VideoSurface& surface) const {
     const double ratio = m_ratio();
-    const int width = static_cast<int>(parcel.widget->width() * ratio);
-    const int height = static_cast<int>(parcel.widget->height() * ratio);
-    const sorvane::PictureRect rect =
-        sorvane::placePicture(sorvane::fitPicture(src.width, src.height, width, height), width, height);
-    video_output::catchUp();
-    const bool bt709 = sorvane::yuvMatrix(src.colorspace, src.height) == sorvane::YuvMatrix::kBt709;
-    SDL_SetYUVConversionMode(bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
-    const MyAppConfig* config = m_config();
-    const FrameParcel* const told = config != nullptr && config->show_fps ? &parcel : nullptr;
-    if (surface->renderer != nullptr) {
-        drawByDevice(*surface, src, {rect, width, height, told});
-    } else {
-        drawInMemory(*surface, src, {rect, width, height, told});
+    const QSize source = surface.widget->pictureSize();
+    const int width = static_cast<int>(surface.widget->width() * ratio);
+    const int height = static_cast<int>(surface.widget->height() * ratio);
+    return {sorvane::placePicture(sorvane::fitPicture(source.width(), source.height(), width, height), width,
+                                  height),
+            width, height};
+}
+
+void PicturePresenter::drawAgain(VideoSurface& surface) {
+    if (m_closed || surface.sdl_window == nullptr) {
+        return;
     }
+    const Place place = placeOn(surface);
+    const bool drawn = drawOn(surface, [&](auto& target) {
+        return surface.picture.drawAgain(target, place.picture, place.width, place.height);
+    });
+    if (drawn) {
+        surface.widget->pictureDrawn(surface.widget->pictureSize());
+    }
+}
+
+// By the device, or in the window's memory where none draws: draw gets the one or the other.
+template <class Draw>
+bool PicturePresenter::drawOn(VideoSurface& surface, const Draw& draw) {
+    video_output::catchUp();
+    SDL_SetYUVConversionMode(surface.bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
+    const MyAppConfig* config = m_config();
+    const bool told = config != nullptr && config->show_fps;
+    if (surface.renderer != nullptr) {
+        if (!draw(surface.renderer)) {
+            return false;
+        }
+        presentByDevice(surface, told);
+        return true;
+    }
+    SDL_Surface* const pixels = video_output::pixelsOf(surface.sdl_window);
+    if (pixels == nullptr || !draw(*pixels)) {
+        return false;
+    }
+    showMemory(surface, *pixels, told);
+    return true;
 }
 
 void PicturePresenter::take(QMyEvent& e, bool cached) {

@@ -65,6 +65,17 @@ protected:
     void timerEvent(QTimerEvent* e) override;
 
 private:
+    // Pixels of a target, and where on it the picture lies.
+    struct Place {
+        sorvane::PictureRect picture;
+        int width;
+        int height;
+    };
+    Place placeOn(const VideoSurface& surface) const;
+    template <class Draw>
+    bool drawOn(VideoSurface& surface, const Draw& draw);
+    // A picture that stands still, at the widget's size of now.
+    void drawAgain(VideoSurface& surface);
     void drawInTurn(std::unique_ptr<FrameParcel> parcel);
     void drawFirstCached();
     void stopFrameTimer();

@@ -31,6 +31,15 @@ std::array<SDL_Rect, 4> barsAround(const sorvane::PictureRect& place, int width,
             SDL_Rect{right, place.y, width - right, place.height}};
 }
 
+void blackenAround(SDL_Surface& target, const sorvane::PictureRect& place, int width, int height) {
+    const Uint32 black = SDL_MapRGB(target.format, 0, 0, 0);
+    for (const SDL_Rect& bar : barsAround(place, width, height)) {
+        if (bar.w > 0 && bar.h > 0) {
+            SDL_FillRect(&target, &bar, black);
+        }
+    }
+}
+
 }  // namespace
 
 // The three planes in one run, as SDL wants them. The rows begin where the scaler is fastest: at other
@@ -58,6 +67,29 @@ struct PictureTexture::Planes {
         return true;
     }
 
+    // On a target in memory, the upper left corner at (x, y).
+    bool convertTo(SDL_Surface& target, int x, int y) const {
+        const bool inside = x >= 0 && y >= 0 && width <= target.w - x && height <= target.h - y;
+        // While a window changes its size the two may not fit for a moment.
+        SDL_Surface* const aside =
+            inside ? nullptr : SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, target.format->format);
+        if (!inside && aside == nullptr) {
+            return false;
+        }
+        SDL_Surface& to = inside ? target : *aside;
+        auto* const first =
+            static_cast<std::uint8_t*>(to.pixels) +
+            (inside ? static_cast<std::ptrdiff_t>(y) * to.pitch + x * to.format->BytesPerPixel : 0);
+        const bool done = SDL_ConvertPixels(width, height, SDL_PIXELFORMAT_IYUV, data[0], pitch[0],
+                                            to.format->format, first, to.pitch) == 0;
+        if (aside != nullptr) {
+            SDL_Rect place = {x, y, width, height};
+            SDL_BlitSurface(aside, nullptr, &target, &place);
+            SDL_FreeSurface(aside);
+        }
+        return done;
+    }
+
     std::unique_ptr<std::uint8_t, AvDeleter> bytes;
     std::array<std::uint8_t*, 4> data{};
     std::array<int, 4> pitch{};
@@ -73,6 +105,11 @@ PictureTexture::~PictureTexture() {
 }
 
 void PictureTexture::clear() {
+    dropTexture();
+    *m_planes = {};
+}
+
+void PictureTexture::dropTexture() {
     if (m_texture != nullptr) {
         SDL_DestroyTexture(m_texture);
         m_texture = nullptr;
@@ -87,9 +124,23 @@ bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const 
         !fit(renderer, place.width, place.height)) {
         return false;
     }
-    const std::uint8_t* const* const data = as_it_is ? picture.data : m_planes->data.data();
-    const int* const pitch = as_it_is ? picture.linesize : m_planes->pitch.data();
     SDL_UpdateYUVTexture(m_texture, nullptr, data[0], pitch[0], data[1], pitch[1], data[2], pitch[2]);
+    copy(renderer, place, width, height);
+    return true;
+}
+
+bool PictureTexture::drawAgain(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width,
+                               int height) {
+    if (m_texture == nullptr || m_renderer != renderer || place.width <= 0 || place.height <= 0) {
+        return false;
+    }
+    SDL_SetTextureScaleMode(m_texture, SDL_ScaleModeLinear);
+    copy(renderer, place, width, height);
+    SDL_SetTextureScaleMode(m_texture, SDL_ScaleModeNearest);
+    return true;
+}
+
+void PictureTexture::copy(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height) {
     // The bars alone: the picture covers the rest.
     for (const SDL_Rect& bar : barsAround(place, width, height)) {
         if (bar.w > 0 && bar.h > 0) {
@@ -98,44 +149,38 @@ bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const 
     }
     const SDL_Rect target = {place.x, place.y, place.width, place.height};
     SDL_RenderCopy(renderer, m_texture, nullptr, &target);
-    return true;
 }
 
 bool PictureTexture::draw(SDL_Surface& target, const AVFrame& picture, const sorvane::PictureRect& place,
                           int width, int height) {
-    if (!scale(picture, place.width, place.height) || !convert(target, place.x, place.y)) {
+    if (!scale(picture, place.width, place.height) || !m_planes->convertTo(target, place.x, place.y)) {
         return false;
     }
-    const Uint32 black = SDL_MapRGB(target.format, 0, 0, 0);
-    for (const SDL_Rect& bar : barsAround(place, width, height)) {
-        if (bar.w > 0 && bar.h > 0) {
-            SDL_FillRect(&target, &bar, black);
-        }
-    }
+    blackenAround(target, place, width, height);
     return true;
 }
 
-bool PictureTexture::convert(SDL_Surface& target, int x, int y) const {
-    const Planes& p = *m_planes;
-    const bool inside = x >= 0 && y >= 0 && p.width <= target.w - x && p.height <= target.h - y;
-    // While a window changes its size the two may not fit for a moment.
-    SDL_Surface* const aside =
-        inside ? nullptr : SDL_CreateRGBSurfaceWithFormat(0, p.width, p.height, 32, target.format->format);
-    if (!inside && aside == nullptr) {
+bool PictureTexture::drawAgain(SDL_Surface& target, const sorvane::PictureRect& place, int width,
+                               int height) {
+    const Planes& kept = *m_planes;
+    Planes stretched;
+    if (kept.width <= 0 || place.width <= 0 || place.height <= 0 ||
+        !stretched.fit(place.width, place.height)) {
         return false;
     }
-    SDL_Surface& to = inside ? target : *aside;
-    auto* const first =
-        static_cast<std::uint8_t*>(to.pixels) +
-        (inside ? static_cast<std::ptrdiff_t>(y) * to.pitch + x * to.format->BytesPerPixel : 0);
-    const bool done = SDL_ConvertPixels(p.width, p.height, SDL_PIXELFORMAT_IYUV, p.data[0], p.pitch[0],
-                                        to.format->format, first, to.pitch) == 0;
-    if (aside != nullptr) {
-        SDL_Rect place = {x, y, p.width, p.height};
-        SDL_BlitSurface(aside, nullptr, &target, &place);
-        SDL_FreeSurface(aside);
+    SwsContext* const scaler = sws_getContext(kept.width, kept.height, AV_PIX_FMT_YUV420P, place.width,
+                                              place.height, AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
+    if (scaler == nullptr) {
+        return false;
     }
-    return done;
+    sws_scale(scaler, kept.data.data(), kept.pitch.data(), 0, kept.height, stretched.data.data(),
+              stretched.pitch.data());
+    sws_freeContext(scaler);
+    if (!stretched.convertTo(target, place.x, place.y)) {
+        return false;
+    }
+    blackenAround(target, place, width, height);
+    return true;
 }
 
 bool PictureTexture::scale(const AVFrame& picture, int width, int height) {
@@ -164,7 +209,7 @@ bool PictureTexture::fit(SDL_Renderer* renderer, int width, int height) {
     if (m_texture != nullptr && m_renderer == renderer && m_width == width && m_height == height) {
         return true;
     }
-    clear();
+    dropTexture();
     m_texture = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_IYUV, SDL_TEXTUREACCESS_STREAMING, width, height);
     m_renderer = renderer;
     m_width = width;

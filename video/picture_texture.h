@@ -29,6 +29,9 @@ public:
     // way. What reaches beyond the target is left out.
     bool draw(SDL_Surface& target, const AVFrame& picture, const sorvane::PictureRect& place, int width,
               int height);
+    // The picture drawn last once more, stretched to `place`. False, with nothing drawn, when there is none.
+    bool drawAgain(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height);
+    bool drawAgain(SDL_Surface& target, const sorvane::PictureRect& place, int width, int height);
     void clear();
 
 private:
@@ -36,8 +39,9 @@ private:
 
     // In m_planes; false when that cannot be.
     bool scale(const AVFrame& picture, int width, int height);
+    void dropTexture();
     bool fit(SDL_Renderer* renderer, int width, int height);
-    bool convert(SDL_Surface& target, int x, int y) const;
+    void copy(SDL_Renderer* renderer, const sorvane::PictureRect& place, int width, int height);
 
     std::unique_ptr<Planes> m_planes;
     SwsContext* m_scaler = nullptr;

@@ -52,8 +52,10 @@ QPaintEngine* QMyVideoWidget::paintEngine() const {
 
 void QMyVideoWidget::paintEvent(QPaintEvent* /*e*/) {
     if (streamOpen() || m_replaying) {
+        emit pictureWanted();
         return;
     }
+    emit pictureGone();
     const QString text = QStringLiteral("No Signal");
     const QSize size = QFontMetrics(font, this).boundingRect(text).size();
     QPainter painter(this);

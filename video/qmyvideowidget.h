@@ -39,7 +39,7 @@ public:
         m_pictureSize = size_of_picture;
         m_drawnOn = size();
     }
-    // Of the last one, and of this widget at that time: nobody draws it anew. Invalid before the first.
+    // Of the last one, and of this widget when it was drawn or drawn again. Invalid before the first.
     QSize pictureSize() const { return m_pictureSize; }
     QSize drawnOn() const { return m_drawnOn; }
 
@@ -48,6 +48,11 @@ public:
 signals:
     // The native window was replaced; whatever was drawn onto the old one is to be moved.
     void nativeWindowChanged();
+    // The pixels are to be drawn again while no picture comes: the size has changed, or what lay above is
+    // gone.
+    void pictureWanted();
+    // There is no picture here any more.
+    void pictureGone();
 
 protected:
     void mouseReleaseEvent(QMouseEvent* e) override;

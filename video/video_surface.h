@@ -42,4 +42,8 @@ struct VideoSurface {
     std::unique_ptr<QTimer> idle_timer;  // 1000 ms after the last picture Qt paints the widget again
     SDL_Window* sdl_window = nullptr;
     PictureTexture picture;  // of the renderer
+    // Of the picture drawn last: what drawing it again needs.
+    bool bt709 = false;
+    float fps = 0.0F;
+    int bitrate = 0;
 };

@@ -1,15 +1,18 @@
 #include "widgets/title_strip.h"
 
 #include <QAction>
-#include <QEvent>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QMenu>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
+#include <QToolTip>
 #include <QVariant>
+
+#include "widgets/button_keys.h"
 
 namespace {
 
@@ -77,19 +80,26 @@ void TitleStrip::showState() {
     m_w.close.setIcon(icon(QStyle::SP_TitleBarCloseButton));
     const bool maximised = m_window.isMaximized();
     m_w.maximise.setIcon(icon(maximised ? QStyle::SP_TitleBarNormalButton : QStyle::SP_TitleBarMaxButton));
-    m_w.maximise.setToolTip(maximised ? tr("还原") : tr("最大化"));
-    m_w.maximise.setAccessibleName(m_w.maximise.toolTip());
+    nameButton(m_w.maximise, maximised ? tr("还原") : tr("最大化"));
 }
 
 void TitleStrip::setTips() {
-    const auto name = [](QToolButton* button, const QString& text) {
-        if (button != nullptr) {
-            button->setToolTip(text);
-            button->setAccessibleName(text);
-        }
-    };
-    name(m_more, tr("更多"));
-    name(m_menuButton, tr("视图"));
+    nameButton(*m_more, tr("更多"));
+    if (m_menuButton != nullptr) {
+        nameButton(*m_menuButton, tr("视图"));
+    }
+}
+
+// Asked for when it comes up: texts and languages change. A key that would do nothing is not named.
+bool TitleStrip::showKeyTip(const QObject* object, const QHelpEvent& e) {
+    const auto* button = qobject_cast<const QToolButton*>(object);
+    const QAction* action = button != nullptr ? button->defaultAction() : nullptr;
+    if (action == nullptr || !action->isEnabled() || action->shortcut().isEmpty()) {
+        return false;
+    }
+    QToolTip::showText(e.globalPos(), tipWithKey(action->toolTip(), action->shortcut()),
+                       const_cast<QToolButton*>(button));
+    return true;
 }
 
 void TitleStrip::retranslate() {
@@ -97,11 +107,12 @@ void TitleStrip::retranslate() {
     showState();
 }
 
-// The toolkit gives the buttons that it makes for actions none.
+// The toolkit gives the buttons that it makes for actions no keyboard, and no key in their tips.
 void TitleStrip::takeKeyboard() {
     for (const QToolBar* bar : {&m_w.icons, &m_w.kept}) {
         for (QToolButton* button : bar->findChildren<QToolButton*>(kOwnButtons)) {
             button->setFocusPolicy(Qt::TabFocus);
+            button->installEventFilter(this);
         }
     }
     m_more->setFocusPolicy(Qt::TabFocus);
@@ -162,6 +173,8 @@ bool TitleStrip::eventFilter(QObject* object, QEvent* e) {
                 makeRoom();
             }
             break;
+        case QEvent::ToolTip:
+            return showKeyTip(object, *static_cast<QHelpEvent*>(e));
         case QEvent::WindowStateChange:
         case QEvent::StyleChange:
             if (object == &m_window) {

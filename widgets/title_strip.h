@@ -5,6 +5,7 @@
 #include <QObject>
 
 class QAction;
+class QHelpEvent;
 class QIcon;
 class QMenu;
 class QToolBar;
@@ -24,7 +25,7 @@ struct TitleStripWidgets {
 
 // Icons and the maximise tip follow the state of the window and its style sheet. Every button of the tool
 // bars takes the keyboard. Icons that a narrow window has no room for go, from the last on, into a menu;
-// their shortcuts live on. GUI thread.
+// their shortcuts live on, and their tips name them. GUI thread.
 class TitleStrip : public QObject {
     Q_OBJECT
 
@@ -44,6 +45,7 @@ private:
     void connectWindowButtons();
     void showState();
     void setTips();
+    static bool showKeyTip(const QObject* object, const QHelpEvent& e);
     void makeRoom();
     void takeKeyboard();
     int room() const;

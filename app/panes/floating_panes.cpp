@@ -1,13 +1,12 @@
 #include "app/panes/floating_panes.h"
 
 #include <QMainWindow>
-#include <QTabWidget>
 #include <utility>
 
 #include "forms/main_form.h"
 #include "widgets/button_keys.h"
 #include "widgets/my_trans_dlg.h"
-#include "widgets/sheets.h"
+#include "widgets/page_selectors.h"
 
 namespace {
 
@@ -58,6 +57,7 @@ void FloatingPanes::createToggles() {
     clickByKey(m_window, Qt::Key_F7, *m_fields.btn_ctrl_pane);
     clickByKey(m_window, Qt::CTRL + Qt::Key_PageUp, *m_form.previous_status_page);
     clickByKey(m_window, Qt::CTRL + Qt::Key_PageDown, *m_form.next_status_page);
+    nameToggles();
 }
 
 bool FloatingPanes::showOnce() {
@@ -77,50 +77,19 @@ void FloatingPanes::rebuildPageSelectors() {
     if (m_fields.ctrl_select == nullptr) {
         return;
     }
-    qDeleteAll(m_fields.ctrl_select->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly));
     if (m_language() == 0) {
-        addChineseSelectors();
+        fillWithButtons(*m_fields.ctrl_select, *m_form.control_pages, {"控\n制", "扩\n展\n控\n制"});
     } else {
-        addTabSelectors();
+        fillWithTabs(*m_fields.ctrl_select, *m_form.control_pages, {"Control", "Extended Control"});
     }
+    nameToggles();
 }
 
-void FloatingPanes::addChineseSelectors() {
-    const QString texts[] = {QStringLiteral("控\n制"), QStringLiteral("扩\n展\n控\n制")};
-    QStackedWidget* pages = m_form.control_pages;
-    for (int i = 0; i < 2; ++i) {
-        auto* button = new QPushButton(texts[i], m_fields.ctrl_select);
-        button->setObjectName(QStringLiteral("page_selector"));
-        button->setGeometry(0, i * 100, m_fields.ctrl_select->width(), 100);
-        button->setStyleSheet(
-            QStringLiteral("QPushButton { background-color: rgba(160, 160, 160, 150); border: none; "
-                           "padding: 0; min-height: 0;"
-                           " font: 700 10pt \"Microsoft YaHei UI\"; }"
-                           "QPushButton:hover { background-color: rgba(190, 190, 190, 190); }"
-                           "QPushButton:pressed { background-color: rgba(110, 110, 110, 190); }"
-                           "QPushButton[open=\"true\"] { border-right: 3px solid #0a63bd; }"));
-        button->setFocusPolicy(Qt::NoFocus);
-        // The one of the open page is marked; the map's page has none.
-        const auto mark = [button, i](int page) { setStyleProperty(*button, "open", page == i); };
-        mark(pages->currentIndex());
-        connect(pages, &QStackedWidget::currentChanged, button, mark);
-        connect(button, &QPushButton::clicked, pages, [pages, i] { pages->setCurrentIndex(i); });
-        button->show();
+void FloatingPanes::nameToggles() {
+    if (m_fields.state_tab != nullptr) {
+        nameButton(*m_fields.btn_stat_pane, tr("状态页"));
+        nameButton(*m_fields.btn_ctrl_pane, tr("控制页"));
     }
-}
-
-void FloatingPanes::addTabSelectors() {
-    auto* tabs = new QTabWidget(m_fields.ctrl_select);
-    tabs->setTabPosition(QTabWidget::East);
-    tabs->addTab(new QWidget, QStringLiteral("Control"));
-    tabs->addTab(new QWidget, QStringLiteral("Extended Control"));
-    tabs->setGeometry(m_fields.ctrl_select->rect());
-    tabs->setFocusPolicy(Qt::NoFocus);
-    tabs->setCurrentIndex(qBound(0, m_form.control_pages->currentIndex(), 1));
-    connect(tabs, &QTabWidget::currentChanged, m_form.control_pages, &QStackedWidget::setCurrentIndex);
-    // Other actions turn the pages too; the map's page has no tab and leaves the choice as it is.
-    connect(m_form.control_pages, &QStackedWidget::currentChanged, tabs, &QTabWidget::setCurrentIndex);
-    tabs->show();
 }
 
 void FloatingPanes::placeStatPane() {

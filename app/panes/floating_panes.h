@@ -42,7 +42,8 @@ public:
     // come up.
     bool showOnce();
 
-    // Chinese captions stand upright on buttons; other languages need the length of a vertical tab.
+    // Chinese captions stand upright on buttons; other languages need the length of a vertical tab. To be
+    // called after each change of language: the toggles' names follow too.
     void rebuildPageSelectors();
     void placeStatPane();
     void placeToggles();
@@ -55,8 +56,7 @@ public:
     void toggleStatPane();
 
 private:
-    void addChineseSelectors();
-    void addTabSelectors();
+    void nameToggles();
 
     QMainWindow& m_window;
     const MainForm& m_form;

@@ -82,6 +82,18 @@ wire::Report reportOf(const Snapshot& s) {
     return r;
 }
 
+wire::Bytes answerTo(const wire::Bytes& asked, const Snapshot& snapshot) {
+    constexpr std::uint8_t kOfDisplay = 1, kItems = 3;
+    if (asked.empty() || asked[0] != kItems) {
+        return {};
+    }
+    wire::Bytes payload = {kOfDisplay, kItems};
+    for (int bits = 0; bits < 32; bits += 8) {
+        payload.push_back(static_cast<std::uint8_t>(snapshot.osd_word >> bits));
+    }
+    return wire::buildVariableFrame(wire::kAnswerCode, payload.data(), payload.size());
+}
+
 SeiFields seiFieldsOf(const Snapshot& s) {
     SeiFields f;
     const CalendarTime t = toCalendar(s.utc_ms);

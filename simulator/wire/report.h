@@ -9,6 +9,9 @@
 namespace podsim {
 
 wire::Report reportOf(const Snapshot& snapshot);
+// The frame that answers command 56 with these payload bytes: 3 asks what the display shows. Empty for
+// everything else, which stays without an answer.
+wire::Bytes answerTo(const wire::Bytes& asked, const Snapshot& snapshot);
 SeiFields seiFieldsOf(const Snapshot& snapshot);
 // What an inertial unit aboard the same aircraft measures. utc_us: microseconds since 1970.
 wire::InsState insStateOf(const Snapshot& snapshot, std::int64_t utc_us);

@@ -107,6 +107,16 @@ TEST_F(FloatingPanesPart, TheStatusPaneFollowsTheWindow) {
     EXPECT_EQ(stat_pane->pos(), QPoint(102, 90 + ui.mainToolBar->height()));
 }
 
+// After a change of language too.
+TEST_F(FloatingPanesPart, TheTogglesHaveNames) {
+    build();
+    EXPECT_EQ(btn_stat_pane->toolTip(), "状态页");
+    EXPECT_EQ(btn_ctrl_pane->accessibleName(), "控制页");
+    btn_stat_pane->setToolTip("other");
+    panes.rebuildPageSelectors();
+    EXPECT_EQ(btn_stat_pane->toolTip(), "状态页");
+}
+
 TEST_F(FloatingPanesPart, TheTogglesStandByTheRules) {
     build();
     const int middle = 80 + ui.mainToolBar->height() + ui.centralWidget->height() / 2 - 20;

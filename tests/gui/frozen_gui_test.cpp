@@ -92,4 +92,56 @@ TEST_F(Frozen, OtherWindowsOfTheProgramKeepTheirPixels) {
     EXPECT_FALSE(line.isEmpty());
 }
 
+// Nobody sends a new picture: the one that stands there is drawn at the new size, and the line around it.
+TEST_F(Frozen, AResizeDrawsThePictureAnew) {
+    play();
+    window->showNormal();
+    ASSERT_TRUE(waitFor([this] { return !window->isMaximized(); }));
+    // Red, its upper left quarter white: a wrong place or an old size shows.
+    deliver(640, 360, kRed, kWhite);
+    ASSERT_TRUE(waitFor([&] { return frame(1)->isVisible(); }));
+    for (const QSize& size : {QSize(1700, 900), QSize(1100, 640), QSize(1400, 950)}) {
+        window->resize(size);
+        ASSERT_TRUE(waitFor([&] { return window->size() == size && win1()->updatesEnabled(); }));
+        const auto is_whole = [this] {
+            const QImage pixels = onScreen(win1());
+            const QSize fitted = QSize(640, 360).scaled(win1()->size(), Qt::KeepAspectRatio);
+            const int top = (win1()->height() - fitted.height()) / 2;
+            const int left = (win1()->width() - fitted.width()) / 2;
+            const auto at = [&](int x, int y) { return pixels.pixel(left + x, top + y); };
+            const int right = fitted.width() - 6;
+            const int bottom = fitted.height() - 6;
+            return isAbout(at(6, 6), 255, 255, 255) && isAbout(at(right, 6), 255, 0, 0) &&
+                   isAbout(at(right, bottom), 255, 0, 0) && isAbout(at(6, bottom), 255, 0, 0) &&
+                   (top < 8 || (isAbout(at(right, -6), 0, 0, 0) && isAbout(at(6, bottom + 12), 0, 0, 0))) &&
+                   (left < 8 || (isAbout(at(-6, 6), 0, 0, 0) && isAbout(at(right + 12, bottom), 0, 0, 0)));
+        };
+        EXPECT_TRUE(waitFor(is_whole)) << size.width();
+        EXPECT_TRUE(waitFor([&] {
+            return frame(1)->isVisible() &&
+                   frame(1)->geometry().adjusted(2, 2, -2, -2).width() ==
+                       QSize(640, 360).scaled(win1()->size(), Qt::KeepAspectRatio).width();
+        })) << size.width();
+    }
+}
+
+// Closed and opened again, with the words of an idle window between: the old picture is gone for good.
+TEST_F(Frozen, APictureOfAClosedStreamIsNotDrawnAnew) {
+    play();
+    deliver(640, 360, kRed);
+    ASSERT_TRUE(waitFor([&] { return frame(1)->isVisible(); }));
+    connection().pushButton_22->click();
+    ASSERT_TRUE(waitFor([&] { return isAbout(onScreen(win1()).pixel(20, win1()->height() / 2), 0, 0, 0); }));
+    connection().pushButton_22->click();
+    ASSERT_TRUE(in().playing1());
+    window->showNormal();
+    window->resize(1200, 800);
+    ASSERT_TRUE(waitFor([&] { return window->size() == QSize(1200, 800); }));
+    win1()->repaint();
+    QElapsedTimer since;
+    since.start();
+    EXPECT_TRUE(waitFor([&] { return since.elapsed() > 300; }));
+    EXPECT_FALSE(isAbout(onScreen(win1()).pixel(win1()->width() / 4, win1()->height() / 2), 255, 0, 0));
+}
+
 }  // namespace

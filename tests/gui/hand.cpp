@@ -59,6 +59,14 @@ void Hand::key(const char* name) {
     }
 }
 
+void Hand::chord(const char* held, const char* name) {
+    if (!m_x11.keyPress(held)) {
+        qFatal("no key '%s'", held);
+    }
+    key(name);
+    m_x11.keyRelease(held);
+}
+
 // All fingers of a window travel in one event; those that did not change are stationary.
 void Hand::touch(int changed, Qt::TouchPointState state) {
     QWidget* const top = m_fingers.value(changed).top;

@@ -23,6 +23,8 @@ public:
     void wheel(bool up);
     // A key by its X name, pressed and released.
     void key(const char* name);
+    // The same while another key is held.
+    void chord(const char* held, const char* name);
 
     // A finger is put on `top`, a top-level window, and belongs to it until it goes up.
     void fingerDown(int id, QWidget* top, const QPoint& at);

@@ -1,66 +1,22 @@
 // The station's window with the simulated pod as a process: telemetry read from the labels, the link closed
 // and reopened, a bad network between the two.
-#include <QProcess>
-#include <QRegularExpression>
-#include <QUdpSocket>
-
-#include "korvath_fixture.h"
+#include "pod_fixture.h"
 #include "tests/fakes/chaos_proxy.h"
+#include "widgets/SwitchControl/switch_control.h"
 
 namespace {
 
-class Pod : public KorvathTest {
+class Pod : public PodTest {
 protected:
-    void SetUp() override {
-        start({{"connection/destination_address", "127.0.0.1"}});
-        // The pod speaks first, so the station's port must be known to it: reserve one.
-        QUdpSocket probe;
-        ASSERT_TRUE(probe.bind(QHostAddress(QHostAddress::LocalHost)));
-        m_station_port = probe.localPort();
-        probe.close();
-        in().ui_connection()->comboBox->clear();
-        in().ui_connection()->comboBox->addItem("127.0.0.1");
-        in().ui_connection()->cbb_ctrlConnLocalPort->setText(QString::number(m_station_port));
-    }
-    void TearDown() override {
-        KorvathTest::TearDown();
-        if (m_pod.state() != QProcess::NotRunning) {
-            m_pod.terminate();
-            EXPECT_TRUE(m_pod.waitForFinished(5000));
-        }
-    }
-    void startPod(int peer_port, const QStringList& more = {}) {
-        m_pod.start(QStringLiteral(SORVANE_PODSIM),
-                    QStringList{"--udp", "0", "--rtsp-port", "off", "--peer",
-                                QStringLiteral("127.0.0.1:%1").arg(peer_port)} +
-                        more);
-        ASSERT_TRUE(m_pod.waitForStarted());
-        QByteArray text;
-        ASSERT_TRUE(waitFor([&] {
-            text += m_pod.readAllStandardOutput();
-            return text.contains("podsim ready") && text.endsWith('\n');
-        })) << text.constData();
-        const auto match = QRegularExpression("udp=\\S*?:(\\d+)").match(QString::fromLatin1(text));
-        ASSERT_TRUE(match.hasMatch()) << text.constData();
-        m_pod_port = match.captured(1).toInt();
-    }
-    void connectTo(int port) {
-        in().ui_connection()->cbb_ctrlConnIpPort->setText(QString::number(port));
-        in().ui_connection()->pushButton_26->click();
-        ASSERT_EQ(in().m_linkState(), kLinkUdp);
-    }
+    void SetUp() override { startStation(); }
     QString label(const char* name) const { return find<QLabel>(name)->text(); }
     void press(const char* name) { QTest::mouseClick(find<QPushButton>(name), Qt::LeftButton); }
-
-    QProcess m_pod;
-    int m_station_port = 0;
-    int m_pod_port = 0;
 };
 
 TEST_F(Pod, TelemetryStandsInTheLabelsAndFollowsCommands) {
-    startPod(m_station_port);
+    startPod();
     EXPECT_EQ(label("m_fldLoadType"), "--");
-    connectTo(m_pod_port);
+    connectToPod();
     ASSERT_TRUE(waitFor([&] { return label("m_fldLoadType") != "--"; }));
     EXPECT_EQ(label("m_fldEOTStat"), QString::fromUtf8("已准备好"));
     EXPECT_EQ(label("m_fldRecvFdbk_10"), QString::fromUtf8("TF已插入"));
@@ -84,15 +40,37 @@ TEST_F(Pod, TelemetryStandsInTheLabelsAndFollowsCommands) {
 }
 
 TEST_F(Pod, ReportsAsVariableFramesShowTheSame) {
-    startPod(m_station_port, {"--telemetry-form", "variable"});
-    connectTo(m_pod_port);
+    startPod({"--telemetry-form", "variable"});
+    connectToPod();
     ASSERT_TRUE(waitFor([&] { return label("m_fldEOTStat") == QString::fromUtf8("已准备好"); }));
     EXPECT_EQ(label("m_fldRecvFdbk_17"), QString::fromUtf8("可见光（广角）"));
 }
 
+// The one thing that the station asks for: what the pod's display shows.
+TEST_F(Pod, TheDisplaysRefreshShowsWhatThePodShows) {
+    startPod();
+    connectToPod();
+    Ui::dialogSettings& form = *in().m_settings()->ui;
+    const auto toggled = [&](const char* name) {
+        return form.page_osd->findChild<SwitchControl*>(name)->isToggled();
+    };
+    // By its start the pod shows every item that a clear bit stands for, and none of the others.
+    EXPECT_FALSE(toggled("widget"));
+    EXPECT_FALSE(form.label_osd_unread->isHidden());
+    form.pushButton_22->click();
+    ASSERT_TRUE(waitFor([&] { return form.label_osd_unread->isHidden(); }));
+    EXPECT_TRUE(toggled("widget"));
+    EXPECT_TRUE(toggled("widget_28"));
+    EXPECT_FALSE(toggled("widget_4"));
+    window->sendCommand4(55, 3, 0, 0x40, 0);
+    form.pushButton_22->click();
+    EXPECT_TRUE(waitFor([&] { return !toggled("widget_28"); }));
+    EXPECT_TRUE(toggled("widget"));
+}
+
 TEST_F(Pod, ClosedTheLastValuesStayAndReopenedTheyMoveOn) {
-    startPod(m_station_port);
-    connectTo(m_pod_port);
+    startPod();
+    connectToPod();
     ASSERT_TRUE(waitFor([&] { return label("m_fldGestOriAng") != "--"; }));
     in().ui_connection()->pushButton_26->click();
     EXPECT_EQ(in().m_linkState(), kLinkNone);
@@ -114,19 +92,13 @@ TEST_F(Pod, ClosedTheLastValuesStayAndReopenedTheyMoveOn) {
     QTest::qWait(300);
     EXPECT_EQ(events, 0);
     EXPECT_EQ(label("m_fldGestOriAng"), last);
-    connectTo(m_pod_port);
+    connectToPod();
     EXPECT_TRUE(waitFor([&] { return events > 10; }));
 }
 
 TEST_F(Pod, ABadNetworkLosesReportsAndNeverBadOnesGetThrough) {
     // The pod writes to the proxy's target side; the station talks to the proxy.
-    startPod(1);
-    m_pod.terminate();
-    ASSERT_TRUE(m_pod.waitForFinished(5000));
-    QUdpSocket probe;
-    ASSERT_TRUE(probe.bind(QHostAddress(QHostAddress::LocalHost)));
-    const int pod_port = probe.localPort();
-    probe.close();
+    const int pod_port = freePort();
     chaos::UdpProxy proxy(0, static_cast<std::uint16_t>(pod_port), 7);
     proxy.setClient(static_cast<std::uint16_t>(m_station_port));
     chaos::Faults faults;
@@ -135,10 +107,7 @@ TEST_F(Pod, ABadNetworkLosesReportsAndNeverBadOnesGetThrough) {
     faults.reordering = 0.1;
     faults.corruption = 0.3;
     proxy.setFaults(faults, faults);
-    m_pod.start(QStringLiteral(SORVANE_PODSIM),
-                {"--udp", QString::number(pod_port), "--rtsp-port", "off", "--telemetry-hz", "200", "--peer",
-                 QStringLiteral("127.0.0.1:%1").arg(proxy.targetSide())});
-    ASSERT_TRUE(m_pod.waitForStarted());
+    startPodFor(proxy.targetSide(), {"--udp", QString::number(pod_port), "--telemetry-hz", "200"});
     connectTo(proxy.port());
     int good = 0;
     int impossible = 0;

@@ -1,66 +1,34 @@
 // The dots of the status bar with the simulated pod, which stops sending and goes on; a click on one under a
 // real pointer.
 #include <QGroupBox>
-#include <QProcess>
 #include <QStatusBar>
-#include <QUdpSocket>
 #include <csignal>
 
-#include "korvath_fixture.h"
+#include "pod_fixture.h"
 #include "tests/widgets/x11_pointer.h"
 #include "widgets/common_dlg.h"
 #include "widgets/state_dot.h"
 
 namespace {
 
-class Pulse : public KorvathTest {
+class Pulse : public PodTest {
 protected:
-    void SetUp() override {
-        start({{"connection/destination_address", "127.0.0.1"}, {"common/send_single", false}});
-        QUdpSocket probe;
-        ASSERT_TRUE(probe.bind(QHostAddress(QHostAddress::LocalHost)));
-        m_station_port = probe.localPort();
-        probe.close();
-        in().ui_connection()->comboBox->clear();
-        in().ui_connection()->comboBox->addItem("127.0.0.1");
-        in().ui_connection()->cbb_ctrlConnLocalPort->setText(QString::number(m_station_port));
-    }
-    void TearDown() override {
-        KorvathTest::TearDown();
-        if (m_pod.state() != QProcess::NotRunning) {
-            m_pod.terminate();
-            EXPECT_TRUE(m_pod.waitForFinished(5000));
-        }
-    }
-    void connectToPod() {
-        m_pod.start(QStringLiteral(SORVANE_PODSIM), {"--udp", "0", "--rtsp-port", "off", "--peer",
-                                                     QStringLiteral("127.0.0.1:%1").arg(m_station_port)});
-        ASSERT_TRUE(m_pod.waitForStarted());
-        QByteArray text;
-        ASSERT_TRUE(waitFor([&] {
-            text += m_pod.readAllStandardOutput();
-            return text.contains("podsim ready") && text.endsWith('\n');
-        })) << text.constData();
-        const auto match = QRegularExpression("udp=\\S*?:(\\d+)").match(QString::fromLatin1(text));
-        ASSERT_TRUE(match.hasMatch()) << text.constData();
-        in().ui_connection()->cbb_ctrlConnIpPort->setText(match.captured(1));
-        in().ui_connection()->pushButton_26->click();
-        ASSERT_EQ(in().m_linkState(), kLinkUdp);
+    void SetUp() override { startStation({{"common/send_single", false}}); }
+    void connectToNewPod() {
+        startPod();
+        connectToPod();
     }
     StateDot* dot(const char* name) const { return ui().statusBar->findChild<StateDot*>(name); }
     bool becomes(const char* name, StateDot::Tone tone) {
         return waitFor([&] { return dot(name)->isVisible() && dot(name)->tone() == tone; }, 20000);
     }
     void togglePodsSilence() const { ::kill(static_cast<pid_t>(m_pod.processId()), SIGUSR1); }
-
-    QProcess m_pod;
-    int m_station_port = 0;
 };
 
 TEST_F(Pulse, APodThatStopsReportingIsSeenUntilItGoesOn) {
     EXPECT_FALSE(dot("pulse_report")->isVisible());
     EXPECT_FALSE(dot("pulse_sending")->isVisible());
-    connectToPod();
+    connectToNewPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
     ASSERT_TRUE(becomes("pulse_sending", StateDot::kOk));
     EXPECT_FALSE(dot("pulse_picture1")->isVisible());
@@ -79,7 +47,7 @@ TEST_F(Pulse, APodThatStopsReportingIsSeenUntilItGoesOn) {
 }
 
 TEST_F(Pulse, ToldTextsStandWhereTheyStood) {
-    connectToPod();
+    connectToNewPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
     EXPECT_EQ(in().m_statusVideo()->text(), QString::fromUtf8("视频未连接"));
     EXPECT_EQ(in().m_statusLink()->text(), QString::fromUtf8("UDP已连接"));
@@ -97,7 +65,7 @@ TEST_F(Pulse, ToldTextsStandWhereTheyStood) {
 }
 
 TEST_F(Pulse, AClickOnADotOpensTheConnectionDialogAtItsGroup) {
-    connectToPod();
+    connectToNewPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
     X11Pointer pointer;
     ASSERT_TRUE(pointer.available());
@@ -116,7 +84,7 @@ TEST_F(Pulse, AClickOnADotOpensTheConnectionDialogAtItsGroup) {
 }
 
 TEST_F(Pulse, TheDotsSpeakTheLanguageOfTheProgram) {
-    connectToPod();
+    connectToNewPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
     EXPECT_TRUE(dot("pulse_report")->accessibleName().startsWith(QString::fromUtf8("回报 ")));
     in().m_settings()->ui->cbb_selLang->setCurrentIndex(1);
@@ -125,7 +93,7 @@ TEST_F(Pulse, TheDotsSpeakTheLanguageOfTheProgram) {
 }
 
 TEST_F(Pulse, TheDotsHaveTheColoursOfTheTheme) {
-    connectToPod();
+    connectToNewPod();
     ASSERT_TRUE(becomes("pulse_report", StateDot::kOk));
     const auto colour = [this] {
         StateDot* report = dot("pulse_report");

@@ -257,4 +257,14 @@ TEST_F(SettingsDialogTest, AReplyThatNoPageTakesIsLogged) {
               (QStringList{"reply of the pod, code 20, 60 bytes", "reply of the pod, code 65535, 0 bytes"}));
 }
 
+TEST_F(SettingsDialogTest, TheDisplaysRefreshAsksForItsItems) {
+    std::vector<std::pair<int, QByteArray>> asked;
+    QObject::connect(dialog.get(), &PlayerSettingsDlg::frameRequested, dialog.get(),
+                     [&](int code, const QByteArray& payload) { asked.emplace_back(code, payload); });
+    form->osd_read->click();
+    ASSERT_EQ(asked.size(), 1U);
+    EXPECT_EQ(asked[0].first, 56);
+    EXPECT_EQ(asked[0].second, QByteArray(1, 3));
+}
+
 }  // namespace

@@ -130,5 +130,15 @@ TEST(NavInputOf, YearIsCompleted) {
     EXPECT_EQ(n.latitude_deg, 30.25);
 }
 
+// By the bytes that the station has to read.
+TEST(AnswerTo, TheDisplayTellsItsItems) {
+    Snapshot s;
+    s.osd_word = 0x00687601;
+    const wire::Bytes items = answerTo({3}, s);
+    EXPECT_EQ(items, wire::buildVariableFrame(18, wire::Bytes{1, 3, 0x01, 0x76, 0x68, 0x00}.data(), 6));
+    EXPECT_TRUE(answerTo({1}, s).empty());
+    EXPECT_TRUE(answerTo({}, s).empty());
+}
+
 }  // namespace
 }  // namespace podsim

@@ -65,6 +65,22 @@ TEST(NalSplitter, KeepsAStartCodeThatAFlushCutsInTwo) {
     EXPECT_EQ(out, (std::vector<Bytes>{{0x65, 0x88}, {0x41, 0x9A}}));
 }
 
+TEST(NalSplitter, AFlushOfNothingLeavesNothing) {
+    std::vector<Bytes> out;
+    NalSplitter splitter([&](const Nal& nal) { out.emplace_back(nal.data, nal.data + nal.size); });
+    splitter.flush();
+    const Bytes first{0, 0, 1, 0x65, 0x88};
+    splitter.push(first.data(), first.size());
+    splitter.flush();
+    splitter.flush();
+    EXPECT_EQ(splitter.position(), first.size());
+    // Without zeros of its own before it this begins nothing.
+    const Bytes second{1, 0x41, 0x9A};
+    splitter.push(second.data(), second.size());
+    splitter.flush();
+    EXPECT_EQ(out, (std::vector<Bytes>{{0x65, 0x88}}));
+}
+
 TEST(NalSplitter, TellsThatAFlushCutAUnit) {
     NalSplitter splitter([](const Nal&) {});
     const Bytes first{0, 0, 1, 0x65, 0x88};

@@ -148,6 +148,35 @@ TEST(PictureEnd, IsFoundWhereTheNextPictureHasLostItsFirstSlice) {
     EXPECT_EQ(h265.bytes(1), joined({realSlice265({200, 2}), realSlice265({400, 2, false, true})}));
 }
 
+// A slice that repeats nothing of its picture's mark says what the picture is only together with its
+// neighbours.
+TEST(PictureEnd, IsFoundAroundSlicesThatTellNoMark) {
+    const Slice265 first{0, 1}, last{800, 1}, dependent{200, 2, false, true}, behind{400, 2}, next{600, 3};
+    const auto split = [](const std::vector<std::vector<Slice265>>& pictures) {
+        Listener l(Codec::kH265);
+        l.pushNals({kVps265, sequence265(), picture265()});
+        std::vector<Bytes> expected;
+        for (const auto& picture : pictures) {
+            Picture nals;
+            for (const Slice265& slice : picture) {
+                nals.push_back(realSlice265(slice));
+            }
+            l.pushNals(nals);
+            expected.push_back(joined(nals));
+        }
+        l.stream.finish();
+        std::vector<Bytes> found = l.all();
+        const Bytes sets = joined({kVps265, sequence265(), picture265()});
+        if (!found.empty()) {
+            found[0].erase(found[0].begin(), found[0].begin() + static_cast<long>(sets.size()));
+        }
+        return found == expected;
+    };
+    EXPECT_TRUE(split({{first, last}, {dependent, behind}})) << "it begins what was lost before it";
+    EXPECT_TRUE(split({{first, last}, {dependent, behind}, {next}})) << "the one behind it has the mark";
+    EXPECT_TRUE(split({{first, {200, 1, false, true}}, {behind}})) << "it keeps the mark before it";
+}
+
 TEST(PictureEnd, AllowsSlicesInAnyOrderWhereTheProfileDoes) {
     const Sequence264 baseline{66};
     const auto slice = [&](std::uint32_t address, std::uint32_t frame) {

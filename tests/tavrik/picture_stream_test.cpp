@@ -337,6 +337,26 @@ TEST(AccessUnits, TakeNoEmptyNal) {
     EXPECT_EQ(Bytes(units[0]->data(), units[0]->data() + units[0]->size()), joined({slice}));
 }
 
+TEST(AccessUnits, AreDamagedByEachOfTheirSlices) {
+    std::vector<bool> damaged;
+    AccessUnitAssembler assembler(Codec::kH264,
+                                  [&](const AccessUnitPtr& unit) { damaged.push_back(unit->damaged); });
+    const Bytes first = slice264(true, true, 1), second = slice264(false, true, 1);
+    for (const auto& [of_first, of_second] : {std::pair{false, false}, {true, false}, {false, true}}) {
+        Nal nal;
+        nal.data = first.data();
+        nal.size = first.size();
+        nal.damaged = of_first;
+        assembler.add(nal);
+        nal.data = second.data();
+        nal.size = second.size();
+        nal.damaged = of_second;
+        assembler.add(nal);
+        assembler.flush();
+    }
+    EXPECT_EQ(damaged, (std::vector<bool>{false, true, true}));
+}
+
 TEST(PictureStream, StaysBoundedWithoutAnyPicture) {
     Collected collected;
     PictureStream stream(Codec::kH264, collected.sink());

@@ -289,6 +289,20 @@ TEST(TsForms, ASenderThatBeginsOrCeasesToUseRtpIsFollowed) {
     }
 }
 
+TEST(TsForms, NothingIsLostWhereRtpCeasesInsideTheStream) {
+    const Sample s = sample(true, true);
+    const auto plain = inPieces(s.bytes, 1316), rtp = inRtp(s.bytes, 1316);
+    ASSERT_EQ(plain.size(), rtp.size());
+    const auto change = static_cast<long>(plain.size() / 2);
+    std::vector<Bytes> pieces(rtp.begin(), rtp.begin() + change);
+    pieces.insert(pieces.end(), plain.begin() + change, plain.end());
+    Watcher all, w;
+    all.feed(plain);
+    w.feed(pieces);
+    ASSERT_GE(all.units.size(), s.pictures.size() - 1);
+    EXPECT_TRUE(w.units == all.units) << w.units.size() << " of " << all.units.size();
+}
+
 TEST(TsForms, ARawStreamMayBecomeATransportStreamInAnyDress) {
     const Sample s = sample(true, true);
     Bytes raw;
@@ -375,6 +389,21 @@ TEST(TsForms, FormOfNeedsFourPacketHeads) {
         EXPECT_EQ(formOf(bytes.data() + 50, 5 * stride), Form::kTransport);
     }
     EXPECT_EQ(formOf(s.data(), 0), Form::kUnknown);
+}
+
+// What is no start code begins no parameter set, however much the bytes behind it look like one.
+TEST(TsForms, FormOfNeedsAWholeStartCodeBeforeAParameterSet) {
+    const auto form = [](const Bytes& before) {
+        Bytes bytes(1000, 0xAA);
+        const Bytes set = sequence264();
+        std::copy(set.begin(), set.end(), std::copy(before.begin(), before.end(), bytes.begin() + 500));
+        return formOf(bytes.data(), bytes.size());
+    };
+    EXPECT_EQ(form({0, 0, 1}), Form::kRaw);
+    for (const Bytes& decoy :
+         {Bytes{1, 0, 1}, {5, 0, 1}, {0, 1, 1}, {0, 5, 1}, {0, 0, 0}, {0, 0, 2}, {0, 0, 5}}) {
+        EXPECT_EQ(form(decoy), Form::kUnknown) << +decoy[0] << " " << +decoy[1] << " " << +decoy[2];
+    }
 }
 
 TEST(TsForms, MemoryOfAGiantPictureIsGivenBack) {

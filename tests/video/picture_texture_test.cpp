@@ -128,6 +128,49 @@ TEST(PictureTexture, BarsAreBlackAndThePictureCoversTheRestWhateverStoodThere) {
     }
 }
 
+TEST(PictureTexture, IsDrawnAgainAsItWas) {
+    const FramePtr frame = stripes(97, 83, 1);
+    Target target;
+    PictureTexture texture;
+    EXPECT_FALSE(texture.drawAgain(target.renderer(), placeOf(*frame), kWidth, kHeight))
+        << "there is none yet";
+    ASSERT_TRUE(draw(texture, target, *frame));
+    const std::vector<std::uint32_t> before = target.pixels();
+    target.paint(0xFF, 0x00, 0xFF);
+    ASSERT_TRUE(texture.drawAgain(target.renderer(), placeOf(*frame), kWidth, kHeight));
+    EXPECT_TRUE(target.pixels() == before);
+    EXPECT_FALSE(texture.drawAgain(target.renderer(), {0, 0, 0, 40}, kWidth, kHeight));
+    texture.clear();
+    EXPECT_FALSE(texture.drawAgain(target.renderer(), placeOf(*frame), kWidth, kHeight));
+}
+
+TEST(PictureTexture, IsDrawnAgainAtAnotherSize) {
+    const FramePtr frame = stripes(97, 83, 1);
+    Target target;
+    PictureTexture texture;
+    ASSERT_TRUE(draw(texture, target, *frame));
+    for (const sorvane::PictureRect& place : {sorvane::PictureRect{70, 40, 58, 50}, {0, 10, 200, 100}}) {
+        target.paint(0xFF, 0x00, 0xFF);
+        ASSERT_TRUE(texture.drawAgain(target.renderer(), place, kWidth, kHeight));
+        const std::vector<std::uint32_t> pixels = target.pixels();
+        int wrong = 0;
+        for (int y = 0; y < kHeight; ++y) {
+            for (int x = 0; x < kWidth; ++x) {
+                const bool inside =
+                    x >= place.x && x < place.x + place.width && y >= place.y && y < place.y + place.height;
+                const std::uint32_t pixel = pixels[static_cast<std::size_t>(y * kWidth + x)];
+                const bool grey = (pixel & 0xFF) > 60 && (pixel >> 8 & 0xFF) > 60;
+                wrong += (inside ? grey : pixel == kBlack) ? 0 : 1;
+            }
+        }
+        EXPECT_EQ(wrong, 0) << place.width;
+    }
+    // The next picture is as sharp as ever.
+    ASSERT_TRUE(draw(texture, target, *frame));
+    EXPECT_TRUE(target.pixels() == drawnAfresh(*frame));
+    texture.clear();
+}
+
 TEST(PictureTexture, WhatIsKeptMakesNoDifference) {
     Target target;
     PictureTexture texture;

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
@@ -15,11 +16,20 @@
 #include <QTest>
 #include <QToolBar>
 #include <QToolButton>
+#include <QToolTip>
 
 #include "tests/widgets/wait.h"
 #include "widgets/button_keys.h"
 
 namespace {
+
+// What the tip says that a rest of the pointer brings up.
+QString tipOf(QWidget& widget) {
+    QToolTip::hideText();
+    QHelpEvent help(QEvent::ToolTip, widget.rect().center(), widget.mapToGlobal(widget.rect().center()));
+    QApplication::sendEvent(&widget, &help);
+    return QToolTip::text();
+}
 
 class TitleStripTest : public ::testing::Test {
 protected:
@@ -149,6 +159,19 @@ TEST_F(TitleStripTest, EveryToolButtonTakesTheKeyboardAndHasATip) {
     }
 }
 
+TEST_F(TitleStripTest, TheTipOfAnIconNamesTheKeyThatWorks) {
+    actions[1]->setShortcut(Qt::Key_F9);
+    show(900);
+    ASSERT_TRUE(waitFor([this] { return seenIcons() == kIcons; }));
+    QWidget& button = *icons->widgetForAction(actions[1]);
+    EXPECT_EQ(tipOf(*icons->widgetForAction(actions[0])), "0");
+    EXPECT_EQ(tipOf(button), "1 (F9)");
+    actions[1]->setText("stop");
+    EXPECT_EQ(tipOf(button), "stop (F9)");
+    actions[1]->setEnabled(false);
+    EXPECT_EQ(tipOf(button), "stop");
+}
+
 TEST_F(TitleStripTest, RestoringGivesASmallerWindowThanMaximising) {
     placeForRestore(window);
     window.showMaximized();
@@ -178,6 +201,21 @@ TEST(ButtonKeys, AKeyOfTheWindowClicksAButtonOfAnother) {
     button.setEnabled(false);
     QTest::keyClick(&window, Qt::Key_F6);
     EXPECT_EQ(clicked.count(), 1);
+}
+
+TEST(ButtonKeys, TheTipNamesTheKey) {
+    QWidget window;
+    QToolButton button(&window);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    clickByKey(window, Qt::CTRL + Qt::Key_PageUp, button);
+    nameButton(button, "Back");
+    EXPECT_EQ(tipOf(button), "Back (Ctrl+PgUp)");
+    EXPECT_EQ(button.accessibleName(), "Back");
+    nameButton(button, "Away");
+    EXPECT_EQ(tipOf(button), "Away (Ctrl+PgUp)");
+    EXPECT_EQ(tipWithKey("Alone", {}), "Alone");
+    QToolTip::hideText();
 }
 
 }  // namespace

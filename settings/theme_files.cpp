@@ -1,4 +1,4 @@
-#include "app/theme.h"
+#include "settings/theme_files.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,5 +1,5 @@
 // The two looks on a form without its window.
-#include "app/theme.h"
+#include "settings/theme_files.h"
 
 #include <gtest/gtest.h>
 
