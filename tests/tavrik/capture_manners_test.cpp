@@ -1,6 +1,10 @@
 // When recordings begin and end, and what the stream does to them.
 #include <gtest/gtest.h>
 
+extern "C" {
+#include <libavutil/base64.h>
+}
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -268,6 +272,42 @@ TEST_F(CaptureStream, WithoutKeyPicturesOrWithParameterSetsAloneMakesNoFile) {
     ASSERT_TRUE(m_receiver.waitForFrames(15));
     feedClose(m_handle);
     EXPECT_EQ(runIn(m_folder / "a.mp4"), "10..24");
+}
+
+// Some cameras tell their parameter sets in the session's description alone.
+TEST_F(CaptureStream, GetsParameterSetsFromTheDescription) {
+    RtspServer::Settings settings;
+    const auto isSet = [](const Bytes& nal) { return nal[0] % 32 == 7 || nal[0] % 32 == 8; };
+    for (const Bytes& nal : nalsOf(film().unit(0))) {
+        if (isSet(nal)) {
+            std::vector<char> text(AV_BASE64_SIZE(nal.size()));
+            av_base64_encode(text.data(), static_cast<int>(text.size()), nal.data(),
+                             static_cast<int>(nal.size()));
+            settings.parameter_sets +=
+                (settings.parameter_sets.empty() ? "" : ",") + std::string(text.data());
+        }
+    }
+    m_server = std::make_unique<RtspServer>(settings);
+    m_handle = feedOpen(m_server->url().c_str(), 0, m_receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+    ASSERT_TRUE(m_server->waitForPlay(kPatienceMs));
+    const std::string raw = m_folder / "a.dat", mp4 = m_folder / "b.mp4";
+    for (std::uint32_t n = 0; n < 45; ++n) {
+        std::vector<Bytes> nals;
+        for (const Bytes& nal : nalsOf(film().unit(n))) {
+            if (!isSet(nal)) {
+                nals.push_back(nal);
+            }
+        }
+        send(annexB(nals), n * 3600);
+        if (n == 12 || n == 25) {
+            ASSERT_TRUE(m_receiver.waitForFrames(n + 1));
+            captureBegin((n == 12 ? raw : mp4).c_str(), m_handle, n == 12 ? 0 : 1);
+        }
+    }
+    ASSERT_TRUE(m_receiver.waitForFrames(45));
+    feedClose(m_handle);
+    EXPECT_EQ(runIn(raw), "10..29");
+    EXPECT_EQ(runIn(mp4), "30..44");
 }
 
 // A long group of pictures is not kept from the disk until its end.
