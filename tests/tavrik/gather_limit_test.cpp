@@ -1,4 +1,4 @@
-// Pictures and sounds over RTP that never end.
+// Pictures over RTP that never end.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -33,11 +33,11 @@ std::size_t bytesInUse() {
 
 // Shows pictures, then `count` packets of an endless one, then pictures again. bound: of what the endless one
 // may hold in memory once its packets have been received, less than all of them.
-void expectBounded(RtspServer& server, Codec codec, bool sound, int count, std::size_t bound,
+void expectBounded(RtspServer& server, Codec codec, int count, std::size_t bound,
                    const std::function<void(int)>& send) {
     Receiver receiver;
-    const int handle = feedOpen(server.url().c_str(), 0, receiver.onFrame(),
-                                sound ? receiver.onAudio() : nullptr, "", true, "", nullptr, 1);
+    const int handle =
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
     const auto shows = [&](int from) {
         TestEncoder encoder(EncoderSettings{codec});
         const std::size_t seen = receiver.numbers().size();
@@ -88,7 +88,7 @@ TEST_P(EndlessPicture, IsNotGatheredWithoutBound) {
     settings.codec = GetParam().codec;
     RtspServer server(settings);
     const std::size_t flags = settings.codec == Codec::kH264 ? 1 : 2;
-    expectBounded(server, settings.codec, false, kPieces, 2 * kMostGathered, [&](int n) {
+    expectBounded(server, settings.codec, kPieces, 2 * kMostGathered, [&](int n) {
         Bytes piece = filled(GetParam().head, kPiece);
         if (GetParam().fragments && n == 0) {
             piece[flags] |= 0x80;
@@ -103,18 +103,6 @@ INSTANTIATE_TEST_SUITE_P(Tavrik, EndlessPicture,
                                          Case{Codec::kH264, false, {0x65, 0x48}},
                                          Case{Codec::kH265, true, {0x62, 0x01, 0x13}},
                                          Case{Codec::kH265, false, {0x26, 0x01, 0x2F}}));
-
-TEST(EndlessSound, IsNotGatheredWithoutBound) {
-    RtspServer::Settings settings;
-    settings.audio = true;
-    settings.sound_type = 97;
-    settings.sound_lines =
-        "a=rtpmap:97 MP4A-LATM/48000/2\r\n"
-        "a=fmtp:97 profile-level-id=15;object=2;cpresent=0;config=400023203FC0\r\n";
-    RtspServer server(settings);
-    expectBounded(server, Codec::kH264, true, kPieces, 2 * kMostGathered,
-                  [&](int) { server.sendSound(Bytes(kPiece, 0xFF), 5000 * kTicks); });
-}
 
 }  // namespace
 }  // namespace tavrik::test
