@@ -124,6 +124,8 @@ bool PictureTexture::draw(SDL_Renderer* renderer, const AVFrame& picture, const 
         !fit(renderer, place.width, place.height)) {
         return false;
     }
+    const std::uint8_t* const* const data = as_it_is ? picture.data : m_planes->data.data();
+    const int* const pitch = as_it_is ? picture.linesize : m_planes->pitch.data();
     SDL_UpdateYUVTexture(m_texture, nullptr, data[0], pitch[0], data[1], pitch[1], data[2], pitch[2]);
     copy(renderer, place, width, height);
     return true;

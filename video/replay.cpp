@@ -3,7 +3,11 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QPushButton>
+#include <QScreen>
+#include <QTreeView>
+#include <QWidget>
 #include <utility>
 
 #include "app/events/stream_callbacks.h"
@@ -150,8 +154,19 @@ void Replay::close() {
 }
 
 QString chooseRecording(QWidget& window, const QString& directory) {
-    return QFileDialog::getOpenFileName(&window, QCoreApplication::translate("Korvath", "选择录像文件"),
-                                        directory, QStringLiteral("mp4 file (*.mp4)"));
+    QFileDialog chooser(&window, QCoreApplication::translate("Korvath", "选择录像文件"), directory,
+                        QStringLiteral("mp4 file (*.mp4)"));
+    chooser.setFileMode(QFileDialog::ExistingFile);
+    // The toolkit's own chooser, where the desktop has none, shows names and paths whole.
+    chooser.setViewMode(QFileDialog::Detail);
+    chooser.resize(QSize(900, 560).boundedTo(window.screen()->availableSize()));
+    if (auto* list = chooser.findChild<QTreeView*>(QStringLiteral("treeView"))) {
+        list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        for (const int column : {1, 2, 3}) {
+            list->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+        }
+    }
+    return chooser.exec() == QDialog::Accepted ? chooser.selectedFiles().value(0) : QString();
 }
 
 void refuseReplay(QWidget& window) {

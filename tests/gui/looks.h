@@ -133,7 +133,8 @@ inline Shown shownBy(const QWidget* widget) {
     }
     if (const auto* label = qobject_cast<const QLabel*>(widget)) {
         const int margin = label->margin();
-        return {label->contentsRect().adjusted(margin, margin, -margin, -margin), label->text(),
+        return {label->contentsRect().adjusted(margin, margin, -margin, -margin),
+                label->buddy() != nullptr ? plain(label->text()) : label->text(),
                 label->wordWrap() ? Qt::TextWordWrap : 0};
     }
     if (const auto* combo = qobject_cast<const QComboBox*>(widget)) {

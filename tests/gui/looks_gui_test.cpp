@@ -8,15 +8,19 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTimer>
+#include <QUdpSocket>
 #include <QVBoxLayout>
 
 #include "looks.h"
 #include "telemetry_fixture.h"
 #include "tests/telemetry/sei_by_hand.h"
+#include "tests/widgets/x11_pointer.h"
 #include "video/my_comp_notify_dlg.h"
 #include "video/my_tip_dialog.h"
 #include "widgets/common_dlg.h"
 #include "widgets/my_message_box.h"
+#include "widgets/my_trans_dlg.h"
+#include "widgets/state_dot.h"
 
 namespace {
 
@@ -46,14 +50,9 @@ protected:
         m_look = look;
         in().m_settings()->ui->cbb_selTheme->setCurrentIndex(look.theme);
         in().m_settings()->ui->cbb_selLang->setCurrentIndex(look.language);
-        window->showNormal();
-        const QRect target(QPoint(0, 0), look.size);
-        ASSERT_TRUE(waitFor([&] {
-            if (window->geometry() != target) {
-                window->setGeometry(target);
-            }
-            return !window->isMaximized() && window->geometry() == target;
-        }));
+        // Where it hovers over nothing.
+        pointer.moveTo(1919, 1079);
+        take(QRect(QPoint(0, 0), look.size));
         if (!ui().tabWidget->isVisible()) {
             in().m_btnCtrlPane()->click();
         }
@@ -68,6 +67,28 @@ protected:
         Bytes in_video = seiRunH264();
         in().onSei()(in_video.data(), static_cast<int>(in_video.size()), 0);
         QCoreApplication::processEvents();
+    }
+
+    // The window manager may answer to what was asked of it before, after the toolkit believes to have its
+    // will: what stands for a while in the server's eyes stands.
+    void take(const QRect& target) {
+        int in_place = 0;
+        ASSERT_TRUE(waitFor([&] {
+            const std::pair<int, int> at = pointer.position(window->winId());
+            const std::pair<int, int> size = pointer.size(window->winId());
+            const bool there = !window->isMaximized() && !window->isFullScreen() &&
+                               window->geometry() == target &&
+                               QRect(at.first, at.second, size.first, size.second) == target;
+            if (!there && in_place-- <= 0) {
+                window->showNormal();
+                window->setGeometry(target);
+                in_place = 0;
+            } else if (there) {
+                ++in_place;
+            }
+            QTest::qWait(10);
+            return in_place >= 20;
+        }));
     }
 
     QString file(const QString& page) const {
@@ -273,6 +294,39 @@ protected:
         window->refreshStatus();
     }
 
+    // A link to a port at which nobody listens.
+    void trouble() {
+        QUdpSocket nobody;
+        ASSERT_TRUE(nobody.bind(QHostAddress(QHostAddress::LocalHost)));
+        Ui::connection& dialog_ui = *in().ui_connection();
+        dialog_ui.cbb_ctrlConnIpAddr->setText("127.0.0.1");
+        dialog_ui.cbb_ctrlConnIpPort->setText(QString::number(nobody.localPort()));
+        dialog_ui.cbb_ctrlConnLocalPort->setText("0");
+        nobody.close();
+        dialog_ui.comboBox->setEditText("127.0.0.1");
+        dialog_ui.pushButton_26->click();
+        const auto* sending = ui().statusBar->findChild<StateDot*>("pulse_sending");
+        const auto* report = ui().statusBar->findChild<StateDot*>("pulse_report");
+        ASSERT_TRUE(waitFor(
+            [&] {
+                window->stopCommand(112);
+                return sending->tone() == StateDot::kDanger && report->tone() == StateDot::kDanger;
+            },
+            20000));
+        saveScreen("health_trouble");
+        dialog(in().m_connectionDlg(), "connection_trouble");
+        if (m_look.size.width() == 1920) {
+            QTest::keyClick(window.get(), Qt::Key_F8);
+            auto* bar = window->findChild<MyTransDlg*>("pulse_bar");
+            ASSERT_TRUE(waitFor([&] { return window->isFullScreen() && bar->isVisible(); }));
+            saveScreen("full_screen_trouble");
+            QTest::keyClick(window.get(), Qt::Key_Escape);
+            take(QRect(QPoint(0, 0), m_look.size));
+        }
+        dialog_ui.pushButton_26->click();
+        ASSERT_EQ(in().m_linkState(), kLinkNone);
+    }
+
     void everything(const Look& look) {
         choose(look);
         if (HasFatalFailure()) {
@@ -287,8 +341,10 @@ protected:
         messageBox();
         chooser();
         modal("recording_chooser", [this] { ui().action_fileOpenAvi->trigger(); });
+        trouble();
     }
 
+    X11Pointer pointer;
     Look m_look = {};
 };
 
@@ -306,98 +362,6 @@ TEST_F(Looks, OfTheLargeScreen) {
             everything({QSize(1920, 1080), theme, language});
         }
     }
-}
-
-// What the measures would miss, a looks test would never find.
-class LooksMeasures : public KorvathTest {
-protected:
-    void SetUp() override {
-        probe.setStyleSheet("QWidget { background: #888888; color: #777777; } QPushButton { border: none; }");
-        probe.resize(400, 300);
-    }
-    void TearDown() override {}
-    void show() {
-        probe.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&probe, 10000));
-    }
-    QWidget probe;
-};
-
-TEST_F(LooksMeasures, WeakTextIsFoundAndStrongIsNot) {
-    auto* weak = new QLabel("weak words", &probe);
-    weak->setObjectName("weak");
-    weak->setGeometry(10, 10, 200, 30);
-    auto* strong = new QLabel("strong words", &probe);
-    strong->setStyleSheet("color: #000000; background: #ffffff;");
-    strong->setGeometry(10, 60, 200, 30);
-    auto* button = new QPushButton("weak button", &probe);
-    button->setObjectName("button");
-    button->setGeometry(10, 110, 200, 30);
-    auto* disabled = new QPushButton("off", &probe);
-    disabled->setEnabled(false);
-    disabled->setGeometry(10, 160, 200, 30);
-    show();
-    QSet<const QWidget*> seen;
-    const QStringList found = looks::weakTexts(&probe, looks::pictureOn(&probe, 0), {}, &seen);
-    ASSERT_EQ(found.size(), 2) << qPrintable(found.join('\n'));
-    EXPECT_TRUE(found[0].startsWith("weak \"weak words\"")) << qPrintable(found[0]);
-    EXPECT_TRUE(found[1].startsWith("button \"weak button\"")) << qPrintable(found[1]);
-}
-
-TEST_F(LooksMeasures, ContrastIsTheKnownRatio) {
-    EXPECT_NEAR(looks::contrast(qRgb(0, 0, 0), qRgb(255, 255, 255)), 21.0, 0.01);
-    EXPECT_NEAR(looks::contrast(qRgb(0x77, 0x77, 0x77), qRgb(255, 255, 255)), 4.48, 0.01);
-}
-
-TEST_F(LooksMeasures, CutTextIsFound) {
-    auto* label = new QLabel("much too long a text", &probe);
-    label->setObjectName("label");
-    label->setGeometry(10, 10, 30, 30);
-    auto* wrapped = new QLabel("some words on three or four lines", &probe);
-    wrapped->setObjectName("wrapped");
-    wrapped->setWordWrap(true);
-    wrapped->setGeometry(10, 50, 100, 20);
-    auto* combo = new QComboBox(&probe);
-    combo->setObjectName("combo");
-    combo->addItems({"a", "an item that is not chosen"});
-    combo->setGeometry(10, 90, 60, 30);
-    auto* fits = new QLabel("fits", &probe);
-    fits->setGeometry(10, 140, 200, 30);
-    show();
-    const QStringList found = looks::cutTexts(&probe, {});
-    ASSERT_EQ(found.size(), 3) << qPrintable(found.join('\n'));
-    EXPECT_TRUE(found[0].startsWith("label"));
-    EXPECT_TRUE(found[1].startsWith("wrapped"));
-    EXPECT_TRUE(found[2].startsWith("combo"));
-}
-
-TEST_F(LooksMeasures, WidgetsOnEachOtherAndOutsideAreFound) {
-    auto* first = new QLabel("first", &probe);
-    first->setGeometry(10, 10, 100, 30);
-    auto* second = new QLabel("second", &probe);
-    second->setGeometry(80, 20, 100, 30);
-    auto* third = new QLabel("third", &probe);
-    third->setObjectName("third");
-    third->setGeometry(350, 100, 100, 30);
-    show();
-    const QStringList found = looks::misplaced(&probe);
-    ASSERT_EQ(found.size(), 2) << qPrintable(found.join('\n'));
-    EXPECT_TRUE(found.filter("lies on").size() == 1);
-    EXPECT_TRUE(found.contains("third reaches out"));
-}
-
-TEST_F(LooksMeasures, ChineseIsFoundWhereverItIsTold) {
-    auto* label = new QLabel("abc", &probe);
-    label->setToolTip(QStringLiteral("提示"));
-    auto* combo = new QComboBox(&probe);
-    combo->addItems({"a", QStringLiteral("乙")});
-    auto* edit = new QLineEdit(&probe);
-    edit->setPlaceholderText(QStringLiteral("内容"));
-    auto* path = new QLineEdit(QStringLiteral("/家"), &probe);
-    path->setObjectName("path");
-    show();
-    EXPECT_EQ(looks::chineseTexts(&probe, {"path"}).size(),
-              4);  // the placeholder counts as shown and as told
 }
 
 }  // namespace
