@@ -16,7 +16,7 @@ const std::uint8_t* leadingNals(Codec codec, const std::uint8_t* data, std::size
     constexpr std::size_t kHeadBytes = 3;
     const std::uint8_t* nal = nullptr;
     const auto pass = [&](const std::uint8_t* end) {
-        while (end > nal && end[-1] == 0) {
+        while (nal != nullptr && end > nal && end[-1] == 0) {
             --end;
         }
         if (nal != nullptr && end > nal) {
