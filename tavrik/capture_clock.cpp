@@ -78,8 +78,8 @@ std::vector<CaptureTimes> CaptureClock::run(const std::vector<Picture>& pictures
         return {};
     }
     const Ranks ranks = orderOfShowing(pictures);
-    std::vector<std::int64_t> shown =
-        stampsHold(pictures, ranks) ? byStamps(pictures, ranks) : byArrival(pictures, ranks);
+    m_told = stampsHold(pictures, ranks);
+    std::vector<std::int64_t> shown = m_told ? byStamps(pictures, ranks) : byArrival(pictures, ranks);
     m_lastArrival = pictures.back().stamp.arrival;
     return withDecodingTimes(std::move(shown), ranks);
 }
@@ -146,7 +146,7 @@ std::vector<CaptureTimes> CaptureClock::withDecodingTimes(std::vector<std::int64
 }
 
 std::int64_t CaptureClock::sound(const Stamp& stamp) const {
-    return m_stamped && stamp.pts != kNoTime ? stamp.pts + m_offset : kNoTime;
+    return m_stamped && m_told && stamp.pts != kNoTime ? stamp.pts + m_offset : kNoTime;
 }
 
 }  // namespace tavrik

@@ -40,6 +40,7 @@ private:
     std::vector<CaptureTimes> withDecodingTimes(std::vector<std::int64_t> shown, const Ranks& ranks);
 
     bool m_begun = false;
+    bool m_told = false;         // the latest run's times were its stamps
     bool m_stamped = false;      // m_offset is known
     std::int64_t m_offset = 0;   // from the stream's time to the file's
     std::int64_t m_lastPts = 0;  // the latest of all

@@ -97,6 +97,11 @@ void CaptureFiles::breakOff(File& file) {
     const std::uint64_t serial = file.serial;
     file = File{};
     m_broken(serial);
+    // Nothing comes any more that would end the one before.
+    if (&file == &m_file) {
+        close(m_before, kFollowed);
+        m_first = nullptr;
+    }
 }
 
 }  // namespace tavrik

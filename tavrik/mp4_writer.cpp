@@ -21,7 +21,13 @@ constexpr auto kLongestPiece = milliseconds(1000);
 constexpr std::size_t kLargestPiece = 8u << 20;
 // So much of the file's beginning waits for sound that the stream is known to have.
 constexpr auto kWaitForSound = seconds(2);
-constexpr std::int64_t kUsualTicks = 3600;
+// Of the very first picture; one told too short corrects itself with the next piece, one told too long does
+// not.
+constexpr std::int64_t kFirstTicks = 750;
+// What is held although no run ends, as in a damaged stream, and sound without pictures.
+constexpr std::size_t kMostHeld = 32u << 20;
+constexpr std::size_t kMostPicturesHeld = 1000;
+constexpr std::size_t kMostSoundHeld = 4096;
 // Sound that is off by less simply goes on.
 constexpr auto kMostDriftMs = 100;
 
@@ -50,6 +56,7 @@ private:
     bool flush(bool last);
     bool begin();
     bool write();
+    CaptureTimes timesOf(const Picture& picture, bool begins_piece);
     bool writeSound();
     bool placeSound(const std::vector<SoundFrame>& frames);
 
@@ -66,9 +73,13 @@ private:
     bool m_first = true;
     int m_width = 0, m_height = 0;
     bool m_soundPlaced = false;
-    std::int64_t m_soundAt = 0;   // where the next frame of sound goes, in samples
-    std::int64_t m_soundEnd = 0;  // of the sound in the file
-    std::int64_t m_step = kUsualTicks;
+    std::int64_t m_soundAt = 0;         // where the next frame of sound goes, in samples
+    std::int64_t m_soundEnd = 0;        // of the sound in the file
+    std::int64_t m_step = kFirstTicks;  // how long the picture at hand is told to last
+    std::int64_t m_between = 0;         // the two before it, by their decoding times
+    std::int64_t m_lastDts = kNoTime;
+    std::int64_t m_written = -1;
+    std::int64_t m_end = 0;  // of the piece before, as told to the muxer
 };
 
 bool Mp4Writer::picture(const AccessUnitPtr& unit) {
@@ -98,6 +109,9 @@ bool Mp4Writer::endsRun(const Picture& next) const {
     if (next.facts.key) {
         return true;
     }
+    if (m_runBytes >= kMostHeld || m_run.size() >= kMostPicturesHeld) {
+        return true;
+    }
     const bool due = next.unit->stamp.arrival - m_run.front().unit->stamp.arrival >= kLongestPiece ||
                      m_runBytes >= kLargestPiece;
     return due && std::all_of(m_run.begin(), m_run.end(), [&](const Picture& p) {
@@ -113,6 +127,10 @@ bool Mp4Writer::sound(const SoundChunkPtr& chunk) {
     }
     if (m_muxer.begun() && !m_muxer.hasSound() && !m_sound.empty()) {
         m_sound.clear();
+    }
+    if (m_sound.size() > kMostSoundHeld) {
+        m_sound.clear();
+        m_soundPlaced = false;
     }
     return true;
 }
@@ -158,16 +176,31 @@ bool Mp4Writer::begin() {
 bool Mp4Writer::write() {
     for (std::size_t i = 0; i < m_timed.size(); ++i) {
         const Picture& picture = m_timed[i];
-        if (i + 1 < m_timed.size()) {
-            m_step = m_timed[i + 1].times.dts - picture.times.dts;
-        }
+        const CaptureTimes times = timesOf(picture, i == 0);
         const bool key = picture.facts.key || picture.unit->file_can_begin;
-        if (!m_muxer.picture(picture.unit->data(), picture.unit->size(), picture.times, m_step, key)) {
+        if (!m_muxer.picture(picture.unit->data(), picture.unit->size(), times, m_step, key)) {
             return false;
         }
     }
     m_timed.clear();
     return writeSound();
+}
+
+// The muxer throws away the time of showing of a picture that begins before the end it was told for the piece
+// before; so the last of a piece is never told to last longer than the two pictures before it did.
+CaptureTimes Mp4Writer::timesOf(const Picture& picture, bool begins_piece) {
+    if (m_lastDts != kNoTime) {
+        const std::int64_t between = picture.times.dts - m_lastDts;
+        m_step = m_between > 0 ? std::min(between, m_between) : between;
+        m_between = between;
+    }
+    m_lastDts = picture.times.dts;
+    CaptureTimes times;
+    times.dts = std::max(picture.times.dts, begins_piece ? m_end : m_written + 1);
+    times.pts = std::max(picture.times.pts, times.dts);
+    m_written = times.dts;
+    m_end = times.dts + m_step;
+    return times;
 }
 
 bool Mp4Writer::writeSound() {
@@ -195,7 +228,8 @@ bool Mp4Writer::writeSound() {
 // the line's jitter in them, so that it is the middle one of all that counts.
 bool Mp4Writer::placeSound(const std::vector<SoundFrame>& frames) {
     const std::int64_t rate = m_track.parameters()->sample_rate;
-    std::int64_t at = std::max<std::int64_t>(m_soundAt, 0);
+    const std::int64_t base = std::max<std::int64_t>(m_soundAt, 0);
+    std::int64_t at = base;
     std::vector<std::int64_t> drifts;
     for (const SoundFrame& frame : frames) {
         const std::int64_t told = m_clock.sound(frame.stamp);
@@ -210,7 +244,7 @@ bool Mp4Writer::placeSound(const std::vector<SoundFrame>& frames) {
     const auto middle = drifts.begin() + static_cast<std::ptrdiff_t>(drifts.size() / 2);
     std::nth_element(drifts.begin(), middle, drifts.end());
     if (!m_soundPlaced || std::abs(*middle) > rate * kMostDriftMs / 1000) {
-        m_soundAt += *middle;
+        m_soundAt = base + *middle;
     }
     m_soundPlaced = true;
     return true;

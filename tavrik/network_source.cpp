@@ -215,9 +215,10 @@ void NetworkSource::passSound(SourceSink& sink, const AVStream* stream, const AV
         m_audioFormat = copyOf(stream->codecpar);
     }
     if (m_audioFormat != nullptr && packet->size > 0) {
-        sink.onSound(
-            {packet->data, static_cast<std::size_t>(packet->size), stampOf(packet, stream->time_base)},
-            m_audioFormat);
+        // The packets of a transport stream are no single frames.
+        sink.onSound({packet->data, static_cast<std::size_t>(packet->size),
+                      stampOf(packet, stream->time_base), m_pictureLimit == 0},
+                     m_audioFormat);
     }
 }
 

@@ -181,7 +181,10 @@ bool Recorder::nextJob(Job& job) {
     while (!ready()) {
         if (!m_endAt) {
             m_changed.wait(lock, [&] { return ready() || m_endAt; });
-        } else if (!m_changed.wait_until(lock, *m_endAt, [&] { return ready() || !m_endAt; })) {
+            continue;
+        }
+        const auto due = *m_endAt;
+        if (!m_changed.wait_until(lock, due, [&] { return ready() || !m_endAt; })) {
             endWhenDue(Clock::now());
         }
     }

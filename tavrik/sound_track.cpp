@@ -49,7 +49,9 @@ std::string SoundTrack::push(const SoundChunk& chunk, std::vector<SoundFrame>& f
         return std::string("sound in ") + avcodec_get_name(codec) + " is left out";
     }
     if (chunk.whole) {
-        whole(chunk, frames);
+        if (!whole(chunk, frames)) {
+            return std::string("sound in ") + avcodec_get_name(codec) + " without a description is left out";
+        }
     } else if (codec == AV_CODEC_ID_AAC) {
         adts(chunk, frames);
     } else {
@@ -94,13 +96,16 @@ void SoundTrack::adts(const SoundChunk& chunk, std::vector<SoundFrame>& frames) 
     });
 }
 
-void SoundTrack::whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames) {
-    if (m_track == nullptr && (!begin(*chunk.parameters) || !readConfiguration())) {
+bool SoundTrack::whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames) {
+    if (m_track == nullptr &&
+        (!begin(*chunk.parameters) || !readConfiguration() || m_track->sample_rate <= 0)) {
         m_track.reset();
-        return;
+        m_refused = true;
+        return false;
     }
     frames.push_back(frameOf(chunk.data.data(), chunk.data.size(), chunk.stamp.pts, chunk.stamp));
     frames.back().samples = av_get_audio_frame_duration2(m_track.get(), static_cast<int>(chunk.data.size()));
+    return true;
 }
 
 // Receivers know of AAC often no more than its configuration.

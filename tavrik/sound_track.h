@@ -29,7 +29,8 @@ public:
 
 private:
     void adts(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
-    void whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
+    // False when the sound is not described well enough to be recorded.
+    bool whole(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
     void parse(const SoundChunk& chunk, std::vector<SoundFrame>& frames);
     bool begin(const AVCodecParameters& like);
     bool readConfiguration();

@@ -22,6 +22,7 @@ extern "C" {
 namespace {
 
 constexpr int kIdleMs = 1000;
+constexpr std::size_t kMostWaiting = 250;  // in the cache while no timer drains it
 
 // At the target's corner, not the picture's; a step that fails draws nothing.
 void drawStatistics(SDL_Renderer* renderer, float fps, int bitrate) {
@@ -212,8 +213,12 @@ void PicturePresenter::take(QMyEvent& e, bool cached) {
         drawInTurn(std::move(parcel));
         return;
     }
-    m_fields.frame_cache.push_back(parcel.release());
     const MyAppConfig* config = m_config();
+    // Every stream has its own bound of pictures in flight; what several leave here has one too.
+    if (m_fields.frame_timer == 0 && m_fields.frame_cache.size() >= kMostWaiting) {
+        return;
+    }
+    m_fields.frame_cache.push_back(parcel.release());
     if (m_fields.frame_timer == 0 && config != nullptr &&
         static_cast<int>(m_fields.frame_cache.size()) == config->cache_frame_count_start) {
         m_fields.frame_timer =
@@ -292,6 +297,8 @@ void PicturePresenter::closeStreams() {
     for (const VideoSurface& surface : m_surfaces) {
         tavrik::feedClose(surface.player_handle);
     }
+    // Of the pull no handle is kept.
+    tavrik::feedClose(0);
 }
 
 void PicturePresenter::dropPictures() {

@@ -141,8 +141,8 @@ void Replay::onEnded() {
     m_fields.state = kNone;
     m_parts.widget.setReplaying(false);
     m_actions.state_changed();
-    // One that ended by itself still holds its file.
-    closeSession();
+    // Its handle ended with it: closing that again would end the running pull.
+    m_sessionOpen = false;
 }
 
 void Replay::deleteTimer() { delete std::exchange(m_fields.timer, nullptr); }

@@ -41,7 +41,7 @@ struct VideoSurface {
     SDL_Renderer* renderer = nullptr;    // of the graphics device; null: pictures are drawn in memory
     std::unique_ptr<QTimer> idle_timer;  // 1000 ms after the last picture Qt paints the widget again
     SDL_Window* sdl_window = nullptr;
-    PictureTexture picture;  // of the renderer
+    PictureTexture picture;  // of the renderer, or in memory where there is none
     // Of the picture drawn last: what drawing it again needs.
     bool bt709 = false;
     float fps = 0.0F;

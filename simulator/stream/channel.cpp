@@ -34,20 +34,28 @@ bool Channel::start(RtspServer* rtsp, std::string& error) {
     if (!openSource(error) || !openOutputs(error)) {
         return false;
     }
-    m_bitrateKbps = m_options.encoder.bitrate_kbps;
     m_thread = std::thread([this] { run(); });
     return true;
 }
 
 bool Channel::openSource(std::string& error) {
     if (!m_options.clip.empty()) {
-        m_clip = ClipSource::open(m_options.clip, error);
-        return m_clip != nullptr;
+        auto clip = ClipSource::open(m_options.clip, error);
+        if (clip == nullptr) {
+            return false;
+        }
+        m_clip = std::move(clip);
+        return true;
     }
-    m_encoder = makeEncoder(m_options.encoder, error);
+    auto encoder = makeEncoder(m_options.encoder, error);
+    if (encoder == nullptr) {
+        return false;
+    }
+    m_encoder = std::move(encoder);
+    m_bitrateKbps = m_options.encoder.bitrate_kbps;
     m_renderer = std::make_unique<Renderer>(m_options.encoder.width, m_options.encoder.height, m_index);
     m_renderer->setNumberPlace(m_options.number_place);
-    return m_encoder != nullptr;
+    return true;
 }
 
 bool Channel::openOutputs(std::string& error) {
@@ -125,7 +133,6 @@ void Channel::restartIfAsked() {
     const bool done = openSource(error);
     if (!done) {
         m_options.encoder = before;
-        openSource(error);
     }
     const EncoderSettings& now = m_options.encoder;
     for (auto& output : m_outputs) {

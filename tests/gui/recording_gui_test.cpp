@@ -332,7 +332,7 @@ TEST_F(Recording, ClosingTheWindowEndsItWithoutANotice) {
     tick(in().m_blinkTimer());
     forgetCalls();
     window->close();
-    EXPECT_EQ(library().calls, (Calls{"captureEnd 1", "captureEnd 2", "close 1", "close 2"}));
+    EXPECT_EQ(library().calls, (Calls{"captureEnd 1", "captureEnd 2", "close 1", "close 2", "close 0"}));
     EXPECT_EQ(in().m_recSplitTimer(), 0);
     EXPECT_EQ(in().m_blinkTimer(), 0);
     EXPECT_FALSE(shown(in().m_tip1()) || shown(in().m_tip2()) || shown(in().rec_notice()));
@@ -446,7 +446,10 @@ TEST_F(Recording, TheKeysWorkInTheWindowAndInFullScreen) {
     for (const bool full : {false, true}) {
         if (full) {
             press("F8");
-            ASSERT_TRUE(waitFor([this] { return window->isFullScreen() && !ui().title->isVisible(); }));
+            ASSERT_TRUE(waitFor([this] {
+                return window->isFullScreen() && window->geometry() == window->screen()->geometry() &&
+                       !ui().title->isVisible();
+            }));
             ASSERT_TRUE(waitFor([this] { return window->isActiveWindow(); }));
         }
         press("F9");

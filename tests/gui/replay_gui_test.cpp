@@ -228,7 +228,7 @@ TEST_F(Replay, APausedOneEndsByTheActionToo) {
     EXPECT_EQ(library().calls, Calls{"close 50"});
 }
 
-TEST_F(Replay, OneThatEndsByItselfGivesItsFileBack) {
+TEST_F(Replay, OneThatEndsByItselfIsNotClosedAgain) {
     startWithClip();
     for (int round = 0; round < 2; ++round) {
         play();
@@ -236,7 +236,7 @@ TEST_F(Replay, OneThatEndsByItselfGivesItsFileBack) {
         in().replay_left_ms() = 4321;
         end();
         expectNone();
-        EXPECT_EQ(library().calls, Calls{"close 50"});
+        EXPECT_TRUE(library().calls.empty()) << "an ended handle stands for the running pull";
     }
 }
 
@@ -292,7 +292,7 @@ TEST_F(Replay, ClosingTheWindowEndsBothSessions) {
     open1();
     forgetCalls();
     window->close();
-    EXPECT_EQ(library().calls, (Calls{"close 50", "close 1"}));
+    EXPECT_EQ(library().calls, (Calls{"close 50", "close 1", "close 0"}));
     EXPECT_EQ(in().replay_timer(), nullptr);
 }
 

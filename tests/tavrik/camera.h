@@ -51,7 +51,9 @@ enum class Line { kUdp, kRtsp };
 
 class Camera {
 public:
-    Camera(const Film& film, std::size_t count, Line line, const WireForm& form) : m_film(film) {
+    // ticks: from picture to picture over RTSP, 1/90000 s.
+    Camera(const Film& film, std::size_t count, Line line, const WireForm& form, std::uint32_t ticks = 3600)
+        : m_film(film), m_ticks(ticks) {
         if (line == Line::kRtsp) {
             RtspServer::Settings settings;
             settings.codec = film.settings.codec;
@@ -75,7 +77,7 @@ public:
     void sendUpTo(std::size_t end) {
         for (; m_next < end; ++m_next) {
             if (m_server != nullptr) {
-                m_server->sendPicture(m_film.unit(m_next), static_cast<std::uint32_t>(m_next) * 3600);
+                m_server->sendPicture(m_film.unit(m_next), static_cast<std::uint32_t>(m_next) * m_ticks);
             } else {
                 for (const Bytes& datagram : m_pictures[m_next]) {
                     m_sender->send(datagram, datagram.size());
@@ -87,6 +89,7 @@ public:
 
 private:
     const Film& m_film;
+    std::uint32_t m_ticks;
     std::vector<Datagrams> m_pictures;
     std::unique_ptr<UdpSender> m_sender;
     std::unique_ptr<RtspServer> m_server;

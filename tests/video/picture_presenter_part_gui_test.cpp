@@ -202,7 +202,7 @@ TEST_F(Presenter, ClosingDrawsNothingMoreAndClosesEveryStream) {
     }
     deliver();
     presenter->closeStreams();
-    EXPECT_EQ(fake_tavrik::state().calls, (std::vector<std::string>{"close 11", "close 12"}));
+    EXPECT_EQ(fake_tavrik::state().calls, (std::vector<std::string>{"close 11", "close 12", "close 0"}));
     EXPECT_TRUE(QAbstractEventDispatcher::instance()->registeredTimers(presenter.get()).isEmpty());
     presenter->dropPictures();
     EXPECT_EQ(freed, 3);
@@ -252,6 +252,14 @@ protected:
         }
     }
 };
+
+TEST_F(Cache, ThatNobodyDrainsIsBounded) {
+    showStage();
+    config.cache_frame_count_start = 0;
+    cache(260);
+    EXPECT_EQ(frame_timer, 0);
+    EXPECT_EQ(frame_cache.size(), 250U);
+}
 
 TEST_F(Cache, KeepsPicturesUntilExactlyTheStartCount) {
     showStage();

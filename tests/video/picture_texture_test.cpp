@@ -144,6 +144,21 @@ TEST(PictureTexture, IsDrawnAgainAsItWas) {
     EXPECT_FALSE(texture.drawAgain(target.renderer(), placeOf(*frame), kWidth, kHeight));
 }
 
+TEST(PictureTexture, InMemoryItIsDrawnAgain) {
+    const FramePtr frame = stripes(97, 83, 1);
+    Target target;
+    PictureTexture texture;
+    EXPECT_FALSE(texture.drawAgain(target.memory(), placeOf(*frame), kWidth, kHeight)) << "there is none yet";
+    ASSERT_TRUE(texture.draw(target.memory(), *frame, placeOf(*frame), kWidth, kHeight));
+    const std::vector<std::uint32_t> before = target.pixels();
+    target.paint(0xFF, 0x00, 0xFF);
+    ASSERT_TRUE(texture.drawAgain(target.memory(), placeOf(*frame), kWidth, kHeight));
+    EXPECT_TRUE(target.pixels() == before);
+    EXPECT_FALSE(texture.drawAgain(target.memory(), {0, 0, 0, 40}, kWidth, kHeight));
+    texture.clear();
+    EXPECT_FALSE(texture.drawAgain(target.memory(), placeOf(*frame), kWidth, kHeight));
+}
+
 TEST(PictureTexture, IsDrawnAgainAtAnotherSize) {
     const FramePtr frame = stripes(97, 83, 1);
     Target target;
