@@ -137,6 +137,19 @@ TEST(CaptureClock, GoesOnThroughJumps) {
     }
 }
 
+// Sound behind a jump has times that say nothing of its place; it goes on where it is until they hold again.
+TEST(CaptureClock, KnowsNoPlaceOfSoundWhileTheTimesJump) {
+    CaptureClock clock;
+    Stream stream;
+    clock.run({stream.next(0), stream.next(kFrame)});
+    EXPECT_EQ(clock.sound({kFrame, kNoTime, {}}), kFrame);
+    const std::int64_t jump = 50000000;
+    clock.run({stream.next(2 * kFrame), stream.next(jump)});
+    EXPECT_EQ(clock.sound({jump, kNoTime, {}}), kNoTime);
+    clock.run({stream.next(jump + kFrame), stream.next(jump + 2 * kFrame)});
+    EXPECT_EQ(clock.sound({jump + kFrame, kNoTime, {}}), 4 * kFrame);
+}
+
 // A line that rests lets the pictures come late and in a heap: their own times hold.
 TEST(CaptureClock, DoesNotTakeAStallForAJump) {
     CaptureClock clock;
