@@ -79,7 +79,9 @@ private:
     std::int64_t m_between = 0;         // the two before it, by their decoding times
     std::int64_t m_lastDts = kNoTime;
     std::int64_t m_written = -1;
-    std::int64_t m_end = 0;  // of the piece before, as told to the muxer
+    std::int64_t m_lastPts = 0;  // the latest of all that were written
+    bool m_reordered = false;    // pictures are shown in another order than they come
+    std::int64_t m_end = 0;      // of the piece before, as told to the muxer
 };
 
 bool Mp4Writer::picture(const AccessUnitPtr& unit) {
@@ -186,8 +188,10 @@ bool Mp4Writer::write() {
     return writeSound();
 }
 
-// The muxer throws away the time of showing of a picture that begins before the end it was told for the piece
-// before; so the last of a piece is never told to last longer than the two pictures before it did.
+// The muxer begins a piece where the one before was told to end, whatever its first picture's decoding time,
+// and moves its time of showing along; so that picture is handed over with that very time. The end told is
+// never behind the showing of what follows: the last of a piece lasts no longer than the two before it did,
+// and in a stream that is shown in another order not beyond all that has been shown.
 CaptureTimes Mp4Writer::timesOf(const Picture& picture, bool begins_piece) {
     if (m_lastDts != kNoTime) {
         const std::int64_t between = picture.times.dts - m_lastDts;
@@ -196,8 +200,13 @@ CaptureTimes Mp4Writer::timesOf(const Picture& picture, bool begins_piece) {
     }
     m_lastDts = picture.times.dts;
     CaptureTimes times;
-    times.dts = std::max(picture.times.dts, begins_piece ? m_end : m_written + 1);
+    times.dts = begins_piece ? m_end : std::max(picture.times.dts, m_written + 1);
     times.pts = std::max(picture.times.pts, times.dts);
+    m_reordered = m_reordered || picture.times.pts > picture.times.dts;
+    m_lastPts = std::max(m_lastPts, times.pts);
+    if (m_reordered) {
+        m_step = std::max<std::int64_t>(std::min(m_step, m_lastPts + 1 - times.dts), 1);
+    }
     m_written = times.dts;
     m_end = times.dts + m_step;
     return times;

@@ -6,10 +6,13 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <random>
 #include <stdexcept>
 
 #include "camera.h"
 #include "recording.h"
+#include "tavrik/capture_clock.h"
+#include "tavrik/capture_writer.h"
 #include "tavrik/tavrik.h"
 #include "ts_writer.h"
 
@@ -178,6 +181,52 @@ TEST_P(CaptureOrder, IsThatOfShowingAcrossARollOver) {
                 EXPECT_EQ(step, 3600) << i;
             } else {
                 EXPECT_GT(step, 0) << i;
+            }
+        }
+    }
+}
+
+// The pace of a busy machine: mostly the camera's, at times all at once or after a pause.
+std::int64_t nextArrival(std::mt19937& random) {
+    const unsigned kind = random() % 8;
+    return kind == 0 ? 20 : kind == 1 ? static_cast<std::int64_t>(random() % 700000) : 40000;
+}
+
+// stamped: with the stream's times; else those of arrival are written, as raw bytes carry none.
+Recording writtenAtPace(const ReorderedFilm& film, Codec codec, bool stamped, unsigned seed) {
+    const Folder folder("pace");
+    const std::string path = folder / "a.mp4";
+    std::mt19937 random(seed);
+    std::chrono::microseconds at{0};
+    const auto writer =
+        makeMp4Writer({codec == Codec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC, nullptr, {}, false});
+    EXPECT_TRUE(writer->open(path));
+    for (const ReorderedFilm::Unit& unit : film.units) {
+        const auto made = std::make_shared<AccessUnit>();
+        made->codec = codec;
+        made->padded = unit.bytes;
+        sealBytes(made->padded);
+        made->stamp.arrival = CaptureClock::Clock::time_point(at);
+        made->stamp.pts = stamped ? unit.shown * 3600 : kNoTime;
+        made->decoding_can_begin = made->file_can_begin = unit.shown % kKeys == 0;
+        EXPECT_TRUE(writer->picture(made));
+        at += std::chrono::microseconds(nextArrival(random));
+    }
+    EXPECT_TRUE(writer->finish());
+    return readRecording(path);
+}
+
+TEST(CapturePace, TimesRiseWhateverItIs) {
+    for (const Codec codec : {Codec::kH264, Codec::kH265}) {
+        const ReorderedFilm film = makeReordered(codec, false);
+        for (unsigned seed = 1; seed <= 16; ++seed) {
+            const bool stamped = seed % 4 == 0;
+            const Recording recording = writtenAtPace(film, codec, stamped, seed);
+            EXPECT_EQ(recording.trouble, "");
+            EXPECT_EQ(runOf(numbersOf(film.film, recording.sums)), "0.." + std::to_string(kCount - 1));
+            for (std::size_t i = 1; i < recording.times.size(); ++i) {
+                const std::int64_t step = recording.times[i] - recording.times[i - 1];
+                EXPECT_TRUE(stamped ? step == 3600 : step > 0) << step << " at " << i << " of seed " << seed;
             }
         }
     }
