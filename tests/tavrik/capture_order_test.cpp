@@ -192,23 +192,31 @@ std::int64_t nextArrival(std::mt19937& random) {
     return kind == 0 ? 20 : kind == 1 ? static_cast<std::int64_t>(random() % 700000) : 40000;
 }
 
-// stamped: with the stream's times; else those of arrival are written, as raw bytes carry none.
-Recording writtenAtPace(const ReorderedFilm& film, Codec codec, bool stamped, unsigned seed) {
+struct Pace {
+    Codec codec;
+    int keys;      // each so many pictures are a key picture
+    bool stamped;  // with the stream's times; else those of arrival are written, as raw bytes carry none
+    unsigned seed;
+};
+
+constexpr int kTicks = 3600;
+
+Recording writtenAtPace(const std::vector<ReorderedFilm::Unit>& units, const Pace& pace) {
     const Folder folder("pace");
     const std::string path = folder / "a.mp4";
-    std::mt19937 random(seed);
+    std::mt19937 random(pace.seed);
     std::chrono::microseconds at{0};
     const auto writer =
-        makeMp4Writer({codec == Codec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC, nullptr, {}, false});
+        makeMp4Writer({pace.codec == Codec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC, nullptr, {}, false});
     EXPECT_TRUE(writer->open(path));
-    for (const ReorderedFilm::Unit& unit : film.units) {
+    for (const ReorderedFilm::Unit& unit : units) {
         const auto made = std::make_shared<AccessUnit>();
-        made->codec = codec;
+        made->codec = pace.codec;
         made->padded = unit.bytes;
         sealBytes(made->padded);
         made->stamp.arrival = CaptureClock::Clock::time_point(at);
-        made->stamp.pts = stamped ? unit.shown * 3600 : kNoTime;
-        made->decoding_can_begin = made->file_can_begin = unit.shown % kKeys == 0;
+        made->stamp.pts = pace.stamped ? unit.shown * kTicks : kNoTime;
+        made->decoding_can_begin = made->file_can_begin = unit.shown % pace.keys == 0;
         EXPECT_TRUE(writer->picture(made));
         at += std::chrono::microseconds(nextArrival(random));
     }
@@ -216,19 +224,44 @@ Recording writtenAtPace(const ReorderedFilm& film, Codec codec, bool stamped, un
     return readRecording(path);
 }
 
+void expectTimes(const Recording& recording, const Pace& pace) {
+    for (std::size_t i = 1; i < recording.times.size(); ++i) {
+        const std::int64_t step = recording.times[i] - recording.times[i - 1];
+        EXPECT_TRUE(pace.stamped ? step == kTicks : step > 0) << step << " at " << i << " of " << pace.seed;
+    }
+}
+
 TEST(CapturePace, TimesRiseWhateverItIs) {
     for (const Codec codec : {Codec::kH264, Codec::kH265}) {
         const ReorderedFilm film = makeReordered(codec, false);
         for (unsigned seed = 1; seed <= 16; ++seed) {
-            const bool stamped = seed % 4 == 0;
-            const Recording recording = writtenAtPace(film, codec, stamped, seed);
+            const Pace pace{codec, kKeys, seed % 4 == 0, seed};
+            const Recording recording = writtenAtPace(film.units, pace);
             EXPECT_EQ(recording.trouble, "");
             EXPECT_EQ(runOf(numbersOf(film.film, recording.sums)), "0.." + std::to_string(kCount - 1));
-            for (std::size_t i = 1; i < recording.times.size(); ++i) {
-                const std::int64_t step = recording.times[i] - recording.times[i - 1];
-                EXPECT_TRUE(stamped ? step == 3600 : step > 0) << step << " at " << i << " of seed " << seed;
-            }
+            expectTimes(recording, pace);
         }
+    }
+}
+
+// Each picture is a piece of its own, and none knows how long it lasts when it is written.
+TEST(CapturePace, OfKeyPicturesAlone) {
+    constexpr int kPictures = 40;
+    FilmSettings settings;
+    settings.width = 320;
+    settings.height = 240;
+    settings.key_interval = 1;
+    settings.pictures = kPictures;
+    const Film film = makeFilm(settings);
+    std::vector<ReorderedFilm::Unit> units;
+    for (int n = 0; n < kPictures; ++n) {
+        units.push_back({film.unit(static_cast<std::size_t>(n)), n});
+    }
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        const Pace pace{Codec::kH264, 1, seed % 2 == 0, seed};
+        const Recording recording = writtenAtPace(units, pace);
+        EXPECT_EQ(runOf(numbersOf(film, recording.sums)), "0.." + std::to_string(kPictures - 1));
+        expectTimes(recording, pace);
     }
 }
 

@@ -100,36 +100,6 @@ TEST_P(CaptureWays, Mp4BeginsWithTheGroupInMemoryAndHoldsEveryPicture) {
     EXPECT_EQ(recording.times.front(), 0);
 }
 
-// Each picture is a piece of its own, and none knows how long it lasts when it is written.
-TEST(CaptureTimes, OfKeyPicturesAloneAreTheStreams) {
-    constexpr std::uint32_t kTicks = 3000;
-    FilmSettings settings;
-    settings.width = 320;
-    settings.height = 240;
-    settings.key_interval = 1;
-    settings.pictures = 40;
-    const Film film = makeFilm(settings);
-    const Folder folder("keys");
-    Camera camera(film, 40, Line::kRtsp, {}, kTicks);
-    Receiver receiver;
-    const int handle = camera.open(receiver);
-    ASSERT_GT(handle, 0);
-    camera.sendUpTo(1);
-    ASSERT_TRUE(receiver.waitForFrames(1));
-    const std::string path = folder / "clip.mp4";
-    captureBegin(path.c_str(), handle, 1);
-    camera.sendUpTo(40);
-    ASSERT_TRUE(receiver.waitForFrames(40));
-    feedClose(handle);
-    const Recording recording = readRecording(path);
-    ASSERT_GE(recording.times.size(), 30u);
-    for (std::size_t i = 3; i < recording.times.size(); ++i) {
-        // Less where the receiver takes a quick camera's pace; it follows the sender's clock within a
-        // hundredth.
-        EXPECT_LE(recording.times[i] - recording.times[i - 1], kTicks + kTicks / 20) << i;
-    }
-}
-
 TEST_P(CaptureWays, ThreeRollOversLoseAndDoubleNothing) {
     const Folder folder("roll");
     Camera camera(film(), kPictures, GetParam().line, formOf(GetParam()));
