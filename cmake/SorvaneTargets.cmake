@@ -138,6 +138,10 @@ function(sorvane_test name)
   endif()
   add_test(NAME ${name} COMMAND ${name} ${A_ARGS} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${A_TIMEOUT} LABELS "${A_LABELS}")
+  # A sanitizer makes a program several times as slow; what speaks over sockets in real time then wants both cores.
+  if(SORVANE_SANITIZE AND "net" IN_LIST A_LABELS)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
 endfunction()
 
 # A test of the real station library in a window: runs on a display of its own (Xvfb, window manager, compositor),

@@ -65,6 +65,7 @@ public:
         }
     }
     int open(Receiver& receiver) {
+        m_receiver = &receiver;
         const std::string url = m_server != nullptr ? m_server->url() : "";
         const int handle = feedOpen(url.c_str(), m_port, receiver.onFrame(), nullptr, "", m_server != nullptr,
                                     "", nullptr, 1);
@@ -73,9 +74,11 @@ public:
         }
         return handle;
     }
-    // The next pictures up to that number, at the pace of a quick camera.
+    // The next pictures up to that number, at the pace of a quick camera, that of the receiver where it is
+    // slower.
     void sendUpTo(std::size_t end) {
         for (; m_next < end; ++m_next) {
+            awaitReceiver();
             if (m_server != nullptr) {
                 m_server->sendPicture(m_film.unit(m_next), static_cast<std::uint32_t>(m_next) * m_ticks);
             } else {
@@ -88,7 +91,16 @@ public:
     }
 
 private:
+    // On a busy machine the system would drop datagrams that nobody has read yet.
+    void awaitReceiver() {
+        constexpr std::size_t kMostAhead = 20;
+        if (m_receiver != nullptr && m_sender != nullptr && m_next > kMostAhead) {
+            m_receiver->waitFor([&] { return m_receiver->m_numbers.size() + kMostAhead >= m_next; }, 5000);
+        }
+    }
+
     const Film& m_film;
+    Receiver* m_receiver = nullptr;
     std::uint32_t m_ticks;
     std::vector<Datagrams> m_pictures;
     std::unique_ptr<UdpSender> m_sender;

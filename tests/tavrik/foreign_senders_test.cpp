@@ -18,6 +18,7 @@
 
 #include "gst_server.h"
 #include "receiver.h"
+#include "stalled_run.h"
 #include "wire_forms.h"
 
 namespace tavrik::test {
@@ -151,7 +152,7 @@ Clock::duration shown(Screen& screen, Clock::time_point since) {
 }
 
 // What takes longer than the rule says is shown again: a busy machine delays once, a station that waits does
-// always.
+// always. So is a showing of which the system dropped datagrams before anybody had read them.
 void expectSoon(const std::function<Clock::duration()>& show) {
     constexpr int kTries = 4;
     Clock::duration took{};
@@ -161,7 +162,7 @@ void expectSoon(const std::function<Clock::duration()>& show) {
             return;
         }
     }
-    ADD_FAILURE() << "the first picture came after "
+    ADD_FAILURE() << "the first picture came, in the last showing that counts, after "
                   << std::chrono::duration_cast<std::chrono::milliseconds>(took).count() << " ms";
 }
 
@@ -261,7 +262,10 @@ TEST_P(ForeignUdp, IsShown) {
             const bool sends = relay.waitForFirst(kStartUp);
             EXPECT_TRUE(sends) << "the sender does not send";
             if (sends) {
-                took = shown(screen, relay.first());
+                EXPECT_TRUE(screen.waitFor(kPicturesLooked, kStartUp)) << "no pictures";
+                if (droppedAt(port) + droppedAt(relay.port()) == 0) {
+                    took = shown(screen, relay.first());
+                }
             }
         }
         feedClose(handle);

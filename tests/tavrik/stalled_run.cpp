@@ -95,25 +95,6 @@ private:
     Clock::time_point m_latest;
 };
 
-std::uint64_t droppedAt(int port) {
-    std::ifstream table("/proc/net/udp");
-    std::string row;
-    std::uint64_t dropped = 0;
-    while (std::getline(table, row)) {
-        std::istringstream fields(row);
-        std::string number, local, field;
-        fields >> number >> local;
-        const std::size_t colon = local.find(':');
-        if (colon == std::string::npos || std::strtol(local.c_str() + colon + 1, nullptr, 16) != port) {
-            continue;
-        }
-        while (fields >> field) {
-        }
-        dropped += std::strtoull(field.c_str(), nullptr, 10);
-    }
-    return dropped;
-}
-
 int peerPort(int socket) {
     sockaddr_in address{};
     socklen_t size = sizeof(address);
@@ -251,6 +232,25 @@ RunResult runStalled(const Film& film, const RunSettings& settings) {
                                                  : overRtsp(film, settings, count, screen);
     result.comparison = compare(film, screen.sums(), settings.pictures, count);
     return result;
+}
+
+std::uint64_t droppedAt(int port) {
+    std::ifstream table("/proc/net/udp");
+    std::string row;
+    std::uint64_t dropped = 0;
+    while (std::getline(table, row)) {
+        std::istringstream fields(row);
+        std::string number, local, field;
+        fields >> number >> local;
+        const std::size_t colon = local.find(':');
+        if (colon == std::string::npos || std::strtol(local.c_str() + colon + 1, nullptr, 16) != port) {
+            continue;
+        }
+        while (fields >> field) {
+        }
+        dropped += std::strtoull(field.c_str(), nullptr, 10);
+    }
+    return dropped;
 }
 
 std::uint64_t fromEnvironment(const char* name, std::uint64_t otherwise) {

@@ -43,6 +43,9 @@ constexpr std::size_t kTailPictures = 3;
 // if the stream does not open.
 RunResult runStalled(const Film& film, const RunSettings& settings);
 
+// Datagrams to that port of this machine that the system has dropped since its socket was opened.
+std::uint64_t droppedAt(int port);
+
 // The number in an environment variable.
 std::uint64_t fromEnvironment(const char* name, std::uint64_t otherwise);
 
