@@ -39,7 +39,30 @@ std::string fieldsOf(const wire::Command& c, const char* line) {
     return text;
 }
 
+// Without its time, which runs.
+std::string navText(const wire::NavBlock& n) {
+    return formatText("pitch=%.2f roll=%.2f heading=%.2f lat=%.7f lon=%.7f altitude=%.0f satellites=%d",
+                      n.pitch_deg, n.roll_deg, n.heading_deg, n.latitude_deg, n.longitude_deg, n.altitude_m,
+                      n.satellites) +
+           formatText(" north=%.3f east=%.3f ground=%.3f", n.north_speed_mps, n.east_speed_mps,
+                      n.ground_speed_mps);
+}
+
 }  // namespace
+
+// A line for the first block and for each that differs, its time aside.
+void CommandLog::onNav(const wire::Command& c, const char* line) {
+    const bool fixed = c.frame == wire::Command::Frame::kFixed;
+    const std::string text =
+        formatText("frame=%s line=%s ", fixed ? "fixed" : "variable", line) + navText(c.nav);
+    if (text == m_nav) {
+        return;
+    }
+    m_nav = text;
+    m_log.event("nav",
+                text + formatText(" time=%02d-%02d-%02dT%02d:%02d:%02d.%02d", c.nav.year, c.nav.month,
+                                  c.nav.day, c.nav.hour, c.nav.minute, c.nav.second, c.nav.hundredths));
+}
 
 void CommandLog::closeRun() {
     if (m_running && m_repeats > 0) {
@@ -53,6 +76,9 @@ void CommandLog::closeRun() {
 void CommandLog::onCommand(const wire::Command& c, const char* line) {
     if (!m_log.isOpen()) {
         return;
+    }
+    if (c.has_nav) {
+        onNav(c, line);
     }
     if (c.frame == wire::Command::Frame::kVariable) {
         if (c.code == wire::kNavBlockCode && m_navBlocks++ > 0) {

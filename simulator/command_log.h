@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "simulator/stream/event_log.h"
 #include "simulator/wire/wire.h"
@@ -19,12 +20,14 @@ public:
 
 private:
     void closeRun();
+    void onNav(const wire::Command& command, const char* line);
 
     EventLog& m_log;
     bool m_running = false;       // a run of fixed frames is open
     wire::Command m_current;      // its first frame
     std::uint64_t m_repeats = 0;  // further equal frames
     std::uint64_t m_navBlocks = 0;
+    std::string m_nav;  // the aircraft's block as last told
 };
 
 }  // namespace podsim

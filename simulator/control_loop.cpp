@@ -12,6 +12,9 @@
 #include "simulator/pod/text.h"
 #include "simulator/pod/views.h"
 #include "simulator/stream/clock.h"
+#include "simulator/upgrade_line.h"
+#include "simulator/wire/answers.h"
+#include "simulator/wire/encoder_web.h"
 #include "simulator/wire/report.h"
 
 namespace podsim {
@@ -40,7 +43,12 @@ ControlLoop::ControlLoop(const Options& options, Pod& pod, EventLog& log,
       m_onVideoFaults(std::move(on_video_faults)),
       m_telemetryFaults(options.telemetry_faults),
       m_videoFaults(options.video_faults),
-      m_injector(options.seed) {}
+      m_injector(options.seed),
+      m_profile(options.profile) {
+    for (const UpgradeFault& fault : options.upgrade_faults) {
+        m_pod.addUpgradeFault(fault);
+    }
+}
 
 ControlLoop::~ControlLoop() {
     if (m_navSocket >= 0) {
@@ -76,6 +84,15 @@ bool ControlLoop::open(std::string& error) {
             return false;
         }
     }
+    if (o.web_port != kNoPort) {
+        m_web = WebServer::open(
+            o.bind_address, o.web_port,
+            [this](const std::string& path, const std::string& query) { return webPage(path, query); },
+            error);
+        if (!m_web) {
+            return false;
+        }
+    }
     if (!o.nav_to.empty()) {
         m_navSocket = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         if (m_navSocket < 0 || !parseEndpoint(o.nav_to, m_navTo)) {
@@ -93,6 +110,9 @@ std::string ControlLoop::addresses() const {
     }
     if (m_ins) {
         text += " ins=" + m_ins->address();
+    }
+    if (m_web) {
+        text += " web=" + m_web->address();
     }
     return text;
 }
@@ -120,6 +140,7 @@ void ControlLoop::run(int signal_fd, int console_fd) {
 void ControlLoop::closeLines() {
     m_lines.clear();
     m_ins.reset();
+    m_web.reset();
 }
 
 int ControlLoop::pollTimeoutMs(std::int64_t now) const {
@@ -138,6 +159,9 @@ void ControlLoop::pollOnce(int signal_fd) {
     fds.push_back({signal_fd, POLLIN, 0});
     for (const auto& line : m_lines) {
         line->transport->appendPollFds(fds);
+    }
+    if (m_web) {
+        m_web->appendPollFds(fds);
     }
     // Last, so that an answer knows the commands that came before the question.
     if (m_consoleFd >= 0) {
@@ -160,6 +184,9 @@ void ControlLoop::pollOnce(int signal_fd) {
                     line->heard_ns = monotonicNs();
                     line->parser.feed(data, n, [&](const wire::Command& c) { onCommand(c, *line); });
                 });
+            }
+            if (m_web) {
+                m_web->onReady(fd);
             }
         }
     }
@@ -216,7 +243,7 @@ void ControlLoop::onConsoleLine(const std::string& line) {
         std::printf(
             "fault STREAM.NAME=VALUE | faults | faults clear | restart N [CODEC] [WxH] | disconnect | status "
             "| "
-            "motion | quit\n");
+            "motion | upgrade | upgrade-fault KIND@FRAME | quit\n");
     } else if (line == "disconnect") {
         for (auto& each : m_lines) {
             each->transport->hangUp();
@@ -226,6 +253,8 @@ void ControlLoop::onConsoleLine(const std::string& line) {
         std::printf("reports=%" PRIu64 " %s\n", m_reports, m_statusText ? m_statusText().c_str() : "");
     } else if (line == "motion") {
         std::printf("%s\n", motionText().c_str());
+    } else if (line.compare(0, 7, "upgrade") == 0) {
+        std::printf("%s", upgradeConsole(line, m_pod).c_str());
     } else if (line.compare(0, 5, "fault") == 0) {
         onFaultLine(line);
     } else if (line.compare(0, 8, "restart ") == 0) {
@@ -299,11 +328,46 @@ void ControlLoop::onCommand(const wire::Command& c, const Line& line) {
     const bool fixed = c.frame == wire::Command::Frame::kFixed;
     m_pod.apply(c.code, c.payload.data(), c.payload.size(), fixed ? c.rate_code : -1, c.rate_azimuth,
                 c.rate_pitch);
+    sendUpgradeAnswers();
+    answer(c);
+}
+
+void ControlLoop::answer(const wire::Command& c) {
+    std::vector<wire::Bytes> frames;
     if (c.code == wire::kAskCode) {
-        const wire::Bytes answer = answerTo(c.payload, m_pod.snapshot());
-        if (!answer.empty()) {
-            m_injector.push(answer, monotonicNs());
+        frames = answersTo(c.payload, m_pod.snapshot());
+    } else if (c.code == wire::kRelayCode) {
+        frames = moduleAnswers(c.payload, m_pod.snapshot());
+    }
+    for (const wire::Bytes& frame : frames) {
+        m_injector.push(frame, monotonicNs());
+    }
+}
+
+std::string ControlLoop::webPage(const std::string& path, const std::string& query) {
+    constexpr std::uint16_t kEncoderCode = 98;
+    if (path != "/") {
+        return {};
+    }
+    const std::vector<wire::Bytes> commands = encoderCommandsOf(query);
+    m_log.event("web", formatText("commands=%d", static_cast<int>(commands.size())));
+    for (const wire::Bytes& command : commands) {
+        m_pod.apply(kEncoderCode, command.data(), command.size(), -1, 0, 0);
+    }
+    return encoderPage(m_pod.snapshot());
+}
+
+void ControlLoop::sendUpgradeAnswers() {
+    constexpr int kFrameTaken = 6, kSucceeded = 11;
+    for (const Upgrade::Answer& answer : m_pod.takeUpgradeAnswers()) {
+        if (answer.state == kSucceeded && !m_options.flash_folder.empty() &&
+            !writeFlash(m_options.flash_folder, answer.module, m_pod.flashImage(answer.module))) {
+            m_log.event("flash-error", m_options.flash_folder);
         }
+        if (answer.state != kFrameTaken) {
+            m_log.event("upgrade", formatText("module=%d state=%d", answer.module, answer.state));
+        }
+        m_injector.push(upgradeFrame(answer), monotonicNs());
     }
 }
 
@@ -320,8 +384,11 @@ void ControlLoop::advancePod(std::int64_t now) {
     if (now - m_steppedNs < kStep_ns) {
         return;
     }
-    m_pod.step(std::min(1.0, static_cast<double>(now - m_steppedNs) * 1e-9));
+    const double passed_s = std::min(1.0, static_cast<double>(now - m_steppedNs) * 1e-9);
+    m_profile.step(m_pod, passed_s);
+    m_pod.step(passed_s);
     m_steppedNs = now;
+    sendUpgradeAnswers();
 }
 
 void ControlLoop::sendTelemetry(std::int64_t now) {

@@ -11,8 +11,10 @@
 #include "simulator/command_log.h"
 #include "simulator/options.h"
 #include "simulator/pod/pod.h"
+#include "simulator/pod/profile.h"
 #include "simulator/stream/event_log.h"
 #include "simulator/stream/transport.h"
+#include "simulator/stream/web_server.h"
 #include "simulator/wire/fault_injector.h"
 #include "simulator/wire/wire.h"
 
@@ -62,6 +64,9 @@ private:
     void setFault(const FaultSwitch& fault);
     void faultsChanged();
     void onCommand(const wire::Command& command, const Line& line);
+    void sendUpgradeAnswers();
+    void answer(const wire::Command& command);
+    std::string webPage(const std::string& path, const std::string& query);
     void giveUpStale(std::int64_t now);
     void advancePod(std::int64_t now);
     void sendTelemetry(std::int64_t now);
@@ -79,6 +84,7 @@ private:
     std::function<void(int, const RestartSettings&)> m_restart;
     std::vector<std::unique_ptr<Line>> m_lines;
     std::unique_ptr<Transport> m_ins;
+    std::unique_ptr<WebServer> m_web;
     int m_navSocket = -1;
     sockaddr_in m_navTo{};
     FaultSettings m_telemetryFaults;
@@ -87,6 +93,7 @@ private:
     int m_consoleFd = -1;
     std::string m_consoleText;
     bool m_stopping = false;
+    ProfileScript m_profile;
 
     std::int64_t m_steppedNs = 0;
     std::int64_t m_nextReportNs = 0;

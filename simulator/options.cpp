@@ -75,6 +75,11 @@ bool readSize(Value text, int& width, int& height) {
            readInt(text.substr(x + 1), 288, 1088, height) && width % 2 == 0 && height % 2 == 0;
 }
 
+bool readProfile(Value text, Profile& out) {
+    out = text == "scan" ? Profile::kScan : text == "slew" ? Profile::kSlew : Profile::kTrack;
+    return text == "scan" || text == "slew" || text == "track";
+}
+
 bool readSwitch(Value text, bool& out) {
     out = text == "on";
     return text == "on" || text == "off";
@@ -105,6 +110,14 @@ bool readPosition(Value text, Options& o) {
            readDouble(text.substr(comma + 1), -180, 180, o.longitude_deg);
 }
 
+bool readUpgradeFault(Value text, Options& o) {
+    const auto fault = parseUpgradeFault(text);
+    if (fault) {
+        o.upgrade_faults.push_back(*fault);
+    }
+    return fault.has_value();
+}
+
 bool readSeed(Value text, std::uint64_t& out) {
     char* end = nullptr;
     out = std::strtoull(text.c_str(), &end, 10);
@@ -121,17 +134,22 @@ const OptionRow kControlOptions[] = {
      [](Options& o, Value v) { return readEndpoint(v, o.peer); }},
     {"--tcp", "PORT", "control over TCP as well (off); 0: any free port",
      [](Options& o, Value v) { return readPort(v, o.tcp_port); }},
+    {"--web", "PORT", "the encoder's own page over HTTP (off); 0: any free port",
+     [](Options& o, Value v) { return readPort(v, o.web_port); }},
     {"--pty", nullptr, "control over a pseudo terminal as well; its name is printed",
      [](Options& o, Value) { return o.pty = true; }},
     {"--pty-link", "PATH", "the same, with a symbolic link to it at PATH",
      [](Options& o, Value v) { return o.pty = readPath(v, o.pty_link); }},
-    {"--telemetry-hz", "N", "reports a second, 0 to 200 (25)",
-     [](Options& o, Value v) { return readInt(v, 0, 200, o.telemetry_hz); }},
+    {"--telemetry-hz", "N", "reports a second, 0 to 500 (25)",
+     [](Options& o, Value v) { return readInt(v, 0, 500, o.telemetry_hz); }},
     {"--telemetry-form", "FORM", "fixed: frames of 64 bytes; variable: frames of code 20 (fixed)",
      [](Options& o, Value v) {
          o.variable_reports = v == "variable";
          return v == "fixed" || v == "variable";
      }},
+    {"--profile", "NAME",
+     "move by itself: scan, slew (from one direction to the next), track (a new point each 8 s)",
+     [](Options& o, Value v) { return readProfile(v, o.profile); }},
     {"--latched", nullptr, "a rate or lens movement lasts until its own stop, not for want of frames",
      [](Options& o, Value) { return o.latched = true; }},
     {"--ins-pty", nullptr, "frames of an inertial unit on a pseudo terminal of their own",
@@ -153,6 +171,11 @@ const OptionRow kServerOptions[] = {
 
 const OptionRow kOtherOptions[] = {
     {"--fault", "FAULT", "switch a fault on from the start; may be repeated, see below", nullptr},
+    {"--upgrade-fault", "KIND@FRAME",
+     "one answer of a firmware upgrade goes wrong, see below; may be repeated",
+     [](Options& o, Value v) { return readUpgradeFault(v, o); }},
+    {"--flash", "FOLDER", "write each upgraded module's flash to FOLDER/module0.bin, module1.bin",
+     [](Options& o, Value v) { return readPath(v, o.flash_folder); }},
     {"--seed", "N", "of the faults and the landscape (1): equal seeds, equal behaviour",
      [](Options& o, Value v) { return readSeed(v, o.seed); }},
     {"--position", "LAT,LON", "centre of the simulated flight in degrees",
@@ -359,6 +382,10 @@ std::string helpText() {
         "in\n"
         "every picture of pause-every (10); nothing is lost.\n"
         "\n"
+        "KIND@FRAME: the answer to that program frame, once. KIND is lost, doubled, late, reordered, "
+        "state=N,\n"
+        "silence (until an upgrade begins anew) or flash (a bit of the frame is wrong in the flash).\n"
+        "\n"
         "While it runs, podsim reads commands from its standard input, one a line:\n"
         "  fault FAULT      switch a fault, for instance: fault telemetry.loss=0.2\n"
         "  faults           tell the faults that are on;  faults clear  switches them all off\n"
@@ -366,6 +393,9 @@ std::string helpText() {
         "                   channel N's stream begins anew, with another codec or picture size\n"
         "  disconnect       hang up on a station connected over TCP\n"
         "  status           tell what the pod is doing\n"
+        "  upgrade          tell where a firmware upgrade stands, and the versions that run\n"
+        "  upgrade-fault KIND@FRAME\n"
+        "                   one more such fault\n"
         "  motion           tell what moves by hand: rates, zoom, focus\n"
         "  quit             stop\n"
         "SIGUSR1 toggles telemetry.silence, SIGUSR2 video.stall; SIGINT and SIGTERM stop.\n"

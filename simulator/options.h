@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "simulator/pod/profile.h"
+#include "simulator/pod/upgrade.h"
 #include "simulator/stream/channel.h"
 #include "simulator/wire/fault_injector.h"
 
@@ -18,12 +20,14 @@ struct Options {
     std::string bind_address = "127.0.0.1";
     int udp_port = 8000;  // kNoPort: off; 0: any free one
     int tcp_port = kNoPort;
-    bool latched = false;  // movements last until their own stop
+    bool latched = false;    // movements last until their own stop
+    int web_port = kNoPort;  // of the encoder's page
     bool pty = false;
     std::string pty_link;
     std::string peer;       // ADDRESS:PORT; empty: whoever sent last, at first kStationPort here
     int telemetry_hz = 25;  // 0: none
     bool variable_reports = false;
+    Profile profile = Profile::kNone;
     bool ins_pty = false;
     std::string ins_link;
     std::string nav_to;  // ADDRESS:PORT; empty: off
@@ -35,6 +39,8 @@ struct Options {
 
     FaultSettings telemetry_faults;
     FaultSettings video_faults;
+    std::vector<UpgradeFault> upgrade_faults;
+    std::string flash_folder;  // empty: flashes are not written to files
     std::uint64_t seed = 1;
     bool has_position = false;
     double latitude_deg = 0;

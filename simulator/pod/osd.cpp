@@ -5,6 +5,7 @@
 #include <string>
 
 #include "simulator/pod/calendar.h"
+#include "simulator/pod/mgrs.h"
 #include "simulator/pod/palette.h"
 #include "simulator/pod/renderer.h"
 #include "simulator/pod/text.h"
@@ -19,18 +20,22 @@ enum ItemBit {
     kCross = 1,
     kAngles = 2,
     kMiss = 3,  // set = on
+    kFrameAngles = 4,
     kTime = 5,
     kFov = 6,
     kVisible = 7,
     kInfrared = 9,
     kLaser = 10,
+    kMgrs = 11,  // set = instead of latitude and longitude
     kCard = 12,
     kTargetPosition = 13,
     kNorth = 14,
     kDegreesMinutes = 15,
+    kHotSpot = 16,      // set = on
     kIlluminator = 17,  // set = on
     kTemperature = 18,  // set = on
     kRulers = 19,
+    kRoll = 21,
     kLoads = 22,
 };
 
@@ -80,9 +85,7 @@ public:
             drawCross();
         }
         drawState();
-        if (shown(kAngles)) {
-            drawAngles();
-        }
+        drawAngles();
         if (m_s.osd_level < 2) {
             return;
         }
@@ -226,6 +229,8 @@ private:
             }
             const bool bad = m_s.track_state == TrackState::kCoasting || m_s.track_state == TrackState::kLost;
             centred(below, line, bad ? kAmber : m_colour);
+        } else if (bit(kMiss)) {
+            centred(below, "DX --- DY ---", m_colour);
         }
         if (m_s.nuc_s > 0) {
             centred(below + m_line, m_s.nuc_shutter ? "SHUTTER CORRECTION" : "BACKGROUND CORRECTION", kAmber);
@@ -250,20 +255,40 @@ private:
     }
 
     void drawAngles() {
-        bottomLeft(1, formatText("AZ %+07.2f\x7f  EL %+06.2f\x7f", m_s.frame_yaw_deg, m_s.frame_pitch_deg));
-        bottomLeft(0, formatText("%s", servoName(m_s.servo_state)));
+        bottomLeft(0, servoName(m_s.servo_state));
+        if (shown(kFrameAngles)) {
+            bottomLeft(1,
+                       formatText("AZ %+07.2f\x7f  EL %+06.2f\x7f", m_s.frame_yaw_deg, m_s.frame_pitch_deg));
+        }
+        std::string attitude;
+        if (shown(kAngles)) {
+            attitude =
+                formatText("Y %+07.2f\x7f  P %+06.2f\x7f", m_s.attitude_yaw_deg, m_s.attitude_pitch_deg);
+        }
+        if (shown(kRoll)) {
+            attitude += formatText("%sR %+06.2f\x7f", attitude.empty() ? "" : "  ", m_s.attitude_roll_deg);
+        }
+        bottomLeft(2, attitude);
+    }
+
+    std::string position(double latitude_deg, double longitude_deg) const {
+        const std::string grid = bit(kMgrs) ? mgrs(latitude_deg, longitude_deg) : std::string();
+        if (!grid.empty()) {
+            return grid;
+        }
+        const bool minutes = bit(kDegreesMinutes);
+        return coordinate(latitude_deg, 'N', 'S', minutes) + "  " +
+               coordinate(longitude_deg, 'E', 'W', minutes);
     }
 
     void drawClockAndAircraft() {
         int row = 0;
-        const bool minutes = bit(kDegreesMinutes);
         if (shown(kTime)) {
             const CalendarTime t = toCalendar(m_s.utc_ms);
             left(row++, formatText("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute,
                                    t.second));
         }
-        left(row++, coordinate(m_s.latitude_deg, 'N', 'S', minutes) + "  " +
-                        coordinate(m_s.longitude_deg, 'E', 'W', minutes));
+        left(row++, position(m_s.latitude_deg, m_s.longitude_deg));
         left(row++,
              formatText("ALT %.0fM  AGL %.0fM  %.1fM/S", m_s.altitude_m, m_s.height_m, m_s.ground_speed_mps));
         left(row++, formatText("HDG %05.1f\x7f  P %+.1f\x7f R %+.1f\x7f", m_s.heading_deg, m_s.pitch_deg,
@@ -274,14 +299,22 @@ private:
                  formatText("MAX %.1fC  CENTRE %.1fC", m_s.max_temperature_c, m_s.centre_temperature_c),
                  hot ? kRed : m_colour);
         }
+        if (bit(kHotSpot)) {
+            left(row++, formatText("HOT SPOT %.1fC", m_s.max_temperature_c));
+        }
+        // One that shines is told in any case.
         if (m_s.illuminator) {
             left(
                 row++,
                 m_s.illuminator_hz > 0 ? formatText("LASER ILLUM %.2fHZ", m_s.illuminator_hz) : "LASER ILLUM",
                 kRed);
+        } else if (bit(kIlluminator)) {
+            left(row++, "LASER ILLUM OFF");
         }
-        if (shown(kLoads) && m_s.module_bits != 0xFF) {
-            left(row++, formatText("MODULES %02X", m_s.module_bits), kAmber);
+        if (shown(kLoads)) {
+            const bool good = m_s.module_bits == 0xFF;
+            left(row++, good ? "MODULES OK" : formatText("MODULES %02X", m_s.module_bits),
+                 good ? m_colour : kAmber);
         }
         std::string flags;
         auto flag = [&](bool on, const char* name) {
@@ -344,10 +377,8 @@ private:
                 m_inset = m_c.width - v.x + m_margin;
             }
         }
-        const bool minutes = bit(kDegreesMinutes);
         if (shown(kTargetPosition) && m_s.target_valid) {
-            bottomRight(0, coordinate(m_s.target_latitude_deg, 'N', 'S', minutes) + "  " +
-                               coordinate(m_s.target_longitude_deg, 'E', 'W', minutes));
+            bottomRight(0, position(m_s.target_latitude_deg, m_s.target_longitude_deg));
         }
         if (shown(kLaser)) {
             bottomRight(m_s.target_valid ? 1 : 0,

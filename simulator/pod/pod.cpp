@@ -192,6 +192,7 @@ void Pod::State::step(double dt_s) {
     }
     visible.step(dt_s);
     infrared.step(dt_s);
+    upgrade.step(dt_s);
     stepTracker(dt_s);
     servo.step(dt_s, f);
     resumeHeldRate();
@@ -425,6 +426,26 @@ void Pod::step(double dt_s) {
 Snapshot Pod::snapshot() const {
     std::lock_guard<std::mutex> lock(m_state->mutex);
     return m_state->s;
+}
+
+std::vector<Upgrade::Answer> Pod::takeUpgradeAnswers() {
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    return m_state->upgrade.takeAnswers();
+}
+
+void Pod::addUpgradeFault(const UpgradeFault& fault) {
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    m_state->upgrade.addFault(fault);
+}
+
+std::vector<std::uint8_t> Pod::flashImage(int module) const {
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    return m_state->upgrade.flash(module);
+}
+
+std::string Pod::describeUpgrade() const {
+    std::lock_guard<std::mutex> lock(m_state->mutex);
+    return m_state->upgrade.describe();
 }
 
 }  // namespace podsim

@@ -9,8 +9,10 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "simulator/pod/snapshot.h"
+#include "simulator/pod/upgrade.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {
@@ -53,6 +55,13 @@ public:
     void step(double dt_s);
 
     Snapshot snapshot() const;
+
+    // What the pod says to an upgrade; each answer is given once, soon after apply() or step().
+    std::vector<Upgrade::Answer> takeUpgradeAnswers();
+    void addUpgradeFault(const UpgradeFault& fault);
+    // What the flash of a module holds, see Upgrade::flash().
+    std::vector<std::uint8_t> flashImage(int module) const;
+    std::string describeUpgrade() const;
 
 private:
     struct State;

@@ -9,6 +9,7 @@
 #include "simulator/pod/pod.h"
 #include "simulator/pod/servo.h"
 #include "simulator/pod/tracker.h"
+#include "simulator/pod/upgrade.h"
 #include "simulator/world/flight.h"
 
 namespace podsim {
@@ -168,6 +169,7 @@ struct Pod::State {
     Tracker tracker;
     Lens visible, infrared;
     ScanAxis scan_az, scan_el;
+    Upgrade upgrade;
     double clock_offset_ms = 0;  // of the pod's clock from start_utc_ms + time
     double notice_s = 0, nuc_s = 0, snapshot_s = 0, boot_s = 0;
     double laser_wait_s = 0, laser_flash_s = 0;

@@ -1,6 +1,7 @@
 // Commands to laser, storage and system, and the table of all commands.
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "simulator/pod/calendar.h"
 #include "simulator/pod/pod_state.h"
@@ -188,6 +189,7 @@ void Pod::State::configuration(const Parameters& p) {
         return;
     }
     infraredDefaults(p);
+    s.sbus = kFactorySbus;
     s.vl_brightness = s.vl_contrast = s.vl_gain = s.fog_level = 0;
     s.vl_auto_gain = true;
     s.osd_word = 0;
@@ -200,9 +202,10 @@ void Pod::State::configuration(const Parameters& p) {
 void Pod::State::requestInfo(const Parameters& p) { note("request-info", formatText("%d", p.byte(0))); }
 
 void Pod::State::maintenanceMode(const Parameters& p) {
-    constexpr int kReboot = 9;
+    constexpr int kReboot = 9, kUpgradeMode = 5;
     if (p.byte(0) != kReboot) {
         note("maintenance-mode", formatText("%d", p.byte(0)));
+        upgrade.enter(p.byte(0) - kUpgradeMode);
         return;
     }
     ++s.reboot_count;
@@ -211,6 +214,16 @@ void Pod::State::maintenanceMode(const Parameters& p) {
     servo.hold();
     s.recording = false;
     note("reboot", formatText("count=%d", s.reboot_count));
+    if (upgrade.restart()) {
+        for (int module = 0; module < Upgrade::kModules; ++module) {
+            const Upgrade::Firmware& firmware = upgrade.running(module);
+            s.firmware_version[static_cast<std::size_t>(module)] = {firmware.major, firmware.minor};
+        }
+        std::tie(s.load_version_major, s.load_version_minor) = s.firmware_version[0];
+        note("firmware-runs",
+             formatText("main=%d.%d servo=%d.%d", s.firmware_version[0].first, s.firmware_version[0].second,
+                        s.firmware_version[1].first, s.firmware_version[1].second));
+    }
 }
 
 void Pod::State::encoder(const Parameters& p) {
@@ -224,7 +237,17 @@ void Pod::State::encoder(const Parameters& p) {
 }
 
 void Pod::State::sbusChannels(const Parameters& p) {
-    note("sbus-channels", formatText("%d bytes", static_cast<int>(p.size)));
+    constexpr int kOfChannels = 2;
+    if (p.byte(0) != kOfChannels || p.size < 1 + s.sbus.size()) {
+        note("sbus-channels", formatText("%d bytes refused", static_cast<int>(p.size)));
+        return;
+    }
+    std::string detail;
+    for (std::size_t i = 0; i < s.sbus.size(); ++i) {
+        s.sbus[i] = static_cast<std::uint8_t>(p.byte(1 + i));
+        detail += formatText("%s%d%s", i == 0 ? "" : " ", s.sbus[i] & 15, (s.sbus[i] & 16) != 0 ? "r" : "");
+    }
+    note("sbus-channels", detail);
 }
 
 void Pod::State::passThrough(const Parameters& p) {
@@ -232,7 +255,12 @@ void Pod::State::passThrough(const Parameters& p) {
 }
 
 void Pod::State::firmware(const Parameters& p) {
-    note("firmware", formatText("module=%d step=%d", p.byte(0), p.byte(1)));
+    constexpr int kProgram = 3;
+    upgrade.take(p.data, p.size);
+    // One of thousands is no change of state.
+    if (p.byte(1) != kProgram) {
+        note("firmware", formatText("module=%d step=%d", p.byte(0), p.byte(1)));
+    }
 }
 
 }  // namespace podsim

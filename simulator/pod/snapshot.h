@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace podsim {
 
@@ -41,6 +42,8 @@ enum class DisplayMode : std::uint8_t {
     kLeftRight = 5,
     kVisibleTele = 6,
 };
+
+constexpr std::array<std::uint8_t, 10> kFactorySbus = {0, 2, 1, 3, 5, 4, 6, 9, 7, 8};
 
 struct Snapshot {
     // Time.
@@ -160,11 +163,16 @@ struct Snapshot {
     bool temperature_alarm_on = false;
     double temperature_alarm_c = 0;
 
+    // What each lever of the remote control is assigned to: channel in bits 0 to 3, bit 4 reversed.
+    std::array<std::uint8_t, 10> sbus = kFactorySbus;
+
     std::uint8_t command_feedback = 0;  // low byte of the latest command code
     std::array<std::uint8_t, 4> ip = {192, 168, 1, 160};
     int encoder_codec = -1;        // as commanded: 0 H.264, 1 H.265, -1 not commanded
     int encoder_bitrate_kbps = 0;  // as commanded, 0 not commanded
     int reboot_count = 0;
+    // Firmware that runs, major and minor: of the main control, of the servo.
+    std::array<std::pair<int, int>, 2> firmware_version = {{{1, 2}, {1, 0}}};
 
     // Size of the encoded main picture, in pixels.
     int frame_width = 1280, frame_height = 720;

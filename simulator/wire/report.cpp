@@ -83,13 +83,18 @@ wire::Report reportOf(const Snapshot& s) {
 }
 
 wire::Bytes answerTo(const wire::Bytes& asked, const Snapshot& snapshot) {
-    constexpr std::uint8_t kOfDisplay = 1, kItems = 3;
-    if (asked.empty() || asked[0] != kItems) {
+    constexpr std::uint8_t kOfDisplay = 1, kChannels = 2, kItems = 3;
+    wire::Bytes payload;
+    if (!asked.empty() && asked[0] == kItems) {
+        payload = {kOfDisplay, kItems};
+        for (int bits = 0; bits < 32; bits += 8) {
+            payload.push_back(static_cast<std::uint8_t>(snapshot.osd_word >> bits));
+        }
+    } else if (!asked.empty() && asked[0] == kChannels) {
+        payload = {kChannels};
+        payload.insert(payload.end(), snapshot.sbus.begin(), snapshot.sbus.end());
+    } else {
         return {};
-    }
-    wire::Bytes payload = {kOfDisplay, kItems};
-    for (int bits = 0; bits < 32; bits += 8) {
-        payload.push_back(static_cast<std::uint8_t>(snapshot.osd_word >> bits));
     }
     return wire::buildVariableFrame(wire::kAnswerCode, payload.data(), payload.size());
 }

@@ -9,8 +9,8 @@
 namespace podsim {
 
 wire::Report reportOf(const Snapshot& snapshot);
-// The frame that answers command 56 with these payload bytes: 3 asks what the display shows. Empty for
-// everything else, which stays without an answer.
+// The frame that answers command 56 with these payload bytes: 3 asks what the display shows, 2 for the
+// channels of the remote control. Empty for everything else, which stays without an answer.
 wire::Bytes answerTo(const wire::Bytes& asked, const Snapshot& snapshot);
 SeiFields seiFieldsOf(const Snapshot& snapshot);
 // What an inertial unit aboard the same aircraft measures. utc_us: microseconds since 1970.

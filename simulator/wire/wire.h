@@ -23,6 +23,7 @@ constexpr std::size_t kVariableMaxPayload = 253;  // the length byte also counts
 constexpr std::uint8_t kRateCode = 0x70;
 constexpr std::uint16_t kReportCode = 20;
 constexpr std::uint16_t kNavBlockCode = 1026;
+constexpr std::uint16_t kRelayCode = 19;
 constexpr std::uint16_t kAskCode = 56;
 constexpr std::uint16_t kAnswerCode = 18;
 
