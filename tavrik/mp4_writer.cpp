@@ -57,6 +57,7 @@ private:
     bool begin();
     bool write();
     CaptureTimes timesOf(const Picture& picture, bool begins_piece);
+    bool soundCanBegin();
     bool writeSound();
     bool placeSound(const std::vector<SoundFrame>& frames);
 
@@ -154,9 +155,9 @@ bool Mp4Writer::flush(bool last) {
     }
     if (!m_muxer.begun()) {
         const auto held = m_timed.back().unit->stamp.arrival - m_timed.front().unit->stamp.arrival;
-        const bool sound_comes =
-            m_format.sound_expected && m_track.parameters() == nullptr && !m_track.refused();
-        if (sound_comes && !last && held < kWaitForSound) {
+        const bool sound_comes = m_format.sound_expected || m_track.parameters() != nullptr;
+        const bool waits = sound_comes && !m_track.refused() && !soundCanBegin();
+        if (waits && !last && held < kWaitForSound) {
             return true;
         }
         if (!begin()) {
@@ -172,7 +173,27 @@ bool Mp4Writer::begin() {
         video.extradata = m_format.parameters->extradata;
         video.extradata_size = static_cast<std::size_t>(m_format.parameters->extradata_size);
     }
-    return m_muxer.begin(video, m_track.parameters());
+    const bool with_sound = soundCanBegin();
+    if (m_track.parameters() != nullptr && !with_sound) {
+        std::fprintf(stderr, "tavrik: capture %s: sound without times is left out\n", m_path.c_str());
+    }
+    return m_muxer.begin(video, with_sound ? m_track.parameters() : nullptr);
+}
+
+// The file's head tells of AC-3 what stands in a frame, and is not written without one.
+bool Mp4Writer::soundCanBegin() {
+    const AVCodecParameters* const track = m_track.parameters();
+    if (track == nullptr || (track->codec_id != AV_CODEC_ID_AC3 && track->codec_id != AV_CODEC_ID_EAC3)) {
+        return track != nullptr;
+    }
+    if (m_sound.empty() || !placeSound(m_sound)) {
+        return false;
+    }
+    std::int64_t last_at = m_soundAt;
+    for (std::size_t i = 0; i + 1 < m_sound.size(); ++i) {
+        last_at += m_sound[i].samples;
+    }
+    return last_at >= 0;
 }
 
 bool Mp4Writer::write() {

@@ -17,7 +17,7 @@ void Recorder::picture(const AccessUnitPtr& unit, AVCodecID codec, const SharedP
     if (m_stopped || codec == AV_CODEC_ID_NONE) {
         return;
     }
-    endWhenDue(Clock::now());
+    endWhenDue(m_now());
     followCodec(codec, unit->codec);
     m_format = format;
     m_sets.learn(unit->data(), unit->size());
@@ -69,8 +69,12 @@ bool Recorder::mayBegin(const AccessUnit& unit) {
     if (unit.file_can_begin) {
         return true;
     }
+    const auto waited = m_now() - m_nextSince;
+    if (waited <= kMaxWaitForKey || m_sets.bytes().empty()) {
+        return false;
+    }
     // While a file is open its pictures are in there: only a new one cannot wait for ever.
-    return !m_open && Clock::now() - m_nextSince > kMaxWaitForKey && !m_sets.bytes().empty();
+    return unit.decoding_can_begin || (!m_open && waited > 2 * kMaxWaitForKey);
 }
 
 // `first`, which is handed over behind it.
@@ -127,19 +131,19 @@ void Recorder::begin(const std::string& path, bool mp4) {
     if (m_stopped) {
         return;
     }
-    endWhenDue(Clock::now());
+    endWhenDue(m_now());
     if (m_open) {
         m_endAt.reset();
         m_next.reset();
         // To begin the same file anew would throw its pictures away.
         if (path != m_current.path) {
             m_next = CaptureTarget{path, mp4};
-            m_nextSince = Clock::now();
+            m_nextSince = m_now();
         }
         return;
     }
     m_next = CaptureTarget{path, mp4};
-    m_nextSince = Clock::now();
+    m_nextSince = m_now();
     if (m_ring.empty()) {
         return;
     }
@@ -158,7 +162,7 @@ void Recorder::end() {
         m_next.reset();
     }
     if (m_open && !m_endAt) {
-        m_endAt = Clock::now() + kStaysOpen;
+        m_endAt = m_now() + kStaysOpen;
         m_changed.notify_all();
     }
 }
@@ -185,7 +189,7 @@ bool Recorder::nextJob(Job& job) {
         }
         const auto due = *m_endAt;
         if (!m_changed.wait_until(lock, due, [&] { return ready() || !m_endAt; })) {
-            endWhenDue(Clock::now());
+            endWhenDue(m_now());
         }
     }
     if (m_jobs.empty()) {

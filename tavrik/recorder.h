@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "tavrik/callback_gate.h"
 #include "tavrik/capture_files.h"
@@ -24,10 +26,15 @@ public:
     // After end() a file stays open for so long: a begin() that comes by then cuts at the next key picture,
     // so that no picture is lost between two files and none is in both.
     static constexpr auto kStaysOpen = std::chrono::milliseconds(50);
-    // A stream without key pictures is recorded from any picture on after so long.
+    // After so long without a key picture a recovery point begins a file, and after twice as long any picture
+    // does where no file is open.
     static constexpr auto kMaxWaitForKey = std::chrono::seconds(8);
     // Pictures that wait for the disk; beyond that they are left out up to the next key picture.
     static constexpr std::size_t kMaxWaitingBytes = 96u << 20;
+    // Tells the present time; never goes back. Any thread.
+    using Now = std::function<Clock::time_point()>;
+
+    explicit Recorder(Now now = Clock::now) : m_now(std::move(now)) {}
 
     // Every picture of the stream, in the order of decoding. format: as the container tells it, or null.
     void picture(const AccessUnitPtr& unit, AVCodecID codec, const SharedParameters& format);
@@ -65,6 +72,7 @@ private:
 
     void broke(std::uint64_t serial);
 
+    const Now m_now;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<Job> m_jobs;

@@ -27,7 +27,11 @@ void StillTaker::shown(const AVFrame* frame) {
 
 void StillTaker::take(const std::string& path) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_stopped || m_stills.size() >= kMostWaiting) {
+    if (m_stopped) {
+        return;
+    }
+    if (m_stills.size() >= kMostWaiting) {
+        std::fprintf(stderr, "tavrik: still %s: too many wait, dropped\n", path.c_str());
         return;
     }
     m_stills.push_back({FramePtr(m_latest != nullptr ? av_frame_clone(m_latest.get()) : nullptr), path});

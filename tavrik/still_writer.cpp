@@ -104,7 +104,12 @@ std::string writeStill(const AVFrame& picture, const std::string& path) {
         return why;
     }
     std::filesystem::rename(std::filesystem::u8path(part), place, error);
-    return error ? error.message() : std::string();
+    if (!error) {
+        return {};
+    }
+    const std::string why = error.message();
+    std::filesystem::remove(std::filesystem::u8path(part), error);
+    return why;
 }
 
 }  // namespace tavrik
