@@ -214,8 +214,10 @@ void CommandPages::endUnlessHeld(std::uint16_t code) {
     }
 }
 
+bool CommandPages::modeIsNew() const { return m_sender.movements().singleMode() != m_sender.singleMode(); }
+
 void CommandPages::modeChanged() {
-    if (m_sender.movements().singleMode() != m_sender.singleMode()) {
+    if (modeIsNew()) {
         endAll();
     }
 }

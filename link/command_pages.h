@@ -72,6 +72,8 @@ public:
     void endUnlessHeld(std::uint16_t code);
     // Ends whatever stands and sees its stop out; before the link closes or the window goes.
     void endAll();
+    // The protocol mode is not that of the last command any more.
+    bool modeIsNew() const;
     // The protocol mode may have been switched: what stands ends in the mode in which it began.
     void modeChanged();
     // The same when no widget can be asked any more.

@@ -63,6 +63,7 @@ sorvane::SenderConditions CommandSender::conditions() {
 // A timer that runs already is killed first: an unknown second one would go on for ever.
 void CommandSender::applySendMode() {
     silence();
+    m_silent = false;
     if (!singleMode()) {
         m_fields.period_timer = m_timers.startTimer(m_questions.period_ms(), Qt::CoarseTimer);
     } else if (m_questions.telemetry_stream()) {
@@ -75,6 +76,7 @@ void CommandSender::silence() {
     m_fields.period_timer = -1;
     m_fields.nav_timer = -1;
     m_idsStale = false;
+    m_silent = true;
 }
 
 void CommandSender::linkClosed() {

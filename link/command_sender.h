@@ -61,8 +61,9 @@ public:
     // old.
     int rateWaitMs() const;
 
-    // Frames leave without the operator's doing: in periodic mode, and with the stream of positions.
-    bool sendsByItself() const { return !singleMode() || m_questions.telemetry_stream(); }
+    // Frames leave without the operator's doing: in periodic mode, and with the stream of positions, unless
+    // silenced.
+    bool sendsByItself() const { return !m_silent && (!singleMode() || m_questions.telemetry_stream()); }
     // Told of every frame that was handed to the system for the link: taken or not. May be empty.
     std::function<void(bool taken)> pushed;
 
@@ -83,4 +84,5 @@ private:
     QTimer m_periodPutOff;  // runs while a tick waits for the line
     QTimer m_navPutOff;
     bool m_idsStale = false;
+    bool m_silent = false;  // until applySendMode()
 };

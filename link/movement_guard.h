@@ -32,6 +32,7 @@ public:
     void holdBegins(const void* who, std::uint16_t code);
     // The hold was let go; a `who` that holds nothing ends the last command sent.
     void holdEnded(const void* who);
+    bool holds(const void* who) const { return m_holder == who; }
     // The wheel's zoom was sent and its timer runs; the last of its timers has expired.
     void zoomBegins(std::uint16_t code);
     void zoomEnded();

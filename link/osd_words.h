@@ -60,4 +60,14 @@ std::uint32_t osdWord(Checked checked, bool save) {
     return word;
 }
 
+// The other way: set(name, on) for each of them. What the word says of storing and in unused bits is
+// nobody's.
+template <typename Set>
+void showOsdWord(std::uint32_t word, Set set) {
+    for (const OsdBit& item : kOsdBits) {
+        const bool bit = ((word >> static_cast<unsigned>(item.bit)) & 1U) != 0;
+        set(item.widget, bit == item.set_when_on);
+    }
+}
+
 }  // namespace sorvane
