@@ -2,7 +2,9 @@
 
 #include <QComboBox>
 #include <QRadioButton>
+#include <QSignalBlocker>
 #include <array>
+#include <vector>
 
 #include "base/bytes.h"
 #include "forms/settings_form.h"
@@ -61,27 +63,34 @@ void OsdPage::onReply(std::uint16_t /*code*/, const unsigned char* data, int siz
         showItems(sorvane::loadU32(data + kHead));
         m_form.osd_unread->hide();
     } else if (data[1] == kStyle) {
-        const unsigned style = sorvane::loadU16(data + kHead);
-        m_form.osd_colour->setCurrentIndex(static_cast<int>(style & 0x7U));
-        m_form.osd_language->setCurrentIndex(static_cast<int>((style >> 3U) & 0x1U));
+        showStyle(sorvane::loadU16(data + kHead));
     }
 }
 
-// Bit 8 asks for storing and tells nothing.
+// Without a signal: what the pod tells is no choice of the operator's, and no command may follow.
 void OsdPage::showItems(std::uint32_t word) {
+    std::vector<QSignalBlocker> quiet;
+    for (QRadioButton* choice : m_form.osd_page->findChildren<QRadioButton*>()) {
+        quiet.emplace_back(choice);
+    }
     // The other of each pair of radio buttons goes on where the bit is clear.
     m_form.osd_geographic->setChecked(true);
     m_form.osd_decimal_degrees->setChecked(true);
-    for (const sorvane::OsdBit& item : sorvane::kOsdBits) {
-        const bool set = ((word >> static_cast<unsigned>(item.bit)) & 1U) != 0;
-        const bool on = set == item.set_when_on;
-        const QString name = QString::fromLatin1(item.widget);
+    sorvane::showOsdWord(word, [this](const char* widget, bool on) {
+        const QString name = QString::fromLatin1(widget);
         if (auto* control = m_form.osd_page->findChild<SwitchControl*>(name)) {
             control->setToggle(on);
         } else if (auto* choice = m_form.osd_page->findChild<QRadioButton*>(name); choice != nullptr && on) {
             choice->setChecked(true);
         }
-    }
+    });
+}
+
+void OsdPage::showStyle(unsigned style) {
+    const QSignalBlocker colour(m_form.osd_colour);
+    const QSignalBlocker language(m_form.osd_language);
+    m_form.osd_colour->setCurrentIndex(static_cast<int>(style & 0x7U));
+    m_form.osd_language->setCurrentIndex(static_cast<int>((style >> 3U) & 0x1U));
 }
 
 void OsdPage::setLanguage(int language) { m_form.osd_language->setCurrentIndex(language); }

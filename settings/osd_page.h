@@ -31,6 +31,7 @@ public:
 
 private:
     void showItems(std::uint32_t word);
+    void showStyle(unsigned style);
 
     const SettingsForm& m_form;
 };

@@ -3,16 +3,27 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QListWidget>
+#include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include "app/config/my_app_config.h"
 #include "forms/settings_form.h"
 #include "settings/common_page.h"
+#include "settings/device_page.h"
 #include "settings/encoder_page.h"
+#include "settings/encoder_web.h"
 #include "settings/file_page.h"
 #include "settings/osd_page.h"
+#include "settings/relay_page.h"
+#include "settings/remote_page.h"
+#include "settings/reply_codes.h"
+#include "settings/requests.h"
+#include "settings/stick_page.h"
+#include "settings/upgrade_page.h"
 #include "widgets/touch_lists.h"
 
 namespace {
@@ -34,13 +45,24 @@ constexpr std::array<const char*, 10> kRows = {
     QT_TRANSLATE_NOOP("PlayerSettingsDlg", "版本信息"),
 };
 
-// Which page takes which code; a row comes with the page that understands the reply (device, remote control,
-// relay, upgrade).
-constexpr std::uint16_t kPodState = 18;
-// Asks for it; the payload says what for.
-constexpr std::uint16_t kAskState = 56;
-constexpr char kDisplayItems = 3;
-constexpr std::array<ReplyRow, 1> kReplies = {{{kPodState, PageId::kOsd}}};
+// The first byte of a state that tells of the remote control's channels.
+constexpr int kOfChannels = 2;
+// Which page takes which reply; a row comes with the page that understands it.
+constexpr std::array<ReplyRow, 6> kReplies = {{
+    {kDeviceReply, PageId::kDevice},
+    {kVersionReply, PageId::kDevice},
+    {kStateReply, PageId::kRemote, kOfChannels},
+    {kStateReply, PageId::kOsd},
+    {kRelayFrame, PageId::kRelay},
+    {sorvane::kUpgradeAnswer, PageId::kUpgrade},
+}};
+
+// Pages that do something when their row is selected.
+struct SelectedRow {
+    int row;
+    PageId page;
+};
+constexpr SelectedRow kSelected[] = {{1, PageId::kEncoderWeb}, {2, PageId::kRemote}};
 
 }  // namespace
 
@@ -90,12 +112,31 @@ void PlayerSettingsDlg::addRows() {
 void PlayerSettingsDlg::addPages(const sorvane::DecoderMask& decoders) {
     auto common = std::make_unique<CommonPage>(*m_form, *m_config, decoders);
     auto osd = std::make_unique<OsdPage>(*m_form);
+    auto remote = std::make_unique<RemotePage>(*m_form);
+    auto stick = std::make_unique<StickPage>(*m_form, *m_config);
     m_common = common.get();
     m_osd = osd.get();
+    m_remote = remote.get();
+    m_stick = stick.get();
     place(PageId::kCommon, std::move(common));
     place(PageId::kFile, std::make_unique<FilePage>(*m_form, *m_config));
     place(PageId::kOsd, std::move(osd));
-    place(PageId::kEncoder, std::make_unique<EncoderPage>(*m_form));
+    auto encoder = std::make_unique<EncoderPage>(*m_form);
+    connect(encoder.get(), &EncoderPage::timedCommandRequested, this,
+            &PlayerSettingsDlg::timedCommandRequested);
+    connect(encoder.get(), &EncoderPage::frameRequested, this, &PlayerSettingsDlg::frameRequested);
+    place(PageId::kEncoder, std::move(encoder));
+    place(PageId::kEncoderWeb, std::make_unique<EncoderWeb>(*m_form->encoder_web, m_config->encoder_page));
+    place(PageId::kDevice, std::make_unique<DevicePage>(*m_form));
+    auto relay = std::make_unique<RelayPage>(*m_form);
+    connect(relay.get(), &RelayPage::frameRequested, this, &PlayerSettingsDlg::frameRequested);
+    place(PageId::kRelay, std::move(relay));
+    auto upgrade = std::make_unique<UpgradePage>(*m_form);
+    connect(upgrade.get(), &UpgradePage::frameRequested, this, &PlayerSettingsDlg::frameRequested);
+    connect(upgrade.get(), &UpgradePage::silenceRequested, this, &PlayerSettingsDlg::silenceRequested);
+    place(PageId::kUpgrade, std::move(upgrade));
+    place(PageId::kRemote, std::move(remote));
+    place(PageId::kStick, std::move(stick));
     for (const auto& page : m_pages) {
         page->load();
     }
@@ -106,14 +147,41 @@ void PlayerSettingsDlg::place(PageId id, std::unique_ptr<SettingsPage> page) {
 }
 
 void PlayerSettingsDlg::connectWidgets() {
-    connect(m_form->page_list, &QListWidget::currentRowChanged, m_form->pages,
-            &QStackedWidget::setCurrentIndex);
-    connect(m_form->osd_read, &QPushButton::clicked, this,
-            [this] { emit frameRequested(kAskState, QByteArray(1, kDisplayItems)); });
+    connect(m_form->page_list, &QListWidget::currentRowChanged, this, &PlayerSettingsDlg::onRow);
+    connectRequests();
+    connect(m_remote, &RemotePage::frameRequested, this, &PlayerSettingsDlg::frameRequested);
     connect(m_common, &CommonPage::languageChosen, this, &PlayerSettingsDlg::applyLanguage);
     connect(m_common, &CommonPage::themeChosen, this, &PlayerSettingsDlg::themeChosen);
     connect(m_common, &CommonPage::sendModeChanged, this, &PlayerSettingsDlg::sendModeChanged);
     connect(m_common, &CommonPage::servoFrameChosen, this, &PlayerSettingsDlg::servoFrameChosen);
+}
+
+void PlayerSettingsDlg::connectRequests() {
+    for (const RequestRow& request : requests()) {
+        connect((*m_form).*request.button, &QPushButton::clicked, this, [this, &request] {
+            if (request.way == RequestRow::Way::kAlone) {
+                emit frameRequested(
+                    request.code,
+                    QByteArray(reinterpret_cast<const char*>(request.data.data()), request.size));
+                return;
+            }
+            sorvane::Command command;
+            command.kind = sorvane::Command::Kind::kPayload;
+            command.code = static_cast<std::uint8_t>(request.code);
+            std::copy(request.data.begin(), request.data.end(), command.bytes.begin());
+            command.size = request.size;
+            emit timedCommandRequested(command);
+        });
+    }
+}
+
+void PlayerSettingsDlg::onRow(int row) {
+    m_form->pages->setCurrentIndex(row);
+    for (const SelectedRow& selected : kSelected) {
+        if (selected.row == row) {
+            m_pages[static_cast<std::size_t>(selected.page)]->selected();
+        }
+    }
 }
 
 void PlayerSettingsDlg::init() {
@@ -147,6 +215,22 @@ bool PlayerSettingsDlg::sendsTelemetryPeriodically() const { return m_common->se
 int PlayerSettingsDlg::languageIndex() const { return m_common->languageIndex(); }
 
 const QWidget* PlayerSettingsDlg::osdPage() const { return m_form->osd_page; }
+
+sorvane::StickSettings PlayerSettingsDlg::stickSettings() const { return m_stick->settings(); }
+
+void PlayerSettingsDlg::on_js_connect_change(bool is_connect, int button_count, int product_id, int caps) {
+    m_stick->connectChange(is_connect, button_count, product_id, caps);
+}
+
+const sorvane::ButtonFunction& PlayerSettingsDlg::pressFeedback(int button) {
+    return m_stick->pressFeedback(button);
+}
+
+int PlayerSettingsDlg::axisFeedback(int index, float offset) { return m_stick->axisFeedback(index, offset); }
+
+void PlayerSettingsDlg::setLinkQuestion(std::function<bool()> link_open) {
+    m_remote->link_open = std::move(link_open);
+}
 
 void PlayerSettingsDlg::linkOpened() { m_osd->linkOpened(); }
 

@@ -3,8 +3,10 @@
 
 #include <QTranslator>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
+#include "input/stick_mapping.h"
 #include "link/command_catalogue.h"
 #include "settings/decoder_mask.h"
 #include "settings/reply_router.h"
@@ -13,6 +15,8 @@
 class CommonPage;
 class MyAppConfig;
 class OsdPage;
+class RemotePage;
+class StickPage;
 struct SettingsForm;
 namespace Ui {
 class dialogSettings;
@@ -44,6 +48,14 @@ public:
     // Decoder for the stream library: 1 software, 2 CUDA, 4 Quick Sync. Software while they are not known.
     std::uint8_t decoderValue() const;
 
+    // The game controller; see settings/stick_page.h.
+    sorvane::StickSettings stickSettings() const;
+    void on_js_connect_change(bool is_connect, int button_count, int product_id, int caps);
+    const sorvane::ButtonFunction& pressFeedback(int button);
+    int axisFeedback(int index, float offset);
+
+    // Asked by what needs the control link; until it is set, there is none.
+    void setLinkQuestion(std::function<bool()> link_open);
     // What was read from a pod before holds no longer.
     void linkOpened();
     // A reply frame of the pod: 16-bit code and `size` bytes of data (0 or more), valid during the call.
@@ -63,10 +75,14 @@ signals:
     // 0 three axes, 1 two axes.
     void servoFrameChosen(int platform_type);
     void commandRequested(const sorvane::Command& command);
+    // The same, and the command ends by itself after a moment.
+    void timedCommandRequested(const sorvane::Command& command);
     // A variable frame of its own, in either protocol mode.
     void frameRequested(std::uint16_t code, const QByteArray& payload);
     // The command with that code ends; 0 is every command of the fixed frame.
     void stopRequested(int code);
+    // Until the next change of the send mode or opening of the link nothing may leave by itself.
+    void silenceRequested();
 
 protected:
     void closeEvent(QCloseEvent* e) override;
@@ -78,6 +94,8 @@ private:
     void addPages(const sorvane::DecoderMask& decoders);
     void place(PageId id, std::unique_ptr<SettingsPage> page);
     void connectWidgets();
+    void connectRequests();
+    void onRow(int row);
     void storePages();
 
     std::unique_ptr<const SettingsForm> m_form;
@@ -85,6 +103,8 @@ private:
     ReplyRouter m_router;
     CommonPage* m_common = nullptr;
     OsdPage* m_osd = nullptr;
+    RemotePage* m_remote = nullptr;
+    StickPage* m_stick = nullptr;
     QTranslator m_toolkitTexts;
     QTranslator m_translator;
     bool m_translatorLoaded = false;

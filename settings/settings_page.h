@@ -14,6 +14,8 @@ public:
     virtual void store() {}
     // Sets the texts that are not in the form, after each change of language.
     virtual void retranslate() {}
+    // The page's row of the list was selected, by the operator or by the program.
+    virtual void selected() {}
     // A reply of the pod with a code of this page: `size` bytes (0 or more), valid during the call.
     virtual void onReply(std::uint16_t /*code*/, const unsigned char* /*data*/, int /*size*/) {}
 };
