@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QTimer>
 
+#include "analysis/qmyplotdlg.h"
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "settings/player_settings_dlg.h"
@@ -75,6 +76,8 @@ Korvath::~Korvath() {
     qApp->removeEventFilter(this);
     delete replay_timer;
     replay_timer = nullptr;
+    m_saving = false;
+    m_parts->telemetry_log.reset();
     delete m_statusVideo;
     delete m_statusLink;
     delete m_statPane;
@@ -132,6 +135,7 @@ void Korvath::initFirstStage() {
     buildConfiguredParts();
     buildRecording();
     buildPulse();
+    buildStick();
     connectConnectionDialog();
     m_parts->fields->fillCombos(config());
 }
@@ -217,6 +221,9 @@ void Korvath::retranslate() {
     ui_connection->retranslateUi(m_connectionDlg);
     showConnectionButtons();
     ui_telemetry_info->retranslateUi(m_telemetryDlg);
+    if (m_plotDlg != nullptr) {
+        m_plotDlg->retranslate();
+    }
     // The status pane has another width.
     placePanes();
 }
@@ -257,6 +264,7 @@ void Korvath::refreshStatus() {
 }
 
 void Korvath::abandon() {
+    m_parts->stick->close();
     m_parts->commands->abandon();
     m_parts->link->closeAll();
     config().save();
@@ -264,6 +272,7 @@ void Korvath::abandon() {
 
 void Korvath::closeEvent(QCloseEvent* e) {
     QMainWindow::closeEvent(e);
+    m_parts->stick->close();
     m_parts->commands->endAll();
     silenceLink();
     m_parts->link->closeAll();

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 
+#include "analysis/plot_owner.h"
 #include "app/events/event_table.h"
 #include "link/frames.h"
 #include "link/link_state.h"
@@ -45,7 +46,7 @@ class telemetry_info;
 // One object a process, created by main; lives on the GUI thread, and every member is used on that thread
 // alone unless its declaration says otherwise. What an operation does is told by the part that it forwards
 // to.
-class Korvath : public QMainWindow, public PictureOwner {
+class Korvath : public QMainWindow, public PictureOwner, public PlotOwner {
     Q_OBJECT
 
 public:
@@ -86,8 +87,14 @@ public:
     void zoomInBySource();
     void zoomOutBySource();
     void osdNext();
-    int linkState() const { return m_linkState; }
+    int linkState() const override { return m_linkState; }
     void startStopTimer();
+
+    // What happens on the game controller; see input/stick_panel.h.
+    void on_js_btn_down_ex(int button, bool plain);
+    void on_js_btn_up_ex(int button);
+    void on_js_direction(int index, float offset, bool yaw_reverse, bool pitch_reverse, float speed);
+    void on_js_direction_reset(int index);
 
     // For the video widgets; see video/picture_owner.h.
     bool noSignalTest(int window_id) const override;
@@ -118,6 +125,11 @@ public:
     void refreshStatus();
     // View mode 0 to 3: window 1, window 2, side by side, one above the other.
     void applyViewMode(int mode);
+    // Telemetry saving; see telemetry/telemetry_log.h.
+    void toggleTelemetrySaving() override;
+    bool savingTelemetry() const override { return m_saving; }
+    int SaveTelemParams();
+    int SaveTelemIndividuals();
     // Begins a recording of a stream; format 1 MP4, 0 raw. 0, or -1 when its directory cannot be made.
     int RecAvi(int handle, int format);
 
@@ -143,6 +155,7 @@ public slots:
     void OnStartReplay();
     void OnStopReplay();
     void OnReplayRefreshTimeout();
+    void OnActionChartAnaTriggered();
     void on_action_telemetry_info();
     void on_action_connection();
     void OnContSnapEnd(const QString& path);
@@ -199,6 +212,7 @@ private:
     void buildConfiguredParts();
     void buildRecording();
     void buildPulse();
+    void buildStick();
     void connectWindow();
     void connectConnectionDialog();
     void connectCommands();
@@ -226,6 +240,7 @@ private:
     bool onTick();
     bool onPeriodTick();
     bool onNavTick();
+    bool onTelemFileTimer();
     bool onStopTimer();
     bool onBlinkTimer();
     bool onPaneTimer();

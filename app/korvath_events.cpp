@@ -189,6 +189,7 @@ void Korvath::timerEvent(QTimerEvent* e) {
         {&Korvath::m_tickTimer, &Korvath::onTick},
         {&Korvath::m_periodTimer, &Korvath::onPeriodTick},
         {&Korvath::m_navTimer, &Korvath::onNavTick},
+        {&Korvath::m_telemFileTimer, &Korvath::onTelemFileTimer},
         {&Korvath::m_stopTimer, &Korvath::onStopTimer},
         {&Korvath::m_blinkTimer, &Korvath::onBlinkTimer},
         {&Korvath::m_paneTimer, &Korvath::onPaneTimer},
@@ -223,11 +224,16 @@ bool Korvath::onTick() {
         m_parts->link->showSendTrouble();
         m_parts->pulse->look();
         m_parts->status_pages->showAge();
+        m_parts->stick->tick();
     }
     return true;
 }
 bool Korvath::onPeriodTick() { return m_parts->sender->onPeriodTick(); }
 bool Korvath::onNavTick() { return m_parts->sender->onNavTick(); }
+bool Korvath::onTelemFileTimer() {
+    m_parts->telemetry_log->onRotationTimer();
+    return true;
+}
 bool Korvath::onStopTimer() {
     m_parts->commands->onStopTimer();
     return true;

@@ -9,6 +9,7 @@
 #include "forms/main_form.h"
 #include "forms/sei_form.h"
 #include "forms/telemetry_form.h"
+#include "input/stick_panel.h"
 #include "link/command_fields.h"
 #include "link/command_pages.h"
 #include "link/command_sender.h"
@@ -17,6 +18,7 @@
 #include "telemetry/intake.h"
 #include "telemetry/sei_panel.h"
 #include "telemetry/status_pages.h"
+#include "telemetry/telemetry_log.h"
 #include "video/block_stream.h"
 #include "video/channel_sound.h"
 #include "video/completion_notices.h"
@@ -53,6 +55,8 @@ struct Korvath::Parts {
     std::unique_ptr<SeiForm> sei_form;
     std::unique_ptr<SeiPanel> sei;
     std::unique_ptr<LinkPanel> link;
+    std::unique_ptr<TelemetryLog> telemetry_log;
+    std::unique_ptr<StickPanel> stick;
     std::unique_ptr<StreamPanel> streams;
     std::unique_ptr<VideoChannel> channel1;
     std::unique_ptr<VideoChannel> channel2;

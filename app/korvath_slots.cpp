@@ -1,4 +1,5 @@
 // The fixed operations and slots: each goes to the part that does it.
+#include "analysis/qmyplotdlg.h"
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "link/control_names.h"
@@ -50,6 +51,13 @@ void Korvath::zoomInBySource() { m_parts->commands->zoomBySource(true); }
 void Korvath::zoomOutBySource() { m_parts->commands->zoomBySource(false); }
 void Korvath::osdNext() { m_parts->commands->osdNext(); }
 void Korvath::startStopTimer() { m_parts->commands->startStopTimer(); }
+
+void Korvath::on_js_btn_down_ex(int button, bool plain) { m_parts->stick->buttonDown(button, plain); }
+void Korvath::on_js_btn_up_ex(int button) { m_parts->stick->buttonUp(button); }
+void Korvath::on_js_direction(int index, float offset, bool yaw_reverse, bool pitch_reverse, float speed) {
+    m_parts->stick->direction(index, offset, yaw_reverse, pitch_reverse, speed);
+}
+void Korvath::on_js_direction_reset(int index) { m_parts->stick->directionReset(index); }
 
 bool Korvath::noSignalTest(int window_id) const {
     return (window_id == 1 && !no_signal1) || (window_id == 2 && !no_signal2);
@@ -153,6 +161,22 @@ void Korvath::OnButtonPageNextClicked() {
 void Korvath::OnButtonPagePrevClicked() {
     slot(__func__).form.status_pages->setCurrentIndex(m_parts->form.status_pages->currentIndex() - 1);
 }
+
+// Kept for the program's life once it has been opened.
+void Korvath::OnActionChartAnaTriggered() {
+    slot(__func__);
+    if (m_plotDlg == nullptr) {
+        m_plotDlg = new QMyPlotDlg(*this, this);
+    }
+    if (!m_plotDlg->isVisible()) {
+        m_plotDlg->show();
+    }
+    m_plotDlg->raise();
+    m_plotDlg->retranslate();
+}
+void Korvath::toggleTelemetrySaving() { m_parts->telemetry_log->toggle(); }
+int Korvath::SaveTelemParams() { return m_parts->telemetry_log->saveRaw(m_telemetry); }
+int Korvath::SaveTelemIndividuals() { return m_parts->telemetry_log->saveTable(m_telemetry); }
 
 void Korvath::on_action_telemetry_info() {
     slot(__func__);

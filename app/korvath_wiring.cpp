@@ -1,6 +1,7 @@
 // Which part gets what, and which signal reaches which slot.
 #include <QAction>
 
+#include "analysis/qmyplotdlg.h"
 #include "app/config/my_app_config.h"
 #include "app/korvath_parts.h"
 #include "pulse/connection_groups.h"
@@ -8,6 +9,7 @@
 #include "telemetry/link_callbacks.h"
 #include "video/replay_panel.h"
 #include "widgets/common_dlg.h"
+#include "widgets/my_message_box.h"
 
 // Parts that live from the constructor on; the settings do not exist yet.
 void Korvath::buildParts() {
@@ -30,6 +32,15 @@ void Korvath::buildParts() {
     connect(p.intake.get(), &Intake::recordTaken, this, [this] { m_parts->status_pages->onRecord(); });
     connect(p.intake.get(), &Intake::recordTaken, this,
             [this] { m_parts->fields->showReportedMode(m_telemetry.display_mode); });
+    // The files before the plot.
+    connect(p.intake.get(), &Intake::recordTaken, this, [this] {
+        if (m_saving) {
+            m_parts->telemetry_log->take(m_telemetry);
+        }
+        if (m_plotDlg != nullptr && m_plotDlg->is_running()) {
+            m_plotDlg->add_record(m_telemetry);
+        }
+    });
     connect(p.intake.get(), &Intake::navBlockTaken, this,
             [this] { m_parts->status_pages->refreshAircraft(); });
     p.marks = std::make_unique<DragMarks>(DragMarkFields{m_dragOverlay, m_dragRing, m_dragDot});
@@ -58,10 +69,16 @@ void Korvath::buildConfiguredParts() {
                                                          applySendMode();
                                                      },
                                                      [this] {
+                                                         m_parts->stick->release();
                                                          m_parts->commands->endAll();
                                                          m_parts->sender->linkClosed();
                                                      },
                                                      [this] { refreshStatus(); }});
+    p.telemetry_log = std::make_unique<TelemetryLog>(
+        *this, TelemetryLogFields{m_telemFileTimer, m_saving}, config(),
+        TelemetryLogActions{[&p] { return p.sender->local_clock(); },
+                            [this] { return m_linkState != kLinkNone; },
+                            [this] { MyMessageBox::warning(this, tr("控制连接未打开"), tr("警告")); }});
     p.streams = std::make_unique<StreamPanel>(*p.connection_form, config(),
                                               [this] { return m_settings->decoderValue(); });
     const ChannelActions actions = {[this] { m_parts->streams->showOpen(playing1, playing2); },
@@ -133,6 +150,42 @@ void Korvath::buildPulse() {
     }
 }
 
+void Korvath::buildStick() {
+    CommandPages& commands = *m_parts->commands;
+    sorvane::FrameSender& frames = m_parts->sender->frames();
+    sorvane::MovementGuard& movements = m_parts->sender->movements();
+    StickActions a;
+    a.settings = [this] { return m_settings->stickSettings(); };
+    a.press_feedback = [this](int button) { return m_settings->pressFeedback(button); };
+    a.axis_feedback = [this](int axis, float offset) { return m_settings->axisFeedback(axis, offset); };
+    a.connect_change = [this](bool is_connect, int button_count, int product_id, int caps) {
+        m_settings->on_js_connect_change(is_connect, button_count, product_id, caps);
+    };
+    a.tracking = [this] { return m_tracking; };
+    a.last_code = [this] { return m_lastCode; };
+    a.zoom_code = [this](bool in) { return sorvane::zoomBySourceCommand(in, m_telemetry.display_mode).code; };
+    a.zoom = [&commands](bool in) { commands.zoomBySource(in); };
+    a.command = [this](std::uint8_t code) { sendCommand4(code, 0, 0, 0, 0); };
+    a.rate = [this](std::int16_t x, std::int16_t y) { sendCommandRate(0, sorvane::CMD_SERVO_RATE, x, y); };
+    a.toggle_tracking = [this] { toggleTracking(); };
+    a.stop_tracking = [this] { stopTracking(); };
+    a.osd_next = [this] { osdNext(); };
+    a.start_stop_timer = [this] { startStopTimer(); };
+    a.stop = [this](std::uint16_t code) { stopCommand(code); };
+    a.end = [&frames, &movements](std::uint16_t code) { frames.letGo(code, movements.singleMode()); };
+    a.hold_begins = [&movements](const void* who, std::uint16_t code) { movements.holdBegins(who, code); };
+    a.hold_ended = [&movements](const void* who) { movements.holdEnded(who); };
+    a.holds = [&movements](const void* who) { return movements.holds(who); };
+    const StickHandlers handlers = {
+        [this](int button, bool plain) { on_js_btn_down_ex(button, plain); },
+        [this](int button) { on_js_btn_up_ex(button); },
+        [this](int axis, float offset, bool yaw_reverse, bool pitch_reverse, float speed) {
+            on_js_direction(axis, offset, yaw_reverse, pitch_reverse, speed);
+        },
+        [this](int axis) { on_js_direction_reset(axis); }};
+    m_parts->stick = std::make_unique<StickPanel>(std::move(a), handlers);
+}
+
 void Korvath::connectWindow() {
     const auto onAction = [this](QAction* action, void (Korvath::*slot)()) {
         connect(action, &QAction::triggered, this, slot);
@@ -148,6 +201,7 @@ void Korvath::connectWindow() {
     onAction(ui->action_videoWin2, &Korvath::OnClickedVideoWin2);
     onAction(ui->action_videoWinLR, &Korvath::OnClickedVideoWinLR);
     onAction(ui->action_videoWinTB, &Korvath::OnClickedVideoWinTB);
+    onAction(ui->action_chartAna, &Korvath::OnActionChartAnaTriggered);
     onAction(ui->action_telemetry_info, &Korvath::on_action_telemetry_info);
     connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
     connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);
@@ -194,20 +248,35 @@ void Korvath::connectCommands() {
 }
 
 void Korvath::connectSettings() {
+    m_settings->setLinkQuestion([this] { return m_linkState != kLinkNone; });
     connect(m_settings, &PlayerSettingsDlg::themeChosen, this, &Korvath::applyTheme);
     connect(m_settings, &PlayerSettingsDlg::languageChanged, this, &Korvath::retranslate);
     connect(m_settings, &PlayerSettingsDlg::sendModeChanged, this, [this] {
+        if (m_parts->stick != nullptr && m_parts->commands->modeIsNew()) {
+            m_parts->stick->release();
+        }
         m_parts->commands->modeChanged();
         applySendMode();
     });
     connect(m_settings, &PlayerSettingsDlg::servoFrameChosen, this, &Korvath::setServoFrame);
     connect(m_settings, &PlayerSettingsDlg::commandRequested, this,
             [this](const sorvane::Command& command) { sorvane::send(m_parts->sender->frames(), command); });
+    connect(m_settings, &PlayerSettingsDlg::timedCommandRequested, this,
+            [this](const sorvane::Command& command) {
+                sorvane::send(m_parts->sender->frames(), command);
+                startStopTimer();
+            });
     connect(m_settings, &PlayerSettingsDlg::frameRequested, this,
             [this](std::uint16_t code, const QByteArray& payload) {
                 sendVariableFrame(code, payload.constData(), payload.size());
             });
     connect(m_settings, &PlayerSettingsDlg::stopRequested, this,
             [this](int code) { m_parts->commands->endUnlessHeld(static_cast<std::uint16_t>(code)); });
+    // What moves would not get its stop any more.
+    connect(m_settings, &PlayerSettingsDlg::silenceRequested, this, [this] {
+        m_parts->stick->release();
+        m_parts->commands->endAll();
+        silenceLink();
+    });
     connect(m_parts->intake.get(), &Intake::replyTaken, m_settings, &PlayerSettingsDlg::on_recv_single_frame);
 }

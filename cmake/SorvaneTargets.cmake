@@ -40,11 +40,19 @@ macro(sorvane_find_qt)
   set(CMAKE_AUTOUIC OFF)
   set(CMAKE_AUTORCC OFF)
   find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Network SerialPort Multimedia Svg LinguistTools Test)
+  # The browser runs neither under sanitizers nor under Wine; without it the encoder's page says so.
+  if(NOT WIN32 AND NOT SORVANE_SANITIZE)
+    find_package(Qt5WebEngineWidgets 5.15 QUIET)
+    if(NOT Qt5WebEngineWidgets_FOUND)
+      message(WARNING "Qt WebEngine is missing: the station is built without the encoder's web page")
+    endif()
+  endif()
 endmacro()
 
 # Declares one of our libraries; scripts/check_includes reads the same call and holds every include to it, so names
 # and files stand in it literally.
 #   sorvane_target(NAME
+#     MODULE                  a module in the run-time tree's modules/, loaded while the program runs
 #     SOURCES a.cpp ...       a header of the same name beside a source belongs to the target too
 #     HEADERS b.h ...         headers without such a source
 #     LINUX c.cpp ...         sources of one system
@@ -54,7 +62,7 @@ endmacro()
 # Without sources it is a target of headers. Headers are reached as "folder/name.h" and only by those who link their
 # target: each target has an include folder of its own, with links to its headers and nothing else.
 function(sorvane_target name)
-  cmake_parse_arguments(A "" "" "SOURCES;HEADERS;LINUX;WINDOWS;LIBS;PRIVATE_LIBS" ${ARGN})
+  cmake_parse_arguments(A "MODULE" "" "SOURCES;HEADERS;LINUX;WINDOWS;LIBS;PRIVATE_LIBS" ${ARGN})
   set(sources ${A_SOURCES})
   if(WIN32)
     list(APPEND sources ${A_WINDOWS})
@@ -77,7 +85,13 @@ function(sorvane_target name)
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${include}/${folder}/${header} SYMBOLIC)
   endforeach()
   if(sources)
-    add_library(${name} STATIC ${sources})
+    if(A_MODULE)
+      add_library(${name} MODULE ${sources})
+      set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${SORVANE_RUN_DIR}/modules
+                                               CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    else()
+      add_library(${name} STATIC ${sources})
+    endif()
     target_link_libraries(${name} PUBLIC sorvane_flags ${A_LIBS} PRIVATE ${A_PRIVATE_LIBS})
     target_include_directories(${name} PUBLIC ${include})
     if("${A_LIBS};${A_PRIVATE_LIBS}" MATCHES "Qt5::|widgets|events|config|forms|_face")

@@ -25,13 +25,14 @@ LAW = {
     "oskel": row("oskel", "", "Asio system"),
     "tavrik_core": row("tavrik", "", "system"),
     "tavrik": row("tavrik", "tavrik_core", "FFmpeg GStreamer system"),
-    "platform": row("platform", "", "X11 SDL system"),
+    "joystick_records": row("platform"),
+    "platform": row("platform", "joystick_records", "X11 SDL system"),
     "link_core": row("link", "base"),
     "telemetry_core": row("telemetry", "base link_core"),
     "pulse_core": row("pulse", CORES),
     "video_core": row("video", CORES),
     "map_core": row("map", CORES),
-    "input_core": row("input", CORES),
+    "input_core": row("input", f"{CORES} joystick_records"),
     "analysis_core": row("analysis", CORES),
     "settings_core": row("settings", CORES),
     "globe": row("globe", "", "OpenSceneGraph GDAL"),
@@ -52,9 +53,13 @@ LAW = {
     "map": row("map", f"{FLOORS} map_core globe globe_view", "Qt OpenSceneGraph"),
     "input": row("input", f"{FLOORS} input_core platform", "Qt"),
     "analysis": row("analysis", f"{FLOORS} analysis_core", "Qt QtCharts"),
-    "settings": row("settings", f"{FLOORS} settings_core platform", "Qt QtWebEngine"),
+    "encoder_view_face": row("settings", "", "Qt"),
+    # The page of the game controller shows the functions that input_core knows.
+    "settings": row("settings", f"{FLOORS} settings_core input_core encoder_view_face platform", "Qt"),
+    # A module beside the program: nobody links it.
+    "encoder_view": row("settings", "encoder_view_face", "Qt QtWebEngine system"),
 }
-BELOW_STATION = " ".join(LAW)
+BELOW_STATION = " ".join(name for name in LAW if name != "encoder_view")
 LAW["station"] = row("app", BELOW_STATION, "Qt")
 LAW["sorvane"] = row("app", f"{BELOW_STATION} station", "Qt")
 # The simulated pod shares nothing with the station, not even the ground.
@@ -75,7 +80,7 @@ LIBRARIES = [
     (r"X11::\w+", "X11"),
     (r"\$\{OPENSCENEGRAPH_LIBRARIES\}|osg\w*", "OpenSceneGraph"),
     (r"GDAL::GDAL", "GDAL"),
-    (r"Threads::Threads|util|dl|rt|ws2_32|mswsock|user32|advapi32|dbghelp|shell32|ole32", "system"),
+    (r"Threads::Threads|util|dl|rt|ws2_32|mswsock|user32|advapi32|dbghelp|winmm|shell32|ole32", "system"),
 ]
 MODULES = [
     (r"sdl2|SDL2_\w+", "SDL"),
@@ -96,7 +101,7 @@ HEADERS = [
     (r"x26[45]\.h", "encoders"),
     (r"X11/.*", "X11"),
     (r"(?:arpa|linux|net|netinet|sys)/.*|(?:dlfcn|elf|fcntl|iconv|ifaddrs|link|netdb|poll|pthread|pty|pwd|sched|termios"
-     r"|ucontext|unistd)\.h|(?:dbghelp|psapi|shellapi|shlobj|tlhelp32|windows|winsock2|ws2tcpip)\.h", "system"),
+     r"|ucontext|unistd)\.h|(?:dbghelp|mmsystem|psapi|shellapi|shlobj|tlhelp32|windows|winsock2|ws2tcpip)\.h", "system"),
     (r"[a-z_0-9]+|(?:assert|ctype|errno|float|inttypes|limits|locale|math|setjmp|signal|stdarg|stddef|stdint|stdio"
      r"|stdlib|string|time|wchar)\.h", "std"),
 ]

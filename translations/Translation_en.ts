@@ -604,16 +604,16 @@
             <source>%1 前</source>
             <translation>%1 ago</translation>
         </message>
+        <message>
+            <source>控制连接未打开</source>
+            <translation>The control link is not open</translation>
+        </message>
     </context>
     <context>
         <name>KorvathClass</name>
         <message>
             <source>地图（此版本尚未提供）</source>
             <translation>Map (not in this version)</translation>
-        </message>
-        <message>
-            <source>实时数据分析（此版本尚未提供）</source>
-            <translation>Charts (not in this version)</translation>
         </message>
         <message>
             <source>最小化</source>
@@ -1482,6 +1482,85 @@ mode</translation>
         </message>
     </context>
     <context>
+        <name>UpgradePage</name>
+        <message>
+            <source>综控</source>
+            <translation>Main control</translation>
+        </message>
+        <message>
+            <source>伺服</source>
+            <translation>Servo</translation>
+        </message>
+        <message>
+            <source>等待固件升级</source>
+            <translation>Waiting for upgrade</translation>
+        </message>
+        <message>
+            <source>文件名匹配错误</source>
+            <translation>File name does not match</translation>
+        </message>
+        <message>
+            <source>文件名匹配正确</source>
+            <translation>File name matches</translation>
+        </message>
+        <message>
+            <source>总帧数和总字节数接收错误</source>
+            <translation>Totals of frames and bytes received with errors</translation>
+        </message>
+        <message>
+            <source>总帧数和总字节数接收正确</source>
+            <translation>Totals of frames and bytes received</translation>
+        </message>
+        <message>
+            <source>当前程序帧传送失败</source>
+            <translation>Current frame not transferred</translation>
+        </message>
+        <message>
+            <source>当前程序帧传送成功</source>
+            <translation>Current frame transferred</translation>
+        </message>
+        <message>
+            <source>正在擦除flash</source>
+            <translation>Erasing flash</translation>
+        </message>
+        <message>
+            <source>正在写flash</source>
+            <translation>Writing flash</translation>
+        </message>
+        <message>
+            <source>flash擦写完毕，开始校验</source>
+            <translation>Flash written, check begins</translation>
+        </message>
+        <message>
+            <source>校验错误，升级失败，请重新升级</source>
+            <translation>Check failed, not upgraded; please repeat</translation>
+        </message>
+        <message>
+            <source>校验正确，升级成功，重启生效</source>
+            <translation>Check passed, upgraded; restart to take effect</translation>
+        </message>
+        <message>
+            <source>请按升级流程传输文件，请勿越级处理</source>
+            <translation>Keep to the order of the steps, skip none</translation>
+        </message>
+        <message>
+            <source>升级数据内容检验错误，退出升级</source>
+            <translation>Upgrade data not valid, upgrade ended</translation>
+        </message>
+        <message>
+            <source>选择综控程序升级文件</source>
+            <translation>Choose the firmware file</translation>
+        </message>
+        <message>
+            <source>提示</source>
+            <translation>Note</translation>
+        </message>
+        <message>
+            <source>升级成功，重启生效！</source>
+            <translation>Upgraded. Restart for it to take effect!</translation>
+        </message>
+    </context>
+    <context>
         <name>connection</name>
         <message>
             <source>连接</source>
@@ -2219,6 +2298,10 @@ mode</translation>
             <source>版本 0.1.0</source>
             <translation>Version 0.1.0</translation>
         </message>
+        <message>
+            <source>启用摇杆并接上设备后，下面列出它的轴和按键。</source>
+            <translation>Once the joystick is in use and plugged in, its axes and buttons are listed here.</translation>
+        </message>
     </context>
     <context>
         <name>sei_info</name>
@@ -2533,6 +2616,364 @@ mode</translation>
         <message>
             <source>控制页</source>
             <translation>Control pages</translation>
+        </message>
+    </context>
+    <context>
+        <name>EncoderWeb</name>
+        <message>
+            <source>正在等待编码器的网页：%1</source>
+            <translation>Waiting for the encoder&apos;s page: %1</translation>
+        </message>
+        <message>
+            <source>编码器没有回应：%1</source>
+            <translation>The encoder does not answer: %1</translation>
+        </message>
+        <message>
+            <source>编码器的网页地址无效：%1</source>
+            <translation>The address of the encoder&apos;s page is not valid: %1</translation>
+        </message>
+        <message>
+            <source>重试</source>
+            <translation>Try again</translation>
+        </message>
+        <message>
+            <source>这里不能显示网页，请用浏览器打开编码器的网页：%1</source>
+            <translation>No web page can be shown here; open the encoder&apos;s page in a browser: %1</translation>
+        </message>
+    </context>
+    <context>
+        <name>RelayPage</name>
+        <message>
+            <source>红外机芯</source>
+            <translation>Infrared core</translation>
+        </message>
+        <message>
+            <source>可见光机芯</source>
+            <translation>Visible core</translation>
+        </message>
+        <message>
+            <source>激光测距机</source>
+            <translation>Laser rangefinder</translation>
+        </message>
+        <message>
+            <source>激光补光灯</source>
+            <translation>Laser light</translation>
+        </message>
+        <message>
+            <source>可见光补光灯</source>
+            <translation>Visible light</translation>
+        </message>
+        <message>
+            <source>跟踪板</source>
+            <translation>Tracker board</translation>
+        </message>
+        <message>
+            <source>伺服</source>
+            <translation>Servo</translation>
+        </message>
+        <message>
+            <source>红外镜头</source>
+            <translation>Infrared lens</translation>
+        </message>
+        <message>
+            <source>可见光镜头</source>
+            <translation>Visible lens</translation>
+        </message>
+        <message>
+            <source>红外振镜</source>
+            <translation>Infrared galvo</translation>
+        </message>
+        <message>
+            <source>可见光振镜</source>
+            <translation>Visible galvo</translation>
+        </message>
+        <message>
+            <source>激光照射器</source>
+            <translation>Laser illuminator</translation>
+        </message>
+        <message>
+            <source>激光告警器</source>
+            <translation>Laser warner</translation>
+        </message>
+        <message>
+            <source>火控板</source>
+            <translation>Fire control board</translation>
+        </message>
+        <message>
+            <source>模块：%1，载荷编号：%2</source>
+            <translation>Module: %1, load number: %2</translation>
+        </message>
+    </context>
+    <context>
+        <name>QMyPlotDlg</name>
+        <message>
+            <source>框架方位角</source>
+            <translation>Frame azimuth</translation>
+        </message>
+        <message>
+            <source>框架俯仰角</source>
+            <translation>Frame pitch</translation>
+        </message>
+        <message>
+            <source>框架横滚角</source>
+            <translation>Frame roll</translation>
+        </message>
+        <message>
+            <source>姿态方位角</source>
+            <translation>Attitude azimuth</translation>
+        </message>
+        <message>
+            <source>姿态俯仰角</source>
+            <translation>Attitude pitch</translation>
+        </message>
+        <message>
+            <source>姿态横滚角</source>
+            <translation>Attitude roll</translation>
+        </message>
+        <message>
+            <source>跟踪宽偏差</source>
+            <translation>Horizontal offset</translation>
+        </message>
+        <message>
+            <source>跟踪高偏差</source>
+            <translation>Vertical offset</translation>
+        </message>
+        <message>
+            <source>慢</source>
+            <translation>Slow</translation>
+        </message>
+        <message>
+            <source>中</source>
+            <translation>Medium</translation>
+        </message>
+        <message>
+            <source>快</source>
+            <translation>Fast</translation>
+        </message>
+        <message>
+            <source>时间</source>
+            <translation>Time</translation>
+        </message>
+        <message>
+            <source>框架角(deg)</source>
+            <translation>Frame angle (deg)</translation>
+        </message>
+        <message>
+            <source>姿态角(deg)</source>
+            <translation>Attitude angle (deg)</translation>
+        </message>
+        <message>
+            <source>跟踪偏差（像素）</source>
+            <translation>Track offset (pixels)</translation>
+        </message>
+        <message>
+            <source>停止</source>
+            <translation>Stop</translation>
+        </message>
+        <message>
+            <source>开始</source>
+            <translation>Start</translation>
+        </message>
+        <message>
+            <source>隐藏数值</source>
+            <translation>Hide values</translation>
+        </message>
+        <message>
+            <source>显示数值</source>
+            <translation>Show values</translation>
+        </message>
+        <message>
+            <source>请先打开控制口</source>
+            <translation>Open the control link first</translation>
+        </message>
+        <message>
+            <source>警告</source>
+            <translation>Warning</translation>
+        </message>
+    </context>
+    <context>
+        <name>dlgPlot</name>
+        <message>
+            <source>跟踪转台实时数据分析</source>
+            <translation>Live plot of the turret's tracking data</translation>
+        </message>
+        <message>
+            <source>关闭</source>
+            <translation>Close</translation>
+        </message>
+        <message>
+            <source>框架角</source>
+            <translation>Frame angles</translation>
+        </message>
+        <message>
+            <source>姿态角</source>
+            <translation>Attitude angles</translation>
+        </message>
+        <message>
+            <source>跟踪偏差</source>
+            <translation>Track offset</translation>
+        </message>
+        <message>
+            <source>方位角</source>
+            <translation>Azimuth</translation>
+        </message>
+        <message>
+            <source>俯仰角</source>
+            <translation>Pitch</translation>
+        </message>
+        <message>
+            <source>横滚角</source>
+            <translation>Roll</translation>
+        </message>
+        <message>
+            <source>宽方向</source>
+            <translation>Horizontal</translation>
+        </message>
+        <message>
+            <source>高方向</source>
+            <translation>Vertical</translation>
+        </message>
+        <message>
+            <source>刷新频率：</source>
+            <translation>Refresh:</translation>
+        </message>
+        <message>
+            <source>显示数值</source>
+            <translation>Show values</translation>
+        </message>
+        <message>
+            <source>开始</source>
+            <translation>Start</translation>
+        </message>
+        <message>
+            <source>保存遥测数据</source>
+            <translation>Save telemetry</translation>
+        </message>
+    </context>
+    <context>
+        <name>RemotePage</name>
+        <message>
+            <source>方位向左</source>
+            <translation>Az. left</translation>
+        </message>
+        <message>
+            <source>方位向右</source>
+            <translation>Az. right</translation>
+        </message>
+        <message>
+            <source>俯仰向下</source>
+            <translation>Pitch down</translation>
+        </message>
+        <message>
+            <source>俯仰向上</source>
+            <translation>Pitch up</translation>
+        </message>
+        <message>
+            <source>激光测距</source>
+            <translation>Laser range</translation>
+        </message>
+        <message>
+            <source>红外调色板</source>
+            <translation>IR palette</translation>
+        </message>
+        <message>
+            <source>循环切换</source>
+            <translation>Cycle</translation>
+        </message>
+        <message>
+            <source>录像</source>
+            <translation>Record</translation>
+        </message>
+        <message>
+            <source>拍照</source>
+            <translation>Snapshot</translation>
+        </message>
+        <message>
+            <source>跟踪</source>
+            <translation>Track</translation>
+        </message>
+        <message>
+            <source>变倍-</source>
+            <translation>Zoom-</translation>
+        </message>
+        <message>
+            <source>变倍+</source>
+            <translation>Zoom+</translation>
+        </message>
+        <message>
+            <source>SBUS channel</source>
+            <translation>SBUS channel </translation>
+        </message>
+        <message>
+            <source>请先连接串口！</source>
+            <translation>Open the control link first!</translation>
+        </message>
+        <message>
+            <source>警告</source>
+            <translation>Warning</translation>
+        </message>
+    </context>
+    <context>
+        <name>StickPage</name>
+        <message>
+            <source>未指定</source>
+            <translation>Unassigned</translation>
+        </message>
+        <message>
+            <source>归中</source>
+            <translation>Centre</translation>
+        </message>
+        <message>
+            <source>收藏</source>
+            <translation>Stow</translation>
+        </message>
+        <message>
+            <source>拍照</source>
+            <translation>Snapshot</translation>
+        </message>
+        <message>
+            <source>录像</source>
+            <translation>Record</translation>
+        </message>
+        <message>
+            <source>视频切换</source>
+            <translation>Video switch</translation>
+        </message>
+        <message>
+            <source>垂直下视</source>
+            <translation>Look down</translation>
+        </message>
+        <message>
+            <source>跟踪</source>
+            <translation>Track</translation>
+        </message>
+        <message>
+            <source>激光测距</source>
+            <translation>Laser range</translation>
+        </message>
+        <message>
+            <source>变倍+</source>
+            <translation>Zoom+</translation>
+        </message>
+        <message>
+            <source>变倍-</source>
+            <translation>Zoom-</translation>
+        </message>
+        <message>
+            <source>OSD</source>
+            <translation>OSD</translation>
+        </message>
+        <message>
+            <source>方位角</source>
+            <translation>Azimuth</translation>
+        </message>
+        <message>
+            <source>俯仰角</source>
+            <translation>Pitch</translation>
+        </message>
+        <message>
+            <source>按键 %1</source>
+            <translation>Button %1</translation>
         </message>
     </context>
 </TS>

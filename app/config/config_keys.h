@@ -29,6 +29,7 @@
     X(connection, destination_address, QString, QStringLiteral("192.168.0.1"), any(), kSaved)           \
     X(connection, destination_port, int, 8000, any(), kSaved)                                           \
     X(connection, local_bind_port, int, 12001, any(), kSaved)                                           \
+    X(connection, encoder_page, QString, QStringLiteral("http://192.168.1.160/"), filled(), kKept)      \
     X(decode, decode_method, int, 1, any(), kSaved)                                                     \
     X(decode, show_fps, bool, false, any(), kSaved)                                                     \
     X(decode, av_dict_set, QString, QString(), any(), kKept)                                            \
