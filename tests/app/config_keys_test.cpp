@@ -79,6 +79,8 @@ const std::vector<Key>& keys() {
         SAVED("connection", destination_address, "192.168.0.1", "192.0.2.7", "192.0.2.7"),
         SAVED("connection", destination_port, "8000", 8123, "8123"),
         SAVED("connection", local_bind_port, "12001", 12002, "12002"),
+        KEPT("connection", encoder_page, "http://192.168.1.160/", "http://192.0.2.9:8080/",
+             "http://192.0.2.9:8080/"),
         SAVED("decode", decode_method, "1", 2, "2"),
         SAVED("decode", show_fps, "false", true, "true"),
         KEPT("decode", av_dict_set, "", "stimeout=1", "\"stimeout=1\""),
@@ -161,13 +163,13 @@ private:
     int m_rounds = 0;
 };
 
-TEST_F(ConfigKeys, AreFifty) {
-    EXPECT_EQ(keys().size(), 50U);
+TEST_F(ConfigKeys, AreFiftyOne) {
+    EXPECT_EQ(keys().size(), 51U);
     int in_table = 0;
 #define COUNT(section, key, type, fallback, limits, persistence) ++in_table;
     SORVANE_CONFIG_KEYS(COUNT)
 #undef COUNT
-    EXPECT_EQ(in_table, 50);
+    EXPECT_EQ(in_table, 51);
 }
 
 TEST_F(ConfigKeys, HaveTheirDefaultsBeforeAndAfterLoading) {

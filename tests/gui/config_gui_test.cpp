@@ -33,14 +33,10 @@ protected:
     }
 };
 
-const QStringList kNeverSaved = {"common/app_title",
-                                 "decode/av_dict_set",
-                                 "decode/head_422",
-                                 "decode/show_fps_init",
-                                 "decode/show_fps_min",
-                                 "decode/show_fps_modify",
-                                 "decode/cache_frame_count_max",
-                                 "decode/cache_frame_count_start"};
+const QStringList kNeverSaved = {
+    "common/app_title",       "connection/encoder_page",      "decode/av_dict_set",
+    "decode/head_422",        "decode/show_fps_init",         "decode/show_fps_min",
+    "decode/show_fps_modify", "decode/cache_frame_count_max", "decode/cache_frame_count_start"};
 
 TEST_F(Config, AMissingFileGivesTheDefaults) {
     MyAppConfig c(path());
@@ -68,6 +64,7 @@ TEST_F(Config, AMissingFileGivesTheDefaults) {
     EXPECT_EQ(c.destination_address, "192.168.0.1");
     EXPECT_EQ(c.destination_port, 8000);
     EXPECT_EQ(c.local_bind_port, 12001);
+    EXPECT_EQ(c.encoder_page, "http://192.168.1.160/");
     EXPECT_EQ(c.decode_method, 1);
     EXPECT_FALSE(c.show_fps);
     EXPECT_EQ(c.av_dict_set, "");

@@ -1,10 +1,14 @@
 // Prints where widgets of the window stand on the screen, for tests of the program as a process:
 //   control_places NAME ...      "place X Y NAME" a line: its centre, in pixels
 // It builds the same window, maximised, with the control pages shown, so what it tells holds for the program
-// on the same display. "control pane" is the arrow that shows them.
+// on the same display. "control pane" is the arrow that shows them. An action's name means its tool button,
+// and "connection/NAME" a widget of that dialog, as it opens.
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QPushButton>
+#include <QToolBar>
 #include <cstdio>
 
 #include "korvath_fixture.h"
@@ -25,8 +29,7 @@ public:
         in().m_btnCtrlPane()->click();
         QVector<QWidget*> widgets;
         for (const QString& name : names) {
-            auto* on_page = ui().tabWidget->currentWidget()->findChild<QWidget*>(name);
-            widgets.append(on_page != nullptr ? on_page : window->findChild<QWidget*>(name));
+            widgets.append(find(name));
         }
         const int missing = waitFor([&] { return settled(widgets); }) ? 0 : 1;
         for (int i = 0; i < names.size() && missing == 0; ++i) {
@@ -40,6 +43,26 @@ protected:
     void TestBody() override {}
 
 private:
+    QWidget* find(const QString& name) {
+        const QString in_dialog = QStringLiteral("connection/");
+        if (name.startsWith(in_dialog)) {
+            QWidget* dialog = in().ui_connection()->pushButton_22->window();
+            if (!dialog->isVisible()) {
+                ui().action_connection->trigger();
+            }
+            return dialog->findChild<QWidget*>(name.mid(in_dialog.size()));
+        }
+        if (auto* action = window->findChild<QAction*>(name)) {
+            for (const QToolBar* bar : window->findChildren<QToolBar*>()) {
+                if (QWidget* button = bar->widgetForAction(action)) {
+                    return button;
+                }
+            }
+        }
+        auto* on_page = ui().tabWidget->currentWidget()->findChild<QWidget*>(name);
+        return on_page != nullptr ? on_page : window->findChild<QWidget*>(name);
+    }
+
     // Seen, and where they have been for a while: the pages are laid out in several turns.
     bool settled(const QVector<QWidget*>& widgets) {
         QVector<QPoint> now;

@@ -10,7 +10,9 @@
 #include <QTimer>
 #include <QUdpSocket>
 #include <QVBoxLayout>
+#include <cmath>
 
+#include "analysis/qmyplotdlg.h"
 #include "looks.h"
 #include "telemetry_fixture.h"
 #include "tests/telemetry/sei_by_hand.h"
@@ -210,6 +212,47 @@ protected:
         top->close();
     }
 
+    // Each category with all its curves, running.
+    void plots() {
+        ui().action_chartAna->trigger();
+        QMyPlotDlg* plots = in().m_plotDlg();
+        const auto press = [plots](const char* name) {
+            plots->findChild<QAbstractButton*>(QLatin1String(name))->click();
+        };
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(plots, 10000));
+        in().m_linkState() = kLinkUdp;
+        plots->findChild<QComboBox*>("comboBox_2")->setCurrentIndex(2);
+        plots->findChild<QCheckBox*>("checkBox_frmRoll")->setChecked(true);
+        press("pushButton_start");
+        QSet<const QWidget*> seen;
+        for (const char* category : {"radioButton", "radioButton_2", "radioButton_3"}) {
+            press(category);
+            for (int i = 0; i < 250; ++i) {
+                sorvane::TelemetryRecord record;
+                record.frame_yaw = static_cast<std::int16_t>(6000 * std::sin(i / 30.0));
+                record.frame_pitch = static_cast<std::int16_t>(-3000 + 1500 * std::sin(i / 11.0));
+                record.frame_roll = static_cast<std::int16_t>(200 * std::sin(i / 3.0));
+                record.attitude_yaw = static_cast<std::int16_t>(-9000 + 40 * i);
+                record.attitude_pitch = static_cast<std::int16_t>(-4000 + 500 * std::sin(i / 20.0));
+                record.attitude_roll = static_cast<std::int16_t>(100 * std::sin(i / 5.0));
+                record.track_x = static_cast<std::int16_t>(260 * std::exp(-(i % 60) / 15.0));
+                record.track_y = static_cast<std::int16_t>(-140 * std::exp(-(i % 60) / 15.0));
+                plots->add_record(record);
+            }
+            QTest::qWait(300);
+            const QString page = QStringLiteral("plots_%1").arg(QLatin1String(category));
+            measure(plots, page, &seen);
+            save(plots->grab().toImage(), page);
+        }
+        press("pushButton_dispVal");
+        measure(plots, "plots_values", &seen);
+        save(plots->grab().toImage(), "plots_values");
+        press("pushButton_dispVal");
+        press("radioButton");
+        plots->close();
+        in().m_linkState() = kLinkNone;
+    }
+
     void settings() {
         auto& form = *in().m_settings()->ui;
         QSet<const QWidget*> seen;
@@ -262,6 +305,45 @@ protected:
     void chooser() {
         QDir().mkpath("a folder whose name is as long as a date and a mission");
         modal("directory_chooser", [this] { in().m_settings()->ui->btn_recSaveDirChange->click(); });
+    }
+
+    // A firmware upgrade with each of its states, a long path and its end.
+    void upgrade() {
+        auto& form = *in().m_settings()->ui;
+        const auto tell = [this](std::initializer_list<unsigned char> data) {
+            in().m_settings()->on_recv_single_frame(12289, data.begin(), static_cast<int>(data.size()));
+        };
+        form.widget_title->setCurrentRow(8);
+        in().m_settings()->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_settings(), 10000));
+        form.lineEdit_9->setText(
+            "/home/operator/firmware/2026/a folder with a long name/main_control_1.3.bin");
+        tell({0, 6, 0xAE, 0x0C});
+        form.progressBar->setMaximum(4000);
+        form.progressBar->setValue(2600);
+        form.label_72->setText("65534/65535");
+        for (unsigned char state = 0; state < 14; ++state) {
+            if (state != 11) {
+                tell({0, state});
+                QCoreApplication::processEvents();
+                expectNone(looks::cutTexts(in().m_settings(), kFixedGeometry),
+                           "state " + std::to_string(state));
+            }
+        }
+        QSet<const QWidget*> seen;
+        measure(in().m_settings(), "settings_upgrade_runs", &seen);
+        save(in().m_settings()->grab().toImage(), "settings_upgrade_runs");
+        modal("firmware_chooser", [&] { form.pushButton_18->click(); });
+        modal("upgrade_succeeded", [&] {
+            tell({0, 11});
+            // It opens, and is closed again, in the next turn of the event loop.
+            int turns = 0;
+            waitFor([&turns] { return ++turns > 3; });
+        });
+        form.pushButton_4->click();
+        form.lineEdit_9->clear();
+        form.widget_title->setCurrentRow(0);
+        in().m_settings()->close();
     }
 
     // What floats over the picture while it records and while a recording plays. White on what is under it:
@@ -337,6 +419,7 @@ protected:
         dialog(in().m_telemetryDlg(), "telemetry_info");
         dialog(in().m_seiDlg(), "sei");
         settings();
+        upgrade();
         recording();
         messageBox();
         chooser();
@@ -360,6 +443,19 @@ TEST_F(Looks, OfTheLargeScreen) {
     for (const int theme : {0, 1}) {
         for (const int language : {0, 1}) {
             everything({QSize(1920, 1080), theme, language});
+        }
+    }
+}
+
+// Its size does not follow the window's.
+TEST_F(Looks, OfThePlots) {
+    for (const int theme : {0, 1}) {
+        for (const int language : {0, 1}) {
+            choose({QSize(1366, 768), theme, language});
+            if (HasFatalFailure()) {
+                return;
+            }
+            plots();
         }
     }
 }

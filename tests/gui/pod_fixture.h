@@ -49,10 +49,11 @@ protected:
         m_pod.start(QStringLiteral(SORVANE_PODSIM), options + more);
         ASSERT_TRUE(m_pod.waitForStarted());
         QByteArray text;
-        ASSERT_TRUE(waitFor([&] {
+        const auto ready = [&] {
             text += m_pod.readAllStandardOutput();
             return text.contains("podsim ready") && text.endsWith('\n');
-        })) << text.constData();
+        };
+        ASSERT_TRUE(waitFor(ready, 60000)) << text.constData();
         m_ready = QString::fromLatin1(text);
         ASSERT_GT(podPort(), 0) << text.constData();
     }

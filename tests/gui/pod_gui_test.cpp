@@ -46,7 +46,7 @@ TEST_F(Pod, ReportsAsVariableFramesShowTheSame) {
     EXPECT_EQ(label("m_fldRecvFdbk_17"), QString::fromUtf8("可见光（广角）"));
 }
 
-// The one thing that the station asks for: what the pod's display shows.
+// What the station asks for: what the pod's display shows.
 TEST_F(Pod, TheDisplaysRefreshShowsWhatThePodShows) {
     startPod();
     connectToPod();
@@ -66,6 +66,40 @@ TEST_F(Pod, TheDisplaysRefreshShowsWhatThePodShows) {
     form.pushButton_22->click();
     EXPECT_TRUE(waitFor([&] { return !toggled("widget_28"); }));
     EXPECT_TRUE(toggled("widget"));
+}
+
+// What is written to the pod is read from it again, and the factory's assignment after a reset.
+TEST_F(Pod, TheChannelsOfTheRemoteControlAreThoseOfThePod) {
+    startPod();
+    connectToPod();
+    Ui::dialogSettings& form = *in().m_settings()->ui;
+    auto* channel = form.page_control->findChild<QComboBox*>("comboBox_10");
+    auto* reverse = form.page_control->findChild<QCheckBox*>("checkBox_11");
+    const auto reads = [&](int index, bool reversed) {
+        QElapsedTimer asked;
+        return waitFor([&] {
+            if (!asked.isValid() || asked.hasExpired(1000)) {
+                asked.start();
+                form.pushButton_21->click();
+            }
+            return channel->currentIndex() == index && reverse->isChecked() == reversed;
+        });
+    };
+    channel->setCurrentIndex(14);
+    reverse->setChecked(true);
+    ASSERT_TRUE(reads(8, false)) << "the pod's own, not what the page showed";
+    channel->setCurrentIndex(14);
+    reverse->setChecked(true);
+    form.pushButton_19->click();
+    // The page is read once the write has waited.
+    bool written = false;
+    QTimer::singleShot(300, window.get(), [&written] { written = true; });
+    ASSERT_TRUE(waitFor([&written] { return written; }));
+    channel->setCurrentIndex(0);
+    reverse->setChecked(false);
+    EXPECT_TRUE(reads(14, true));
+    form.pushButton_6->click();
+    EXPECT_TRUE(reads(8, false));
 }
 
 TEST_F(Pod, ClosedTheLastValuesStayAndReopenedTheyMoveOn) {

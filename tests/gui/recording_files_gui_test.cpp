@@ -7,12 +7,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
-#include <QTimerEvent>
 #include <atomic>
 #include <thread>
 
-#include "korvath_fixture.h"
+#include "pod_fixture.h"
+#include "recording_window.h"
 #include "tests/tavrik/rtsp_server.h"
 #include "video/qmyvideowidget.h"
 #include "video/video_surface.h"
@@ -117,37 +116,32 @@ void expectInOrder(const std::vector<int>& numbers, const char* what) {
     }
 }
 
-class RecordingFiles : public KorvathTest {
-protected:
-    QString recordBase() const { return folder.filePath("录像"); }
-    QString snapBase() const { return folder.filePath("拍照"); }
-    void open1() const { in().ui_connection()->pushButton_22->click(); }
-    void open2() const { in().ui_connection()->pushButton_23->click(); }
-    QAction* record() const { return ui().action_ctrlRec; }
-    QPushButton* raw() const { return in().ui_sei_info()->pushButton; }
-    void tick(int id) const {
-        ASSERT_NE(id, 0);
-        QTimerEvent e(id);
-        QCoreApplication::sendEvent(window.get(), &e);
+// No descriptor of this process leads there.
+bool isClosed(const QString& path) {
+    const QFileInfoList links = QDir("/proc/self/fd").entryInfoList(QDir::Files | QDir::System);
+    return std::none_of(links.begin(), links.end(),
+                        [&](const QFileInfo& link) { return link.symLinkTarget() == path; });
+}
+
+QStringList filesUnder(const QString& base, const QString& filter) {
+    QStringList files;
+    QDirIterator walk(base, {filter}, QDir::Files, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        files << walk.next();
     }
+    files.sort();
+    return files;
+}
+
+class RecordingFiles : public RecordingWindow<KorvathTest> {
+protected:
     void startWithCameras(const QString& base) {
-        start({{"connection/video1_play_address", QStringList{camera1.url()}},
-               {"connection/video2_play_address", camera2.url()},
-               {"dataSave/default_video_saving_directory", base},
-               {"dataSave/default_record_open_directory", snapBase()}});
-        in().m_localClock() = [this] { return now; };
+        startRecorder({{"connection/video1_play_address", QStringList{camera1.url()}},
+                       {"connection/video2_play_address", camera2.url()},
+                       {"dataSave/default_video_saving_directory", base}});
         open1();
         open2();
         ASSERT_TRUE(waitForMorePictures());
-    }
-    QStringList filesUnder(const QString& base, const QString& filter) const {
-        QStringList files;
-        QDirIterator walk(base, {filter}, QDir::Files, QDirIterator::Subdirectories);
-        while (walk.hasNext()) {
-            files << walk.next();
-        }
-        files.sort();
-        return files;
     }
     // Files of a channel end in its handle plus one; handles count on from test to test.
     QString filter(int channel, const char* kind) const {
@@ -160,15 +154,7 @@ protected:
         const int second = camera2.sent() + 25;
         return waitFor([&] { return camera1.sent() >= first && camera2.sent() >= second; }, 60000);
     }
-    // No descriptor of this process leads there.
-    static bool isClosed(const QString& path) {
-        const QFileInfoList links = QDir("/proc/self/fd").entryInfoList(QDir::Files | QDir::System);
-        return std::none_of(links.begin(), links.end(),
-                            [&](const QFileInfo& link) { return link.symLinkTarget() == path; });
-    }
 
-    QTemporaryDir folder;
-    sorvane::CalendarTime now{2026, 3, 9, 7, 5, 2, 0};
     Camera camera1{tavrik::Codec::kH264};
     Camera camera2{tavrik::Codec::kH265};
 };
@@ -291,6 +277,36 @@ TEST_F(RecordingFiles, ARecordingPlaysAndGivesItsFileBack) {
     EXPECT_TRUE(isClosed(path));
     EXPECT_FALSE(in().m_panePlayCtrl()->isVisible());
     EXPECT_FALSE(ui().action_fileOpenAvi->isChecked());
+}
+
+// The block stream keeps no handle: whatever stands on its surface, files and pictures are the pull's.
+using BlockFiles = RecordingWindow<PodTest>;
+
+TEST_F(BlockFiles, TheBlockStreamIsRecordedToo) {
+    const int port = freePort();
+    startRecorder({{"connection/video1_play_address", QStringList{"127.0.0.1"}},
+                   {"connection/video1_port", port},
+                   {"system_function/video_type", 2},
+                   {"decode/decode_method", 0},
+                   {"decode/head_422", "POD1"},
+                   {"decode/cache_frame_count_start", 1}});
+    startPodFor(freePort(), {"--telemetry-hz", "0", "--size0", "640x512", "--blocks0",
+                             QStringLiteral("127.0.0.1:%1").arg(port), "--block-header0", "POD1"});
+    open1();
+    ASSERT_TRUE(waitFor([this] { return in().frame_width() == 640; }, 60000));
+    record()->trigger();
+    const auto file = [this] { return filesUnder(recordBase(), "*.mp4").value(0); };
+    ASSERT_TRUE(waitFor([&] { return QFileInfo(file()).size() > 200000; }, 60000));
+    ui().action_ctrlSingleSnap->trigger();
+    QImage image;
+    EXPECT_TRUE(waitFor([&] { return image.load(in().snap_file()); }, 60000));
+    EXPECT_EQ(image.size(), QSize(640, 512));
+    record()->trigger();
+    ASSERT_TRUE(waitFor([&] { return isClosed(file()); }));
+    const QByteArray frames =
+        outputOf("ffprobe", {"-v", "fatal", "-count_frames", "-select_streams", "v:0", "-show_entries",
+                             "stream=nb_read_frames", "-of", "csv=p=0", file()});
+    EXPECT_GE(frames.trimmed().toInt(), 10) << frames.constData();
 }
 
 }  // namespace

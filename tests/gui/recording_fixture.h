@@ -2,39 +2,27 @@
 #pragma once
 
 #include <QAbstractEventDispatcher>
-#include <QDir>
 #include <QLabel>
 #include <QPointer>
-#include <QTemporaryDir>
-#include <QTimerEvent>
 
+#include "recording_window.h"
 #include "video/my_comp_notify_dlg.h"
 #include "video/my_tip_dialog.h"
 #include "video_fixture.h"
 
-class RecordingTest : public VideoTest {
+class RecordingTest : public RecordingWindow<VideoTest> {
 protected:
     using Calls = std::vector<std::string>;
 
     void startWith(const QMap<QString, QVariant>& more = {}) {
         QMap<QString, QVariant> values = {
             {"connection/video1_play_address", QStringList{"rtsp://192.0.2.1/a"}},
-            {"connection/video2_play_address", "rtsp://192.0.2.1/b"},
-            {"dataSave/default_video_saving_directory", recordBase()},
-            {"dataSave/default_record_open_directory", snapBase()}};
+            {"connection/video2_play_address", "rtsp://192.0.2.1/b"}};
         for (auto it = more.begin(); it != more.end(); ++it) {
             values[it.key()] = it.value();
         }
-        start(values);
-        in().m_localClock() = [this] { return now; };
+        startRecorder(values);
     }
-    QString recordBase() const { return folder.filePath("录像"); }
-    QString snapBase() const { return folder.filePath("拍照"); }
-
-    void open1() const { connection().pushButton_22->click(); }
-    void open2() const { connection().pushButton_23->click(); }
-    QAction* record() const { return ui().action_ctrlRec; }
-    QPushButton* raw() const { return in().ui_sei_info()->pushButton; }
     QString status() const { return in().m_statusVideo()->text(); }
     static bool shown(const QWidget* widget) { return widget != nullptr && widget->isVisible(); }
 
@@ -47,11 +35,6 @@ protected:
             }
         }
         return -1;
-    }
-    void tick(int id) const {
-        ASSERT_NE(id, 0);
-        QTimerEvent e(id);
-        QCoreApplication::sendEvent(window.get(), &e);
     }
     static QString text(const QWidget* tip) {
         for (const QLabel* label : tip->findChildren<QLabel*>()) {
@@ -69,7 +52,4 @@ protected:
         library().captures.clear();
         library().stills.clear();
     }
-
-    QTemporaryDir folder;
-    sorvane::CalendarTime now{2026, 3, 9, 7, 5, 2, 0};
 };

@@ -200,6 +200,28 @@ TEST_F(Replay, PauseTakesHalfASecondAndGoingOnKeepsTheTime) {
     EXPECT_EQ(status(), "录像重放中  ");
 }
 
+// Each pause takes half a second off, also where less has been played: the display bears it.
+TEST_F(Replay, PausesAtOnceRunAheadOfThePictureAndHarmNothing) {
+    startWithClip();
+    library().clip_length_ms = 2200;
+    play();
+    EXPECT_EQ(left(), "00:00:02");
+    for (int pause = 0; pause < 4; ++pause) {
+        panel()->m_btnPlay->click();
+        panel()->m_btnPlay->click();
+        EXPECT_EQ(left(), "00:00:02") << "shown anew by a tick alone";
+    }
+    EXPECT_EQ(in().replay_left_ms(), 200);
+    panel()->m_btnPlay->click();
+    EXPECT_EQ(in().replay_left_ms(), -300);
+    panel()->m_btnPlay->click();
+    window->OnReplayRefreshTimeout();
+    EXPECT_EQ(left(), "00:00:02");
+    EXPECT_EQ(in().m_replayState(), 1);
+    end();
+    expectNone();
+}
+
 TEST_F(Replay, StopWaitsForTheLibrarysEnd) {
     startWithClip();
     play();
@@ -238,6 +260,8 @@ TEST_F(Replay, OneThatEndsByItselfIsNotClosedAgain) {
         expectNone();
         EXPECT_TRUE(library().calls.empty()) << "an ended handle stands for the running pull";
     }
+    panel()->m_btnStop->click();
+    EXPECT_TRUE(library().calls.empty());
 }
 
 TEST_F(Replay, OneThatCannotBeOpenedLeavesTheActionChecked) {

@@ -2,12 +2,10 @@
 // into the dialog. What was sent is read off the wire, in between.
 #include <QGridLayout>
 #include <QLabel>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QSet>
 #include <QUdpSocket>
 
-#include "korvath_fixture.h"
+#include "pod_fixture.h"
 #include "widgets/common_dlg.h"
 
 namespace {
@@ -138,33 +136,20 @@ QStringList expected(const QByteArray& p) {
     };
 }
 
-class Sei : public KorvathTest {
+class Sei : public PodTest {
 protected:
     void startWith(int codec) {
-        QUdpSocket probe;
-        ASSERT_TRUE(probe.bind(QHostAddress(QHostAddress::LocalHost)));
-        const int station_port = probe.localPort();
-        probe.close();
+        const int station_port = freePort();
         start({{"connection/video1_play_address", QStringList{"127.0.0.1"}},
                {"connection/video1_port", station_port},
                {"system_function/video_type", 1},
                {"decode/decode_method", 0}});
         tap = std::make_unique<Tap>(codec, station_port);
         ASSERT_TRUE(tap->bind());
-        pod.start(QStringLiteral(SORVANE_PODSIM),
-                  {"--udp", "0", "--rtsp-port", "off", "--telemetry-hz", "0", "--codec0",
-                   codec == 264 ? "h264" : "h265", "--size0", "640x512", "--raw0",
-                   QStringLiteral("127.0.0.1:%1").arg(tap->port())});
-        ASSERT_TRUE(pod.waitForStarted());
+        startPodFor(freePort(), {"--telemetry-hz", "0", "--codec0", codec == 264 ? "h264" : "h265", "--size0",
+                                 "640x512", "--raw0", QStringLiteral("127.0.0.1:%1").arg(tap->port())});
         in().ui_connection()->pushButton_22->click();
         ASSERT_TRUE(in().playing1());
-    }
-    void TearDown() override {
-        KorvathTest::TearDown();
-        if (pod.state() != QProcess::NotRunning) {
-            pod.terminate();
-            EXPECT_TRUE(pod.waitForFinished(5000));
-        }
     }
     // Caption and value of each row, as they stand beside each other.
     QStringList shown() const {
@@ -204,7 +189,6 @@ protected:
             << seen.size() << " states, " << tap->sent.size() << " blocks sent";
     }
 
-    QProcess pod;
     std::unique_ptr<Tap> tap;
 };
 

@@ -109,6 +109,12 @@ TEST_F(SenderPartTest, SaysWhetherItSendsByItself) {
     telemetry_stream = false;
     single = false;
     EXPECT_TRUE(sender.sendsByItself()) << "the periodic frame";
+    sender.applySendMode();
+    EXPECT_TRUE(sender.sendsByItself());
+    sender.silence();
+    EXPECT_FALSE(sender.sendsByItself()) << "silenced";
+    sender.applySendMode();
+    EXPECT_TRUE(sender.sendsByItself()) << "and no longer";
 }
 
 TEST_F(SenderPartTest, AClosedLinkKeepsTheIdsAndSendsNothing) {

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 using sorvane::kOsdBits;
 using sorvane::osdStyleWord;
@@ -62,6 +63,46 @@ TEST(OsdWords, MixedSensesByHand) {
     };
     // Off: 1 2 4 5 6 7, 9 10 12 13 14, 19 21; on: 3, 15, 18; bits 0 and 22 are clear because they are on.
     EXPECT_EQ(osdWord(some, false), 0x2CF6FEU);
+}
+
+// Reads a word into the states of all items and makes a word of them again.
+std::uint32_t throughTheItems(std::uint32_t word, std::vector<bool>& states) {
+    // By the place in the table, which both ways go through from its begin.
+    states.clear();
+    sorvane::showOsdWord(word, [&](const char*, bool on) { states.push_back(on); });
+    std::size_t next = 0;
+    return osdWord([&](const char*) { return states[next++]; }, false);
+}
+
+TEST(OsdWords, EveryWordSurvivesTheWayThroughTheItems) {
+    std::vector<bool> states;
+    states.reserve(32);
+#ifdef SORVANE_SANITIZED
+    constexpr std::uint32_t kStep = 97;
+#else
+    constexpr std::uint32_t kStep = 1;
+#endif
+    constexpr std::uint32_t kTold = 0x6FFEFF;
+    std::uint32_t wrong = 0;
+    for (std::uint32_t word = 0; word < 1U << 23U; word += kStep) {
+        wrong += throughTheItems(word, states) == (word & kTold) ? 0 : 1;
+    }
+    EXPECT_EQ(wrong, 0U);
+    EXPECT_EQ(throughTheItems(0xFF800000U, states), 0U) << "bits beyond the word are nobody's";
+}
+
+TEST(OsdWords, AWordPutsEachItemByItsSense) {
+    std::set<std::string> on;
+    const auto note = [&on](const char* name, bool state) {
+        if (state) {
+            on.insert(name);
+        }
+    };
+    sorvane::showOsdWord(0x2CF6FEU, note);
+    EXPECT_EQ(on, (std::set<std::string>{"widget", "widget_4", "radioButton_3", "widget_18", "widget_20"}));
+    on.clear();
+    sorvane::showOsdWord(0x6876F7U | 0x100100U, note);
+    EXPECT_TRUE(on.empty());
 }
 
 TEST(OsdWords, StyleWord) {

@@ -63,6 +63,26 @@ TEST_F(ReplyRouterTest, OnePageTakesACodeThatStandsTwice) {
     EXPECT_TRUE(of(PageId::kFile).empty());
 }
 
+TEST_F(ReplyRouterTest, AFirstByteOfItsOwnHasAPageOfItsOwn) {
+    constexpr std::array<ReplyRow, 3> kByFirst = {
+        {{18, PageId::kRemote, 2}, {18, PageId::kFile, 0xF0}, {18, PageId::kOsd}}};
+    const ReplyRouter router(kByFirst, pages);
+    const unsigned char two[] = {2, 9};
+    const unsigned char high[] = {0xF0};
+    const unsigned char other[] = {3, 2};
+    EXPECT_TRUE(router.route(18, two, 2));
+    EXPECT_TRUE(router.route(18, high, 1));
+    EXPECT_TRUE(router.route(18, other, 2));
+    // Without any data there is no first byte.
+    EXPECT_TRUE(router.route(18, two, 0));
+    EXPECT_EQ(of(PageId::kRemote), (std::vector<Reply>{{18, "\x02\t"}}));
+    EXPECT_EQ(of(PageId::kFile), (std::vector<Reply>{{18, "\xF0"}}));
+    EXPECT_EQ(of(PageId::kOsd), (std::vector<Reply>{{18, "\x03\x02"}, {18, ""}}));
+    constexpr std::array<ReplyRow, 1> kOnlyTwo = {{{18, PageId::kRemote, 2}}};
+    EXPECT_FALSE(ReplyRouter(kOnlyTwo, pages).route(18, other, 2));
+    EXPECT_FALSE(ReplyRouter(kOnlyTwo, pages).route(18, nullptr, 0));
+}
+
 TEST_F(ReplyRouterTest, ACodeWithoutARowReachesNobody) {
     const ReplyRouter router(kTable, pages);
     // Neither the neighbours nor a code that agrees in its low byte.

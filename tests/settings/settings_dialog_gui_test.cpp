@@ -47,6 +47,18 @@ protected:
     std::unique_ptr<SettingsForm> form;
 };
 
+TEST_F(SettingsDialogTest, TheUpgradesSampleTextsAreGoneFromTheStartOn) {
+    const auto shown = [this] {
+        return QStringList{form->upgrade_progress_text->text(), form->upgrade_state->text()};
+    };
+    EXPECT_EQ(shown(), QStringList({"", ""}));
+    for (const int language : {1, 0, 0}) {
+        dialog->applyLanguage(language);
+        dialog->init();
+        EXPECT_EQ(shown(), QStringList({"", ""})) << language;
+    }
+}
+
 TEST_F(SettingsDialogTest, EverythingIsFilledByTheConstructor) {
     start({{"common/theme", 1}, {"dataSave/record_interval", 5}, {"common/platform_type", 1}}, 0b101);
     EXPECT_EQ(dialog->m_config->theme, 1);

@@ -47,6 +47,34 @@ protected:
     EventLog log;
 };
 
+TEST_F(Log, TheAircraftsBlockIsToldOnceAndWhenItChangesItsTimeAside) {
+    CommandLog commands(log);
+    wire::Command c = fixed(0, 0);
+    c.has_nav = true;
+    c.nav.pitch_deg = 45;
+    c.nav.longitude_deg = 114.4231691;
+    c.nav.year = 26;
+    commands.onCommand(c, "udp");
+    c.nav.second = 59;
+    commands.onCommand(c, "udp");
+    c.nav.pitch_deg = -1.5;
+    commands.onCommand(c, "udp");
+    commands.onCommand(variable(40), "udp");
+    std::vector<std::string> told;
+    for (const std::string& line : lines()) {
+        if (line.compare(0, 4, "nav ") == 0) {
+            told.push_back(line);
+        }
+    }
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_EQ(told[0],
+              "nav frame=fixed line=udp pitch=45.00 roll=0.00 heading=0.00 lat=0.0000000 lon=114.4231691 "
+              "altitude=0 "
+              "satellites=0 north=0.000 east=0.000 ground=0.000 time=26-00-00T00:00:00.00");
+    EXPECT_NE(told[1].find("pitch=-1.50 "), std::string::npos);
+    EXPECT_NE(told[1].find("00:00:59.00"), std::string::npos);
+}
+
 TEST_F(Log, LinesAreThereAtOnceAndInOrderOfTime) {
     const std::int64_t before = monotonicNs();
     log.event("ready", "udp=127.0.0.1:8000");

@@ -79,6 +79,11 @@ TEST(Options, EveryOptionIsRead) {
                        "telemetry.loss=0.5",
                        "--fault",
                        "video.stall=on",
+                       "--upgrade-fault",
+                       "late@7",
+                       "--upgrade-fault=state=9@8",
+                       "--flash",
+                       "f",
                        "--seed",
                        "99",
                        "--position",
@@ -123,6 +128,10 @@ TEST(Options, EveryOptionIsRead) {
     EXPECT_EQ(o.channels[1].clip, "c.mp4");
     EXPECT_EQ(o.telemetry_faults.loss, 0.5);
     EXPECT_TRUE(o.video_faults.silence);
+    ASSERT_EQ(o.upgrade_faults.size(), 2U);
+    EXPECT_EQ(o.upgrade_faults[0].kind, UpgradeFault::Kind::kLate);
+    EXPECT_EQ(o.upgrade_faults[1].state, 9);
+    EXPECT_EQ(o.flash_folder, "f");
     EXPECT_EQ(o.seed, 99u);
     EXPECT_EQ(o.latitude_deg, 48.5);
     EXPECT_EQ(o.longitude_deg, -9.25);
@@ -140,7 +149,8 @@ TEST(Options, WrongOnesAreNamed) {
         {"--tcp", "-1"},
         {"--bind", "localhost"},
         {"--peer", "127.0.0.1"},
-        {"--telemetry-hz", "201"},
+        {"--telemetry-hz", "501"},
+        {"--profile", "loop"},
         {"--telemetry-form", "x"},
         {"--feed-hz", "0"},
         {"--rtsp-port", "1e3"},
@@ -163,6 +173,8 @@ TEST(Options, WrongOnesAreNamed) {
         {"--sound0", "yes"},
         {"--clip0", ""},
         {"--fault", "x"},
+        {"--upgrade-fault", "lost"},
+        {"--flash", ""},
         {"--seed", "-3"},
         {"--position", "1"},
         {"--position", "95,0"},
@@ -212,14 +224,15 @@ TEST(Options, Restart) {
 TEST(Options, HelpTellsEveryOption) {
     const std::string text = helpText();
     for (const char* name :
-         {"--bind",      "--udp",          "--peer",           "--tcp",           "--pty",
-          "--pty-link",  "--telemetry-hz", "--telemetry-form", "--ins-pty",       "--ins-pty-link",
-          "--nav-udp",   "--feed-hz",      "--rtsp-bind",      "--rtsp-port",     "--codecN",
-          "--sizeN",     "--fpsN",         "--kbpsN",          "--key-intervalN", "--slicesN",
-          "--tsN",       "--rawN",         "--blocksN",        "--block-headerN", "--soundN",
-          "--clipN",     "restart",        "--fault",          "--seed",          "--position",
-          "--event-log", "--duration",     "--help",           "--version",       "SIGUSR1",
-          "disconnect",  "telemetry.loss", "examples:"}) {
+         {"--bind",      "--udp",           "--peer",           "--tcp",           "--pty",
+          "--pty-link",  "--telemetry-hz",  "--telemetry-form", "--ins-pty",       "--ins-pty-link",
+          "--nav-udp",   "--feed-hz",       "--rtsp-bind",      "--rtsp-port",     "--codecN",
+          "--sizeN",     "--fpsN",          "--kbpsN",          "--key-intervalN", "--slicesN",
+          "--tsN",       "--rawN",          "--blocksN",        "--block-headerN", "--soundN",
+          "--clipN",     "restart",         "--fault",          "--seed",          "--position",
+          "--event-log", "--upgrade-fault", "--flash",          "--profile",       "--duration",
+          "--help",      "--version",       "SIGUSR1",          "disconnect",      "telemetry.loss",
+          "examples:"}) {
         EXPECT_NE(text.find(name), std::string::npos) << name;
     }
 }

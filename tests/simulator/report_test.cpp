@@ -1,8 +1,10 @@
 #include "simulator/wire/report.h"
+#include "simulator/pod/pod.h"
 
 #include <gtest/gtest.h>
 
 #include "simulator/pod/calendar.h"
+#include "simulator/pod/pod.h"
 
 namespace podsim {
 namespace {
@@ -138,6 +140,31 @@ TEST(AnswerTo, TheDisplayTellsItsItems) {
     EXPECT_EQ(items, wire::buildVariableFrame(18, wire::Bytes{1, 3, 0x01, 0x76, 0x68, 0x00}.data(), 6));
     EXPECT_TRUE(answerTo({1}, s).empty());
     EXPECT_TRUE(answerTo({}, s).empty());
+}
+
+TEST(Answer, TheChannelsOfTheRemoteControlAreThoseThatWereAssigned) {
+    const wire::Bytes factory = {2, 0, 2, 1, 3, 5, 4, 6, 9, 7, 8};
+    const auto answer = [](Pod& pod) { return answerTo({2}, pod.snapshot()); };
+    const auto frame = [](const wire::Bytes& table) {
+        return wire::buildVariableFrame(18, table.data(), table.size());
+    };
+    const auto assign = [](Pod& pod, const wire::Bytes& table) {
+        pod.apply(17, table.data(), table.size(), -1, 0, 0);
+    };
+    Pod pod;
+    EXPECT_EQ(answer(pod), frame(factory));
+    const wire::Bytes table = {2, 0x1F, 0x00, 0x05, 0x11, 0x07, 0x08, 0x09, 0x0A, 0x1B, 0x0C};
+    assign(pod, table);
+    EXPECT_EQ(answer(pod), frame(table));
+    // Another subject, or a table that is too short.
+    assign(pod, {3, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
+    assign(pod, {2, 1, 1, 1, 1, 1, 1, 1, 1, 1});
+    EXPECT_EQ(answer(pod), frame(table));
+    const auto configure = [&pod](wire::Bytes what) { pod.apply(54, what.data(), what.size(), -1, 0, 0); };
+    configure({0, 6});
+    EXPECT_EQ(answer(pod), frame(table));
+    configure({1, 6});
+    EXPECT_EQ(answer(pod), frame(factory));
 }
 
 }  // namespace

@@ -21,7 +21,8 @@ RUN_TREE = pathlib.Path(sys.argv.pop()).resolve()
 PATIENCE_S = 20
 # Five times what a right station needs at most: two periods, a tenth of a second, the pod's slowing down.
 STOP_S = 1.5
-ARROW, ZOOM, SPEED = "pushButton_115", "pushButton_118", "lineEdit_3"
+# To the left, where the pod has the longest way to its end: every hold here goes on from where the last one ended.
+ARROW, ZOOM, SPEED = "pushButton_113", "pushButton_118", "lineEdit_3"
 
 
 def wait_for(condition, seconds, what):

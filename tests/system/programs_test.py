@@ -158,6 +158,29 @@ class Programs(unittest.TestCase):
         self.assertIn("js_sensitivity=10", text)
         self.assertEqual(list(self.s.run.glob("*.dmp")), [])
 
+    def ends_whole(self, end):
+        """What is recorded when the program ends plays to its end."""
+        self.start()
+        xdotool("key", "F9")
+        folder = self.s.run / "record"
+        file, = wait_for(lambda: [f for f in folder.glob("*/*.mp4") if f.stat().st_size > 100_000], 30, "a recording")
+        self.s.pictures(50, 30, "the pictures while it records")
+        end()
+        self.assertEqual(self.s.station.wait(10), 0)
+        # Its table of key pictures, which only an orderly end writes.
+        self.assertEqual(file.read_bytes()[-12:-8], b"mfro")
+        probe = subprocess.run(["ffprobe", "-v", "warning", "-count_frames", "-select_streams", "v:0", "-show_entries",
+                                "stream=nb_read_frames", "-of", "csv=p=0", file],
+                               capture_output=True, text=True, check=True)
+        self.assertEqual(probe.stderr, "")
+        self.assertGreaterEqual(int(probe.stdout), 50)
+
+    def test_a_signal_while_it_records_leaves_a_whole_file(self):
+        self.ends_whole(lambda: self.s.station.send_signal(signal.SIGTERM))
+
+    def test_closing_while_it_records_leaves_a_whole_file(self):
+        self.ends_whole(self.s.close_button)
+
     def test_closing_while_the_server_hangs(self):
         self.start()
         self.s.pod.send_signal(signal.SIGSTOP)
@@ -175,6 +198,7 @@ class Programs(unittest.TestCase):
         self.s.udp = demo.free_port(demo.socket.SOCK_DGRAM)
         self.s.rtsp = server.getsockname()[1]
         self.s.local = demo.free_port(demo.socket.SOCK_DGRAM)
+        self.s.web = demo.free_port(demo.socket.SOCK_STREAM)
         self.s.start_station()
         wait_for(self.s.picture_area, 20, "the window")
         # The automatic opening comes to a server that hangs up at once.

@@ -12,6 +12,7 @@
 
 #include "receiver.h"
 #include "rtsp_server.h"
+#include "tavrik/tavrik.h"
 #include "wire_forms.h"
 
 namespace tavrik::test {
@@ -45,6 +46,13 @@ bool becomes(Condition condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
+}
+
+// Promised within 1 s; the machine of a test may be five times as slow.
+inline void closeInTime(int handle) {
+    const auto start = std::chrono::steady_clock::now();
+    feedClose(handle);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 enum class Line { kUdp, kRtsp };

@@ -5,12 +5,12 @@ extern "C" {
 #include <libavutil/base64.h>
 }
 
+#include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "camera.h"
 #include "recording.h"
+#include "tavrik/recorder.h"
 #include "tavrik/tavrik.h"
 
 namespace tavrik::test {
@@ -47,13 +47,6 @@ std::vector<int> pictureNumbers(const std::string& path) {
     return numbersOf(film(), readRecording(path).sums);
 }
 
-// An MP4 file that was ended properly ends with its table of key pictures.
-bool isClosed(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
-    return bytes.size() > 16 && bytes.compare(bytes.size() - 12, 4, "mfro") == 0;
-}
-
 class CaptureManners : public testing::Test {
 protected:
     void open() {
@@ -81,7 +74,7 @@ TEST_F(CaptureManners, AHandleThatRecordsEndsItsFileAndBeginsTheNext) {
     send(43);
     captureBegin(last.c_str(), m_handle, 0);
     send(65);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(raw), "10..29");
     EXPECT_EQ(runIn(mp4), "30..49");
     EXPECT_EQ(runIn(last), "50..64");
@@ -100,7 +93,7 @@ TEST_F(CaptureManners, TheEndClosesTheFileWhileTheStreamGoesOn) {
     send(45);
     captureBegin(second.c_str(), m_handle, 1);
     send(48);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(second), "40..47") << "a fresh one begins with the group in memory";
     EXPECT_EQ(runIn(first), "10..37");
 }
@@ -111,7 +104,7 @@ TEST_F(CaptureManners, CloseEndsItAtOnceAndWhole) {
     send(12);
     captureBegin(path.c_str(), m_handle, 1);
     send(27);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_TRUE(isClosed(path));
     EXPECT_EQ(runIn(path), "10..26");
 }
@@ -122,7 +115,7 @@ TEST_F(CaptureManners, BeginsWithTheFirstKeyPictureWhereNoneIsInMemory) {
     captureBegin(path.c_str(), m_handle, 1);
     EXPECT_FALSE(std::filesystem::exists(path));
     send(25);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(path), "0..24");
 }
 
@@ -137,7 +130,7 @@ TEST_F(CaptureManners, ItsOwnPathAgainChangesNothing) {
     send(45);
     captureBegin(path.c_str(), m_handle, 1);
     send(65);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(path), "10..64");
 }
 
@@ -152,7 +145,7 @@ TEST_F(CaptureManners, ARollOverWithoutAKeyPictureLeavesAllInTheFileBefore) {
     testing::internal::CaptureStderr();
     captureEnd(m_handle);
     EXPECT_TRUE(becomes([&] { return isClosed(first); }));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(runIn(first), "10..17");
     EXPECT_FALSE(std::filesystem::exists(second));
@@ -168,7 +161,7 @@ TEST_F(CaptureManners, ChinesePathsAreUtf8) {
     send(12);
     captureBegin(path.c_str(), m_handle, 1);
     send(25);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(path), "10..24");
 }
 
@@ -185,7 +178,7 @@ TEST_F(CaptureManners, HandlesThatAreNotOpenAreNothing) {
     captureEnd(m_handle);
     StillBegin(m_handle, nullptr, 0, 1, nullptr);
     send(12);
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
 }
 
@@ -230,6 +223,8 @@ TEST(CapturePull, TakesTheHandlesThatAreNotOpen) {
 // Pictures given to a session one by one, without a network in between: over RTSP with times of our own.
 class CaptureStream : public testing::Test {
 protected:
+    // A test that fails midway must not leave its pictures to the next.
+    ~CaptureStream() override { feedClose(m_handle); }
     void open(Codec codec = Codec::kH264) {
         RtspServer::Settings settings;
         settings.codec = codec;
@@ -252,6 +247,7 @@ protected:
 TEST_F(CaptureStream, WithoutKeyPicturesOrWithParameterSetsAloneMakesNoFile) {
     open();
     captureBegin((m_folder / "a.mp4").c_str(), m_handle, 1);
+    const auto begun = std::chrono::steady_clock::now();
     std::vector<Bytes> sets;
     for (const Bytes& nal : nalsOf(film().unit(0))) {
         if (nal[0] % 32 == 7 || nal[0] % 32 == 8) {
@@ -265,13 +261,15 @@ TEST_F(CaptureStream, WithoutKeyPicturesOrWithParameterSetsAloneMakesNoFile) {
     for (std::uint32_t n = 1; n < 10; ++n) {
         send(film().unit(n), (20 + n) * 3600);
     }
-    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
+    // On a machine that stood still for seconds a recording has begun without a key picture.
+    const bool in_time = std::chrono::steady_clock::now() - begun < Recorder::kMaxWaitForKey;
+    EXPECT_TRUE(!in_time || std::filesystem::is_empty(m_folder.path()));
     for (std::uint32_t n = 10; n < 25; ++n) {
         send(film().unit(n), (30 + n) * 3600);
     }
     ASSERT_TRUE(m_receiver.waitForFrames(15));
-    feedClose(m_handle);
-    EXPECT_EQ(runIn(m_folder / "a.mp4"), "10..24");
+    closeInTime(m_handle);
+    EXPECT_TRUE(!in_time || runIn(m_folder / "a.mp4") == "10..24") << runIn(m_folder / "a.mp4");
 }
 
 // Some cameras tell their parameter sets in the session's description alone.
@@ -305,7 +303,7 @@ TEST_F(CaptureStream, GetsParameterSetsFromTheDescription) {
         }
     }
     ASSERT_TRUE(m_receiver.waitForFrames(45));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     EXPECT_EQ(runIn(raw), "10..29");
     EXPECT_EQ(runIn(mp4), "30..44");
 }
@@ -331,7 +329,7 @@ TEST_F(CaptureStream, WithoutAKeyPictureForLongIsOnTheDiskAllTheSame) {
             before = size();
         },
         [&] { return grown >= 3; }, 40));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     const Recording recording = readRecording(m_folder / "a.mp4");
     EXPECT_EQ(recording.trouble, "");
     EXPECT_EQ(recording.sums.size(), m_receiver.numbers().size());
@@ -349,7 +347,7 @@ TEST_F(CaptureStream, AChangeOfSizeGoesOnInTheSameFile) {
         send((n < 20 ? first : second).encode(n), static_cast<std::uint32_t>(n) * 3600);
     }
     ASSERT_TRUE(m_receiver.waitForFrames(40));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     const Recording recording = readRecording(m_folder / "a.mp4");
     EXPECT_EQ(recording.trouble, "");
     std::vector<int> widths(20, 320);
@@ -380,7 +378,7 @@ TEST(CaptureCodec, AChangeEndsTheFile) {
     captureBegin((folder / "b.mp4").c_str(), handle, 1);
     EXPECT_TRUE(stream([&](int n) { sender.send(h265.encode(2000 + n), 1400); },
                        [&] { return receiver.numbers().back() >= 2015; }));
-    feedClose(handle);
+    closeInTime(handle);
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_NE(log.find("a.mp4 ended: the stream's coding changed"), std::string::npos) << log;
     EXPECT_EQ(readRecording(folder / "a.mp4").trouble, "");
@@ -400,7 +398,7 @@ TEST_F(CaptureStream, TimesThatJumpDoNotReachTheFile) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     ASSERT_TRUE(m_receiver.waitForFrames(kPictures));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     const Recording recording = readRecording(m_folder / "a.mp4");
     EXPECT_EQ(recording.trouble, "");
     EXPECT_EQ(runOf(numbersOf(film(), recording.sums)), "0..79");

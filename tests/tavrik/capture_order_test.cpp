@@ -163,7 +163,7 @@ TEST_P(CaptureOrder, IsThatOfShowingAcrossARollOver) {
     captureBegin(second.c_str(), m_handle, 1);
     send(35, kCount);
     ASSERT_TRUE(m_receiver.waitForFrames(kCount - 8));
-    feedClose(m_handle);
+    closeInTime(m_handle);
     const Recording a = readRecording(first), b = readRecording(second);
     EXPECT_EQ(a.trouble + b.trouble, "");
     // The key picture of an open group stands in both files: pictures of both need it.

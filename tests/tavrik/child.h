@@ -55,6 +55,7 @@ public:
             m_in = -1;
         }
     }
+    void signal(int number) { ::kill(m_pid, number); }
     // Sends the signal, if not 0, and waits for the end.
     void end(int signal) {
         if (m_pid <= 0) {

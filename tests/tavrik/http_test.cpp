@@ -1,65 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <vector>
 
+#include "http_camera.h"
 #include "receiver.h"
 #include "two_addresses.h"
 
 namespace tavrik::test {
 namespace {
-
-// Answers one GET with a transport stream that never ends.
-class HttpCamera {
-public:
-    HttpCamera() : m_listener(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof(address));
-        socklen_t size = sizeof(address);
-        ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&address), &size);
-        m_port = ntohs(address.sin_port);
-        ::listen(m_listener, 4);
-        m_thread = std::thread([this] { serve(); });
-    }
-    ~HttpCamera() {
-        ::shutdown(m_listener, SHUT_RDWR);
-        m_thread.join();
-        ::close(m_listener);
-        if (m_client >= 0) {
-            ::close(m_client);
-        }
-    }
-    std::string url() const { return "http://127.0.0.1:" + std::to_string(m_port) + "/live.ts"; }
-    void send(const Bytes& bytes) {
-        if (m_ready) {
-            ::send(m_client, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        }
-    }
-
-private:
-    void serve() {
-        m_client = ::accept(m_listener, nullptr, nullptr);
-        if (m_client < 0) {
-            return;
-        }
-        std::string request;
-        char byte = 0;
-        while (request.find("\r\n\r\n") == std::string::npos && ::recv(m_client, &byte, 1, 0) == 1) {
-            request += byte;
-        }
-        const std::string answer = "HTTP/1.0 200 OK\r\nContent-Type: video/mp2t\r\n\r\n";
-        ::send(m_client, answer.data(), answer.size(), MSG_NOSIGNAL);
-        m_ready = true;
-    }
-
-    int m_listener;
-    int m_port = 0;
-    int m_client = -1;
-    std::atomic<bool> m_ready{false};
-    std::thread m_thread;
-};
 
 TEST(Http, ShowsATransportStream) {
     for (const bool by_name : {false, true}) {
@@ -84,6 +35,48 @@ TEST(Http, ShowsATransportStream) {
             EXPECT_GT(numbers[i], numbers[i - 1]);
         }
     }
+}
+
+// The packets of a transport stream are no single frames of sound.
+TEST(Http, PlaysTheSoundOfATransportStream) {
+    HttpCamera camera;
+    Receiver receiver;
+    const int handle =
+        feedOpen(camera.url().c_str(), 0, receiver.onFrame(), receiver.onAudio(), "", true, "", nullptr, 1);
+    ASSERT_GT(handle, 0);
+    ASSERT_TRUE(camera.waitForRequest());
+    TestEncoder encoder(EncoderSettings{});
+    std::vector<Bytes> units;
+    for (int n = 0; n < 100; ++n) {
+        units.push_back(encoder.encode(n));
+    }
+    const Bytes bytes = muxTransportStream(Codec::kH264, units, true, true);
+    // At its own pace: sound that is left behind by the pictures is not played.
+    const std::size_t piece = bytes.size() / 400 + 1;
+    ASSERT_TRUE(stream(
+        [&](int n) {
+            const std::size_t at = std::min(static_cast<std::size_t>(n) * piece, bytes.size());
+            camera.send(
+                Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at + piece, bytes.size()))));
+        },
+        [&] { return receiver.sound().size() > 4 * 30000; }, 10));
+    feedClose(handle);
+    EXPECT_EQ(receiver.m_rate, 48000);
+    EXPECT_EQ(receiver.m_channels, 2);
+    EXPECT_GE(receiver.numbers().size(), 10u);
+    const Bytes sound = receiver.sound();
+    const auto sample = [&](std::size_t i) {
+        return static_cast<std::int16_t>(sound[i * 4] | (sound[i * 4 + 1] << 8));
+    };
+    int crossings = 0;
+    double power = 0;
+    for (std::size_t i = 10000; i < 20000; ++i) {
+        crossings += (sample(i) < 0) != (sample(i + 1) < 0) ? 1 : 0;
+        power += double(sample(i)) * sample(i);
+    }
+    EXPECT_NEAR(crossings, 10000.0 / 48 * 2, 10) << "1 kHz";
+    EXPECT_NEAR(std::sqrt(power / 10000), 0.5 / std::sqrt(2.0) * 32768, 1200);
 }
 
 }  // namespace

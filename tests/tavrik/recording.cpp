@@ -1,6 +1,8 @@
 #include "recording.h"
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <unordered_map>
 
 namespace tavrik::test {
@@ -56,8 +58,11 @@ private:
         return avcodec_open2(context.get(), nullptr, nullptr) >= 0 ? std::move(context) : nullptr;
     }
     void decode(AVCodecContext* context, const AVPacket* packet) {
-        if (avcodec_send_packet(context, packet) < 0) {
-            m_out.trouble = "a packet does not decode, number " + std::to_string(m_out.packets);
+        const int result = avcodec_send_packet(context, packet);
+        if (result < 0) {
+            m_out.trouble = "a packet does not decode, number " + std::to_string(m_out.packets) + ", error " +
+                            std::to_string(result) + ", bytes " +
+                            std::to_string(packet != nullptr ? packet->size : 0);
             return;
         }
         while (avcodec_receive_frame(context, m_frame.get()) >= 0) {
@@ -142,6 +147,12 @@ std::string runOf(const std::vector<int>& numbers) {
         }
     }
     return std::to_string(numbers.front()) + ".." + std::to_string(numbers.back());
+}
+
+bool isClosed(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    return bytes.size() > 16 && bytes.compare(bytes.size() - 12, 4, "mfro") == 0;
 }
 
 int probedPictures(const std::string& path) {

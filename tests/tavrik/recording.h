@@ -27,6 +27,9 @@ std::vector<int> numbersOf(const Film& film, const std::vector<std::uint32_t>& s
 // "first..last" if each picture follows the one before it, else what is wrong.
 std::string runOf(const std::vector<int>& numbers);
 
+// An MP4 file that was ended properly ends with its table of key pictures.
+bool isClosed(const std::string& path);
+
 // ffprobe's count of the pictures that it has decoded, -1 if it complains of anything.
 int probedPictures(const std::string& path);
 // Of one entry, as ffprobe's -show_entries takes it; empty if there is none.

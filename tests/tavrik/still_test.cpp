@@ -118,6 +118,52 @@ TEST_F(Stills, ThatCannotBeWrittenCostALine) {
     EXPECT_NE(log.find("tavrik: still /dev/full/1.jpg: "), std::string::npos) << log;
 }
 
+// A directory stands in the place of the file.
+TEST_F(Stills, ThatCannotGetTheirNameLeaveNothingBehind) {
+    open();
+    show(1);
+    const std::string path = m_folder / "1.jpg";
+    std::filesystem::create_directory(path);
+    testing::internal::CaptureStderr();
+    StillBegin(m_handle, m_folder.path().c_str(), 0, 1, path.c_str());
+    feedClose(m_handle);
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("1.jpg: Is a directory"), std::string::npos) << log;
+    EXPECT_TRUE(std::filesystem::is_empty(path));
+    EXPECT_FALSE(std::filesystem::exists(path + ".part"));
+}
+
+TEST_F(Stills, MoreThanSixteenDoNotWait) {
+    open();
+    const auto path = [this](int n) { return m_folder / (std::to_string(n) + ".jpg"); };
+    testing::internal::CaptureStderr();
+    for (int n = 1; n <= 17; ++n) {
+        StillBegin(m_handle, m_folder.path().c_str(), 0, 1, path(n).c_str());
+    }
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(log, "tavrik: still " + path(17) + ": too many wait, dropped\n");
+    show(1);
+    for (int n = 1; n <= 16; ++n) {
+        EXPECT_TRUE(there(path(n))) << n;
+    }
+    feedClose(m_handle);
+    EXPECT_FALSE(std::filesystem::exists(path(17)));
+}
+
+// Forgotten ones make room.
+TEST_F(Stills, ThatAreForgottenMakeRoomForOthers) {
+    open();
+    for (int n = 0; n < 17; ++n) {
+        StillBegin(m_handle, m_folder.path().c_str(), 0, 1, (m_folder / "never.jpg").c_str());
+    }
+    StillEnd(m_handle);
+    StillBegin(m_handle, m_folder.path().c_str(), 0, 1, (m_folder / "later.jpg").c_str());
+    show(1);
+    EXPECT_TRUE(there(m_folder / "later.jpg"));
+    feedClose(m_handle);
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "never.jpg"));
+}
+
 // Colours: what the screen shows is what the file shows.
 TEST(StillColours, AreBroughtToThoseOfJpeg) {
     const Folder folder("colours");

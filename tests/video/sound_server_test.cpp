@@ -1,0 +1,180 @@
+// Sound from a camera on loopback into a sound server of the test's own, whose device goes away, which dies
+// or stands still: the picture goes on, and closing waits for nobody.
+#include <gtest/gtest.h>
+
+#include <QAudioOutput>
+#include <QCoreApplication>
+#include <QPointer>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/tavrik/child.h"
+#include "tests/tavrik/receiver.h"
+#include "tests/tavrik/rtsp_server.h"
+#include "video/channel_sound.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+namespace stream_test = tavrik::test;
+
+// Where the server of this process' tests stands; set once, before the first thread.
+std::string g_folder;
+
+std::string outputOf(const std::string& command) {
+    std::string output;
+    std::FILE* pipe = ::popen(command.c_str(), "r");
+    char buffer[1024];
+    for (std::size_t got = 0; (got = std::fread(buffer, 1, sizeof(buffer), pipe)) > 0;) {
+        output.append(buffer, got);
+    }
+    ::pclose(pipe);
+    return output;
+}
+
+std::string ask(const std::string& what) { return outputOf("pactl " + what + " 2>/dev/null"); }
+
+bool becomes(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + 60s;
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(20ms);
+    }
+    return condition();
+}
+
+class SoundServer : public testing::Test {
+protected:
+    static stream_test::RtspServer::Settings settings() {
+        stream_test::RtspServer::Settings out;
+        out.audio = true;
+        return out;
+    }
+    SoundServer() { ChannelSound::openGate(); }
+    ~SoundServer() override { ChannelSound::closeGate(); }
+    // Without the user's settings, and with a device that takes sound at the pace of a real one. One for all
+    // tests: the toolkit does not come back to a server that has gone.
+    static void SetUpTestSuite() {
+        s_server = std::make_unique<stream_test::Child>(std::vector<std::string>{
+            "/usr/bin/env", "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+            "--realtime=no", "--high-priority=no", "-L", "module-null-sink sink_name=first", "-L",
+            "module-native-protocol-unix auth-anonymous=1 socket=" + g_folder + "/socket"});
+    }
+    static void TearDownTestSuite() { s_server.reset(); }
+    void SetUp() override {
+        ASSERT_TRUE(becomes([] { return !ask("list short sinks").empty(); })) << s_server->output();
+    }
+    void open() {
+        m_handle = tavrik::feedOpen(m_camera.url().c_str(), 0, m_receiver.onFrame(), m_sound.player(), "",
+                                    true, "", nullptr, 1);
+        ASSERT_TRUE(m_camera.waitForPlay(stream_test::kPatienceMs));
+    }
+    template <class Done>
+    bool play(Done done) {
+        return stream_test::stream(
+            [&](int) {
+                m_camera.sendPicture(m_encoder.encode(m_next), static_cast<std::uint32_t>(m_next) * 3600);
+                m_camera.sendSound(stream_test::Bytes(320, 0x80), static_cast<std::uint32_t>(m_next) * 320);
+                ++m_next;
+                QCoreApplication::processEvents();
+            },
+            done, 40);
+    }
+    // By the server's own word.
+    bool sounds() {
+        return play([&] { return m_next % 10 == 0 && !ask("list short sink-inputs").empty(); });
+    }
+    bool shows(std::size_t more) {
+        const std::size_t wanted = m_receiver.numbers().size() + more;
+        return play([&] { return m_receiver.numbers().size() >= wanted; });
+    }
+    // As the channel does it. Promised within 1 s; the machine of a test may be five times as slow.
+    void close() {
+        const QPointer<QAudioOutput> output = m_output;
+        const auto start = std::chrono::steady_clock::now();
+        ChannelSound::closeGate();
+        tavrik::feedClose(m_handle);
+        m_sound.stop();
+        EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+        EXPECT_TRUE(becomes([&] {
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            return output.isNull();
+        })) << "somebody waits for the device still";
+        ChannelSound::openGate();
+    }
+
+    static std::unique_ptr<stream_test::Child> s_server;
+
+    QAudioOutput* m_output = nullptr;
+    QIODevice* m_device = nullptr;
+    ChannelSound m_sound{SoundFields{m_output, m_device}};
+    stream_test::RtspServer m_camera{settings()};
+    stream_test::TestEncoder m_encoder{stream_test::EncoderSettings{}};
+    stream_test::Receiver m_receiver;
+    int m_next = 0;
+    int m_handle = 0;
+};
+
+std::unique_ptr<stream_test::Child> SoundServer::s_server;
+
+TEST_F(SoundServer, WhoseDeviceIsUnloadedTakesNoPictureAlongAndTheNextOneIsHeard) {
+    open();
+    ASSERT_TRUE(sounds());
+    ask("unload-module module-null-sink");
+    EXPECT_TRUE(becomes([] { return ask("list short sinks").find("first") == std::string::npos; }));
+    EXPECT_TRUE(shows(50));
+    close();
+    EXPECT_EQ(m_output, nullptr);
+    ask("load-module module-null-sink sink_name=second");
+    open();
+    EXPECT_TRUE(sounds());
+    close();
+    EXPECT_TRUE(becomes([] { return ask("list short sink-inputs").empty(); }));
+}
+
+TEST_F(SoundServer, ThatStandsStillTakesNoPictureAlong) {
+    open();
+    ASSERT_TRUE(sounds());
+    s_server->signal(SIGSTOP);
+    EXPECT_TRUE(shows(50));
+    close();
+    s_server->signal(SIGCONT);
+    open();
+    EXPECT_TRUE(sounds());
+    close();
+}
+
+// The last one.
+TEST_F(SoundServer, ThatDiesTakesNoPictureAlong) {
+    open();
+    ASSERT_TRUE(sounds());
+    s_server->end(SIGKILL);
+    EXPECT_TRUE(shows(50));
+    close();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    g_folder = testing::TempDir() + "sound_server_" + std::to_string(::getpid());
+    fs::create_directories(g_folder);
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR"}) {
+        ::setenv(name, g_folder.c_str(), 1);
+    }
+    ::setenv("PULSE_SERVER", ("unix:" + g_folder + "/socket").c_str(), 1);
+    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    QCoreApplication application(argc, argv);
+    const int result = RUN_ALL_TESTS();
+    std::error_code error;
+    fs::remove_all(g_folder, error);
+    return result;
+}
