@@ -100,7 +100,8 @@ int main(int argc, char* argv[]) {
     QApplication::setFont(font);
     QApplication application(argc, argv);
     installFontSubstitutes();
-    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    // And so do its style sheets, which lie in the run-time tree.
+    QDir::setCurrent(QCoreApplication::applicationDirPath() + QStringLiteral("/../run"));
     Places places;
     const int missing = places.print(QCoreApplication::arguments().mid(1));
     std::fflush(nullptr);
