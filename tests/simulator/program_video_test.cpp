@@ -279,8 +279,9 @@ const std::vector<std::string> kPauses{"--fault", "video.pause=600",    "--fault
                                        "--fault", "video.pause-every=5"};
 constexpr auto kLongGap = 550ms;
 
-// Reads for as long as it takes to see four long gaps inside pictures; the function tells of each piece behind
-// a gap whether it continues a picture. A starved machine makes gaps of its own between pictures, fewer.
+// Reads for as long as it takes to see four long gaps inside pictures; the function tells of each piece
+// behind a gap whether it continues a picture. A starved machine makes gaps of its own between pictures,
+// fewer.
 template <typename Read, typename Continues>
 void expectGapsInsidePictures(Read read, Continues continues) {
     const auto deadline = Clock::now() + 60s;
