@@ -75,8 +75,9 @@ void QMyPlotDlg::applyColours() {
     m_view->setBackgroundBrush(look.ground());
     m_chart.legend()->setLabelColor(look.text());
     for (QValueAxis* axis : {&m_axis_x, &m_axis_frm, &m_axis_gest, &m_axis_devi}) {
-        axis->setGridLineColor(look.grid());
-        axis->setLinePen(QPen(look.axis(), 1));
+        // Width 0 is one pixel as well, and needs no outline worked out for each line.
+        axis->setGridLinePen(QPen(look.grid(), 0));
+        axis->setLinePen(QPen(look.axis(), 0));
         axis->setLabelsBrush(look.axis());
         axis->setTitleBrush(look.text());
     }

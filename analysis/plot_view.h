@@ -5,6 +5,8 @@
 #include <QColor>
 #include <cstdint>
 
+#include "analysis/still_parts.h"
+
 // The sheets give the colours (qproperty-groundColour ...), since they do not reach a chart itself. GUI
 // thread.
 class PlotView : public QtCharts::QChartView {
@@ -37,6 +39,7 @@ signals:
 protected:
     bool event(QEvent* e) override;
     void paintEvent(QPaintEvent* e) override;
+    void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
     QColor m_ground = Qt::white;
@@ -46,5 +49,6 @@ private:
     QColor m_first = Qt::blue;
     QColor m_second = Qt::darkYellow;
     QColor m_third = Qt::magenta;
+    StillParts m_still;
     std::int64_t m_paint_ns = 0;
 };

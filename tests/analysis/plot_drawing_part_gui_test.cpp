@@ -1,7 +1,10 @@
 // What the plot dialog draws: tip, values, zoom, colours, and what it costs at any rate.
 #include <QElapsedTimer>
+#include <QGraphicsEffect>
+#include <QGraphicsScene>
 #include <QLabel>
 #include <QLegend>
+#include <QPainter>
 #include <QSet>
 #include <QWheelEvent>
 #include <cmath>
@@ -259,6 +262,110 @@ TEST_F(PlotDrawing, TheChartTakesTheColoursThatTheSheetGivesItsView) {
         EXPECT_GT(seen.value(QColor("#335577").rgb()), 500);
         EXPECT_EQ(chart().legend()->labelColor(), QColor("#7799bb"));
     }
+}
+
+// --- what stands still ---
+
+// The view copies a picture of what has not changed: nobody may see that.
+class PlotPicture : public PlotDrawing {
+protected:
+    // The scene as it paints itself, every item of it.
+    QImage whole() {
+        QImage image(view()->viewport()->size(), QImage::Format_RGB32);
+        image.fill(view()->backgroundBrush().color());
+        enable(false);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QRect area = view()->viewport()->rect();
+        view()->scene()->render(&painter, area, view()->mapToScene(area).boundingRect());
+        enable(true);
+        return image;
+    }
+    void enable(bool enabled) {
+        const auto parts = chart().childItems();
+        for (QGraphicsItem* part : parts) {
+            if (part->graphicsEffect() != nullptr) {
+                part->graphicsEffect()->setEnabled(enabled);
+            }
+        }
+    }
+    // At once and when the changes have settled. An axis taken off the chart is seen until it is deleted.
+    void expectWhole(const char* when, int times = 3) {
+        for (int i = 0; i < times; ++i) {
+            const QImage seen = view()->viewport()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+            EXPECT_TRUE(seen == whole()) << when << ", painting " << i;
+            QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+};
+
+TEST_F(PlotPicture, IsThatOfTheSceneWhateverChanges) {
+    plot(300, frameAngles(1000, 2000, 0), "框架方位角");
+    expectWhole("plotting");
+    for (int i = 1; i <= 12; ++i) {
+        give(frameAngles(1000 + i, 2000, 0));
+        ASSERT_TRUE(shows(300 + i, "框架方位角"));
+        expectWhole("with a moved window");
+    }
+    give(frameAngles(12000, 2000, 0));
+    ASSERT_TRUE(shows(313, "框架方位角"));
+    expectWhole("with another range");
+    turn(120);
+    expectWhole("zoomed");
+    yAxis()->setTitleText("another");
+    expectWhole("with another title");
+    QFont font = yAxis()->labelsFont();
+    font.setItalic(true);
+    yAxis()->setLabelsFont(font);
+    expectWhole("with other letters");
+    yAxis()->setTickCount(5);
+    expectWhole("with fewer lines");
+    yAxis()->setGridLineVisible(false);
+    expectWhole("without lines");
+}
+
+// Hidden, so that nothing is painted but here: the numbers of the X axis leave the picture and come back.
+TEST_F(PlotPicture, LeavesOutWhatMovesTimeAfterTime) {
+    plot(300, frameAngles(1000, 2000, 0), "框架方位角");
+    dialog.hide();
+    expectWhole("plotting");
+    for (int i = 1; i <= 5; ++i) {
+        give(frameAngles(1000, 2000, 0));
+        ASSERT_TRUE(shows(300 + i, "框架方位角"));
+        expectWhole("with a moved window", 1);
+    }
+    expectWhole("standing still", 12);
+    for (int i = 1; i <= 3; ++i) {
+        view()->resize(view()->width() + 10, view()->height() + 10);
+        expectWhole("growing", 1);
+    }
+    expectWhole("grown", 12);
+    // The X axis lies over the lowest of these.
+    for (int width = 5; width < 10; ++width) {
+        yAxis()->setGridLinePen(QPen(Qt::red, width));
+        expectWhole("with wider lines", 1);
+    }
+}
+
+TEST_F(PlotPicture, FollowsTheViewTheColoursAndTheCategory) {
+    plot(300, frameAngles(1000, 2000, 0), "框架方位角");
+    expectWhole("plotting");
+    dialog.setStyleSheet("PlotView { qproperty-groundColour: #101820; }");
+    expectWhole("on another ground");
+    dialog.setStyleSheet("PlotView { qproperty-gridColour: #335577; }");
+    expectWhole("with another grid");
+    dialog.setStyleSheet("PlotView { qproperty-axisColour: #557799; qproperty-textColour: #7799bb; }");
+    expectWhole("with other axes");
+    dialog.resize(dialog.width() + 100, dialog.height() + 50);
+    ASSERT_TRUE(eventually([this] { return chart().size().toSize() == view()->size(); }));
+    expectWhole("bigger");
+    find<QRadioButton>("radioButton_3")->click();
+    expectWhole("of the deviation");
+    find<QRadioButton>("radioButton")->click();
+    expectWhole("of the angles again");
+    box("checkBox_frmPit")->setChecked(false);
+    expectWhole("without a curve");
 }
 
 // --- load ---
