@@ -5,8 +5,8 @@
 
 namespace globe {
 
-// Lines run at their points' own altitudes and areas are draped, whatever is set here; the rest is kept for whoever
-// asks a style for it.
+// Lines run at their points' own altitudes and areas are draped, whatever is set here; the rest is kept for
+// whoever asks a style for it.
 class AltitudeSymbol : public Symbol {
 public:
     enum Clamping {

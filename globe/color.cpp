@@ -24,7 +24,8 @@ bool readHex(const std::string& digits, std::uint32_t& out) {
 }
 
 Color fromBytes(int r, int g, int b) {
-    return Color(static_cast<float>(r) / 255.0f, static_cast<float>(g) / 255.0f, static_cast<float>(b) / 255.0f);
+    return Color(static_cast<float>(r) / 255.0f, static_cast<float>(g) / 255.0f,
+                 static_cast<float>(b) / 255.0f);
 }
 
 unsigned toByte(float value) {

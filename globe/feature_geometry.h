@@ -9,8 +9,8 @@
 
 namespace globe {
 
-// Points in the coordinates of their feature's reference: for a geographic one longitude and latitude in degrees and
-// altitude in metres. Points that are not finite are left out when the shape is drawn.
+// Points in the coordinates of their feature's reference: for a geographic one longitude and latitude in
+// degrees and altitude in metres. Points that are not finite are left out when the shape is drawn.
 class Geometry : public osg::Referenced {
 public:
     Geometry() = default;
@@ -43,8 +43,9 @@ protected:
     ~LineString() override = default;
 };
 
-// One ring, in either sense, the first point not repeated (it does no harm). It may be concave; where it crosses
-// itself, what it goes around is inside. It encloses the side of the globe that its points lie around.
+// One ring, in either sense, the first point not repeated (it does no harm). It may be concave; where it
+// crosses itself, what it goes around is inside. It encloses the side of the globe that its points lie
+// around.
 class Polygon : public Geometry {
 public:
     using Geometry::Geometry;

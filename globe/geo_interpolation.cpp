@@ -56,8 +56,9 @@ Geodetic interpolateWay(const Geodetic& a, const Geodetic& b, double t, GeoInter
 void appendWay(const Geodetic& a, const Geodetic& b, double step_m, GeoInterpolation how,
                std::vector<Geodetic>& out) {
     const bool meridian = std::fabs(a.lat) > kPoleLatitude || std::fabs(b.lat) > kPoleLatitude;
-    const double length = how == GEOINTERP_RHUMB_LINE && !meridian ? rhumbDistance(radians(a), radians(b))
-                                                                   : greatCircleDistance(radians(a), radians(b));
+    const double length = how == GEOINTERP_RHUMB_LINE && !meridian
+                              ? rhumbDistance(radians(a), radians(b))
+                              : greatCircleDistance(radians(a), radians(b));
     const int steps = static_cast<int>(std::min(std::ceil(length / step_m), double(kMostSteps)));
     for (int i = 1; i < steps; ++i) {
         out.push_back(interpolateWay(a, b, static_cast<double>(i) / steps, how));
@@ -85,7 +86,8 @@ Geodetic geodesicDestination(const Geodetic& start, double bearing_deg, double d
         middle = std::cos(2.0 * sigma1 + sigma);
         const double s = std::sin(sigma);
         const double m2 = 2.0 * middle * middle - 1.0;
-        const double inner = std::cos(sigma) * m2 - big_b / 6.0 * middle * (4.0 * s * s - 3.0) * (2.0 * m2 - 1.0);
+        const double inner =
+            std::cos(sigma) * m2 - big_b / 6.0 * middle * (4.0 * s * s - 3.0) * (2.0 * m2 - 1.0);
         sigma = distance_m / (b * big_a) + big_b * s * (middle + big_b / 4.0 * inner);
     }
     const double s = std::sin(sigma);

@@ -9,7 +9,8 @@ namespace globe {
 
 class ModelSymbol : public Symbol {
 public:
-    // What the scene graph's readers know, pseudo-loaders included: "plane.osgb.10.scale" is ten times as large.
+    // What the scene graph's readers know, pseudo-loaders included: "plane.osgb.10.scale" is ten times as
+    // large.
     std::string& url() { return m_url; }
     const std::string& url() const { return m_url; }
     double& scale() { return m_scale; }

@@ -10,8 +10,8 @@
 
 namespace globe {
 
-// A set of symbols, one a kind. A copy shares the symbols of its original. A node reads its style when it is made or
-// given one; symbols that are changed later do not move it.
+// A set of symbols, one a kind. A copy shares the symbols of its original. A node reads its style when it is
+// made or given one; symbols that are changed later do not move it.
 class Style {
 public:
     Style() = default;
