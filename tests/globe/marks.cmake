@@ -1,1 +1,3 @@
-# Tests of styles, features and marks.
+sorvane_test(globe_marks_core_test
+  SOURCES drape_volume_test.cpp geo_interpolation_test.cpp marks_core_test.cpp
+  LIBS globe_core)
