@@ -53,13 +53,12 @@ void main() { gl_FragColor = gl_Color; }
 )";
 
 osg::Program* ribbonProgram() {
-    // Never freed: what is drawn last may outlive everything else.
     static osg::Program* const program = [] {
         osg::ref_ptr<osg::Program> made = new osg::Program;
         made->setName("ribbon");
         made->addShader(new osg::Shader(osg::Shader::VERTEX, kVertexShader));
         made->addShader(new osg::Shader(osg::Shader::FRAGMENT, kFragmentShader));
-        return made.release();
+        return keptForGood(made);
     }();
     return program;
 }
