@@ -5,4 +5,10 @@ if(NOT SORVANE_QT_FREE_ONLY)
   sorvane_gui_test(globe_draped_gui_test
     SOURCES draped_gui_test.cpp
     LIBS globe)
+  sorvane_gui_test(globe_lines_gui_test
+    SOURCES lines_gui_test.cpp
+    LIBS globe)
+  sorvane_gui_test(globe_places_gui_test
+    SOURCES places_gui_test.cpp
+    LIBS globe)
 endif()
