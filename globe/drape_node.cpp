@@ -94,7 +94,6 @@ osg::ref_ptr<osg::Geometry> makePass(osg::Vec3Array* vertices, osg::Vec4Array* c
     pass->addPrimitiveSet(corners);
     pass->setStateSet(state);
     pass->setDrawCallback(new OnlyWithStencil);
-    pass->setCullingActive(false);
     return pass;
 }
 

@@ -79,14 +79,14 @@ protected:
         scene.root()->addChild(area(ring, color));
     }
 
-    // Every third pixel that lies more than a pixel off any edge; how many were judged, and how many of them
+    // Every fourth pixel that lies more than a pixel off any edge; how many were judged, and how many of them
     // painted.
     void judge(int& judged, int& painted) {
         scene.draw();
         judged = painted = 0;
         int wrong = 0;
-        for (int y = 1; y < scene.height(); y += 3) {
-            for (int x = 1; x < scene.width(); x += 3) {
+        for (int y = 1; y < scene.height(); y += 4) {
+            for (int x = 1; x < scene.width(); x += 4) {
                 const Rgb wanted = expectedAt(x + 0.5, y + 0.5);
                 bool certain = wanted[0] >= 0;
                 for (const auto& [dx, dy] :
@@ -127,8 +127,8 @@ TEST_F(Draped, FootprintLiesOnTheHillsFromEveryTilt) {
         int judged = 0;
         int painted = 0;
         judge(judged, painted);
-        EXPECT_GT(judged, 2000) << pitch;
-        EXPECT_GT(painted, 300) << pitch;
+        EXPECT_GT(judged, 1000) << pitch;
+        EXPECT_GT(painted, 150) << pitch;
     }
 }
 
@@ -142,8 +142,8 @@ TEST_F(Draped, TheEyeMayStandInsideTheBody) {
     int judged = 0;
     int painted = 0;
     judge(judged, painted);
-    EXPECT_GT(judged, 2000);
-    EXPECT_GT(painted, 500);
+    EXPECT_GT(judged, 1000);
+    EXPECT_GT(painted, 250);
 }
 
 TEST_F(Draped, FarPlaneBeforeTheWallsBehindChangesNothing) {
@@ -152,7 +152,7 @@ TEST_F(Draped, FarPlaneBeforeTheWallsBehindChangesNothing) {
     int judged = 0;
     int painted = 0;
     judge(judged, painted);
-    EXPECT_GT(painted, 500);
+    EXPECT_GT(painted, 250);
 }
 
 TEST_F(Draped, TwoThatOverlapBlendEachOnce) {
@@ -166,7 +166,7 @@ TEST_F(Draped, TwoThatOverlapBlendEachOnce) {
     int judged = 0;
     int painted = 0;
     judge(judged, painted);
-    EXPECT_GT(painted, 800);
+    EXPECT_GT(painted, 400);
 }
 
 TEST_F(Draped, EitherSenseAndRightAboutTheSecondFrame) {
@@ -179,7 +179,29 @@ TEST_F(Draped, EitherSenseAndRightAboutTheSecondFrame) {
     int judged = 0;
     int painted = 0;
     judge(judged, painted);
-    EXPECT_GT(painted, 500);
+    EXPECT_GT(painted, 250);
+}
+
+// What others leave in the buffer, or what it holds when it is made.
+struct SoilStencil : public osg::Camera::DrawCallback {
+    void operator()(osg::RenderInfo&) const override {
+        void(GL_APIENTRY * value)(GLint) = nullptr;
+        void(GL_APIENTRY * clear)(GLbitfield) = nullptr;
+        ASSERT_TRUE(osg::setGLExtensionFuncPtr(value, "glClearStencil"));
+        ASSERT_TRUE(osg::setGLExtensionFuncPtr(clear, "glClear"));
+        value(7);
+        clear(GL_STENCIL_BUFFER_BIT);
+    }
+};
+
+TEST_F(Draped, WhatIsLeftInTheStencilBufferDoesNotMatter) {
+    add(footprint(ground), Color(Color::Yellow, 0.2f));
+    scene.viewer()->getCamera()->setInitialDrawCallback(new SoilStencil);
+    scene.lookAtPlace(ground.lon, ground.lat, 400.0, 3000.0, 50.0, 100.0, 50.0, 100000.0);
+    int judged = 0;
+    int painted = 0;
+    judge(judged, painted);
+    EXPECT_GT(painted, 250);
 }
 
 TEST_F(Draped, NothingIsShownOfNothing) {
@@ -205,7 +227,7 @@ TEST_F(Draped, NothingIsShownOfNothing) {
     int judged = 0;
     int painted = 0;
     judge(judged, painted);
-    EXPECT_GT(judged, 2000);
+    EXPECT_GT(judged, 1000);
     EXPECT_EQ(painted, 0);
 }
 

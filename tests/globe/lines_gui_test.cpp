@@ -95,6 +95,42 @@ TEST_F(Lines, AreAsWideAsToldAtTheirOwnAltitude) {
     }
 }
 
+TEST_F(Lines, StandToACentimetre) {
+    for (double lon = 112.0; lon < 113.0; lon += 0.1371) {
+        const osg::ref_ptr<FeatureNode> node =
+            line({{lon - 0.001, 33.75, 500.0}, {lon + 0.001, 33.75, 500.0}}, 0.1);
+        scene.root()->addChild(node);
+        scene.lookAtPlace(lon, 33.75, 500.0, 10.0, 90.0, 0.0, 1.0, 1000.0);
+        scene.draw();
+        double middle = 0.0;
+        EXPECT_NEAR(redInColumn(320, middle), 0.1 / scene.pixelAt(10.0), 1.01) << lon;
+        EXPECT_NEAR(middle, 240.0, 1.0) << lon;
+        scene.root()->removeChild(node);
+    }
+}
+
+TEST_F(Lines, HaveNoGapsWhereTheirPiecesMeet) {
+    Points points;
+    for (int i = 0; i < 1500; ++i) {
+        points.emplace_back(112.0 + 0.002 * i, 33.75 + (i % 2) * 0.0005, 500.0);
+    }
+    const osg::ref_ptr<FeatureNode> node = line(Points(points.begin(), points.begin() + 700), 10.0);
+    for (std::size_t i = 700; i < points.size(); ++i) {
+        node->appendPoint(points[i]);
+    }
+    scene.root()->addChild(node);
+    for (std::size_t i = 5; i + 5 < points.size(); i += 5) {
+        scene.lookAtPlace(points[i].x(), points[i].y(), 500.0, 2500.0, 90.0, 0.0, 100.0, 10000.0);
+        scene.draw();
+        for (std::size_t k = i - 4; k < i + 4; ++k) {
+            for (const double t : {0.0, 0.25, 0.5, 0.75}) {
+                const osg::Vec3d at = points[k] * (1.0 - t) + points[k + 1] * t;
+                ASSERT_TRUE(isRedAt(at.x(), at.y(), at.z())) << k << " + " << t;
+            }
+        }
+    }
+}
+
 TEST_F(Lines, FaceTheCameraFromTheSide) {
     scene.root()->addChild(line({{112.43, 33.75, 500.0}, {112.45, 33.75, 500.0}}, 10.0));
     scene.lookAtPlace(112.44, 33.75, 500.0, 400.0, 5.0, 0.0, 40.0, 4000.0);

@@ -259,9 +259,9 @@ TEST_F(Places, AskForNoFrame) {
 class Models : public Places {
 protected:
     // Ten metres to the east, two to the north, one up; red without light.
-    void writeModel(const std::string& path) const {
+    void writeModel(const std::string& path, const osg::Vec3& size = osg::Vec3(10.0f, 2.0f, 1.0f)) const {
         osg::ref_ptr<osg::ShapeDrawable> shape =
-            new osg::ShapeDrawable(new osg::Box(osg::Vec3(), 10.0f, 2.0f, 1.0f));
+            new osg::ShapeDrawable(new osg::Box(osg::Vec3(), size.x(), size.y(), size.z()));
         shape->setColor(osg::Vec4(1, 0, 0, 1));
         osg::ref_ptr<osg::Geode> model = new osg::Geode;
         model->addDrawable(shape);
@@ -315,7 +315,7 @@ TEST_F(Models, StandInTheirPlaceTenTimesAsLargeAndTurned) {
 }
 
 TEST_F(Models, AreReadOnceAndSharedAndSeenFromAfar) {
-    writeModel(file("shared.osgb"), {3.0f, 3.0f, 3.0f});
+    writeModel(file("shared.osgb"), osg::Vec3(3.0f, 3.0f, 3.0f));
     const osg::ref_ptr<ModelNode> first = addModel(file("shared.osgb"));
     ASSERT_TRUE(QFile::remove(QString::fromStdString(file("shared.osgb"))));
     const osg::ref_ptr<ModelNode> second = addModel(file("shared.osgb"));
