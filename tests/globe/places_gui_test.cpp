@@ -321,7 +321,7 @@ TEST_F(Models, AreReadOnceAndSharedAndSeenFromAfar) {
     const osg::ref_ptr<ModelNode> second = addModel(file("shared.osgb"));
     second->setPosition(GeoPoint(wgs84(), 112.44, 33.75, 1500.0));
     // Little more than a pixel wide: less than the scene graph draws by itself.
-    scene.lookAtPlace(112.44, 33.75, 1500.0, 2600.0, 90.0, 0.0, 40.0, 10000.0);
+    scene.lookAtPlace(112.44, 33.75, 1500.0, 2400.0, 90.0, 0.0, 40.0, 10000.0);
     scene.draw();
     EXPECT_GE(boxOf(isRed).count, 1);
 }
