@@ -71,6 +71,12 @@ LAW["sim_stream"] = row("simulator/stream", "sim_world sim_pod sim_wire sim_mux"
                         "GStreamer FFmpeg encoders system")
 LAW["sim_control"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream", "system")
 LAW["podsim"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream sim_control", "system")
+# Programs that only the build runs: what they make is read at run time.
+LAW["earth_data"] = row("earth", "", "GDAL")
+LAW["make_world"] = row("earth", "earth_data")
+LAW["make_demo_area"] = row("earth", "earth_data sim_world sim_pod")
+LAW["drone_model"] = row("earth", "", "OpenSceneGraph")
+LAW["make_drone"] = row("earth", "drone_model", "OpenSceneGraph")
 HUB = "korvath"
 
 # What a name in LIBS stands for. PkgConfig::X stands for the modules of the pkg_check_modules(X ...) in its folder or
