@@ -101,7 +101,7 @@ void addBody(Mesh& mesh, const std::vector<Section>& sections, double x, int poi
     for (const Section& s : sections) {
         Ring ring;
         for (int i = 0; i < points; ++i) {
-            const double angle = -2 * kPi * i / points;  // clockwise seen from the nose is outward here
+            const double angle = 2 * kPi * i / points;
             ring.emplace_back(x + s.half_width * std::sin(angle), s.y, s.z + s.half_height * std::cos(angle));
         }
         rings.push_back(ring);
@@ -151,7 +151,7 @@ void addWing(Mesh& mesh, const std::vector<WingStation>& stations, const osg::Ve
     outward.y() = 0;
     outward.normalize();
     // Outlines run from the nose over the upper side; which way round that is depends on the side.
-    if (((up ^ osg::Vec3d(0, 1, 0)) * outward) < 0) {
+    if (((up ^ osg::Vec3d(0, 1, 0)) * outward) > 0) {
         for (Ring& ring : rings) {
             ring = Ring(ring.rbegin(), ring.rend());
         }
