@@ -7,7 +7,7 @@
 namespace earth {
 namespace {
 
-constexpr int kSeaBelow = 98;     // grey; 100 is the shore
+constexpr int kSeaBelow = 96;     // grey; lowlands reach down to 96, shallow seas up to 95
 constexpr float kBlur_px = 1.3F;  // standard deviation, pixels of the relief: hides steps, keeps ranges
 constexpr int kBlurReach = 4;
 
@@ -83,47 +83,103 @@ Band<float> landShares(const Band<std::uint8_t>& grey, int width, int height) {
     return shares;
 }
 
-// Weights of the four coarse pixels around a place, from its distance to the second of them.
-void tentWeights(float part, float* weights) {
-    float sum = 0;
-    for (int i = 0; i < 4; ++i) {
-        const float distance = std::fabs(part - static_cast<float>(i - 1));
-        weights[i] = std::max(0.0F, 2 - distance) * std::max(0.0F, 2 - distance);
-        sum += weights[i];
+// How far a coarse pixel and its neighbours are free of the other kind, 0 to 1. The neighbours count, since
+// the coarse picture keeps its colours at half its resolution: along a coast they run into one another.
+Band<float> purities(const Band<float>& land, bool of_land) {
+    Band<float> pure(land.width, land.height);
+    for (int y = 0; y < land.height; ++y) {
+        for (int x = 0; x < land.width; ++x) {
+            float least = 1;
+            for (int j = std::max(0, y - 1); j <= std::min(land.height - 1, y + 1); ++j) {
+                for (int i = x - 1; i <= x + 1; ++i) {
+                    const float share = land.at((i + land.width) % land.width, j);
+                    least = std::min(least, of_land ? share : 1 - share);
+                }
+            }
+            pure.at(x, y) = least;
+        }
     }
-    for (int i = 0; i < 4; ++i) {
-        weights[i] /= sum;
-    }
+    return pure;
 }
 
 struct Colour {
     float red = 0, green = 0, blue = 0;
 };
 
-// The mean around a place of the coarse picture of those pixels that are of one kind.
-Colour meanOfKind(const Picture& coarse, const Band<float>& land, float x, float y, bool is_land) {
-    const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
-    float across[4], down[4];
-    tentWeights(x - static_cast<float>(x0), across);
-    tentWeights(y - static_cast<float>(y0), down);
-    Colour mean;
-    float total = 0;
-    for (int j = 0; j < 4; ++j) {
-        const int row = std::clamp(y0 + j - 1, 0, land.height - 1);
-        for (int i = 0; i < 4; ++i) {
-            const int column = (x0 + i - 1 + land.width) % land.width;
-            const float share = land.at(column, row);
-            const float alike = is_land ? share : 1 - share;
-            // Where there are none of its kind, the others have to do.
-            const float weight = across[i] * down[j] * (alike * alike * alike + 1e-3F);
-            mean.red += weight * coarse[0].at(column, row);
-            mean.green += weight * coarse[1].at(column, row);
-            mean.blue += weight * coarse[2].at(column, row);
-            total += weight;
+Colour mixed(const Colour& a, const Colour& b, float share) {
+    return {a.red + (b.red - a.red) * share, a.green + (b.green - a.green) * share,
+            a.blue + (b.blue - a.blue) * share};
+}
+
+// The coarse picture around places of the fine one; columns wrap around the world.
+class CoarseView {
+public:
+    CoarseView(const Picture& picture, const Band<float>& land)
+        : m_picture(picture), m_land(land), m_purity{purities(land, false), purities(land, true)} {
+        for (int i = 0; i < kSpan; ++i) {
+            for (int k = 0; k < kParts; ++k) {
+                const float d = static_cast<float>(i - kSpan / 2 + 1) - static_cast<float>(k) / kParts;
+                m_near[k][i] = std::exp(-d * d / 2);
+            }
         }
     }
-    return {mean.red / total, mean.green / total, mean.blue / total};
-}
+
+    // x, y: in pixels of the coarse picture, their centres at whole numbers.
+    Colour colourAt(float x, float y, bool is_land) const {
+        const int x0 = static_cast<int>(std::floor(x)), y0 = static_cast<int>(std::floor(y));
+        const float fx = x - static_cast<float>(x0), fy = y - static_cast<float>(y0);
+        for (int k = 0; k < 4; ++k) {
+            if (purity(x0 + (k & 1), y0 + k / 2, is_land) < 0.99F) {
+                return meanOfKind(x0, y0, fx, fy, is_land);
+            }
+        }
+        return mixed(mixed(colour(x0, y0), colour(x0 + 1, y0), fx),
+                     mixed(colour(x0, y0 + 1), colour(x0 + 1, y0 + 1), fx), fy);
+    }
+
+private:
+    static constexpr int kSpan = 8;    // coarse pixels a side that are looked at along a coast
+    static constexpr int kParts = 16;  // of a coarse pixel, for which the weights are known
+
+    int column(int x) const { return (x + m_land.width) % m_land.width; }
+    int row(int y) const { return std::clamp(y, 0, m_land.height - 1); }
+    float purity(int x, int y, bool of_land) const { return m_purity[of_land ? 1 : 0].at(column(x), row(y)); }
+    Colour colour(int x, int y) const {
+        const int i = column(x), j = row(y);
+        return {static_cast<float>(m_picture[0].at(i, j)), static_cast<float>(m_picture[1].at(i, j)),
+                static_cast<float>(m_picture[2].at(i, j))};
+    }
+
+    // Coarse pixels count the more, the nearer they are and the less of the other kind is in them.
+    Colour meanOfKind(int x0, int y0, float fx, float fy, bool is_land) const {
+        const float* across = m_near[static_cast<int>(fx * kParts)];
+        const float* down = m_near[static_cast<int>(fy * kParts)];
+        Colour sum;
+        float total = 0;
+        for (int j = 0; j < kSpan; ++j) {
+            for (int i = 0; i < kSpan; ++i) {
+                const int x = x0 + i - kSpan / 2 + 1, y = y0 + j - kSpan / 2 + 1;
+                const float land = m_land.at(column(x), row(y));
+                const float alike = is_land ? land : 1 - land;
+                const float pure = purity(x, y, is_land);
+                // Where there is nothing pure, the next best has to do, in the end anything.
+                const float weight =
+                    across[i] * down[j] * (pure * pure + 1e-2F * alike * alike * alike * alike + 1e-6F);
+                const Colour c = colour(x, y);
+                sum.red += weight * c.red;
+                sum.green += weight * c.green;
+                sum.blue += weight * c.blue;
+                total += weight;
+            }
+        }
+        return {sum.red / total, sum.green / total, sum.blue / total};
+    }
+
+    const Picture& m_picture;
+    const Band<float>& m_land;
+    Band<float> m_purity[2];  // of sea, of land
+    float m_near[kParts][kSpan];
+};
 
 }  // namespace
 
@@ -161,13 +217,14 @@ Picture sharpened(const Picture& coarse, const Band<std::uint8_t>& grey) {
     const Band<float> land = landShares(grey, coarse[0].width, coarse[0].height);
     Picture out{Band<std::uint8_t>(grey.width, grey.height), Band<std::uint8_t>(grey.width, grey.height),
                 Band<std::uint8_t>(grey.width, grey.height)};
+    const CoarseView view(coarse, land);
     const float step_x = static_cast<float>(coarse[0].width) / static_cast<float>(grey.width);
     const float step_y = static_cast<float>(coarse[0].height) / static_cast<float>(grey.height);
     for (int y = 0; y < grey.height; ++y) {
         for (int x = 0; x < grey.width; ++x) {
             const Colour c =
-                meanOfKind(coarse, land, (static_cast<float>(x) + 0.5F) * step_x - 0.5F,
-                           (static_cast<float>(y) + 0.5F) * step_y - 0.5F, grey.at(x, y) >= kSeaBelow);
+                view.colourAt((static_cast<float>(x) + 0.5F) * step_x - 0.5F,
+                              (static_cast<float>(y) + 0.5F) * step_y - 0.5F, grey.at(x, y) >= kSeaBelow);
             out[0].at(x, y) = static_cast<std::uint8_t>(c.red + 0.5F);
             out[1].at(x, y) = static_cast<std::uint8_t>(c.green + 0.5F);
             out[2].at(x, y) = static_cast<std::uint8_t>(c.blue + 0.5F);
