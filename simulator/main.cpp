@@ -232,6 +232,9 @@ private:
         std::string text =
             formatText("yaw=%.2f pitch=%.2f servo=%d track=%d", s.frame_yaw_deg, s.frame_pitch_deg,
                        static_cast<int>(s.servo_state), static_cast<int>(s.track_state));
+        if (s.target_valid) {
+            text += formatText(" look=%.7f,%.7f", s.target_latitude_deg, s.target_longitude_deg);
+        }
         for (int i = 0; i < kChannels; ++i) {
             text += formatText(" frames%d=%u watched%d=%d", i, m_channels[i]->framesSent(), i,
                                m_rtsp && m_rtsp->watched(i) ? 1 : 0);
