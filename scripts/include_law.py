@@ -35,9 +35,11 @@ LAW = {
     "input_core": row("input", f"{CORES} joystick_records"),
     "analysis_core": row("analysis", CORES),
     "settings_core": row("settings", CORES),
-    "globe": row("globe", "", "OpenSceneGraph GDAL"),
+    # Numbers, queues and caches of the globe, that know no scene graph.
+    "globe_core": row("globe"),
+    "globe": row("globe", "globe_core", "OpenSceneGraph GDAL"),
     # What places a view of the globe in a widget, apart so that the rest of the globe stays free of Qt.
-    "globe_view": row("globe", "globe", "OpenSceneGraph Qt"),
+    "globe_view": row("globe", "globe globe_core", "OpenSceneGraph Qt"),
     "events": row("app/events", "base", "QtCore"),
     "config": row("app/config", "base", "QtCore"),
     "widgets": row("widgets", "platform", "Qt QtX11Extras"),
@@ -96,7 +98,7 @@ HEADERS = [
     (r"(lib(?:av|sw)\w+)/.*", r"\1"),
     (r"SDL(?:2/.*|[._].*)", "SDL"),
     (r"(?:osg\w*|OpenThreads)/.*", "OpenSceneGraph"),
-    (r"(?:gdal|ogr|cpl)(?:_\w+)?\.h", "GDAL"),
+    (r"(?:gdal|ogr|cpl|vrt)\w*\.h", "GDAL"),
     (r"(?:gst|gio|glib)/.*|glib(?:-object|-unix)?\.h", "GStreamer"),
     (r"x26[45]\.h", "encoders"),
     (r"X11/.*", "X11"),

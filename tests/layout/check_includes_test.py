@@ -73,9 +73,11 @@ class Law(unittest.TestCase):
             self.assertEqual(LAW[name].third, set(), name)
 
     def test_what_stands_below_the_parts(self):
-        for name in ("base", "oskel", "tavrik_core", "joystick_records"):
+        for name in ("base", "oskel", "tavrik_core", "joystick_records", "globe_core"):
             self.assertEqual(LAW[name].own, set(), name)
-        self.assertEqual(LAW["joystick_records"].third, set())
+        for name in ("joystick_records", "globe_core"):
+            self.assertEqual(LAW[name].third, set(), name)
+        self.assertEqual(LAW["globe"].own, {"globe_core"})
         self.assertEqual(LAW["platform"].own, {"joystick_records"})
         self.assertEqual(LAW["tavrik"].own, {"tavrik_core"})
         self.assertEqual(LAW["widgets"].own, {"platform"})

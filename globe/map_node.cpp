@@ -1,0 +1,88 @@
+#include "globe/map_node.h"
+
+#include <osg/NodeVisitor>
+#include <osgUtil/CullVisitor>
+
+#include "globe/near_far.h"
+
+namespace globe {
+namespace {
+
+class FindMapNode : public osg::NodeVisitor {
+public:
+    FindMapNode() : osg::NodeVisitor(TRAVERSE_ALL_CHILDREN) { setNodeMaskOverride(~0u); }
+    void apply(osg::Node& node) override {
+        if (found == nullptr) {
+            found = dynamic_cast<MapNode*>(&node);
+        }
+        if (found == nullptr) {
+            traverse(node);
+        }
+    }
+    MapNode* found = nullptr;
+};
+
+// Puts the planes in place of those that the cull visitor found.
+class FixedPlanes : public osg::CullSettings::ClampProjectionMatrixCallback {
+public:
+    explicit FixedPlanes(const NearFar& planes) : m_planes(planes) {}
+    bool clampProjectionMatrixImplementation(osg::Matrixf& projection, double& znear,
+                                             double& zfar) const override {
+        osg::Matrixd exact(projection);
+        const bool set = clampProjectionMatrixImplementation(exact, znear, zfar);
+        projection = exact;
+        return set;
+    }
+    bool clampProjectionMatrixImplementation(osg::Matrixd& projection, double& znear,
+                                             double& zfar) const override {
+        if (projection(2, 3) >= 0.0) {
+            return false;
+        }
+        znear = m_planes.near_m;
+        zfar = m_planes.far_m;
+        projection(2, 2) = -(zfar + znear) / (zfar - znear);
+        projection(3, 2) = -2.0 * zfar * znear / (zfar - znear);
+        return true;
+    }
+
+private:
+    NearFar m_planes;
+};
+
+}  // namespace
+
+osg::ref_ptr<MapNode> MapNode::createEmpty() { return new MapNode(new Map); }
+
+MapNode::MapNode(Map* map)
+    : m_map(map), m_terrain(new Terrain), m_terrain_group(new osg::Group), m_drape_group(new osg::Group) {
+    setName("MapNode");
+    m_terrain_group->setName("terrain");
+    m_drape_group->setName("draped");
+    addChild(m_terrain_group);
+    addChild(m_drape_group);
+}
+
+MapNode::~MapNode() = default;
+
+MapNode* MapNode::findMapNode(osg::Node* node) {
+    FindMapNode visitor;
+    if (node != nullptr) {
+        node->accept(visitor);
+    }
+    return visitor.found;
+}
+
+std::vector<std::string> MapNode::problems() const { return {}; }
+
+void MapNode::traverse(osg::NodeVisitor& visitor) {
+    if (auto* cull = visitor.asCullVisitor()) {
+        const osg::Vec3d eye = osg::Vec3d(0.0, 0.0, 0.0) * osg::Matrixd::inverse(*cull->getModelViewMatrix());
+        const osg::Vec3d place = getMapSRS()->getEllipsoid().geocentricToGeodetic(eye);
+        double ground = 0.0;
+        m_terrain->getHeight(getMapSRS(), place.x(), place.y(), &ground);
+        cull->setClampProjectionMatrixCallback(new FixedPlanes(nearFarFor(eye, ground)));
+    }
+    osg::Group::traverse(visitor);
+}
+
+}  // namespace globe

@@ -1,0 +1,56 @@
+// The globe in the scene graph.
+#pragma once
+
+#include <memory>
+#include <osg/Group>
+#include <osg/observer_ptr>
+#include <osg/ref_ptr>
+#include <string>
+#include <vector>
+
+#include "globe/globe_map.h"
+#include "globe/spatial_reference.h"
+#include "globe/terrain.h"
+
+namespace globe {
+
+// The earth with its terrain. World coordinates are earth-centred metres, so nothing above it may move it. It
+// sets the near and far planes of every camera that draws it: what they are set to does not matter. Drawn and
+// changed by one thread; made on any.
+class MapNode : public osg::Group {
+public:
+    // The bare ellipsoid without layers: black, or with the graticule once it is drawn.
+    static osg::ref_ptr<MapNode> createEmpty();
+    explicit MapNode(Map* map);
+
+    // The first one at or below `node`; null if there is none.
+    static MapNode* findMapNode(osg::Node* node);
+
+    Map* getMap() const { return m_map.get(); }
+    Terrain* getTerrain() const { return m_terrain.get(); }
+    const SpatialReference* getMapSRS() const { return m_map->getSRS(); }
+
+    // One line for each thing that is missing or wrong, ready to be shown; empty if all is well.
+    std::vector<std::string> problems() const;
+
+    // What is draped over the ground: drawn after the terrain and before everything else.
+    osg::Group* drapeGroup() const { return m_drape_group.get(); }
+
+    void traverse(osg::NodeVisitor& visitor) override;
+
+protected:
+    ~MapNode() override;
+
+private:
+    osg::ref_ptr<Map> m_map;
+    osg::ref_ptr<Terrain> m_terrain;
+    osg::ref_ptr<osg::Group> m_terrain_group;
+    osg::ref_ptr<osg::Group> m_drape_group;
+};
+
+// The order in which bins are drawn; marks and controls use their own, above.
+constexpr int kSkyBin = -20;
+constexpr int kTerrainBin = -10;
+constexpr int kDrapeBin = -5;
+
+}  // namespace globe

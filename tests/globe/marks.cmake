@@ -1,0 +1,1 @@
+# Tests of styles, features and marks.

@@ -1,0 +1,1 @@
+# Tests of viewpoint, manipulator, controls and picker.
