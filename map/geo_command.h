@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <string>
 
+#include "link/command_codes.h"
 #include "map/geo_rules.h"
 
 namespace sorvane {
 
-// Payload of CMD_GEO_GUIDE and CMD_GEO_TRACK, three little-endian signed words: longitude and latitude in
+constexpr std::uint8_t kGeoGuide = CMD_GEO_GUIDE;
+constexpr std::uint8_t kGeoTrack = CMD_GEO_TRACK;
+
+// Payload of both, three little-endian signed words: longitude and latitude in
 // 1e-7 degree, altitude in 0.1 m.
 using GeoPayload = std::array<std::uint8_t, 12>;
 

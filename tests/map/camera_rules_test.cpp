@@ -51,22 +51,53 @@ TEST(CompassHeading, SmallTurnsLeaveTheFace) {
     EXPECT_TRUE(faceTurns(0, 180));
 }
 
+constexpr char kOne = 0;
+constexpr char kOther = 1;
+
 TEST(FramePace, LeavesAsMuchTimeAsAFrameTook) {
     FramePace pace;
-    EXPECT_TRUE(pace.mayDraw(0));
-    pace.drawn(1000, 31000);
-    EXPECT_FALSE(pace.mayDraw(31000));
-    EXPECT_FALSE(pace.mayDraw(60999));
-    EXPECT_TRUE(pace.mayDraw(61000));
-    pace.drawn(61000, 61500);
-    EXPECT_TRUE(pace.mayDraw(62000));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 0));
+    pace.drawn(&kOne, 1000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 31000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 60999));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 61000));
+    pace.drawn(&kOne, 61000, 61500);
+    EXPECT_TRUE(pace.mayDraw(&kOne, 62000));
+}
+
+TEST(FramePace, IsSharedByAllViews) {
+    FramePace pace;
+    pace.drawn(&kOne, 1000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 60999));
+    EXPECT_TRUE(pace.mayDraw(&kOther, 61000));
+}
+
+// The one that drew last may ask first each time.
+TEST(FramePace, ViewsThatBothWantToDrawTakeTurns) {
+    FramePace pace;
+    pace.drawn(&kOne, 0, 10000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 15000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 20000));
+    EXPECT_TRUE(pace.mayDraw(&kOther, 21000));
+    pace.drawn(&kOther, 21000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 40000));
+    EXPECT_FALSE(pace.mayDraw(&kOther, 41000));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 42000));
+}
+
+TEST(FramePace, AViewThatAsksNoMoreIsNotWaitedFor) {
+    FramePace pace;
+    pace.drawn(&kOne, 0, 10000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 15000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 64999));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 65000));
 }
 
 TEST(FramePace, ASlowFrameDoesNotStopTheMap) {
     FramePace pace;
-    pace.drawn(0, 30000000);
-    EXPECT_FALSE(pace.mayDraw(30400000));
-    EXPECT_TRUE(pace.mayDraw(30500000));
+    pace.drawn(&kOne, 0, 30000000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 30400000));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 30500000));
 }
 
 }  // namespace
