@@ -6,4 +6,4 @@ handler_control::handler_control(Function on_click) : m_onClick(std::move(on_cli
 
 handler_control::~handler_control() = default;
 
-void handler_control::onClick(globe::Controls::Control* control) { m_onClick(control->getName()); }
+void handler_control::onClick(globe::Control* control) { m_onClick(control->getName()); }

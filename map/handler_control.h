@@ -6,13 +6,13 @@
 
 #include "globe/controls.h"
 
-class handler_control : public globe::Controls::ControlEventHandler {
+class handler_control : public globe::ControlEventHandler {
 public:
     using Function = std::function<void(const std::string&)>;
     // `on_click` gets the control's name.
     explicit handler_control(Function on_click);
 
-    void onClick(globe::Controls::Control* control) override;
+    void onClick(globe::Control* control) override;
 
 protected:
     ~handler_control() override;

@@ -128,7 +128,7 @@ private:
     osg::ref_ptr<MyEarthManipulator> m_manipulator;
     globe::SkyNode* m_sky = nullptr;
     std::int32_t m_timer_id = 0;
-    globe::Controls::LabelControl* m_coord_label = nullptr;
+    globe::LabelControl* m_coord_label = nullptr;
     common_dlg* m_locate_dlg = nullptr;
     Ui::MyLocateDialogUi m_locate_ui;
     double m_target_lon = 112.44;
@@ -149,9 +149,9 @@ private:
     globe::FeatureNode* m_track_node = nullptr;
     globe::FeatureNode* m_heading_node = nullptr;
     globe::FeatureNode* m_footprint_node = nullptr;
-    globe::Controls::CheckBoxControl* m_plane_center = nullptr;
+    globe::CheckBoxControl* m_plane_center = nullptr;
 
-    globe::Controls::LabelControl* m_problem_label = nullptr;
+    globe::LabelControl* m_problem_label = nullptr;
     std::unique_ptr<GlobeHand> m_hand;
     bool m_urgent = false;  // a button waits in the view's queue
 };

@@ -11,7 +11,11 @@
 #include "map/map_owner.h"
 #include "map/qmapwidget.h"
 
-using namespace globe::Controls;
+using globe::Control;
+using globe::ControlCanvas;
+using globe::HBox;
+using globe::ImageControl;
+using globe::LabelControl;
 
 namespace {
 
@@ -128,6 +132,7 @@ void QMapWidget::init_controls() {
     m_problem_label->setMargin(Control::SIDE_BOTTOM, 40.0F);
     m_problem_label->setBackColor(0, 0, 0, 0.6F);
     m_problem_label->setPadding(4.0F);
+    m_problem_label->setAbsorbEvents(false);
     m_problem_label->setVisible(false);
     canvas->addControl(m_problem_label);
 }

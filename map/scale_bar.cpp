@@ -3,8 +3,8 @@
 #include "globe/geo_math.h"
 #include "globe/geo_point.h"
 
-using globe::Controls::Frame;
-using globe::Controls::LabelControl;
+using globe::Frame;
+using globe::LabelControl;
 
 ScaleBar::ScaleBar(globe::MapNode* map_node, osgViewer::View* view)
     : m_map_node(map_node), m_map(map_node != nullptr ? map_node->getMap() : nullptr), m_view(view) {

@@ -20,8 +20,8 @@ public:
     double update();
     void set_visible(bool visible);
 
-    globe::Controls::LabelControl* label() const { return m_label.get(); }
-    globe::Controls::Frame* bar() const { return m_bar.get(); }
+    globe::LabelControl* label() const { return m_label.get(); }
+    globe::Frame* bar() const { return m_bar.get(); }
 
 protected:
     ~ScaleBar() override;
@@ -31,8 +31,8 @@ private:
     double blank();
     bool measure(const sorvane::MeasuringLine& line, double* distance_m) const;
 
-    osg::ref_ptr<globe::Controls::LabelControl> m_label;
-    osg::ref_ptr<globe::Controls::Frame> m_bar;
+    osg::ref_ptr<globe::LabelControl> m_label;
+    osg::ref_ptr<globe::Frame> m_bar;
     osg::observer_ptr<globe::MapNode> m_map_node;
     osg::observer_ptr<globe::Map> m_map;
     osg::observer_ptr<osgViewer::View> m_view;

@@ -7,9 +7,9 @@
 #include "globe/earth_manipulator.h"
 #include "map/camera_rules.h"
 
-using globe::Controls::Control;
-using globe::Controls::ImageControl;
-using globe::Controls::LabelControl;
+using globe::Control;
+using globe::ImageControl;
+using globe::LabelControl;
 
 namespace {
 
@@ -32,7 +32,7 @@ void placeOverFace(LabelControl& label, int height, double bottom, double right)
 
 }  // namespace
 
-Compass::Compass(const std::string& image_path, globe::Controls::ControlCanvas* canvas) : canvas_(canvas) {
+Compass::Compass(const std::string& image_path, globe::ControlCanvas* canvas) : canvas_(canvas) {
     osg::ref_ptr<osg::Image> face = osgDB::readRefImageFile(image_path);
     if (!face.valid()) {
         return;

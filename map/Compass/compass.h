@@ -21,7 +21,7 @@ public:
     };
 
     // Without a readable image the compass stays empty: every operation does nothing then.
-    Compass(const std::string& image_path, globe::Controls::ControlCanvas* canvas);
+    Compass(const std::string& image_path, globe::ControlCanvas* canvas);
 
     // Attaches to a view, null detaches. Attached already, no view may come.
     void set_view(osgViewer::View* view);
@@ -57,10 +57,10 @@ private:
 
     osg::observer_ptr<osgViewer::View> drawView_;
     osg::observer_ptr<osgViewer::View> view_;
-    osg::ref_ptr<globe::Controls::ControlCanvas> canvas_;
-    osg::ref_ptr<globe::Controls::ImageControl> compass_;
-    osg::ref_ptr<globe::Controls::LabelControl> readout_;
-    osg::ref_ptr<globe::Controls::LabelControl> pointer_;
+    osg::ref_ptr<globe::ControlCanvas> canvas_;
+    osg::ref_ptr<globe::ImageControl> compass_;
+    osg::ref_ptr<globe::LabelControl> readout_;
+    osg::ref_ptr<globe::LabelControl> pointer_;
     osg::ref_ptr<FrameEventHandler> frameHandler_;
     osg::ref_ptr<HeadingCallback> callback_;
 };
