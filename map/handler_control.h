@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "globe/controls.h"
+#include "globe/control.h"
 
 class handler_control : public globe::ControlEventHandler {
 public:

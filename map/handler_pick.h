@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "globe/picker.h"
+#include "globe/rtt_picker.h"
 
 class handler_pick : public globe::Picker::Callback {
 public:

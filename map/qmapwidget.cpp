@@ -1,6 +1,7 @@
 // Life cycle of a map: construction, frames, size, showing and hiding.
 #include "map/qmapwidget.h"
 
+#include <QResizeEvent>
 #include <QTimerEvent>
 #include <chrono>
 #include <limits>
@@ -11,6 +12,7 @@
 #include "map/frame_pace.h"
 #include "map/globe_hand.h"
 #include "map/map_owner.h"
+#include "widgets/common_dlg.h"
 
 namespace {
 

@@ -9,10 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "globe/check_box_control.h"
 #include "globe/circle_node.h"
 #include "globe/color.h"
-#include "globe/controls.h"
 #include "globe/feature_node.h"
+#include "globe/label_control.h"
 #include "globe/map_node.h"
 #include "globe/model_node.h"
 #include "globe/place_node.h"

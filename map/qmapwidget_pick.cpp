@@ -35,7 +35,8 @@ void QMapWidget::on_control_click(const std::string& name) {
 
 void QMapWidget::set_pickable(osg::Node* node, globe::ObjectID id) {
     m_picker->addChild(node);
-    globe::Registry::instance()->getObjectIndex()->tagNode(node, id);
+    node->getOrCreateStateSet()->addUniform(
+        new osg::Uniform(globe::ObjectIndex::uniformName(), globe::ObjectIndex::colorOf(id)));
 }
 
 bool QMapWidget::on_viewer(const GUIEventAdapter& ea) {

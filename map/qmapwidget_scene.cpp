@@ -1,9 +1,13 @@
 // The scene of a map, built once.
 #include <ctime>
+#include <osgDB/ReadFile>
 
+#include "globe/control_canvas.h"
+#include "globe/control_containers.h"
 #include "globe/date_time.h"
 #include "globe/ephemeris.h"
 #include "globe/graphics_window_qt.h"
+#include "globe/image_control.h"
 #include "map/globe_hand.h"
 #include "map/handler_control.h"
 #include "map/handler_pick.h"
@@ -140,11 +144,11 @@ void QMapWidget::init_controls() {
 void QMapWidget::init_locate_button() {
     auto* box = new HBox;
     box->setChildVertAlign(Control::ALIGN_CENTER);
-    auto* button = new ImageControl(std::string("./earth/locate_target.png"));
+    auto* button = new ImageControl(osgDB::readRefImageFile("./earth/locate_target.png").get());
     button->setName(kLocateButton);
     button->addEventHandler(new handler_control([this](const std::string& name) { on_control_click(name); }));
     box->addControl(button);
-    m_plane_center = new CheckBoxControl(false);
+    m_plane_center = new globe::CheckBoxControl(false);
     box->addControl(m_plane_center);
     box->addControl(new LabelControl("plane center", 18.0F, osg::Vec4f(1, 1, 1, 1)));
     ControlCanvas::getOrCreate(m_viewer.get())->addControl(box);

@@ -5,7 +5,8 @@
 #include <osgGA/GUIEventHandler>
 #include <osgViewer/Viewer>
 
-#include "globe/controls.h"
+#include "globe/control_containers.h"
+#include "globe/label_control.h"
 #include "globe/map_node.h"
 #include "map/scale_rules.h"
 

@@ -115,11 +115,11 @@ double Compass::heading() const {
 }
 
 void Compass::turnFace(double heading_deg) {
-    const auto shown = [this] { return compass_->getRotation().as(globe::Units::DEGREES); };
+    const auto shown = [this] { return compass_->getRotation(); };
     if (!sorvane::faceTurns(shown(), heading_deg)) {
         return;
     }
-    compass_->setRotation(globe::Angle(-heading_deg, globe::Units::DEGREES));
+    compass_->setRotation(-heading_deg);
     assert(areEqual(shown(), -heading_deg));
 }
 

@@ -6,7 +6,9 @@
 #include <osgViewer/Viewer>
 #include <string>
 
-#include "globe/controls.h"
+#include "globe/control_canvas.h"
+#include "globe/image_control.h"
+#include "globe/label_control.h"
 
 // Its life is construction, set_view(view), frames, set_view(nullptr). GUI thread.
 class Compass : public osg::Referenced {

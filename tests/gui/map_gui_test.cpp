@@ -1,5 +1,5 @@
-// The two globes in the real window: what brings them up, what a hand on them sends, and that they stay out of
-// the way.
+// The two globes in the real window: what brings them up, what a hand on them sends, and that they stay out
+// of the way.
 #include <QAbstractEventDispatcher>
 #include <QLineEdit>
 #include <QSplitter>

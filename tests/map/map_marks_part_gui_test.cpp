@@ -1,4 +1,5 @@
-// What a map draws by the reports, the camera's band, scale bar and compass, and that it costs nothing at rest.
+// What a map draws by the reports, the camera's band, scale bar and compass, and that it costs nothing at
+// rest.
 #include <QAbstractEventDispatcher>
 #include <QImage>
 #include <QTranslator>
@@ -188,7 +189,8 @@ TEST_F(MapMarks, OverTheSkyTheScaleIsGone) {
     in().m_manipulator()->getSettings()->setMinMaxPitch(-90, 90);
     in().m_viewer()->requestRedraw();
     settle();
-    const osg::Matrixd up = osg::Matrixd::lookAt(osg::Vec3d(2e7, 0, 0), osg::Vec3d(4e7, 0, 0), osg::Vec3d(0, 0, 1));
+    const osg::Matrixd up =
+        osg::Matrixd::lookAt(osg::Vec3d(2e7, 0, 0), osg::Vec3d(4e7, 0, 0), osg::Vec3d(0, 0, 1));
     in().m_camera()->setViewMatrix(up);
     EXPECT_EQ(in().m_scale_bar()->update(), -1.0);
     EXPECT_EQ(in().m_scale_bar()->label()->text(), "");

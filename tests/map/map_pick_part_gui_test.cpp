@@ -159,8 +159,8 @@ TEST_F(MapPick, ARightClickOpensTheDialogOverTheMiddle) {
     ASSERT_TRUE(waitFor([&] { return dialog->isVisible(); }, kDeadline_ms));
     EXPECT_EQ(dialog->size(), QSize(471, 196));
     const QPoint corner = map->mapToGlobal(QPoint(0, 0));
-    EXPECT_TRUE(waitFor(
-        [&] { return dialog->pos() == corner + QPoint((640 - 471) / 2, (480 - 196) / 2); }, kDeadline_ms));
+    EXPECT_TRUE(waitFor([&] { return dialog->pos() == corner + QPoint((640 - 471) / 2, (480 - 196) / 2); },
+                        kDeadline_ms));
     const auto& ui = in().m_locate_ui();
     EXPECT_EQ(ui.edit_lng->text(), "nan");
     EXPECT_EQ(ui.edit_lat->text(), "nan");

@@ -90,8 +90,8 @@ struct Place {
     double lon, lat;
 };
 
-// Where the line of sight of a pixel meets the ellipsoid, for an eye `range_m` straight above a place, north up,
-// with 30 degrees from the lower to the upper edge. Worked out here from the figure of the earth alone.
+// Where the line of sight of a pixel meets the ellipsoid, for an eye `range_m` straight above a place, north
+// up, with 30 degrees from the lower to the upper edge. Worked out here from the figure of the earth alone.
 inline Place placeUnder(const Place& below, double range_m, const QPointF& pixel, const QSize& size) {
     constexpr double kPi = 3.14159265358979323846;
     constexpr double kA = 6378137.0;
