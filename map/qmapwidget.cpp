@@ -104,6 +104,9 @@ void QMapWidget::draw() {
     }
     const std::int64_t begin = now_us();
     m_viewer->frame();
+    if (m_map_node->problems().size() != m_problem_count) {
+        show_problems();
+    }
     pace().drawn(this, begin, now_us());
 }
 

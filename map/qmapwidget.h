@@ -154,5 +154,6 @@ private:
 
     globe::LabelControl* m_problem_label = nullptr;
     std::unique_ptr<GlobeHand> m_hand;
-    bool m_urgent = false;  // a button waits in the view's queue
+    std::size_t m_problem_count = 0;  // of those shown
+    bool m_urgent = false;            // a button waits in the view's queue
 };

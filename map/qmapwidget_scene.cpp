@@ -13,6 +13,7 @@
 #include "map/handler_pick.h"
 #include "map/locate_dialog.h"
 #include "map/map_owner.h"
+#include "map/problem_text.h"
 #include "map/qmapwidget.h"
 
 using globe::Control;
@@ -187,12 +188,9 @@ void QMapWidget::add_compass(osgViewer::View* view) {
 void QMapWidget::retranslate() { show_problems(); }
 
 void QMapWidget::show_problems() {
-    QString text;
-    for (const std::string& problem : m_map_node->problems()) {
-        text += (text.isEmpty() ? QString() : QStringLiteral("\n")) +
-                tr("地图数据：%1").arg(QString::fromStdString(problem));
-    }
-    m_problem_label->setText(text.toStdString());
-    m_problem_label->setVisible(!text.isEmpty());
+    const std::vector<std::string> problems = m_map_node->problems();
+    m_problem_count = problems.size();
+    m_problem_label->setText(problemText(problems).toStdString());
+    m_problem_label->setVisible(!problems.empty());
     ask_for_frame();
 }

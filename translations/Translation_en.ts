@@ -3019,10 +3019,30 @@ mode</translation>
         </message>
     </context>
     <context>
-        <name>QMapWidget</name>
+        <name>MapProblem</name>
         <message>
             <source>地图数据：%1</source>
             <translation>Map data: %1</translation>
+        </message>
+        <message>
+            <source>无法读取地球文件 %1</source>
+            <translation>cannot read the earth file %1</translation>
+        </message>
+        <message>
+            <source>地球文件不是有效的 XML%1</source>
+            <translation>the earth file is not valid XML%1</translation>
+        </message>
+        <message>
+            <source>地球文件中没有地图，而是 %1</source>
+            <translation>the earth file has no map but %1</translation>
+        </message>
+        <message>
+            <source>图层 %1 的部分数据无法读取：%2</source>
+            <translation>parts of layer %1 cannot be read: %2</translation>
+        </message>
+        <message>
+            <source>图层 %1：%2</source>
+            <translation>layer %1: %2</translation>
         </message>
     </context>
 </TS>
