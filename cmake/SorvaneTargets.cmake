@@ -130,9 +130,10 @@ endfunction()
 
 # A GoogleTest executable in a folder of its own:
 #   sorvane_test(name SOURCES a_test.cpp LIBS x LABELS l TIMEOUT s)
+# ON_DISPLAY: runs on a display of its own, for what draws without Qt.
 # Labels in use: unit (cores), net (sockets, ptys), long (minutes), gui (needs a display), system (programs).
 function(sorvane_test name)
-  cmake_parse_arguments(A "NO_MAIN" "TIMEOUT" "SOURCES;LIBS;LABELS;ARGS" ${ARGN})
+  cmake_parse_arguments(A "NO_MAIN;ON_DISPLAY" "TIMEOUT" "SOURCES;LIBS;LABELS;ARGS" ${ARGN})
   if(NOT SORVANE_TESTS)
     return()
   endif()
@@ -150,7 +151,11 @@ function(sorvane_test name)
   if(NOT A_LABELS)
     set(A_LABELS unit)
   endif()
-  add_test(NAME ${name} COMMAND ${name} ${A_ARGS} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
+  set(command ${name})
+  if(A_ON_DISPLAY)
+    set(command ${CMAKE_SOURCE_DIR}/scripts/with_display $<TARGET_FILE:${name}>)
+  endif()
+  add_test(NAME ${name} COMMAND ${command} ${A_ARGS} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${A_TIMEOUT} LABELS "${A_LABELS}")
   # A sanitizer makes a program several times as slow; what speaks over sockets in real time then wants both cores.
   if(SORVANE_SANITIZE AND "net" IN_LIST A_LABELS)

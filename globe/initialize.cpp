@@ -1,14 +1,33 @@
 #include "globe/initialize.h"
 
+#include <cpl_conv.h>
 #include <gdal.h>
 
 #include <mutex>
 
+#include "globe/reader_writer_earth.h"
+
 namespace globe {
+namespace {
+
+// Unless the environment says otherwise.
+void setOption(const char* key, const char* value) {
+    if (CPLGetConfigOption(key, nullptr) == nullptr) {
+        CPLSetConfigOption(key, value);
+    }
+}
+
+}  // namespace
 
 void initialize() {
     static std::once_flag once;
-    std::call_once(once, [] { GDALAllRegister(); });
+    std::call_once(once, [] {
+        setOption("GDAL_HTTP_CONNECTTIMEOUT", "5");
+        setOption("GDAL_HTTP_TIMEOUT", "10");
+        setOption("GDAL_CACHEMAX", "48");
+        GDALAllRegister();
+        registerEarthReader();
+    });
 }
 
 }  // namespace globe

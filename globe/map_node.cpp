@@ -1,9 +1,15 @@
 #include "globe/map_node.h"
 
+#include <chrono>
+#include <osg/CullFace>
+#include <osg/Material>
 #include <osg/NodeVisitor>
+#include <osg/TexEnv>
 #include <osgUtil/CullVisitor>
 
+#include "globe/layer_stack.h"
 #include "globe/near_far.h"
+#include "globe/terrain_engine.h"
 
 namespace globe {
 namespace {
@@ -49,17 +55,35 @@ private:
     NearFar m_planes;
 };
 
+osg::ref_ptr<osg::StateSet> makeTerrainState() {
+    osg::ref_ptr<osg::StateSet> state = new osg::StateSet;
+    osg::ref_ptr<osg::Material> ground = new osg::Material;
+    ground->setAmbient(osg::Material::FRONT_AND_BACK, osg::Vec4(1.0f, 1.0f, 1.0f, 1.0f));
+    ground->setDiffuse(osg::Material::FRONT_AND_BACK, osg::Vec4(1.0f, 1.0f, 1.0f, 1.0f));
+    ground->setSpecular(osg::Material::FRONT_AND_BACK, osg::Vec4(0.0f, 0.0f, 0.0f, 1.0f));
+    state->setAttributeAndModes(ground);
+    state->setAttributeAndModes(new osg::CullFace(osg::CullFace::BACK));
+    state->setTextureAttributeAndModes(0, new osg::TexEnv(osg::TexEnv::MODULATE));
+    state->setRenderBinDetails(kTerrainBin, "TraversalOrderBin");
+    return state;
+}
+
 }  // namespace
 
 osg::ref_ptr<MapNode> MapNode::createEmpty() { return new MapNode(new Map); }
 
 MapNode::MapNode(Map* map)
-    : m_map(map), m_terrain(new Terrain), m_terrain_group(new osg::Group), m_drape_group(new osg::Group) {
+    : m_map(map), m_engine(new TerrainEngine(map->layers())), m_drape_group(new osg::Group) {
     setName("MapNode");
-    m_terrain_group->setName("terrain");
+    m_terrain = new Terrain(m_engine->heights());
     m_drape_group->setName("draped");
-    addChild(m_terrain_group);
+    m_engine->setStateSet(makeTerrainState().get());
+    addChild(m_engine);
     addChild(m_drape_group);
+    constexpr std::chrono::milliseconds kPatience(1500);
+    if (!map->layers()->layers().empty()) {
+        m_engine->loadRoots(kPatience);
+    }
 }
 
 MapNode::~MapNode() = default;
@@ -72,7 +96,11 @@ MapNode* MapNode::findMapNode(osg::Node* node) {
     return visitor.found;
 }
 
-std::vector<std::string> MapNode::problems() const { return {}; }
+std::vector<std::string> MapNode::problems() const { return m_map->layers()->problems(); }
+
+bool MapNode::isLoading() const { return m_engine->isLoading(); }
+
+void MapNode::setMemoryLimit(std::size_t bytes) { m_engine->setMemoryLimit(bytes); }
 
 void MapNode::traverse(osg::NodeVisitor& visitor) {
     if (auto* cull = visitor.asCullVisitor()) {

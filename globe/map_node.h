@@ -1,6 +1,7 @@
 // The globe in the scene graph.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <osg/Group>
 #include <osg/observer_ptr>
@@ -14,12 +15,14 @@
 
 namespace globe {
 
+class TerrainEngine;
+
 // The earth with its terrain. World coordinates are earth-centred metres, so nothing above it may move it. It
 // sets the near and far planes of every camera that draws it: what they are set to does not matter. Drawn and
 // changed by one thread; made on any.
 class MapNode : public osg::Group {
 public:
-    // The bare ellipsoid without layers: black, or with the graticule once it is drawn.
+    // The bare ellipsoid with its net of meridians and parallels.
     static osg::ref_ptr<MapNode> createEmpty();
     explicit MapNode(Map* map);
 
@@ -33,6 +36,13 @@ public:
     // One line for each thing that is missing or wrong, ready to be shown; empty if all is well.
     std::vector<std::string> problems() const;
 
+    // Whether tiles that the last view asked for are still to come. They ask for frames themselves, by an
+    // event in the window's queue.
+    bool isLoading() const;
+    // Bytes of tiles kept beyond those in view (96 MiB at first).
+    void setMemoryLimit(std::size_t bytes);
+    TerrainEngine* getTerrainEngine() const { return m_engine.get(); }
+
     // What is draped over the ground: drawn after the terrain and before everything else.
     osg::Group* drapeGroup() const { return m_drape_group.get(); }
 
@@ -44,7 +54,7 @@ protected:
 private:
     osg::ref_ptr<Map> m_map;
     osg::ref_ptr<Terrain> m_terrain;
-    osg::ref_ptr<osg::Group> m_terrain_group;
+    osg::ref_ptr<TerrainEngine> m_engine;
     osg::ref_ptr<osg::Group> m_drape_group;
 };
 

@@ -52,7 +52,7 @@ LAW = {
     "pulse": row("pulse", f"{FLOORS} pulse_core", "Qt"),
     "video": row("video", f"{FLOORS} video_core tavrik oskel platform",
                  "Qt QtMultimedia SDL X11 libavutil libswscale"),
-    "map": row("map", f"{FLOORS} map_core globe globe_view", "Qt OpenSceneGraph"),
+    "map": row("map", f"{FLOORS} map_core globe_core globe globe_view", "Qt OpenSceneGraph"),
     "input": row("input", f"{FLOORS} input_core platform", "Qt"),
     "analysis": row("analysis", f"{FLOORS} analysis_core", "Qt QtCharts"),
     "encoder_view_face": row("settings", "", "Qt"),

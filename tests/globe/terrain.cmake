@@ -1,3 +1,6 @@
 sorvane_test(globe_core_test
   SOURCES geodesy_test.cpp
   LIBS globe_core)
+if(NOT SORVANE_QT_FREE_ONLY)
+  sorvane_test_library(globe_test_support SOURCES offscreen.cpp LIBS globe)
+endif()

@@ -1,0 +1,80 @@
+// The layers of a map with what was learnt of them, for all threads that read them.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "globe/earth_model.h"
+#include "globe/lru_cache.h"
+#include "globe/raster_source.h"
+#include "globe/tile_data.h"
+
+namespace globe {
+
+// Usable from any thread.
+class LayerStack {
+public:
+    using Cache = LruCache<TileKey, TileData, TileKeyHash>;
+
+    explicit LayerStack(EarthModel model);
+
+    // The stack of an earth file: maps that read the same file with the same text share one, with its cache.
+    static std::shared_ptr<LayerStack> forFile(const std::string& path);
+
+    const std::vector<LayerModel>& layers() const { return m_model.layers; }
+    const std::string& name() const { return m_model.name; }
+    bool isRemote(std::size_t layer) const { return m_states[layer].remote; }
+    bool hasRemote() const;
+
+    // Told by those who read.
+    void opened(std::size_t layer, const RasterInfo& info);
+    void failedToOpen(std::size_t layer, const std::string& reason);
+    void failedToRead(std::size_t layer, const std::string& reason);
+    void wasRead(std::size_t layer);
+
+    // Not to be tried for the time being: a network's layer that has failed several times in a row.
+    bool isPaused(std::size_t layer) const;
+    // Whether the layer shows in tiles of the level, by its levels and ranges.
+    bool showsAt(std::size_t layer, int level) const;
+    // Whether it may have anything for the extent, as far as is known.
+    bool meets(std::size_t layer, const GeoExtent& extent) const;
+    // Whether something finer than a tile of this level is known to exist in its extent.
+    bool hasFiner(const TileKey& key) const;
+    // The finest resolution of the pictures there, degrees; and whether a picture covers the extent wholly.
+    double finestPicture(const GeoExtent& extent) const;
+    bool isCovered(const TileKey& key) const;
+
+    // A line each, of the file and of what was met while reading.
+    std::vector<std::string> problems() const;
+
+    Cache& cache() { return m_cache; }
+
+private:
+    struct State {
+        bool remote = false;
+        bool known = false;
+        bool broken = false;
+        RasterInfo info;
+        int finest_level = 0;
+        int failures = 0;  // in a row
+        bool told = false;
+        std::chrono::steady_clock::time_point paused_until{};
+    };
+    int finestLevel(std::size_t layer, const RasterInfo& info) const;
+    static bool meetsTurned(const GeoExtent& data, const GeoExtent& tile);
+
+    EarthModel m_model;
+    mutable std::mutex m_mutex;
+    std::vector<State> m_states;
+    std::vector<std::string> m_problems;
+    Cache m_cache;
+};
+
+// From which a tile of a level is typically seen, metres.
+double typicalRange(int level);
+
+}  // namespace globe

@@ -1,0 +1,356 @@
+#include "globe/tile_composer.h"
+
+#include <cpl_error.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numeric>
+
+#include "globe/graticule_painter.h"
+#include "globe/tile_selection.h"
+
+namespace globe {
+namespace {
+
+constexpr int kMaxTexels = 256;
+constexpr int kMinTexels = 32;
+constexpr std::uint8_t kSea[4] = {30, 48, 82, 255};
+
+std::size_t area(int side) { return static_cast<std::size_t>(side) * static_cast<std::size_t>(side); }
+
+// The posts of a tile with `frame` more on each side.
+PostGrid gridOf(const TileKey& key, int posts, int frame) {
+    GeoExtent extent = key.extent();
+    const double border = extent.width() / (posts - 1) * frame;
+    extent = {extent.west - border, extent.south - border, extent.east + border, extent.north + border};
+    return {extent, posts + 2 * frame, posts + 2 * frame};
+}
+
+// Where a post of one grid lies among those of another: the lower neighbour, and the part of the way to the
+// next.
+struct Place {
+    int low;
+    float part;
+};
+Place placeIn(double at, double first, double step, int posts) {
+    const double index = std::clamp((at - first) / step, 0.0, posts - 1.0);
+    const int low = std::min(static_cast<int>(index), posts - 2);
+    return {low, static_cast<float>(index - low)};
+}
+
+template <typename Visit>
+void resample(const PostGrid& from, const PostGrid& to, const Visit& visit) {
+    for (int row = 0; row < to.rows; ++row) {
+        const Place y =
+            placeIn(to.extent.south + to.stepY() * row, from.extent.south, from.stepY(), from.rows);
+        for (int column = 0; column < to.columns; ++column) {
+            const Place x =
+                placeIn(to.extent.west + to.stepX() * column, from.extent.west, from.stepX(), from.columns);
+            const auto base = static_cast<std::size_t>(y.low) * static_cast<std::size_t>(from.columns) +
+                              static_cast<std::size_t>(x.low);
+            const auto up = static_cast<std::size_t>(from.columns);
+            const std::size_t corners[4] = {base, base + 1, base + up, base + up + 1};
+            const float weights[4] = {(1 - x.part) * (1 - y.part), x.part * (1 - y.part),
+                                      (1 - x.part) * y.part, x.part * y.part};
+            visit(static_cast<std::size_t>(row) * static_cast<std::size_t>(to.columns) +
+                      static_cast<std::size_t>(column),
+                  corners, weights);
+        }
+    }
+}
+
+// Half the size, four texels into one.
+void halve(const std::uint8_t* from, int size, std::uint8_t* to) {
+    const int half = size / 2;
+    for (int row = 0; row < half; ++row) {
+        const std::uint8_t* low = from + static_cast<std::ptrdiff_t>(2 * row) * size * 3;
+        const std::uint8_t* high = low + static_cast<std::ptrdiff_t>(size) * 3;
+        for (int i = 0; i < half; ++i) {
+            for (int band = 0; band < 3; ++band) {
+                const int at = 6 * i + band;
+                *to++ = static_cast<std::uint8_t>((low[at] + low[at + 3] + high[at] + high[at + 3] + 2) / 4);
+            }
+        }
+    }
+}
+
+osg::ref_ptr<osg::Image> imageOf(const std::vector<std::uint8_t>& rgba, int size) {
+    osg::Image::MipmapDataType offsets;
+    std::size_t bytes = 0;
+    for (int side = size; side >= 1; side /= 2) {
+        if (side < size) {
+            offsets.push_back(static_cast<unsigned int>(bytes));
+        }
+        bytes += area(side) * 3;
+    }
+    auto* data = new unsigned char[bytes];
+    for (std::size_t i = 0; i < area(size); ++i) {
+        std::copy_n(&rgba[4 * i], 3, data + 3 * i);
+    }
+    unsigned char* level = data;
+    for (int side = size; side > 1; side /= 2) {
+        halve(level, side, level + area(side) * 3);
+        level += area(side) * 3;
+    }
+    osg::ref_ptr<osg::Image> image = new osg::Image;
+    image->setImage(size, size, 1, GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE, data, osg::Image::USE_NEW_DELETE, 1);
+    image->setMipmapLevels(offsets);
+    return image;
+}
+
+void blend(std::vector<std::uint8_t>& under, const std::vector<std::uint8_t>& over, double opacity) {
+    const int strength = static_cast<int>(std::lround(opacity * 256.0));
+    for (std::size_t i = 0; i < under.size(); i += 4) {
+        const int part = over[i + 3] * strength / 255;
+        for (std::size_t band = 0; band < 3; ++band) {
+            under[i + band] =
+                static_cast<std::uint8_t>(under[i + band] + (over[i + band] - under[i + band]) * part / 256);
+        }
+    }
+}
+
+std::vector<std::uint8_t> seaOf(int size) {
+    std::vector<std::uint8_t> rgba(area(size) * 4);
+    for (std::size_t i = 0; i < rgba.size(); i += 4) {
+        std::memcpy(&rgba[i], kSea, 4);
+    }
+    return rgba;
+}
+
+void prepareHeights(TileData& tile) {
+    tile.posts = meshPosts(tile.key.level);
+    tile.heights.assign(area(tile.posts + 2), 0.0f);
+}
+
+// One height at a pole, where all meridians meet, and the same beyond it.
+void closePole(TileData& tile, bool north) {
+    const int side = tile.posts + 2;
+    float* edge =
+        &tile.heights[static_cast<std::size_t>(north ? tile.posts : 1) * static_cast<std::size_t>(side)];
+    float* beyond = north ? edge + side : edge - side;
+    const float height =
+        std::accumulate(edge + 1, edge + 1 + tile.posts, 0.0f) / static_cast<float>(tile.posts);
+    std::fill(edge, edge + side, height);
+    std::fill(beyond, beyond + side, height);
+}
+
+void finishHeights(TileData& tile) {
+    const GeoExtent extent = tile.key.extent();
+    if (extent.north >= 90.0) {
+        closePole(tile, true);
+    }
+    if (extent.south <= -90.0) {
+        closePole(tile, false);
+    }
+    const auto range = std::minmax_element(tile.heights.begin(), tile.heights.end());
+    tile.lowest_m = *range.first;
+    tile.highest_m = *range.second;
+}
+
+// Texels that a tile's pictures are worth.
+int texelsFor(const LayerStack& layers, const TileKey& key) {
+    const bool lined =
+        std::any_of(layers.layers().begin(), layers.layers().end(),
+                    [](const LayerModel& layer) { return layer.kind == LayerKind::kGraticule; });
+    if (lined || !layers.isCovered(key)) {
+        return kMaxTexels;
+    }
+    const double worth = tileSize(key.level) / layers.finestPicture(key.extent());
+    int size = kMinTexels;
+    while (size < kMaxTexels && size < worth) {
+        size *= 2;
+    }
+    return size;
+}
+
+}  // namespace
+
+TileComposer::TileComposer(std::shared_ptr<LayerStack> layers, bool with_remote)
+    : m_layers(std::move(layers)), m_with_remote(with_remote), m_sources(m_layers->layers().size()) {}
+
+TileComposer::~TileComposer() = default;
+
+RasterSource* TileComposer::sourceOf(std::size_t layer) {
+    if (!m_sources[layer] && !m_layers->isPaused(layer)) {
+        const LayerModel& model = m_layers->layers()[layer];
+        const RasterUse use = model.kind == LayerKind::kElevation ? RasterUse::kHeights : RasterUse::kColors;
+        std::string error;
+        m_sources[layer] = openRaster(model.url, model.driver, use, &error);
+        if (m_sources[layer]) {
+            m_layers->opened(layer, m_sources[layer]->info());
+        } else {
+            m_layers->failedToOpen(layer, model.url.substr(0, 200) + ": " + error);
+        }
+    }
+    return m_layers->isPaused(layer) ? nullptr : m_sources[layer].get();
+}
+
+void TileComposer::noteFailure(std::size_t layer, const Flag& cancelled) {
+    if (!cancelled) {
+        const std::string message = CPLGetLastErrorMsg();
+        m_layers->failedToRead(layer, message.empty() ? "no reason is given" : message);
+    }
+}
+
+bool TileComposer::isWanted(std::size_t layer, const TileKey& key, TileData& tile) const {
+    if (!m_layers->showsAt(layer, key.level) || !m_layers->meets(layer, key.extent()) ||
+        m_layers->isPaused(layer)) {
+        return false;
+    }
+    if (m_layers->isRemote(layer) && !m_with_remote) {
+        tile.wants_remote = true;
+        return false;
+    }
+    return true;
+}
+
+void TileComposer::paintLayer(std::size_t layer, const TileKey& key, int size,
+                              std::vector<std::uint8_t>& rgba, const Flag& cancelled) {
+    const LayerModel& model = m_layers->layers()[layer];
+    RasterSource* source = sourceOf(layer);
+    if (source == nullptr || !m_layers->meets(layer, key.extent())) {
+        return;
+    }
+    const PostGrid grid = gridOf(key, size, 0);
+    std::vector<std::uint8_t> over(area(size) * 4, 0);
+    TileKey at = key;
+    while (at.level > std::max(0, model.max_level)) {
+        at = at.parent();
+    }
+    for (;;) {
+        const bool own = at == key;
+        const PostGrid source_grid = own ? grid : gridOf(at, kMaxTexels, 0);
+        std::vector<std::uint8_t> texels(own ? 0 : area(kMaxTexels) * 4);
+        CPLErrorReset();
+        const ReadResult result =
+            source->readColors(source_grid, own ? over.data() : texels.data(), cancelled);
+        if (cancelled || result == ReadResult::kNothing) {
+            return;
+        }
+        if (result == ReadResult::kRead) {
+            m_layers->wasRead(layer);
+            if (!own) {
+                resample(source_grid, grid,
+                         [&](std::size_t to, const std::size_t corners[4], const float weights[4]) {
+                             for (std::size_t band = 0; band < 4; ++band) {
+                                 float sum = 0.5f;
+                                 for (int i = 0; i < 4; ++i) {
+                                     sum += weights[i] * texels[4 * corners[i] + band];
+                                 }
+                                 over[4 * to + band] = static_cast<std::uint8_t>(sum);
+                             }
+                         });
+            }
+            blend(rgba, over, model.opacity);
+            return;
+        }
+        noteFailure(layer, cancelled);
+        if (at.isRoot() || m_layers->isPaused(layer)) {
+            return;
+        }
+        at = at.parent();
+    }
+}
+
+void TileComposer::raiseLayer(std::size_t layer, TileData& tile, const Flag& cancelled) {
+    const LayerModel& model = m_layers->layers()[layer];
+    RasterSource* source = sourceOf(layer);
+    if (source == nullptr || !m_layers->meets(layer, tile.key.extent())) {
+        return;
+    }
+    const PostGrid grid = gridOf(tile.key, tile.posts, 1);
+    TileKey at = tile.key;
+    while (at.level > std::max(0, model.max_level)) {
+        at = at.parent();
+    }
+    for (;;) {
+        const bool own = at == tile.key;
+        const PostGrid source_grid = own ? grid : gridOf(at, meshPosts(at.level), 1);
+        std::vector<float> heights(static_cast<std::size_t>(source_grid.columns) *
+                                   static_cast<std::size_t>(source_grid.rows));
+        CPLErrorReset();
+        const ReadResult result = source->readHeights(source_grid, heights.data(), cancelled);
+        if (cancelled || result == ReadResult::kNothing) {
+            return;
+        }
+        if (result == ReadResult::kRead) {
+            m_layers->wasRead(layer);
+            resample(source_grid, grid,
+                     [&](std::size_t to, const std::size_t corners[4], const float weights[4]) {
+                         float sum = 0.0f;
+                         float known = 0.0f;
+                         for (int i = 0; i < 4; ++i) {
+                             if (weights[i] > 0.0f && !std::isnan(heights[corners[i]])) {
+                                 sum += weights[i] * heights[corners[i]];
+                                 known += weights[i];
+                             }
+                         }
+                         if (known > 0.5f) {
+                             tile.heights[to] = sum / known;
+                         }
+                     });
+            return;
+        }
+        noteFailure(layer, cancelled);
+        if (at.isRoot() || m_layers->isPaused(layer)) {
+            return;
+        }
+        at = at.parent();
+    }
+}
+
+std::shared_ptr<const TileData> TileComposer::compose(const TileKey& key, const Flag& cancelled) {
+    if (std::shared_ptr<const TileData> kept = m_layers->cache().get(key)) {
+        return kept;
+    }
+    const auto tile = std::make_shared<TileData>();
+    tile->key = key;
+    prepareHeights(*tile);
+    const std::vector<LayerModel>& layers = m_layers->layers();
+    // What covers what is known only of data sets that are open.
+    for (std::size_t i = 0; i < layers.size() && !cancelled; ++i) {
+        if (layers[i].kind != LayerKind::kGraticule && isWanted(i, key, *tile)) {
+            sourceOf(i);
+        }
+    }
+    const int size = texelsFor(*m_layers, key);
+    std::vector<std::uint8_t> rgba = seaOf(size);
+    if (!m_layers->isCovered(key)) {
+        paintGraticule(key, size, rgba.data());
+    }
+    for (std::size_t i = 0; i < layers.size() && !cancelled; ++i) {
+        if (layers[i].kind == LayerKind::kGraticule) {
+            if (m_layers->showsAt(i, key.level)) {
+                paintGraticule(key, size, rgba.data());
+            }
+        } else if (isWanted(i, key, *tile)) {
+            if (layers[i].kind == LayerKind::kElevation) {
+                raiseLayer(i, *tile, cancelled);
+            } else {
+                paintLayer(i, key, size, rgba, cancelled);
+            }
+        }
+    }
+    if (cancelled) {
+        return nullptr;
+    }
+    tile->image = imageOf(rgba, size);
+    finishHeights(*tile);
+    if (!tile->wants_remote) {
+        m_layers->cache().put(key, tile, tile->bytes());
+    }
+    return tile;
+}
+
+std::shared_ptr<const TileData> TileComposer::bare(const TileKey& key) {
+    const auto tile = std::make_shared<TileData>();
+    tile->key = key;
+    prepareHeights(*tile);
+    std::vector<std::uint8_t> rgba = seaOf(kMaxTexels);
+    paintGraticule(key, kMaxTexels, rgba.data());
+    tile->image = imageOf(rgba, kMaxTexels);
+    return tile;
+}
+
+}  // namespace globe
