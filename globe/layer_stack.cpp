@@ -149,6 +149,14 @@ bool LayerStack::meets(std::size_t layer, const GeoExtent& extent) const {
 
 bool LayerStack::hasFiner(const TileKey& key) const {
     const GeoExtent extent = key.extent();
+    // The net of lines is drawn as finely as one likes.
+    constexpr int kFinestNet = 18;
+    const bool net = std::any_of(m_model.layers.begin(), m_model.layers.end(), [](const LayerModel& layer) {
+        return layer.kind == LayerKind::kGraticule && layer.visible;
+    });
+    if (key.level < kFinestNet && (net || !isCovered(key))) {
+        return true;
+    }
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         if (m_states[i].known && m_model.layers[i].visible && key.level < m_states[i].finest_level &&

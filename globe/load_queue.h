@@ -114,7 +114,9 @@ public:
                 }
             }
             m_shared->wake.notify_all();
-            ended = m_shared->ended.wait_for(lock, limit, [this] { return m_shared->alive == 0; });
+            // Those that were left to themselves before are not waited for again.
+            const auto patience = m_threads.empty() ? std::chrono::milliseconds(0) : limit;
+            ended = m_shared->ended.wait_for(lock, patience, [this] { return m_shared->alive == 0; });
         }
         for (std::thread& thread : m_threads) {
             if (ended) {
