@@ -2,6 +2,7 @@
 
 #include <osg/ColorMask>
 #include <osg/Depth>
+#include <osg/GLExtensions>
 #include <osg/Geometry>
 #include <osg/StencilTwoSided>
 #include <osgUtil/CullVisitor>
@@ -21,13 +22,21 @@ namespace {
 
 using Sides = osg::StencilTwoSided;
 
+GLint stencilBits() {
+    using GetIntegers = void(GL_APIENTRY*)(GLenum, GLint*);
+    static GetIntegers get_integers = nullptr;
+    GLint bits = 0;
+    if (get_integers != nullptr || osg::setGLExtensionFuncPtr(get_integers, "glGetIntegerv")) {
+        get_integers(GL_STENCIL_BITS, &bits);
+    }
+    return bits;
+}
+
 // A window without a stencil buffer passes every test of one, and would be painted all over.
 class OnlyWithStencil : public osg::Drawable::DrawCallback {
 public:
     void drawImplementation(osg::RenderInfo& info, const osg::Drawable* drawable) const override {
-        GLint bits = 0;
-        glGetIntegerv(GL_STENCIL_BITS, &bits);
-        if (bits >= 8) {
+        if (stencilBits() >= 8) {
             drawable->drawImplementation(info);
         }
     }
@@ -57,7 +66,7 @@ osg::StateSet* countingState() {
         // LEQUAL: in the sky ground and walls are both clamped to the far plane.
         auto made = passState(stencil, new osg::Depth(osg::Depth::LEQUAL, 0.0, 1.0, false));
         made->setAttribute(new osg::ColorMask(false, false, false, false));
-        return made.release();
+        return keptForGood(made);
     }();
     return state;
 }
@@ -69,7 +78,7 @@ osg::StateSet* paintingState() {
             stencil->setFunction(face, Sides::NOTEQUAL, 0, 0xff);
             stencil->setOperation(face, Sides::KEEP, Sides::ZERO, Sides::ZERO);
         }
-        return passState(stencil, new osg::Depth(osg::Depth::ALWAYS, 0.0, 1.0, false)).release();
+        return keptForGood(passState(stencil, new osg::Depth(osg::Depth::ALWAYS, 0.0, 1.0, false)));
     }();
     return state;
 }
@@ -85,7 +94,6 @@ osg::ref_ptr<osg::Geometry> makePass(osg::Vec3Array* vertices, osg::Vec4Array* c
     pass->addPrimitiveSet(corners);
     pass->setStateSet(state);
     pass->setDrawCallback(new OnlyWithStencil);
-    pass->setCullingActive(false);
     return pass;
 }
 

@@ -309,9 +309,9 @@ bool EarthManipulator::drag(const osgGA::GUIEventAdapter& event, osg::View* view
     const osg::Vec2d way = now - m_pressed_at;
     const double width = 0.5 * (event.getXmax() - event.getXmin());
     const double height = 0.5 * (event.getYmax() - event.getYmin());
-    // Two buttons have clicks of their own, which must move nothing.
-    if (!m_moved && m_movement != Movement::kPan &&
-        std::hypot(way.x() * width, way.y() * height) <= kClickJitter_px) {
+    // The other buttons have clicks of their own, which must move nothing.
+    const double still_px = m_movement == Movement::kPan ? 0.0 : kClickJitter_px;
+    if (!m_moved && std::hypot(way.x() * width, way.y() * height) <= still_px) {
         return true;
     }
     m_moved = true;

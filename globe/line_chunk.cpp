@@ -21,8 +21,19 @@ constexpr double kSeen_px = 0.33;
 // Buffers of the graphics card pay off only above some size; what lives for a moment has none.
 constexpr std::size_t kBufferedPoints = 64;
 
+// The shader widens the ribbon beyond its points.
+osg::BoundingBox widened(const osg::Vec3Array& points, double half_width_m) {
+    osg::BoundingBox box;
+    for (const osg::Vec3f& point : points) {
+        box.expandBy(point);
+    }
+    const auto margin = static_cast<float>(half_width_m * 2.0 + 1.0);
+    const osg::Vec3f around(margin, margin, margin);
+    return osg::BoundingBox(box._min - around, box._max + around);
+}
+
 osg::ref_ptr<osg::Geometry> makeRibbon(const LineChunk::Span& span, const std::vector<std::size_t>& kept,
-                                       const osg::Vec3d& origin, const Color& color) {
+                                       const osg::Vec3d& origin, const Color& color, double half_width_m) {
     osg::ref_ptr<osg::Vec3Array> at = new osg::Vec3Array;
     osg::ref_ptr<osg::Vec4Array> before = new osg::Vec4Array;
     osg::ref_ptr<osg::Vec3Array> after = new osg::Vec3Array;
@@ -49,8 +60,7 @@ osg::ref_ptr<osg::Geometry> makeRibbon(const LineChunk::Span& span, const std::v
     ribbon->setTexCoordArray(kRibbonAfter, after, osg::Array::BIND_PER_VERTEX);
     ribbon->setColorArray(colors, osg::Array::BIND_OVERALL);
     ribbon->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLE_STRIP, 0, static_cast<GLsizei>(at->size())));
-    // The shader widens it beyond its points; the piece is judged as a whole.
-    ribbon->setCullingActive(false);
+    ribbon->setInitialBound(widened(*at, half_width_m));
     return ribbon;
 }
 
@@ -71,7 +81,7 @@ LineChunk::LineChunk(const Span& span, const Color& color, double half_width_m, 
 
 void LineChunk::addLevel(const Span& span, const std::vector<std::size_t>& kept, double tolerance_m,
                          const Color& color) {
-    m_levels.push_back({tolerance_m, kept.size(), makeRibbon(span, kept, m_origin, color)});
+    m_levels.push_back({tolerance_m, kept.size(), makeRibbon(span, kept, m_origin, color, m_half_width_m)});
     addChild(m_levels.back().ribbon);
 }
 
@@ -118,13 +128,6 @@ void LineChunk::traverse(osg::NodeVisitor& visitor) {
     const double distance = (osg::Vec3d(cull->getEyeLocal()) - osg::Vec3d(bound.center())).length();
     const double nearest = std::max(distance - double(bound.radius()), 1.0);
     levelFor(fixed ? pixel_at_one : pixel_at_one * nearest).ribbon->accept(visitor);
-}
-
-osg::BoundingSphere LineChunk::computeBound() const {
-    osg::BoundingSphere bound = m_levels.front().ribbon->getBound();
-    bound.center() += m_origin;
-    bound.radius() += static_cast<float>(m_half_width_m * 2.0 + 1.0);
-    return bound;
 }
 
 }  // namespace globe

@@ -28,7 +28,6 @@ public:
     LineChunk(const Span& span, const Color& color, double half_width_m, bool finished);
 
     void traverse(osg::NodeVisitor& visitor) override;
-    osg::BoundingSphere computeBound() const override;
 
     // Points in all versions, for tests and benchmarks.
     std::size_t pointsIn(std::size_t level) const {

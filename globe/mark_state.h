@@ -19,6 +19,13 @@ constexpr int kLabelBin = 20;
 // Plain colours whatever is set above: no lighting, textures, fog or shaders of others; blended.
 osg::ref_ptr<osg::StateSet> plainState();
 
+// Keeps an object that everything shares until the process ends: what is drawn last may outlive all else.
+template <typename T>
+T* keptForGood(const osg::ref_ptr<T>& object) {
+    object->ref();
+    return object.get();
+}
+
 // The eye in world coordinates, of the camera under whose matrices the visitor stands.
 osg::Vec3d eyeOf(osgUtil::CullVisitor& cull);
 

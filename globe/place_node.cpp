@@ -28,7 +28,7 @@ osg::StateSet* placeState() {
         made->setAttributeAndModes(new osg::Depth(osg::Depth::ALWAYS, 0.0, 1.0, false));
         made->setRenderBinDetails(kLabelBin, declutterBinName(), osg::StateSet::OVERRIDE_RENDERBIN_DETAILS);
         made->setNestRenderBins(false);
-        return made.release();
+        return keptForGood(made);
     }();
     return state;
 }

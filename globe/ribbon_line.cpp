@@ -29,8 +29,10 @@ void main() {
     mat3 turn = mat3(gl_ModelViewMatrix);
     bool parallel = gl_ProjectionMatrix[2][3] == 0.0;
     vec3 sight = parallel ? vec3(0.0, 0.0, -1.0) : normalize(at.xyz);
-    vec3 a = cross(turn * gl_MultiTexCoord0.xyz, sight);
-    vec3 b = cross(turn * gl_MultiTexCoord1.xyz, sight);
+    vec3 from = turn * gl_MultiTexCoord0.xyz;
+    vec3 to = turn * gl_MultiTexCoord1.xyz;
+    vec3 a = cross(from, sight);
+    vec3 b = cross(to, sight);
     float la = length(a);
     float lb = length(b);
     a = la > 0.0 ? a / la : vec3(0.0);
@@ -41,6 +43,12 @@ void main() {
     across = l > 0.2 ? across / l : a;
     float pixel = (parallel ? 1.0 : max(-at.z, 0.0)) / (gl_ProjectionMatrix[1][1] * globe_half_height);
     float reach = max(globe_line.x, globe_line.y * pixel) / max(dot(across, a), 0.5);
+    // The ends of the line: what is shorter than a pixel would fall between them.
+    bool first = from == vec3(0.0);
+    bool last = to == vec3(0.0);
+    if (first != last) {
+        at.xyz += normalize(first ? -to : from) * (globe_line.y * pixel);
+    }
     at.xyz += across * (gl_MultiTexCoord0.w * reach);
     gl_Position = gl_ProjectionMatrix * at;
     gl_FrontColor = gl_Color;
@@ -53,13 +61,12 @@ void main() { gl_FragColor = gl_Color; }
 )";
 
 osg::Program* ribbonProgram() {
-    // Never freed: what is drawn last may outlive everything else.
     static osg::Program* const program = [] {
         osg::ref_ptr<osg::Program> made = new osg::Program;
         made->setName("ribbon");
         made->addShader(new osg::Shader(osg::Shader::VERTEX, kVertexShader));
         made->addShader(new osg::Shader(osg::Shader::FRAGMENT, kFragmentShader));
-        return made.release();
+        return keptForGood(made);
     }();
     return program;
 }

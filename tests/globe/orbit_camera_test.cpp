@@ -132,7 +132,7 @@ TEST(OrbitCamera, WhatIsGrabbedStaysUnderTheCursor) {
                     OrbitPose pose{place.lon,     place.lat, groundHeight(*terrain, place.lon, place.lat),
                                    place.heading, pitch,     range};
                     liftAboveGround(&pose, *terrain, 10.0);
-                    EXPECT_LT(worstOfDrag(pose, *terrain, {7.0, -2.0}), 0.5)
+                    EXPECT_LT(worstOfDrag(pose, *terrain, {4.0, -2.0}), 0.5)
                         << "range " << range << " pitch " << pitch << " lat " << place.lat;
                 }
             }

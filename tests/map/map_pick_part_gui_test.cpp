@@ -1,4 +1,5 @@
 // The pointer on a globe: what it reads, what it sends, and that what it holds ends.
+#include <QValidator>
 #include <QtEndian>
 
 #include "map/pick_drag.h"
