@@ -74,6 +74,7 @@ Korvath::Korvath(QWidget* parent)
 
 Korvath::~Korvath() {
     qApp->removeEventFilter(this);
+    m_parts->maps->close();
     delete replay_timer;
     replay_timer = nullptr;
     m_saving = false;
@@ -174,6 +175,7 @@ void Korvath::initSecondStage() {
     m_parts->form.detect_infrared->setChecked(true);
     m_parts->form.detect_usual->setChecked(true);
     m_parts->form.detection_boxes->setToggle(true);
+    m_parts->maps->preload();
 }
 
 void Korvath::firstShow() {
@@ -211,6 +213,7 @@ void Korvath::retranslate() {
     m_parts->sei->retranslate();
     m_parts->recorder->retranslate();
     m_parts->panes->rebuildPageSelectors();
+    m_parts->maps->retranslate();
     ui->retranslateUi(this);
     m_parts->strip->retranslate();
     setWindowTitle(config().app_title);

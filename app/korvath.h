@@ -16,6 +16,7 @@
 #include "link/frames.h"
 #include "link/link_state.h"
 #include "link/nav_block.h"
+#include "map/map_owner.h"
 #include "telemetry/telemetry_record.h"
 #include "video/picture_owner.h"
 
@@ -46,7 +47,7 @@ class telemetry_info;
 // One object a process, created by main; lives on the GUI thread, and every member is used on that thread
 // alone unless its declaration says otherwise. What an operation does is told by the part that it forwards
 // to.
-class Korvath : public QMainWindow, public PictureOwner, public PlotOwner {
+class Korvath : public QMainWindow, public PictureOwner, public PlotOwner, public MapOwner {
     Q_OBJECT
 
 public:
@@ -71,7 +72,7 @@ public:
     void sendCommand4(std::uint8_t code, std::uint8_t p1, std::uint8_t p2, std::uint8_t p3, std::uint8_t p4);
     void sendCommandWord(std::uint8_t code, std::int16_t a, std::int16_t b);
     void sendCommandRate(std::uint8_t frameCode, std::uint8_t code, std::int16_t x, std::int16_t y);
-    void sendCommandPayload(std::uint8_t code, const void* data, int n);
+    void sendCommandPayload(std::uint8_t code, const void* data, int n) override;
     void sendVariableFrame(std::uint16_t code, const void* data, int n);
     void sendFixedFrame(sorvane::FixedCommandFrame& frame);
     void stopCommand(std::uint16_t code);
@@ -113,6 +114,12 @@ public:
     void placeTips() override;
     // A drag on the first picture is under way; throttles the variable frames.
     bool dragUnderWay() const;
+
+    // For the maps; see map/map_owner.h.
+    void geoHoldBegins(const void* who, std::uint8_t code) override;
+    void geoHoldEnded(const void* who) override;
+    bool onWindowEdge(const QPoint& global) const override { return hitEdge(global) != 0; }
+    QWidget* dialogParent() override { return this; }
 
     // theme: 0 day, 1 night.
     void applyTheme(int theme);

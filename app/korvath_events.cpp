@@ -156,6 +156,8 @@ void Korvath::filterResize(QObject* obj) {
     } else if (obj == ui->centralWidget && isVisible()) {
         // Bars that come or go change the space for the panes without a resize of the window.
         placePanes();
+    } else if (obj == m_parts->form.map_page || obj == m_parts->form.map_strip) {
+        m_parts->maps->resized(obj);
     } else if (obj == ui->videoWin1 || obj == ui->videoWin2) {
         m_parts->presenter->resizeSurface(static_cast<QWidget*>(obj));
     }
@@ -220,6 +222,7 @@ bool Korvath::onFrameTimer() {
 }
 bool Korvath::onTick() {
     m_parts->panes->placeToggles();
+    m_parts->maps->placeStripToggle();
     if (m_parts->link != nullptr) {
         m_parts->link->showSendTrouble();
         m_parts->pulse->look();

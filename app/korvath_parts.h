@@ -14,6 +14,7 @@
 #include "link/command_pages.h"
 #include "link/command_sender.h"
 #include "link/link_panel.h"
+#include "map/map_hosts.h"
 #include "pulse/pulse_bar.h"
 #include "telemetry/intake.h"
 #include "telemetry/sei_panel.h"
@@ -46,6 +47,7 @@ struct Korvath::Parts {
     std::unique_ptr<Intake> intake;
     std::unique_ptr<DragMarks> marks;
     std::unique_ptr<FloatingPanes> panes;
+    std::unique_ptr<MapHosts> maps;
     std::unique_ptr<PicturePresenter> presenter;
     std::unique_ptr<ChannelSound> sound;
     std::unique_ptr<BlockStream> blocks;

@@ -39,6 +39,10 @@ void Korvath::sendFixedFrame(sorvane::FixedCommandFrame& frame) {
     m_parts->sender->frames().sendFixedFrame(frame);
 }
 void Korvath::stopCommand(std::uint16_t code) { m_parts->sender->frames().stopCommand(code); }
+void Korvath::geoHoldBegins(const void* who, std::uint8_t code) {
+    m_parts->sender->movements().holdBegins(who, code);
+}
+void Korvath::geoHoldEnded(const void* who) { m_parts->sender->movements().holdEnded(who); }
 void Korvath::applySendMode() { m_parts->sender->applySendMode(); }
 void Korvath::silenceLink() { m_parts->sender->silence(); }
 bool Korvath::singleMode() const { return m_parts->sender->singleMode(); }

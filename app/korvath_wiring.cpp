@@ -49,6 +49,16 @@ void Korvath::buildParts() {
         PaneFields{m_statPane, m_stateTab, m_ctrlPane, m_ctrlSelect, m_btnStatPane, m_btnCtrlPane,
                    m_panePlayCtrl, m_paneTimer, m_replayState},
         [this] { return m_settings->languageIndex(); });
+    p.maps = std::make_unique<MapHosts>(p.form, MapFields{m_map1, m_map2, m_btnCtrlPane}, *this);
+    p.commands->let_go_more = [&p](const void* but) { p.maps->letGo(but); };
+    connect(p.intake.get(), &Intake::recordTaken, this, [this] {
+        m_parts->maps->targetReported(m_telemetry.target_longitude / 1e7, m_telemetry.target_latitude / 1e7,
+                                      static_cast<std::uint32_t>(m_telemetry.target_altitude));
+    });
+    connect(p.intake.get(), &Intake::insTaken, this, [this](const sorvane::AircraftFix& fix) {
+        m_parts->maps->aircraftReported(fix.longitude_deg, fix.latitude_deg, fix.altitude_m,
+                                        static_cast<float>(fix.heading_deg));
+    });
     p.presenter = std::make_unique<PicturePresenter>(
         *this, PictureFields{m_videoAlive, frame_width, frame_height, frame_cache, m_frameTimer, m_showFps},
         [this] { return devicePixelRatioF(); },
@@ -202,6 +212,7 @@ void Korvath::connectWindow() {
     onAction(ui->action_videoWinLR, &Korvath::OnClickedVideoWinLR);
     onAction(ui->action_videoWinTB, &Korvath::OnClickedVideoWinTB);
     onAction(ui->action_chartAna, &Korvath::OnActionChartAnaTriggered);
+    connect(ui->action_map, &QAction::triggered, m_parts->maps.get(), &MapHosts::show);
     onAction(ui->action_telemetry_info, &Korvath::on_action_telemetry_info);
     connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
     connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);

@@ -20,7 +20,7 @@ void setAttributes() {
 void nameMissing() {
     nameMissingFiles({"./res/common.qss", "./res/night.qss", "./res/setting_day.qss",
                       "./res/setting_night.qss", "./res/icon_app.png", "./translations/Translation_en.qm",
-                      "./translations/qtbase_zh_CN.qm",
+                      "./translations/qtbase_zh_CN.qm", "./earth/XEarth.earth",
                       QCoreApplication::applicationDirPath() + "/fonts/msyh.ttc"});
 }
 

@@ -21,6 +21,8 @@ struct MainForm {
     QSplitter* pictures = ui.splitter;
     QWidget* picture_area = ui.widget_6;
     QWidget* map_strip = ui.widget_5;
+    QWidget* map_page = ui.widget_map;
+    QSplitter* pictures_and_strip = ui.splitter_3;
     QStackedWidget* control_pages = ui.tabWidget;
     QStackedWidget* status_pages = ui.stackedWidget;
     QPushButton* previous_status_page = ui.m_btnPagePrev;

@@ -97,6 +97,9 @@ void CommandPages::letGo(const void* but) {
     if (but != &kMiddleButton) {
         m_form.ui.videoWin1->endMiddle();
     }
+    if (let_go_more) {
+        let_go_more(but);
+    }
 }
 
 void CommandPages::slewBegins(int window) {

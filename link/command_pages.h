@@ -79,6 +79,9 @@ public:
     // The same when no widget can be asked any more.
     void abandon();
 
+    // Lets go the holds that are neither a button nor on a picture. May be empty.
+    std::function<void(const void* but)> let_go_more;
+
 private:
     void run(sorvane::ControlKind kind, const char* object, int value, const void* holder = nullptr);
     bool linkOpen() const;

@@ -52,7 +52,7 @@ LAW = {
     "pulse": row("pulse", f"{FLOORS} pulse_core", "Qt"),
     "video": row("video", f"{FLOORS} video_core tavrik oskel platform",
                  "Qt QtMultimedia SDL X11 libavutil libswscale"),
-    "map": row("map", f"{FLOORS} map_core globe globe_view", "Qt OpenSceneGraph"),
+    "map": row("map", f"{FLOORS} map_core globe_core globe globe_view", "Qt OpenSceneGraph"),
     "input": row("input", f"{FLOORS} input_core platform", "Qt"),
     "analysis": row("analysis", f"{FLOORS} analysis_core", "Qt QtCharts"),
     "encoder_view_face": row("settings", "", "Qt"),
@@ -73,6 +73,12 @@ LAW["sim_stream"] = row("simulator/stream", "sim_world sim_pod sim_wire sim_mux"
                         "GStreamer FFmpeg encoders system")
 LAW["sim_control"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream", "system")
 LAW["podsim"] = row("simulator", "sim_world sim_pod sim_wire sim_mux sim_stream sim_control", "system")
+# Programs that only the build runs: what they make is read at run time.
+LAW["earth_data"] = row("earth", "", "GDAL")
+LAW["make_world"] = row("earth", "earth_data")
+LAW["make_demo_area"] = row("earth", "earth_data sim_world sim_pod")
+LAW["drone_model"] = row("earth", "", "OpenSceneGraph")
+LAW["make_drone"] = row("earth", "drone_model", "OpenSceneGraph")
 HUB = "korvath"
 
 # What a name in LIBS stands for. PkgConfig::X stands for the modules of the pkg_check_modules(X ...) in its folder or

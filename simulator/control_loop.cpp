@@ -9,8 +9,8 @@
 #include <cmath>
 #include <csignal>
 
+#include "simulator/pod/calendar.h"
 #include "simulator/pod/text.h"
-#include "simulator/pod/views.h"
 #include "simulator/stream/clock.h"
 #include "simulator/upgrade_line.h"
 #include "simulator/wire/answers.h"
@@ -22,15 +22,8 @@ namespace {
 
 constexpr std::int64_t kMs = 1'000'000;
 constexpr std::int64_t kStep_ns = 10 * kMs;
-constexpr std::int64_t kMotionLog_ns = 100 * kMs;
 constexpr std::int64_t kPartialPatience_ns = 100 * kMs;
 constexpr std::size_t kConsoleLineLimit = 4096;
-
-// The next beat after `now`; beats that were missed are left out.
-std::int64_t nextBeat(std::int64_t last, std::int64_t period, std::int64_t now) {
-    const std::int64_t next = last + period;
-    return next > now - period ? next : now;
-}
 
 }  // namespace
 
@@ -320,7 +313,10 @@ void ControlLoop::faultsChanged() {
 void ControlLoop::onCommand(const wire::Command& c, const Line& line) {
     m_commandLog.onCommand(c, line.transport->kind());
     if (c.has_nav) {
-        m_pod.setNav(navInputOf(c.nav));
+        const NavInput nav = navInputOf(c.nav);
+        if (!m_echo.isEcho(nav, monotonicNs())) {
+            m_pod.setNav(nav);
+        }
     }
     if (c.code == wire::kNavBlockCode) {
         return;
@@ -414,67 +410,23 @@ void ControlLoop::sendFeeds(std::int64_t now) {
     m_nextFeedNs = nextBeat(m_nextFeedNs, 1'000'000'000LL / m_options.feed_hz, now);
     const Snapshot state = m_pod.snapshot();
     if (m_ins) {
-        const auto frame = wire::buildInsFrame(insStateOf(state, utcMicroseconds()));
+        const std::int64_t utc_us = utcMicroseconds();
+        const auto frame = wire::buildInsFrame(insStateOf(state, utc_us));
         m_ins->send(frame.data(), frame.size());
+        NavInput said = navInputOf(navBlockOf(state));
+        const CalendarTime time = toCalendar(utc_us / 1000);
+        said.minute = time.minute;
+        said.second = time.second;
+        said.hundredths = time.millisecond / 10;
+        m_echo.told(said, state.nav_external, now);
     }
     if (m_navSocket >= 0) {
-        const auto frame = wire::buildInterfaceFrame(navBlockOf(state));
+        const wire::NavBlock block = navBlockOf(state);
+        m_echo.told(navInputOf(block), state.nav_external, now);
+        const auto frame = wire::buildInterfaceFrame(block);
         sendto(m_navSocket, frame.data(), frame.size(), MSG_NOSIGNAL,
                reinterpret_cast<const sockaddr*>(&m_navTo), sizeof m_navTo);
     }
-}
-
-void ControlLoop::logMotion(std::int64_t now) {
-    if (!m_log.isOpen() || now < m_nextMotionNs) {
-        return;
-    }
-    m_nextMotionNs = nextBeat(m_nextMotionNs, kMotionLog_ns, now);
-    const Snapshot s = m_pod.snapshot();
-    const bool moving = std::fabs(s.rate_az_dps) > 1e-3 || std::fabs(s.rate_el_dps) > 1e-3;
-    if (moving || m_wasMoving) {
-        m_log.event("servo", formatText("state=%d yaw=%.3f pitch=%.3f rate_az=%.3f rate_el=%.3f moving=%d",
-                                        static_cast<int>(s.servo_state), s.frame_yaw_deg, s.frame_pitch_deg,
-                                        s.rate_az_dps, s.rate_el_dps, moving ? 1 : 0));
-    }
-    m_wasMoving = moving;
-    logTracker(s, now);
-    logObjects(s);
-}
-
-// What can be clicked: id=x,y,width,height of each object in sight, pixels of the main picture from its top
-// left.
-void ControlLoop::logObjects(const Snapshot& s) {
-    std::string text;
-    for (const VisibleObject& object : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
-        if (object.occluded) {
-            continue;
-        }
-        text += formatText("%s%d=%.1f,%.1f,%.1f,%.1f", text.empty() ? "" : " ", object.id, object.x_px,
-                           object.y_px, object.width_px, object.height_px);
-    }
-    m_log.event("objects", text);
-}
-
-void ControlLoop::logTracker(const Snapshot& s, std::int64_t now) {
-    const int state = static_cast<int>(s.track_state);
-    const bool changed = state != m_lastTrackState || s.locked_object_id != m_lastLocked;
-    if (!changed && (s.track_state == TrackState::kIdle || now - m_trackLoggedNs < kMotionLog_ns)) {
-        return;
-    }
-    m_lastTrackState = state;
-    m_lastLocked = s.locked_object_id;
-    m_trackLoggedNs = now;
-    const BoxCentre box = boxCentreOf(s);
-    std::string text = formatText("state=%d x=%.1f y=%.1f w=%.1f h=%.1f object=%d", state, box.x, box.y,
-                                  s.target_width_px, s.target_height_px, s.locked_object_id);
-    for (const VisibleObject& object : visibleObjects(s, s.frame_width, s.frame_height, kMainChannel)) {
-        if (object.id != s.locked_object_id) {
-            continue;
-        }
-        text +=
-            formatText(" object_x=%.1f object_y=%.1f occluded=%d", object.x_px, object.y_px, object.occluded);
-    }
-    m_log.event("track", text);
 }
 
 }  // namespace podsim

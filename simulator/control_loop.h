@@ -16,6 +16,7 @@
 #include "simulator/stream/transport.h"
 #include "simulator/stream/web_server.h"
 #include "simulator/wire/fault_injector.h"
+#include "simulator/wire/nav_echo.h"
 #include "simulator/wire/wire.h"
 
 namespace podsim {
@@ -85,6 +86,7 @@ private:
     std::vector<std::unique_ptr<Line>> m_lines;
     std::unique_ptr<Transport> m_ins;
     std::unique_ptr<WebServer> m_web;
+    NavEcho m_echo;
     int m_navSocket = -1;
     sockaddr_in m_navTo{};
     FaultSettings m_telemetryFaults;

@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -53,7 +55,7 @@ int openSignals() {
     return signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-PodConfig podConfigOf(const Options& o) {
+PodConfig podConfigOf(const Options& o, const RecordedRoute& route) {
     PodConfig config;
     config.seed = static_cast<std::uint32_t>(o.seed);
     config.frame_width = o.channels[0].encoder.width;
@@ -64,6 +66,8 @@ PodConfig podConfigOf(const Options& o) {
     }
     config.start_utc_ms = utcMicroseconds() / 1000;
     config.latched = o.latched;
+    config.plan = o.flight;
+    config.route = route;
     return config;
 }
 
@@ -109,11 +113,28 @@ bool adoptClips(Options& o, std::string& error) {
     return true;
 }
 
+bool readRoute(const std::string& path, RecordedRoute& route, std::string& error) {
+    if (path.empty()) {
+        return true;
+    }
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    if (!file || !(text << file.rdbuf())) {
+        error = path + ": cannot be read, or is empty";
+        return false;
+    }
+    if (!route.parse(text.str(), error)) {
+        error = path + ": " + error;
+        return false;
+    }
+    return true;
+}
+
 class Program {
 public:
-    explicit Program(const Options& options)
+    Program(const Options& options, const RecordedRoute& route)
         : m_options(options),
-          m_pod(podConfigOf(options)),
+          m_pod(podConfigOf(options, route)),
           m_loop(options, m_pod, m_log, [this](const FaultSettings& f) { setVideoFaults(f); }) {}
 
     int run(int signal_fd) {
@@ -211,6 +232,9 @@ private:
         std::string text =
             formatText("yaw=%.2f pitch=%.2f servo=%d track=%d", s.frame_yaw_deg, s.frame_pitch_deg,
                        static_cast<int>(s.servo_state), static_cast<int>(s.track_state));
+        if (s.target_valid) {
+            text += formatText(" look=%.7f,%.7f", s.target_latitude_deg, s.target_longitude_deg);
+        }
         for (int i = 0; i < kChannels; ++i) {
             text += formatText(" frames%d=%u watched%d=%d", i, m_channels[i]->framesSent(), i,
                                m_rtsp && m_rtsp->watched(i) ? 1 : 0);
@@ -242,11 +266,12 @@ int mainProgram(const std::vector<std::string>& arguments) {
         std::printf("podsim %s\n", kVersion);
         return 0;
     }
-    if (!adoptClips(options, error)) {
+    RecordedRoute route;
+    if (!adoptClips(options, error) || !readRoute(options.route, route, error)) {
         return fail(error);
     }
     const int signal_fd = openSignals();
-    Program program(options);
+    Program program(options, route);
     return program.run(signal_fd);
 }
 

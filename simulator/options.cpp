@@ -80,6 +80,11 @@ bool readProfile(Value text, Profile& out) {
     return text == "scan" || text == "slew" || text == "track";
 }
 
+bool readFlight(Value text, FlightPlan& out) {
+    out = text == "racetrack" ? FlightPlan::kRacetrack : FlightPlan::kCircle;
+    return text == "circle" || text == "racetrack";
+}
+
 bool readSwitch(Value text, bool& out) {
     out = text == "on";
     return text == "on" || text == "off";
@@ -180,6 +185,10 @@ const OptionRow kOtherOptions[] = {
      [](Options& o, Value v) { return readSeed(v, o.seed); }},
     {"--position", "LAT,LON", "centre of the simulated flight in degrees",
      [](Options& o, Value v) { return readPosition(v, o); }},
+    {"--flight", "NAME", "circle or racetrack (circle)",
+     [](Options& o, Value v) { return readFlight(v, o.flight); }},
+    {"--route", "FILE", "fly a recorded route in its place, over and over, see below",
+     [](Options& o, Value v) { return readPath(v, o.route); }},
     {"--event-log", "FILE", "write what happens to FILE, a line an event",
      [](Options& o, Value v) { return readPath(v, o.event_log); }},
     {"--duration", "S", "stop by itself after S seconds",
@@ -381,6 +390,11 @@ std::string helpText() {
         "also pause with milliseconds: the line rests inside a picture behind pause-after bytes of it (1), "
         "in\n"
         "every picture of pause-every (10); nothing is lost.\n"
+        "\n"
+        "A route is a file with a point a line, fields separated by commas: longitude, latitude, altitude "
+        "in\n"
+        "metres and perhaps heading, flown at 12 m/s; or, below a line of column names, any of time in\n"
+        "seconds, longitude, latitude, altitude, heading, pitch and roll. # begins a remark.\n"
         "\n"
         "KIND@FRAME: the answer to that program frame, once. KIND is lost, doubled, late, reordered, "
         "state=N,\n"

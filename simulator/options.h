@@ -45,6 +45,8 @@ struct Options {
     bool has_position = false;
     double latitude_deg = 0;
     double longitude_deg = 0;
+    FlightPlan flight = FlightPlan::kCircle;
+    std::string route;  // file of a recorded flight; empty: none
     std::string event_log;
     double duration_s = 0;  // 0: until stopped
 

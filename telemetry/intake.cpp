@@ -68,8 +68,9 @@ void Intake::takeInsFrame(QMyEvent& e) {
     if (payload == nullptr) {
         return;
     }
-    sorvane::decodeInsPayload(static_cast<const std::uint8_t*>(payload.get()), m_fields.nav_block);
-    emit insTaken();
+    const auto* bytes = static_cast<const std::uint8_t*>(payload.get());
+    sorvane::decodeInsPayload(bytes, m_fields.nav_block);
+    emit insTaken(sorvane::insFix(bytes, m_fields.nav_block));
 }
 
 void Intake::takeNavBlock(QMyEvent& e) {

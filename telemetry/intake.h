@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "link/nav_block.h"
+#include "telemetry/ins_decode.h"
 #include "telemetry/telemetry_record.h"
 
 class QMyEvent;
@@ -45,7 +46,7 @@ signals:
     // A reply of the pod: `size` bytes (0 or more) behind its code, valid during the call.
     void replyTaken(std::uint16_t code, const unsigned char* data, int size);
     // The inertial unit has written the navigation block.
-    void insTaken();
+    void insTaken(const sorvane::AircraftFix& fix);
     // The interface feed has written the navigation block.
     void navBlockTaken();
 

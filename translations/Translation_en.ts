@@ -612,10 +612,6 @@
     <context>
         <name>KorvathClass</name>
         <message>
-            <source>地图（此版本尚未提供）</source>
-            <translation>Map (not in this version)</translation>
-        </message>
-        <message>
             <source>最小化</source>
             <translation>Minimise</translation>
         </message>
@@ -2974,6 +2970,79 @@ mode</translation>
         <message>
             <source>按键 %1</source>
             <translation>Button %1</translation>
+        </message>
+    </context>
+    <context>
+        <name>MapHosts</name>
+        <message>
+            <source>下方地图</source>
+            <translation>Map below</translation>
+        </message>
+    </context>
+    <context>
+        <name>MyLocateDialogUi</name>
+        <message>
+            <source>定位</source>
+            <translation>Locate</translation>
+        </message>
+        <message>
+            <source>经度：</source>
+            <translation>Lon:</translation>
+        </message>
+        <message>
+            <source>纬度：</source>
+            <translation>Lat:</translation>
+        </message>
+        <message>
+            <source>海拔：</source>
+            <translation>Alt:</translation>
+        </message>
+        <message>
+            <source>半径（米）：</source>
+            <translation>Radius (m):</translation>
+        </message>
+        <message>
+            <source>地理指引</source>
+            <translation>Geo guide</translation>
+        </message>
+        <message>
+            <source>地理跟踪</source>
+            <translation>Geo track</translation>
+        </message>
+        <message>
+            <source>标识</source>
+            <translation>Mark</translation>
+        </message>
+        <message>
+            <source>关闭</source>
+            <translation>Close</translation>
+        </message>
+    </context>
+    <context>
+        <name>MapProblem</name>
+        <message>
+            <source>地图数据：%1</source>
+            <translation>Map data: %1</translation>
+        </message>
+        <message>
+            <source>无法读取地球文件 %1</source>
+            <translation>cannot read the earth file %1</translation>
+        </message>
+        <message>
+            <source>地球文件不是有效的 XML%1</source>
+            <translation>the earth file is not valid XML%1</translation>
+        </message>
+        <message>
+            <source>地球文件中没有地图，而是 %1</source>
+            <translation>the earth file has no map but %1</translation>
+        </message>
+        <message>
+            <source>图层 %1 的部分数据无法读取：%2</source>
+            <translation>parts of layer %1 cannot be read: %2</translation>
+        </message>
+        <message>
+            <source>图层 %1：%2</source>
+            <translation>layer %1: %2</translation>
         </message>
     </context>
 </TS>

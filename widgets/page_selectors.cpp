@@ -50,6 +50,12 @@ void fillWithTabs(QWidget& pane, QStackedWidget& pages, const QStringList& texts
     tabs->setFocusPolicy(Qt::NoFocus);
     tabs->setCurrentIndex(qBound(0, pages.currentIndex(), texts.size() - 1));
     QObject::connect(tabs, &QTabWidget::currentChanged, &pages, &QStackedWidget::setCurrentIndex);
+    // While a page without a tab is open the marked tab would not change by a click, yet is to show its page.
+    QObject::connect(tabs, &QTabWidget::tabBarClicked, &pages, [&pages](int tab) {
+        if (tab >= 0) {
+            pages.setCurrentIndex(tab);
+        }
+    });
     QObject::connect(&pages, &QStackedWidget::currentChanged, tabs, &QTabWidget::setCurrentIndex);
     tabs->show();
 }

@@ -61,7 +61,7 @@ void Lens::step(double dt_s) {
 }
 
 Pod::State::State(const PodConfig& c)
-    : config(c), flight(c.latitude_deg, c.longitude_deg), random(c.seed * 2654435761U | 1U) {
+    : config(c), flight(c.latitude_deg, c.longitude_deg, c.plan, c.route), random(c.seed * 2654435761U | 1U) {
     visible.longest = kVisibleLongMm / kVisibleWideMm;
     visible.zoom = kVisibleStartMm / kVisibleWideMm;
     infrared.longest = kInfraredLongMm / kInfraredWideMm;

@@ -2,25 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "simulator/world/world.h"
 
 namespace podsim {
 namespace {
 
-constexpr double kRadius = 225, kSpeed = 12, kHeight = 150;
-constexpr double kStartAngle = 0.53;  // clockwise from north
-constexpr double kNavTimeout = 2;     // seconds without the station's position until the circle goes on
+constexpr double kNavTimeout = 2;  // seconds without the station's position until the own flight goes on
+constexpr double kLowest = 30, kHighest = 8000;  // above the ground, metres
 constexpr double kMetresPerDegree = 111319.49;
-constexpr double kGravity = 9.81;
 
 double wrap360(double degrees) { return degrees - 360 * std::floor(degrees / 360); }
 
 }  // namespace
 
-Flight::Flight(double latitude_deg, double longitude_deg)
-    : m_latitudeDeg(latitude_deg), m_longitudeDeg(longitude_deg) {
-    circle();
+Flight::Flight(double latitude_deg, double longitude_deg, FlightPlan plan, RecordedRoute route)
+    : m_latitudeDeg(latitude_deg), m_longitudeDeg(longitude_deg), m_plan(plan), m_route(std::move(route)) {
+    flyByItself();
     toEarth(m_state.east_m, m_state.north_m, m_state.latitude_deg, m_state.longitude_deg);
 }
 
@@ -38,27 +37,37 @@ void Flight::step(double dt_s) {
     if (m_navAgeS < kNavTimeout) {
         follow(dt_s);
     } else {
-        circle();
+        flyByItself();
     }
     toEarth(m_state.east_m, m_state.north_m, m_state.latitude_deg, m_state.longitude_deg);
 }
 
-void Flight::circle() {
-    const double t = m_timeS;
-    const double rate = kSpeed / kRadius;
-    const double angle = kStartAngle + rate * t;
+void Flight::flyByItself() {
     m_state.external = false;
-    m_state.east_m = kRadius * std::sin(angle);
-    m_state.north_m = kRadius * std::cos(angle);
-    m_state.height_m = kHeight + 1.5 * std::sin(0.17 * t);
-    m_state.vertical_speed_mps = 1.5 * 0.17 * std::cos(0.17 * t);
-    m_state.heading_deg = wrap360(angle / kDeg + 90);
-    m_state.heading_rate_dps = rate / kDeg;
-    m_state.ground_speed_mps = kSpeed;
-    // A coordinated turn, with the unrest of the air on top.
-    m_state.roll_deg =
-        std::atan(kSpeed * rate / kGravity) / kDeg + 0.5 * std::sin(0.9 * t) + 0.2 * std::sin(2.3 * t);
-    m_state.pitch_deg = 1.8 + 0.4 * std::sin(0.7 * t + 1) + 0.2 * std::sin(1.9 * t);
+    if (m_route.empty()) {
+        flyPlan(m_plan, m_timeS, m_state);
+    } else {
+        flyRoute();
+    }
+}
+
+void Flight::flyRoute() {
+    constexpr double kStep_s = 0.02;  // over which speeds are taken
+    const RecordedRoute::Point now = m_route.at(m_timeS);
+    // The speeds of the piece being flown, at its end too.
+    const double ahead = m_route.duration() - now.time_s > kStep_s ? kStep_s : -kStep_s;
+    const RecordedRoute::Point other = m_route.at(now.time_s + ahead);
+    double east = 0, north = 0;
+    toLocal(now.latitude_deg, now.longitude_deg, m_state.east_m, m_state.north_m);
+    toLocal(other.latitude_deg, other.longitude_deg, east, north);
+    m_state.height_m = std::clamp(now.altitude_m - kGroundAltitude, kLowest, kHighest);
+    m_state.vertical_speed_mps = (other.altitude_m - now.altitude_m) / ahead;
+    m_state.ground_speed_mps = std::hypot(east - m_state.east_m, north - m_state.north_m) / kStep_s;
+    m_state.heading_deg = now.heading_deg;
+    m_state.heading_rate_dps =
+        std::clamp(std::remainder(other.heading_deg - now.heading_deg, 360) / ahead, -30.0, 30.0);
+    m_state.pitch_deg = now.pitch_deg;
+    m_state.roll_deg = now.roll_deg;
 }
 
 void Flight::follow(double dt_s) {
@@ -68,7 +77,7 @@ void Flight::follow(double dt_s) {
     // Between two messages the aircraft goes on.
     m_state.east_m += m_nav.east_speed_mps * m_navAgeS;
     m_state.north_m += m_nav.north_speed_mps * m_navAgeS;
-    const double height = std::clamp(m_nav.altitude_m - kGroundAltitude, 30.0, 8000.0);
+    const double height = std::clamp(m_nav.altitude_m - kGroundAltitude, kLowest, kHighest);
     m_state.vertical_speed_mps = 0;
     m_state.height_m = height;
     m_state.heading_deg = wrap360(m_nav.heading_deg);

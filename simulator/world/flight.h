@@ -1,13 +1,15 @@
-// The flight of the aircraft that carries the pod: circles over the village with the small motions of a real
-// flight, or the position and attitude that the station tells.
+// The flight of the aircraft that carries the pod: a plan with the small motions of a real flight, a recorded
+// route, or the position and attitude that the station tells.
 #pragma once
+
+#include "simulator/world/flight_plan.h"
 
 namespace podsim {
 
 // Position, attitude and time of the carrier as told by the station.
 struct NavInput {
     double pitch_deg = 0, roll_deg = 0, heading_deg = 0;
-    double latitude_deg = 0, longitude_deg = 0;  // both 0: no position, the simulated flight goes on
+    double latitude_deg = 0, longitude_deg = 0;  // both 0: no position, the own flight goes on
     double altitude_m = 0;                       // above sea level
     double north_speed_mps = 0, east_speed_mps = 0, ground_speed_mps = 0;
     int satellites = 0;
@@ -25,7 +27,9 @@ struct FlightState {
 
 class Flight {
 public:
-    Flight(double latitude_deg, double longitude_deg);
+    // The landscape's origin on earth. A route that is not empty takes the plan's place.
+    Flight(double latitude_deg, double longitude_deg, FlightPlan plan = FlightPlan::kCircle,
+           RecordedRoute route = {});
 
     void setNav(const NavInput& nav);
     void step(double dt_s);
@@ -36,10 +40,13 @@ public:
     void toEarth(double east_m, double north_m, double& latitude_deg, double& longitude_deg) const;
 
 private:
-    void circle();
+    void flyByItself();
+    void flyRoute();
     void follow(double dt_s);
 
     double m_latitudeDeg, m_longitudeDeg;  // of the origin
+    FlightPlan m_plan;
+    RecordedRoute m_route;
     double m_timeS = 0;
     double m_navAgeS = 1e9;
     NavInput m_nav;

@@ -141,7 +141,7 @@ void drawGroundLuma(const Scene& scene, int row, const GroundRow& g) {
         }
     }
     shade(line, n, scene.clearness(g.distance_m), hazeColour(scene.infrared).y,
-          scene.infrared ? nullptr : t.noise.levels[0].data(), shadowWalk(scene, g));
+          scene.infrared || scene.only_lasting ? nullptr : t.noise.levels[0].data(), shadowWalk(scene, g));
 }
 
 void drawGroundChroma(const Scene& scene, int row, const GroundRow& g) {

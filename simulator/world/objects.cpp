@@ -143,7 +143,7 @@ void collect(const Scene& scene, const Bounds& bounds, std::vector<Item>& items)
             }
         });
     }
-    for (std::size_t i = 0; i < world.traffic().size(); ++i) {
+    for (std::size_t i = 0; !scene.only_lasting && i < world.traffic().size(); ++i) {
         const Traffic& t = world.traffic()[i];
         const TrafficState state = world.state(t, scene.time_s);
         forImages(bounds, state.position.x, state.position.y, [&](double x, double y) {

@@ -12,7 +12,8 @@ struct Scene {
     Canvas canvas;
     Camera camera;  // in pixels of the canvas
     bool infrared;
-    double visibility_m;  // distance at which haze leaves 1/e of the contrast
+    double visibility_m;        // distance at which haze leaves 1/e of the contrast
+    bool only_lasting = false;  // without what passes: traffic, clouds and their shadows
 
     // Share of 256 that haze leaves at a distance.
     int clearness(double distance_m) const;

@@ -67,6 +67,8 @@ struct KorvathAccess {
     SORVANE_FIELD(m_panePlayCtrl)
     SORVANE_FIELD(m_tip1)
     SORVANE_FIELD(m_tip2)
+    SORVANE_FIELD(m_map1)
+    SORVANE_FIELD(m_map2)
     SORVANE_FIELD(m_dragOverlay)
     SORVANE_FIELD(m_dragRing)
     SORVANE_FIELD(m_dragDot)

@@ -192,6 +192,21 @@ TEST(Options, WrongOnesAreNamed) {
     }
 }
 
+TEST(Options, Flights) {
+    Options o;
+    std::string error;
+    EXPECT_EQ(o.flight, FlightPlan::kCircle);
+    EXPECT_TRUE(o.route.empty());
+    ASSERT_TRUE(parse({"--flight", "racetrack", "--route", "a.csv"}, o, error)) << error;
+    EXPECT_EQ(o.flight, FlightPlan::kRacetrack);
+    EXPECT_EQ(o.route, "a.csv");
+    ASSERT_TRUE(parse({"--flight=circle"}, o, error)) << error;
+    EXPECT_EQ(o.flight, FlightPlan::kCircle);
+    EXPECT_FALSE(parse({"--flight", "zigzag"}, o, error));
+    EXPECT_NE(error.find("--flight"), std::string::npos);
+    EXPECT_FALSE(parse({"--route", ""}, o, error));
+}
+
 TEST(Options, EmptyBlockHeader) {
     Options o;
     std::string error;
@@ -230,9 +245,9 @@ TEST(Options, HelpTellsEveryOption) {
           "--sizeN",     "--fpsN",          "--kbpsN",          "--key-intervalN", "--slicesN",
           "--tsN",       "--rawN",          "--blocksN",        "--block-headerN", "--soundN",
           "--clipN",     "restart",         "--fault",          "--seed",          "--position",
-          "--event-log", "--upgrade-fault", "--flash",          "--profile",       "--duration",
-          "--help",      "--version",       "SIGUSR1",          "disconnect",      "telemetry.loss",
-          "examples:"}) {
+          "--event-log", "--upgrade-fault", "--flash",          "--profile",       "--flight",
+          "--route",     "--duration",      "--help",           "--version",       "SIGUSR1",
+          "disconnect",  "telemetry.loss",  "examples:"}) {
         EXPECT_NE(text.find(name), std::string::npos) << name;
     }
 }

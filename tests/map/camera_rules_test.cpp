@@ -1,0 +1,104 @@
+#include "map/camera_rules.h"
+
+#include <gtest/gtest.h>
+
+#include "map/frame_pace.h"
+
+namespace sorvane {
+namespace {
+
+constexpr double kMost = 7 * 6378137.0;
+
+TEST(ZoomBand, StepsThatWouldLeaveItAreDropped) {
+    EXPECT_FALSE(zoomAllowed(401, 399.0 / 401 - 1, kMost));
+    EXPECT_TRUE(zoomAllowed(401, 0.5, kMost));
+    EXPECT_TRUE(zoomAllowed(1000, -0.5, kMost));
+    EXPECT_FALSE(zoomAllowed(800, -0.5, kMost)) << "exactly 400";
+    EXPECT_TRUE(zoomAllowed(kMost / 2, 0.9999, kMost));
+    EXPECT_FALSE(zoomAllowed(kMost / 2, 1.0, kMost)) << "exactly seven radii";
+    EXPECT_FALSE(zoomAllowed(kMost, 0.1, kMost));
+}
+
+// A flight may have left the camera outside: only the step back in is taken.
+TEST(ZoomBand, LeadsBackIn) {
+    EXPECT_FALSE(zoomAllowed(100, 0.5, kMost));
+    EXPECT_TRUE(zoomAllowed(100, 4, kMost));
+    EXPECT_TRUE(zoomAllowed(2 * kMost, -0.6, kMost));
+}
+
+TEST(CompassHeading, IsNormalised) {
+    EXPECT_EQ(normalisedDegrees(0), 0);
+    EXPECT_EQ(normalisedDegrees(360), 0);
+    EXPECT_EQ(normalisedDegrees(725), 5);
+    EXPECT_EQ(normalisedDegrees(-90), 270);
+    EXPECT_EQ(normalisedDegrees(-1e-20), 0);
+    EXPECT_EQ(compassHeading(-450), 270);
+}
+
+TEST(CompassHeading, SnapsToNorth) {
+    EXPECT_EQ(compassHeading(359.995), 0);
+    EXPECT_EQ(headingText(compassHeading(359.995)), "0.00");
+    EXPECT_EQ(compassHeading(0.005), 0);
+    EXPECT_EQ(compassHeading(359.98), 359.98);
+    EXPECT_EQ(compassHeading(0.02), 0.02);
+    EXPECT_EQ(headingText(123.456), "123.46");
+}
+
+TEST(CompassHeading, SmallTurnsLeaveTheFace) {
+    EXPECT_FALSE(faceTurns(-90, 90.009));
+    EXPECT_TRUE(faceTurns(-90, 90.011));
+    EXPECT_FALSE(faceTurns(0, 0));
+    EXPECT_TRUE(faceTurns(0, 180));
+}
+
+constexpr char kOne = 0;
+constexpr char kOther = 1;
+
+TEST(FramePace, LeavesAsMuchTimeAsAFrameTook) {
+    FramePace pace;
+    EXPECT_TRUE(pace.mayDraw(&kOne, 0));
+    pace.drawn(&kOne, 1000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 31000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 60999));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 61000));
+    pace.drawn(&kOne, 61000, 61500);
+    EXPECT_TRUE(pace.mayDraw(&kOne, 62000));
+}
+
+TEST(FramePace, IsSharedByAllViews) {
+    FramePace pace;
+    pace.drawn(&kOne, 1000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 60999));
+    EXPECT_TRUE(pace.mayDraw(&kOther, 61000));
+}
+
+// The one that drew last may ask first each time.
+TEST(FramePace, ViewsThatBothWantToDrawTakeTurns) {
+    FramePace pace;
+    pace.drawn(&kOne, 0, 10000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 15000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 20000));
+    EXPECT_TRUE(pace.mayDraw(&kOther, 21000));
+    pace.drawn(&kOther, 21000, 31000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 40000));
+    EXPECT_FALSE(pace.mayDraw(&kOther, 41000));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 42000));
+}
+
+TEST(FramePace, AViewThatAsksNoMoreIsNotWaitedFor) {
+    FramePace pace;
+    pace.drawn(&kOne, 0, 10000);
+    EXPECT_FALSE(pace.mayDraw(&kOther, 15000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 64999));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 65000));
+}
+
+TEST(FramePace, ASlowFrameDoesNotStopTheMap) {
+    FramePace pace;
+    pace.drawn(&kOne, 0, 30000000);
+    EXPECT_FALSE(pace.mayDraw(&kOne, 30400000));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 30500000));
+}
+
+}  // namespace
+}  // namespace sorvane
