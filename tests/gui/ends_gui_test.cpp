@@ -62,7 +62,7 @@ Ends::Verdict Ends::runRow(const Begin& begin, const End& end) {
     };
     const Motion begun = pod.until(has_begun, kAppearMs);
     if (!has_begun(begun)) {
-        return {true, "nothing to end: " + begun.text};
+        return {false, "nothing to end: " + begun.text};
     }
     end.run(row);
     if (end.stops) {
@@ -79,7 +79,8 @@ Ends::Verdict Ends::runRow(const Begin& begin, const End& end) {
     return {true, row.trouble};
 }
 
-// A window manager under load may keep the scene from standing, once; what has been judged is never repeated.
+// A window manager under load may keep the scene from standing, or the first touch from arriving, once; how a
+// movement ended is never judged twice.
 Ends::Verdict Ends::runRowTwiceIfNeedBe(const Begin& begin, const End& end) {
     const Verdict first = runRow(begin, end);
     if (first.judged) {

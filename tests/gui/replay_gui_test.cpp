@@ -46,7 +46,11 @@ protected:
         answer(
             [&](QDialog& dialog) {
                 auto* chooser = qobject_cast<QFileDialog*>(&dialog);
-                ASSERT_NE(chooser, nullptr) << dialog.windowTitle().toStdString();
+                if (chooser == nullptr) {
+                    ADD_FAILURE() << dialog.windowTitle().toStdString();
+                    dialog.reject();  // else it would stand for ever
+                    return;
+                }
                 chooser->selectFile(path);
                 // Protected there, a slot all the same.
                 QMetaObject::invokeMethod(chooser, "accept");
