@@ -101,11 +101,14 @@ QWindow* GLWidget::surface() {
         return nullptr;
     }
     if (window->surfaceType() != QSurface::OpenGLSurface) {
+        // A window that is on the screen takes its widget along when it goes.
+        const bool shown = isVisible();
         window->destroy();
         window->setSurfaceType(QSurface::OpenGLSurface);
         window->setFormat(m_window->m_context->format());
         window->create();
-        if (isVisible()) {
+        if (shown) {
+            setVisible(true);
             window->show();
         }
     }
