@@ -167,9 +167,11 @@ protected:
     void settle() {
         ASSERT_TRUE(waitFor(
             [this] {
-                return !in().m_manipulator()->isSettingViewpoint() && !in().m_viewer()->checkNeedToDoFrame();
+                return !in().m_manipulator()->isSettingViewpoint() && !in().m_map_node()->isLoading() &&
+                       !in().m_viewer()->checkNeedToDoFrame();
             },
-            kDeadline_ms));
+            kDeadline_ms))
+            << in().frames() << " frames, flight " << in().m_manipulator()->isSettingViewpoint();
     }
     void moveTo(const QPoint& at) {
         QTest::mouseMove(in().surface(), at);
