@@ -94,20 +94,19 @@ GLWidget::~GLWidget() {
 }
 
 // The toolkit makes windows for painting, and new ones when it likes; they become windows for drawing before
-// the first frame on them.
+// the first frame on them. Taking the old one away hides the widget.
 QWindow* GLWidget::surface() {
     QWindow* const window = windowHandle();
     if (window == nullptr || m_window == nullptr || !m_window->valid()) {
         return nullptr;
     }
     if (window->surfaceType() != QSurface::OpenGLSurface) {
+        const bool shown = isVisible();
         window->destroy();
         window->setSurfaceType(QSurface::OpenGLSurface);
         window->setFormat(m_window->m_context->format());
         window->create();
-        if (isVisible()) {
-            window->show();
-        }
+        setVisible(shown);
     }
     return window;
 }
@@ -132,7 +131,6 @@ bool GLWidget::event(QEvent* event) {
 
 void GLWidget::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    surface();
     takeSize();
 }
 

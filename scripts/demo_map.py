@@ -105,6 +105,11 @@ class MapSession:
         pixel = self.session.screen.pixel
         return [bytes(pixel(i, j)) for j in range(y + 4, y + height - 4, step) for i in range(x + 4, x + width - 4, step)]
 
+    def blue(self, area):
+        """The share of what looks like sea by day."""
+        all_of_it = self.colours(area)
+        return sum(c[0] > c[2] + 30 and c[0] > 60 for c in all_of_it) / len(all_of_it)
+
     def settled(self, area, seconds):
         """Waits until what the map shows moves no more, but for a few marks."""
         before = None
@@ -144,9 +149,10 @@ class MapSession:
         try:
             before = self.native_areas()
             self.click_tool(TOOL_MAP)
-            area = self.wait_for(lambda: max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 150),
-                                             key=lambda a: a[2] * a[3], default=None), 15, "a globe")
-            self.wait_for(lambda: len(set(self.colours(area))) > 200, 20, "the earth on the screen")
+            # Of the two the one at the right, whose corner no pane covers.
+            area = self.wait_for(lambda: max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 600),
+                                             default=None), 15, "a globe")
+            self.wait_for(lambda: self.blue(area) > 0.02, 20, "the earth on the screen")
             session.screen.save(self.folder / "6-map.png")
             session.check(True, "map: the globe is on the screen")
             self.click(area, LOCATE_TARGET)
