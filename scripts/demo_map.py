@@ -105,10 +105,13 @@ class MapSession:
         pixel = self.session.screen.pixel
         return [bytes(pixel(i, j)) for j in range(y + 4, y + height - 4, step) for i in range(x + 4, x + width - 4, step)]
 
-    def blue(self, area):
-        """The share of what looks like sea by day."""
-        all_of_it = self.colours(area)
-        return sum(c[0] > c[2] + 30 and c[0] > 60 for c in all_of_it) / len(all_of_it)
+    def globe_beside(self, before):
+        """Of the two maps the one at the right, whose corner no pane covers; none until its button is drawn."""
+        area = max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 600), default=None)
+        if area is None:
+            return None
+        button = (area[0] + LOCATE_TARGET[0], area[1] + LOCATE_TARGET[1])
+        return area if self.mark_near(*button, reach=14, least=3) is not None else None
 
     def settled(self, area, seconds):
         """Waits until what the map shows moves no more, but for a few marks."""
@@ -131,7 +134,7 @@ class MapSession:
         line = self.wait_for(lambda: re.search(r"look=(-?[\d.]+),(-?[\d.]+)", told.read_text()[size:]), 5, "the status")
         return float(line.group(1)), float(line.group(2))
 
-    def mark_near(self, x, y, reach=40):
+    def mark_near(self, x, y, reach=40, least=6):
         """The middle of the pixels that have the mark's colour, as the distance from a place."""
         found = []
         for j in range(y - reach, y + reach + 1):
@@ -139,7 +142,7 @@ class MapSession:
                 blue, green, red = self.session.screen.pixel(i, j)
                 if all(abs(a - b) < 24 for a, b in zip((red, green, blue), MARK)):
                     found.append((i, j))
-        if len(found) < 6:
+        if len(found) < least:
             return None
         middle = [sum(axis) / len(found) for axis in zip(*found)]
         return math.hypot(middle[0] - x, middle[1] - y)
@@ -149,10 +152,7 @@ class MapSession:
         try:
             before = self.native_areas()
             self.click_tool(TOOL_MAP)
-            # Of the two the one at the right, whose corner no pane covers.
-            area = self.wait_for(lambda: max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 600),
-                                             default=None), 15, "a globe")
-            self.wait_for(lambda: self.blue(area) > 0.02, 20, "the earth on the screen")
+            area = self.wait_for(lambda: self.globe_beside(before), 40, "the earth on the screen")
             session.screen.save(self.folder / "6-map.png")
             session.check(True, "map: the globe is on the screen")
             self.click(area, LOCATE_TARGET)
