@@ -37,6 +37,16 @@ double meanMs(int count, F&& work) {
     return (nowMs() - start) / count;
 }
 
+// The best of `count` runs: what others do on the machine at the same time is left out.
+template <typename F>
+double bestMs(int count, F&& work) {
+    double best = 1e9;
+    for (int i = 0; i < count; ++i) {
+        best = std::min(best, meanMs(1, [&](int) { work(i); }));
+    }
+    return best;
+}
+
 // A racetrack with the noise of a real receiver, 50 fixes a second at 45 m/s.
 Points flight(int count) {
     std::mt19937 random(11);
@@ -101,7 +111,7 @@ osg::ref_ptr<osg::Node> plainStrip(const Points& points) {
 void tellFixes(const Points& points) {
     osg::ref_ptr<osg::Group> root = new osg::Group;
     osg::ref_ptr<FeatureNode> track;
-    const double whole = meanMs(5, [&](int) {
+    const double whole = bestMs(5, [&](int) {
         root->removeChild(track);
         track = line(points, 10.0, globe::Color::Red);
         root->addChild(track);
@@ -137,9 +147,9 @@ void tellDrawing(const Points& points) {
         const auto frames = [&](osg::Node* shown) {
             scene.root()->addChild(shown);
             meanMs(5, [&](int) { scene.draw(); });
-            const double mean = meanMs(30, [&](int) { scene.draw(); });
+            const double best = bestMs(60, [&](int) { scene.draw(); });
             scene.root()->removeChild(shown);
-            return mean;
+            return best;
         };
         const double bare = frames(new osg::Group);
         std::printf("a frame at %8.0f km: bare %.2f ms, plain strip +%.2f ms, track +%.2f ms\n",
@@ -153,8 +163,8 @@ void tellMarks() {
     std::uniform_real_distribution<double> lon(60.0, 160.0);
     std::uniform_real_distribution<double> lat(0.0, 60.0);
     scene.lookAtPlace(112.0, 30.0, 0.0, 2e7, 90.0, 0.0, 1e6, 1e8);
-    const double bare = meanMs(30, [&](int) { scene.draw(); });
-    for (const int count : {0, 100, 1000}) {
+    const double bare = bestMs(60, [&](int) { scene.draw(); });
+    for (const int count : {100, 900}) {
         for (int i = 0; i < count; ++i) {
             globe::Style style;
             style.getOrCreate<globe::IconSymbol>()->declutter() = true;
@@ -163,9 +173,9 @@ void tellMarks() {
                 style));
         }
         meanMs(5, [&](int) { scene.draw(); });
-        const double mean = meanMs(30, [&](int) { scene.draw(); });
+        const double best = bestMs(60, [&](int) { scene.draw(); });
         std::printf("%u labels that give way: +%.2f ms a frame\n", scene.root()->getNumChildren(),
-                    mean - bare);
+                    best - bare);
     }
 }
 

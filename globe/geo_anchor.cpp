@@ -9,7 +9,9 @@ void GeoAnchor::findMapNode(const osg::NodePath& path) {
     for (auto node = path.rbegin(); node != path.rend() && !m_map_node.valid(); ++node) {
         m_map_node = dynamic_cast<MapNode*>(*node);
     }
-    if (!m_map_node.valid() && !path.empty()) {
+    // A scene without a map would be searched by every mark in every frame.
+    constexpr unsigned kFramesBetweenSearches = 64;
+    if (!m_map_node.valid() && !path.empty() && m_misses++ % kFramesBetweenSearches == 0) {
         m_map_node = MapNode::findMapNode(path.front());
     }
 }

@@ -31,6 +31,7 @@ private:
 
     GeoPoint m_position;
     osg::observer_ptr<MapNode> m_map_node;
+    unsigned m_misses = 0;
 };
 
 }  // namespace globe

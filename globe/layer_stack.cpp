@@ -1,5 +1,6 @@
 #include "globe/layer_stack.h"
 
+#include <cpl_error.h>
 #include <cpl_vsi.h>
 
 #include <algorithm>
@@ -44,7 +45,10 @@ std::shared_ptr<LayerStack> LayerStack::forFile(const std::string& path) {
     std::string key = path;
     GByte* bytes = nullptr;
     vsi_l_offset size = 0;
-    if (VSIIngestFile(nullptr, path.c_str(), &bytes, &size, 4 << 20)) {
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    const bool read = VSIIngestFile(nullptr, path.c_str(), &bytes, &size, 4 << 20) != 0;
+    CPLPopErrorHandler();
+    if (read) {
         key += '\n' + std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
         VSIFree(bytes);
     }

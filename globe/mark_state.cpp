@@ -41,10 +41,18 @@ PlanesUntouched::~PlanesUntouched() {
 }
 
 SmallThingsShown::SmallThingsShown(osgUtil::CullVisitor& cull)
-    : m_cull(cull), m_mask(cull.getCurrentCullingSet().getCullingMask()) {
-    cull.getCurrentCullingSet().setCullingMask(m_mask & ~unsigned(osg::CullingSet::SMALL_FEATURE_CULLING));
+    : m_cull(cull),
+      m_mask(cull.getCurrentCullingSet().getCullingMask()),
+      m_projection_mask(cull.getProjectionCullingStack().back().getCullingMask()) {
+    constexpr unsigned kSmall = osg::CullingSet::SMALL_FEATURE_CULLING;
+    m_cull.getCurrentCullingSet().setCullingMask(m_mask & ~kSmall);
+    // Below a transformation the set of the projection counts.
+    m_cull.getProjectionCullingStack().back().setCullingMask(m_projection_mask & ~kSmall);
 }
 
-SmallThingsShown::~SmallThingsShown() { m_cull.getCurrentCullingSet().setCullingMask(m_mask); }
+SmallThingsShown::~SmallThingsShown() {
+    m_cull.getCurrentCullingSet().setCullingMask(m_mask);
+    m_cull.getProjectionCullingStack().back().setCullingMask(m_projection_mask);
+}
 
 }  // namespace globe

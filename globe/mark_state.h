@@ -57,6 +57,7 @@ public:
 private:
     osgUtil::CullVisitor& m_cull;
     unsigned m_mask;
+    unsigned m_projection_mask;
 };
 
 }  // namespace globe

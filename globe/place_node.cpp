@@ -118,7 +118,8 @@ void PlaceNode::build() {
 
 void PlaceNode::addIcon() {
     const auto* symbol = m_style.get<IconSymbol>();
-    const icon_picture picture = symbol != nullptr ? cachedIcon(symbol->url()) : icon_picture();
+    const icon_picture picture =
+        symbol != nullptr && !symbol->url().empty() ? cachedIcon(symbol->url()) : icon_picture();
     if (!picture.valid()) {
         return;
     }

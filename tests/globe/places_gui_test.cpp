@@ -315,13 +315,13 @@ TEST_F(Models, StandInTheirPlaceTenTimesAsLargeAndTurned) {
 }
 
 TEST_F(Models, AreReadOnceAndSharedAndSeenFromAfar) {
-    writeModel(file("shared.osgb"), osg::Vec3(3.0f, 3.0f, 3.0f));
+    writeModel(file("shared.osgb"), osg::Vec3(3.0f, 3.0f, 0.01f));
     const osg::ref_ptr<ModelNode> first = addModel(file("shared.osgb"));
     ASSERT_TRUE(QFile::remove(QString::fromStdString(file("shared.osgb"))));
     const osg::ref_ptr<ModelNode> second = addModel(file("shared.osgb"));
     second->setPosition(GeoPoint(wgs84(), 112.44, 33.75, 1500.0));
-    // Two pixels wide: less than the scene graph draws by itself.
-    scene.lookAtPlace(112.44, 33.75, 1500.0, 1250.0, 90.0, 0.0, 40.0, 10000.0);
+    // Little more than a pixel wide: less than the scene graph draws by itself.
+    scene.lookAtPlace(112.44, 33.75, 1500.0, 2400.0, 90.0, 0.0, 40.0, 10000.0);
     scene.draw();
     EXPECT_GE(boxOf(isRed).count, 1);
 }

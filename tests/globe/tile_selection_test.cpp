@@ -113,7 +113,7 @@ TEST(Graticule, LinesStandWhereTheDegreesAre) {
     constexpr int kSize = 256;
     const TileKey key = tileAt(2, 112.0, 33.0);  // 90 to 135 east, 0 to 45 north
     std::vector<std::uint8_t> rgba(kSize * kSize * 4, 0);
-    paintGraticule(key, kSize, rgba.data());
+    paintGraticule(key, kSize, kSize, rgba.data());
     const auto brightness = [&](double lon, double lat) {
         const auto x = static_cast<std::size_t>(std::lround((lon - 90.0) / 45.0 * (kSize - 1)));
         const auto y = static_cast<std::size_t>(std::lround(lat / 45.0 * (kSize - 1)));
