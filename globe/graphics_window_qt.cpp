@@ -101,12 +101,24 @@ void GraphicsWindowQt::closeImplementation() {
     m_offscreen.reset();
 }
 
+// A context takes its buffer from the surface on which it is current first; the offscreen one has but a
+// front.
+void GraphicsWindowQt::drawBehind() {
+    using DrawBuffer = void (*)(unsigned);
+    constexpr unsigned kBack = 0x0405;
+    const auto draw_buffer = reinterpret_cast<DrawBuffer>(m_context->getProcAddress("glDrawBuffer"));
+    if (draw_buffer != nullptr && _traits->doubleBuffer) {
+        draw_buffer(kBack);
+    }
+}
+
 bool GraphicsWindowQt::makeCurrentImplementation() {
     if (!valid()) {
         return false;
     }
     m_drawn_on = isExposed() ? m_widget->windowHandle() : nullptr;
     if (m_drawn_on != nullptr && m_context->makeCurrent(m_drawn_on)) {
+        drawBehind();
         return true;
     }
     // The viewer draws whether this succeeds or not: never into what happens to be current.

@@ -63,6 +63,7 @@ protected:
 private:
     friend class GLWidget;
     void makeContext();
+    void drawBehind();
     unsigned deliveredButtons();
     void deliverRelease(unsigned button);
 

@@ -105,16 +105,27 @@ class MapSession:
         pixel = self.session.screen.pixel
         return [bytes(pixel(i, j)) for j in range(y + 4, y + height - 4, step) for i in range(x + 4, x + width - 4, step)]
 
+    def globe_beside(self, before):
+        """Of the two maps the one at the right, whose corner no pane covers; none until its button is drawn."""
+        area = max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 600), default=None)
+        if area is None:
+            return None
+        button = (area[0] + LOCATE_TARGET[0], area[1] + LOCATE_TARGET[1])
+        return area if len(self.mark_pixels(*button, 14)) >= 3 else None
+
     def settled(self, area, seconds):
-        """Waits until what the map shows moves no more, but for a few marks."""
-        before = None
+        """Waits until what the map shows has moved no more for two seconds, but for the aircraft: then the ground is there
+        as fine as it gets."""
+        before, still_since = None, None
 
         def still():
-            nonlocal before
+            nonlocal before, still_since
             now, last = self.colours(area), before
             before = now
-            time.sleep(0.4)
-            return last and sum(a != b for a, b in zip(now, last)) < len(now) * 0.02
+            if not last or sum(a != b for a, b in zip(now, last)) > len(now) * 0.03:
+                still_since = time.monotonic()
+            time.sleep(0.3)
+            return time.monotonic() - still_since > 2
         self.wait_for(still, seconds, "a globe that stands still")
 
     def place_looked_at(self):
@@ -126,27 +137,27 @@ class MapSession:
         line = self.wait_for(lambda: re.search(r"look=(-?[\d.]+),(-?[\d.]+)", told.read_text()[size:]), 5, "the status")
         return float(line.group(1)), float(line.group(2))
 
-    def mark_near(self, x, y, reach=40):
-        """The middle of the pixels that have the mark's colour, as the distance from a place."""
-        found = []
-        for j in range(y - reach, y + reach + 1):
-            for i in range(x - reach, x + reach + 1):
-                blue, green, red = self.session.screen.pixel(i, j)
-                if all(abs(a - b) < 24 for a, b in zip((red, green, blue), MARK)):
-                    found.append((i, j))
-        if len(found) < 6:
+    def mark_pixels(self, x, y, reach):
+        """The pixels around a place that have the mark's colour."""
+        pixel = self.session.screen.pixel
+        return [(i, j) for j in range(y - reach, y + reach + 1) for i in range(x - reach, x + reach + 1)
+                if all(abs(a - b) < 24 for a, b in zip(reversed(pixel(i, j)), MARK))]
+
+    def tip_from(self, x, y):
+        """How far the mark's lower tip lies from a place, pixels; none where there is no mark."""
+        found = self.mark_pixels(x, y, 40)
+        lowest = max((j for _, j in found), default=None)
+        if len(found) < 20:
             return None
-        middle = [sum(axis) / len(found) for axis in zip(*found)]
-        return math.hypot(middle[0] - x, middle[1] - y)
+        tip = [i for i, j in found if j >= lowest - 1]
+        return math.hypot(sum(tip) / len(tip) - x, lowest - y)
 
     def show_and_press(self):
         session = self.session
         try:
             before = self.native_areas()
             self.click_tool(TOOL_MAP)
-            area = self.wait_for(lambda: max((a for a in self.native_areas() - before if a[2] > 200 and a[3] > 150),
-                                             key=lambda a: a[2] * a[3], default=None), 15, "a globe")
-            self.wait_for(lambda: len(set(self.colours(area))) > 200, 20, "the earth on the screen")
+            area = self.wait_for(lambda: self.globe_beside(before), 40, "the earth on the screen")
             session.screen.save(self.folder / "6-map.png")
             session.check(True, "map: the globe is on the screen")
             self.click(area, LOCATE_TARGET)
@@ -174,17 +185,17 @@ class MapSession:
         session.check(abs(pressed["alt"] - 25) <= 2, f"map: the ground pressed is {pressed['alt']:.1f} m high (25 m)")
         looks = lambda: metres_between(self.place_looked_at(), place)
         try:
-            self.wait_for(lambda: looks() < 2, 15, "the pod's line of sight")
+            self.wait_for(lambda: looks() < 3, 15, "the pod's line of sight")
         except TimeoutError:
             pass
-        session.check(looks() < 2, f"map: the pod looks at the spot pressed, {looks():.1f} m beside it")
+        session.check(looks() < 3, f"map: the pod looks at the spot pressed, {looks():.1f} m beside it")
         self.xdotool("mousemove", area[0] + area[2] // 2, area[1] + area[3] - 30)
-        near = lambda: (self.mark_near(x, y) or 1e9) < 6
+        near = lambda: (self.tip_from(x, y) or 1e9) < 6
         try:
             self.wait_for(near, 10, "the target's mark")
         except TimeoutError:
             pass
-        distance = self.mark_near(x, y)
+        distance = self.tip_from(x, y)
         session.screen.save(self.folder / "8-map-pressed.png")
         session.check(near(), "map: the target's mark lies on the spot pressed" +
                       (f", {distance:.1f} pixels beside it" if distance is not None else " (there is none)"))
