@@ -42,6 +42,8 @@ RTTPicker::RTTPicker(int camera_size) : m_size(std::max(8, camera_size)), m_chil
     program->addShader(new osg::Shader(osg::Shader::FRAGMENT, kFragment));
     state->setAttributeAndModes(program, osg::StateAttribute::ON | kForced);
     state->addUniform(new osg::Uniform(ObjectIndex::uniformName(), osg::Vec4f()));
+    // The view's camera need not have any state of its own.
+    state->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
     // Numbers must arrive as they are.
     state->setMode(GL_BLEND, osg::StateAttribute::OFF | kForced);
     state->setMode(GL_DITHER, osg::StateAttribute::OFF | kForced);

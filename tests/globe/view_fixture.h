@@ -22,7 +22,7 @@
 #include "tests/widgets/wait.h"
 #include "tests/widgets/x11_pointer.h"
 
-constexpr int kPatience_ms = 6000;
+constexpr int kPatience_ms = 40000;
 
 struct SeenEvent {
     osgGA::GUIEventAdapter::EventType type;

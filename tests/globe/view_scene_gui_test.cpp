@@ -43,6 +43,7 @@ TEST_F(SceneTest, PicksTheFrontmostOfWhatOverlaps) {
     // The window shows 100 units of height at the depth 100.
     m_view->viewer->getCamera()->setProjectionMatrixAsPerspective(2 * 26.565051177, 400.0 / 300.0, 1.0, 1e4);
     m_view->viewer->getCamera()->setViewMatrix(osg::Matrixd::identity());
+    m_view->root->getOrCreateStateSet()->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
     const auto back = square(-20, 0, 20, -100, {0, 1, 0, 1});
     const auto front = square(-10, 0, 10, -90, {0, 0, 1, 1});
     const auto blind = square(30, 0, 10, -80, {1, 1, 0, 1});
