@@ -121,13 +121,28 @@ TEST_F(ControlsTest, ABoxPutsItsChildrenInARow) {
 
 TEST_F(ControlsTest, AColumnSharesWhatIsLeft) {
     auto* const box = m_canvas->addControl(new VBox(Control::ALIGN_RIGHT));
-    box->setVertFill(true);
+    box->setHeight(600.0f);
     Control* const top = box->addControl(block(30, 10));
     Control* const rest = box->addControl(block(10, 10));
     rest->setVertFill(true);
     lay();
     expectRect(top, 0, 0, 30, 10);
     expectRect(rest, 20, 15, 10, 585);
+}
+
+// The canvas is no container: who stands on it by himself keeps his size, though he would fill one.
+TEST_F(ControlsTest, NothingFillsTheCanvas) {
+    auto* const box = m_canvas->addControl(new HBox);
+    box->setVertFill(true);
+    box->setHorizFill(true);
+    Control* const filled = box->addControl(block(20, 10));
+    filled->setVertFill(true);
+    Control* const tall = box->addControl(block(5, 30));
+    lay();
+    EXPECT_FLOAT_EQ(box->renderRect().height, 30.0f);
+    EXPECT_FLOAT_EQ(filled->renderRect().height, 30.0f);
+    EXPECT_FLOAT_EQ(tall->renderRect().height, 30.0f);
+    EXPECT_LT(box->renderRect().width, 50.0f);
 }
 
 TEST_F(ControlsTest, AWidthOfNothingDrawsNothing) {
