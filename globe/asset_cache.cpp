@@ -5,6 +5,7 @@
 #include <osg/Image>
 #include <osg/Notify>
 #include <osg/Texture2D>
+#include <osgDB/FileUtils>
 #include <osgDB/ReadFile>
 
 #include "globe/mark_state.h"
@@ -51,7 +52,9 @@ osg::ref_ptr<osgText::Font> readLabelFont() {
     for (const char* path : {"./fonts/msyh.ttc", "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc",
                              "/usr/share/fonts/truetype/wqy/wqy-microhei.ttc",
                              "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"}) {
-        if (osg::ref_ptr<osgText::Font> font = osgText::readRefFontFile(path)) {
+        // For a missing file the text library may take any face that the system has.
+        osg::ref_ptr<osgText::Font> font = osgDB::fileExists(path) ? osgText::readRefFontFile(path) : nullptr;
+        if (font) {
             return font;
         }
     }

@@ -22,7 +22,24 @@ private:
 
 }  // namespace
 
-ControlCanvas::ControlCanvas() {
+// Culling a camera of a view visits its children alone, so this is where the layout catches up with what
+// handlers changed in the same frame.
+class ControlCanvas::Sheet : public osg::Group {
+public:
+    explicit Sheet(ControlCanvas* canvas) : m_canvas(canvas) {}
+    void traverse(osg::NodeVisitor& visitor) override {
+        if (visitor.getVisitorType() == osg::NodeVisitor::CULL_VISITOR) {
+            m_canvas->layoutForView();
+        }
+        osg::Group::traverse(visitor);
+    }
+
+private:
+    ControlCanvas* m_canvas;  // owns this
+};
+
+ControlCanvas::ControlCanvas() : m_sheet(new Sheet(this)) {
+    addChild(m_sheet);
     setName("controls");
     setReferenceFrame(osg::Transform::ABSOLUTE_RF);
     setRenderOrder(osg::Camera::POST_RENDER, 10);
@@ -30,7 +47,8 @@ ControlCanvas::ControlCanvas() {
     setAllowEventFocus(false);
     setProjectionResizePolicy(osg::Camera::FIXED);
     setViewMatrix(osg::Matrixd::identity());
-    setInheritanceMask(osg::CullSettings::NO_VARIABLES);
+    // Buffers that are not inherited would be none at all.
+    setInheritanceMask(osg::CullSettings::DRAW_BUFFER | osg::CullSettings::READ_BUFFER);
     setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
     setCullingMode(osg::CullSettings::NO_CULLING);
     osg::StateSet* const state = getOrCreateStateSet();
@@ -72,8 +90,8 @@ ControlCanvas* ControlCanvas::getOrCreate(osgViewer::View* view) {
 
 std::vector<Control*> ControlCanvas::controls() const {
     std::vector<Control*> found;
-    for (unsigned i = 0; i < getNumChildren(); ++i) {
-        if (auto* const control = dynamic_cast<Control*>(const_cast<osg::Node*>(getChild(i)))) {
+    for (unsigned i = 0; i < m_sheet->getNumChildren(); ++i) {
+        if (auto* const control = dynamic_cast<Control*>(m_sheet->getChild(i))) {
             found.push_back(control);
         }
     }
@@ -81,13 +99,13 @@ std::vector<Control*> ControlCanvas::controls() const {
 }
 
 void ControlCanvas::removeControl(Control* control) {
-    if (removeChild(control)) {
+    if (m_sheet->removeChild(control)) {
         layoutChanged();
     }
 }
 
 void ControlCanvas::clearControls() {
-    removeChildren(0, getNumChildren());
+    m_sheet->removeChildren(0, m_sheet->getNumChildren());
     layoutChanged();
 }
 
@@ -136,17 +154,13 @@ void ControlCanvas::followView() {
     if (getViewport() != master->getViewport()) {
         setViewport(const_cast<osg::Viewport*>(master->getViewport()));
     }
+    layoutForView();
+}
+
+void ControlCanvas::layoutForView() {
     if (getViewport() != nullptr) {
         layout(static_cast<float>(getViewport()->width()), static_cast<float>(getViewport()->height()));
     }
-}
-
-void ControlCanvas::traverse(osg::NodeVisitor& visitor) {
-    // What handlers changed in this frame is in it.
-    if (visitor.getVisitorType() == osg::NodeVisitor::CULL_VISITOR && getViewport() != nullptr) {
-        layout(static_cast<float>(getViewport()->width()), static_cast<float>(getViewport()->height()));
-    }
-    osg::Camera::traverse(visitor);
 }
 
 Control* ControlCanvas::controlUnder(const GUIEventAdapter& event) const {

@@ -23,7 +23,7 @@ public:
 
     template <typename T>
     T* addControl(T* control) {
-        addChild(control);
+        m_sheet->addChild(control);
         layoutChanged();
         return control;
     }
@@ -42,16 +42,18 @@ public:
     // The view's events; true for those that shall go no further.
     bool handle(const osgGA::GUIEventAdapter& event);
 
-    void traverse(osg::NodeVisitor& visitor) override;
-
 protected:
     ~ControlCanvas() override;
 
 private:
+    class Sheet;
+    // Lays out for the view as it is now.
+    void layoutForView();
     void followView();
     std::vector<Control*> controls() const;
     Control* controlUnder(const osgGA::GUIEventAdapter& event) const;
 
+    osg::ref_ptr<osg::Group> m_sheet;  // the controls
     float m_width = 0.0f;
     float m_height = 0.0f;
     bool m_dirty = true;

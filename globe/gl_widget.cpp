@@ -94,23 +94,19 @@ GLWidget::~GLWidget() {
 }
 
 // The toolkit makes windows for painting, and new ones when it likes; they become windows for drawing before
-// the first frame on them.
+// the first frame on them. Taking the old one away hides the widget.
 QWindow* GLWidget::surface() {
     QWindow* const window = windowHandle();
     if (window == nullptr || m_window == nullptr || !m_window->valid()) {
         return nullptr;
     }
     if (window->surfaceType() != QSurface::OpenGLSurface) {
-        // A window that is on the screen takes its widget along when it goes.
         const bool shown = isVisible();
         window->destroy();
         window->setSurfaceType(QSurface::OpenGLSurface);
         window->setFormat(m_window->m_context->format());
         window->create();
-        if (shown) {
-            setVisible(true);
-            window->show();
-        }
+        setVisible(shown);
     }
     return window;
 }
@@ -135,7 +131,6 @@ bool GLWidget::event(QEvent* event) {
 
 void GLWidget::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    surface();
     takeSize();
 }
 

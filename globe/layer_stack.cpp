@@ -151,24 +151,24 @@ bool LayerStack::meets(std::size_t layer, const GeoExtent& extent) const {
     return !m_states[layer].known || meetsTurned(m_states[layer].info.extent, extent);
 }
 
-bool LayerStack::hasFiner(const TileKey& key) const {
+FinerData LayerStack::finerThan(const TileKey& key) const {
     const GeoExtent extent = key.extent();
     // The net of lines is drawn as finely as one likes.
     constexpr int kFinestNet = 18;
     const bool net = std::any_of(m_model.layers.begin(), m_model.layers.end(), [](const LayerModel& layer) {
         return layer.kind == LayerKind::kGraticule && layer.visible;
     });
-    if (key.level < kFinestNet && (net || !isCovered(key))) {
-        return true;
-    }
+    FinerData finer;
+    finer.pictures = key.level < kFinestNet && (net || !isCovered(key));
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         if (m_states[i].known && m_model.layers[i].visible && key.level < m_states[i].finest_level &&
             meetsTurned(m_states[i].info.extent, extent)) {
-            return true;
+            const bool heights = m_model.layers[i].kind == LayerKind::kElevation;
+            (heights ? finer.heights : finer.pictures) = true;
         }
     }
-    return false;
+    return finer;
 }
 
 double LayerStack::finestPicture(const GeoExtent& extent) const {

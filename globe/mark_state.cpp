@@ -7,12 +7,15 @@
 namespace globe {
 
 osg::ref_ptr<osg::StateSet> plainState() {
+    // What is set above with an override stays out too.
+    constexpr unsigned kOn = osg::StateAttribute::ON | osg::StateAttribute::PROTECTED;
+    constexpr unsigned kOff = osg::StateAttribute::OFF | osg::StateAttribute::PROTECTED;
     osg::ref_ptr<osg::StateSet> state = new osg::StateSet;
-    state->setAttributeAndModes(new osg::Program);
-    state->setAttributeAndModes(new osg::BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA));
-    state->setMode(GL_LIGHTING, osg::StateAttribute::OFF);
-    state->setMode(GL_FOG, osg::StateAttribute::OFF);
-    state->setMode(GL_CULL_FACE, osg::StateAttribute::OFF);
+    state->setAttributeAndModes(new osg::Program, kOn);
+    state->setAttributeAndModes(new osg::BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA), kOn);
+    state->setMode(GL_LIGHTING, kOff);
+    state->setMode(GL_FOG, kOff);
+    state->setMode(GL_CULL_FACE, kOff);
     for (unsigned unit = 0; unit < 2; ++unit) {
         state->setTextureMode(unit, GL_TEXTURE_2D, osg::StateAttribute::OFF);
     }

@@ -90,7 +90,7 @@ RibbonLine::RibbonLine(const Stroke& stroke) : m_color(stroke.color()) {
     m_half_width_m = metres ? stroke.width() * 0.5 : kMetresOnly;
     const double least_px = metres ? kThinnest_px : std::max(stroke.width(), kThinnest_px);
     osg::ref_ptr<osg::StateSet> state = plainState();
-    state->setAttributeAndModes(ribbonProgram());
+    state->setAttributeAndModes(ribbonProgram(), osg::StateAttribute::ON | osg::StateAttribute::PROTECTED);
     state->addUniform(new osg::Uniform(
         "globe_line", osg::Vec2f(static_cast<float>(m_half_width_m), static_cast<float>(least_px * 0.5))));
     setStateSet(state);

@@ -73,7 +73,7 @@ void RTTPicker::makeCamera(osgViewer::View* view) {
     m_camera->setAllowEventFocus(false);
     m_camera->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     m_camera->setClearColor({0.0f, 0.0f, 0.0f, 0.0f});
-    m_camera->setInheritanceMask(osg::CullSettings::NO_VARIABLES);
+    m_camera->setInheritanceMask(osg::CullSettings::DRAW_BUFFER | osg::CullSettings::READ_BUFFER);
     m_camera->setCullingMode(osg::CullSettings::VIEW_FRUSTUM_SIDES_CULLING);
     m_camera->attach(osg::Camera::COLOR_BUFFER, m_numbers);
     m_camera->addChild(m_children);

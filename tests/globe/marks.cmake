@@ -5,6 +5,11 @@ if(NOT SORVANE_QT_FREE_ONLY)
   sorvane_test(globe_styles_test
     SOURCES styles_test.cpp
     LIBS globe)
+  sorvane_test(globe_marks_on_globe_test
+    SOURCES marks_on_globe_test.cpp
+    LIBS globe globe_test_support globe_test_data
+    LABELS gui
+    ON_DISPLAY)
   sorvane_gui_test(globe_draped_gui_test
     SOURCES draped_gui_test.cpp
     LIBS globe)

@@ -239,7 +239,8 @@ TEST_F(Places, TheGroupsMaterialColoursModelsNotPictures) {
     osg::ref_ptr<osg::Material> red = new osg::Material;
     red->setDiffuse(osg::Material::FRONT_AND_BACK, osg::Vec4(1, 0, 0, 1));
     scene.root()->getOrCreateStateSet()->setAttributeAndModes(red);
-    scene.root()->getOrCreateStateSet()->setMode(GL_LIGHTING, osg::StateAttribute::ON);
+    scene.root()->getOrCreateStateSet()->setMode(GL_LIGHTING,
+                                                 osg::StateAttribute::ON | osg::StateAttribute::OVERRIDE);
     add(GeoPoint(wgs84(), 112.44, 33.75), "", iconStyle());
     scene.lookAtPlace(112.44, 33.75, 0.0, 5000.0, 90.0, 0.0, 50.0, 50000.0);
     scene.draw();

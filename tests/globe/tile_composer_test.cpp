@@ -85,8 +85,8 @@ TEST_F(TileComposerTest, LevelsAndRangesSayWhereALayerShows) {
     expectColor(texel(*compose({4, 0, 0}), 0.5, 0.5), 0, 0, 200);
     expectColor(texel(*compose({5, 0, 0}), 0.5, 0.5), 0, 200, 0);
     // Where a layer comes into view has to be reached, however coarse its data are.
-    EXPECT_TRUE(m_layers->hasFiner({4, 0, 0}));
-    EXPECT_FALSE(m_layers->hasFiner({5, 0, 0}));
+    EXPECT_TRUE(m_layers->finerThan({4, 0, 0}).pictures);
+    EXPECT_FALSE(m_layers->finerThan({5, 0, 0}).pictures);
 }
 
 TEST_F(TileComposerTest, NothingFinerThanTheHighestLevelIsRead) {
@@ -95,7 +95,7 @@ TEST_F(TileComposerTest, NothingFinerThanTheHighestLevelIsRead) {
     m_model.layers.back().max_level = 0;
     const TileKey key{1, 2, 1};  // 0 to 90 east, 0 to 90 north
     const auto tile = compose(key);
-    EXPECT_FALSE(m_layers->hasFiner({0, 1, 0}));
+    EXPECT_FALSE(m_layers->finerThan({0, 1, 0}).pictures);
     // What level 0 has there: still near the formula, which is smooth.
     expectColor(texel(*tile, 0.25, 0.5), static_cast<int>(madeColor(0, 22.5, 45.0)),
                 static_cast<int>(madeColor(1, 22.5, 45.0)), static_cast<int>(madeColor(2, 22.5, 45.0)), 8);
@@ -167,8 +167,8 @@ TEST_F(TileComposerTest, HeightsFromTheUppermostLayerThatHasSome) {
     const auto beside = compose(tileAt(9, 112.9, 33.4));
     EXPECT_NEAR(beside->height(8, 8), madeHeight(112.9, 33.4), 60.0);
     EXPECT_GT(beside->lowest_m, 0.0f);
-    EXPECT_TRUE(m_layers->hasFiner(tileAt(9, 112.3, 33.4)));
-    EXPECT_FALSE(m_layers->hasFiner(tileAt(12, 112.3, 33.4)) && m_layers->isCovered(key));
+    EXPECT_FALSE(m_layers->finerThan(tileAt(13, 112.3, 33.4)).heights);
+    EXPECT_TRUE(m_layers->finerThan(tileAt(9, 112.3, 33.4)).heights);
 }
 
 TEST_F(TileComposerTest, NeighboursAgreeOnTheirRim) {
@@ -197,7 +197,7 @@ TEST_F(TileComposerTest, WithoutPicturesThereIsTheNetOfLines) {
     const auto line = texel(*tile, 10.0 / 45.0, 0.5);
     const auto between = texel(*tile, 15.0 / 45.0, 0.55);
     EXPECT_GT(line[0], between[0] + 40);
-    EXPECT_TRUE(m_layers->hasFiner({10, 0, 0}));
+    EXPECT_TRUE(m_layers->finerThan({10, 0, 0}).pictures);
     // A picture covers it, and beside a picture it shows.
     EarthModel regional;
     regional.layers.push_back(layer(plain("red", 200, 0, 0, {0, 0, 20, 20, 64, 64})));

@@ -91,10 +91,18 @@ TEST(TileView, WhatIsNearIsNeededMore) {
     // A texel of level 8 is 306 m: from 100 km 4.1 pixels of 1343 a radian.
     EXPECT_NEAR(TileView(geodeticToGeocentric({20.0, 40.0, 1e5}), 1343.0).needOf(key, ball).texel_px, 4.1,
                 0.1);
-    EXPECT_TRUE(shouldRefine({2.0, 0.0}, true, 5));
-    EXPECT_FALSE(shouldRefine({2.0, 0.0}, false, 5));
-    EXPECT_TRUE(shouldRefine({0.1, 1.0}, false, 5));
-    EXPECT_FALSE(shouldRefine({9.0, 9.0}, true, TileKey::kMaxLevel));
+    const FinerData none;
+    const FinerData pictures{true, false};
+    const FinerData heights{false, true};
+    EXPECT_TRUE(shouldRefine({2.0, 0.0}, pictures, 5));
+    EXPECT_FALSE(shouldRefine({1.5, 0.0}, pictures, 5));
+    EXPECT_FALSE(shouldRefine({2.0, 0.0}, none, 5));
+    // Heights may be coarser on the screen than pictures, but not at will.
+    EXPECT_FALSE(shouldRefine({2.0, 0.0}, heights, 5));
+    EXPECT_TRUE(shouldRefine({3.0, 0.0}, heights, 5));
+    // The roundness of the earth shows without any data.
+    EXPECT_TRUE(shouldRefine({0.1, 1.0}, none, 5));
+    EXPECT_FALSE(shouldRefine({9.0, 9.0}, pictures, TileKey::kMaxLevel));
 }
 
 TEST(Graticule, SpacingGoesFromTenDegreesDown) {

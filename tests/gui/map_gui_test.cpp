@@ -7,6 +7,8 @@
 #include <QTabWidget>
 #include <QWindow>
 #include <QtEndian>
+#include <cstdlib>
+#include <cstring>
 
 #include "hand.h"
 #include "link_peer.h"
