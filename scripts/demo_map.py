@@ -12,7 +12,6 @@ INS_PORT, INS_OPEN, DIALOG_CLOSE = (220, 490), (417, 533), (971, 18)
 LOCATE_TARGET = (24, 24)  # in a map
 PRESS_ASIDE = (70, 45)    # of a map's middle
 MARK = (0xff, 0x6b, 0x62)
-TRACK = (0xff, 0, 0)
 RUNNING = (0x4c, 0xc4, 0x6a)
 METRES_PER_DEGREE = 111319.49
 
@@ -185,10 +184,10 @@ class MapSession:
         session.check(abs(pressed["alt"] - 25) <= 2, f"map: the ground pressed is {pressed['alt']:.1f} m high (25 m)")
         looks = lambda: metres_between(self.place_looked_at(), place)
         try:
-            self.wait_for(lambda: looks() < 3, 15, "the pod's line of sight")
+            self.wait_for(lambda: looks() < 1, 15, "the pod's line of sight")
         except TimeoutError:
             pass
-        session.check(looks() < 3, f"map: the pod looks at the spot pressed, {looks():.1f} m beside it")
+        session.check(looks() < 1, f"map: the pod looks at the spot pressed, {looks():.1f} m beside it")
         self.xdotool("mousemove", area[0] + area[2] // 2, area[1] + area[3] - 30)
         near = lambda: (self.tip_from(x, y) or 1e9) < 6
         try:
