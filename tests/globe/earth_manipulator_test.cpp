@@ -216,6 +216,7 @@ TEST_F(ManipulatorTest, AFlightEndsExactlyAndAsksForFramesOnlyWhileItLasts) {
     EXPECT_NE(half.focalPoint()->x(), 112.44);
     frameAt(25.1);
     EXPECT_FALSE(m_hand->isSettingViewpoint());
+    EXPECT_FALSE(m_viewer.getRequestContinousUpdate());
     m_viewer.forgetRequests();
     frameAt(25.2);
     EXPECT_FALSE(wantsFrame());
