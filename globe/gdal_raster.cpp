@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 namespace globe {
@@ -25,42 +26,43 @@ int goOn(double, const char*, void* cancelled) {
     return *static_cast<const RasterSource::Flag*>(cancelled) ? FALSE : TRUE;
 }
 
-// The part of a grid's axis that a data set can fill, and where that lies in the data set.
+// Posts of one axis of a grid that are read together, and where their cells lie in the data set.
 struct Span {
-    int first = 0;  // posts whose cells lie wholly inside
+    int first = 0;
     int count = 0;
-    int low = 0;  // posts that lie inside themselves: the rim is filled from its neighbours
-    int high = -1;
     double start = 0.0;  // pixels
     double length = 0.0;
 };
 
-// `at_first`: pixel coordinate of the first post's cell; `step`: pixels from post to post; both along rising
-// pixels.
-Span spanOf(double at_first, double step, int posts, int pixels) {
-    constexpr double kSlack = 1e-6;
-    Span span;
-    const auto inside = [&](double place) {
-        return place >= -kSlack * step && place <= pixels + kSlack * step;
-    };
-    int last = -1;
-    span.low = posts;
-    span.first = posts;
+// The posts that a data set can fill: those whose cells lie inside, and by themselves those on its rim, of
+// whose cells only a part does. `at_first`: pixel coordinate of the first post's cell; `step`: pixels from
+// post to post.
+std::vector<Span> spansOf(double at_first, double step, int posts, int pixels) {
+    const double slack = 1e-6 * step;
+    const auto inside = [&](double place) { return place >= -slack && place <= pixels + slack; };
+    std::vector<Span> spans;
+    bool joined = false;
     for (int i = 0; i < posts; ++i) {
         const double low = at_first + step * i;
-        if (inside(low + 0.5 * step)) {
-            span.low = std::min(span.low, i);
-            span.high = i;
-            if (inside(low) && inside(low + step)) {
-                span.first = std::min(span.first, i);
-                last = i;
-            }
+        const bool whole = inside(low) && inside(low + step);
+        if (whole && joined) {
+            ++spans.back().count;
+        } else if (inside(low + 0.5 * step)) {
+            spans.push_back({i, 1, 0.0, 0.0});
         }
+        joined = whole;
     }
-    span.count = std::max(0, last - span.first + 1);
-    span.start = std::clamp(at_first + step * span.first, 0.0, static_cast<double>(pixels));
-    span.length = std::min(step * span.count, pixels - span.start);
-    return span;
+    for (Span& span : spans) {
+        const double low = at_first + step * span.first;
+        span.start = std::clamp(low, 0.0, static_cast<double>(pixels));
+        span.length = std::min(low + step * span.count, static_cast<double>(pixels)) - span.start;
+    }
+    return spans;
+}
+
+double lengthOf(const std::vector<Span>& spans) {
+    return std::accumulate(spans.begin(), spans.end(), 0.0,
+                           [](double sum, const Span& span) { return sum + span.length; });
 }
 
 class GdalRaster : public RasterSource {
@@ -97,8 +99,12 @@ public:
                                                    : readBands(across, down, texels, cancelled);
             if (read) {
                 spread(across, down, part, [&](std::size_t to, std::size_t from) {
-                    if (texels[4 * from + 3] >= rgba[4 * to + 3]) {
-                        std::copy_n(&texels[4 * from], 4, rgba + 4 * to);
+                    // A post on the seam of data that go all around has a half of its cell on either side.
+                    const bool seam = rgba[4 * to + 3] == 255 && texels[4 * from + 3] == 255;
+                    for (std::size_t band = 0; band < 4; ++band) {
+                        std::uint8_t& value = rgba[4 * to + band];
+                        const std::uint8_t read_value = texels[4 * from + band];
+                        value = seam ? static_cast<std::uint8_t>((value + read_value) / 2) : read_value;
                     }
                 });
             }
@@ -125,7 +131,7 @@ public:
                 // Whatever the mask says, no ground lies outside these.
                 const float height = heights[from];
                 if (valid[from] != 0 && height > -12000.0f && height < 20000.0f) {
-                    heights_m[to] = height;
+                    heights_m[to] = std::isnan(heights_m[to]) ? height : 0.5f * (heights_m[to] + height);
                 }
             });
             return true;
@@ -177,21 +183,22 @@ private:
             part.extent.east += turn;
             const double step_x = part.stepX() / m_transform[1];
             const double step_y = part.stepY() / -m_transform[5];
-            const Span across = spanOf((part.extent.west - m_transform[0]) / m_transform[1] - 0.5 * step_x,
-                                       step_x, part.columns, m_width);
-            const Span down = spanOf((m_transform[3] - part.extent.north) / -m_transform[5] - 0.5 * step_y,
-                                     step_y, part.rows, m_height);
-            if (across.count == 0 || down.count == 0) {
-                continue;
-            }
+            const auto across = spansOf((part.extent.west - m_transform[0]) / m_transform[1] - 0.5 * step_x,
+                                        step_x, part.columns, m_width);
+            const auto down = spansOf((m_transform[3] - part.extent.north) / -m_transform[5] - 0.5 * step_y,
+                                      step_y, part.rows, m_height);
             const double decimation = std::clamp(std::min(step_x, step_y), 1.0, m_coarsest);
-            if (across.length * down.length / (decimation * decimation) > kMaxSourcePixels) {
+            if (lengthOf(across) * lengthOf(down) / (decimation * decimation) > kMaxSourcePixels) {
                 continue;
             }
-            if (!read_part(across, down, part)) {
-                return ReadResult::kFailed;
+            for (const Span& rows : down) {
+                for (const Span& columns : across) {
+                    if (!read_part(columns, rows, part)) {
+                        return ReadResult::kFailed;
+                    }
+                    result = ReadResult::kRead;
+                }
             }
-            result = ReadResult::kRead;
         }
         return result;
     }
@@ -200,16 +207,13 @@ private:
     // first.
     template <typename Put>
     static void spread(const Span& across, const Span& down, const PostGrid& grid, const Put& put) {
-        for (int y = down.low; y <= down.high; ++y) {
-            const int from_y = std::clamp(y, down.first, down.first + down.count - 1) - down.first;
-            const int row = grid.rows - 1 - y;
-            for (int x = across.low; x <= across.high; ++x) {
-                const int from_x =
-                    std::clamp(x, across.first, across.first + across.count - 1) - across.first;
+        for (int y = 0; y < down.count; ++y) {
+            const int row = grid.rows - 1 - (down.first + y);
+            for (int x = 0; x < across.count; ++x) {
                 put(static_cast<std::size_t>(row) * static_cast<std::size_t>(grid.columns) +
-                        static_cast<std::size_t>(x),
-                    static_cast<std::size_t>(from_y) * static_cast<std::size_t>(across.count) +
-                        static_cast<std::size_t>(from_x));
+                        static_cast<std::size_t>(across.first + x),
+                    static_cast<std::size_t>(y) * static_cast<std::size_t>(across.count) +
+                        static_cast<std::size_t>(x));
             }
         }
     }

@@ -49,23 +49,20 @@ double graticuleSpacing(int level) {
     return 10.0;
 }
 
-void paintGraticule(const TileKey& key, int size, std::uint8_t* rgba) {
+void paintGraticule(const TileKey& key, int columns, int rows, std::uint8_t* rgba) {
     const GeoExtent extent = key.extent();
-    const double step = extent.width() / (size - 1);
     const double spacing = graticuleSpacing(key.level);
-    const std::vector<double> meridians = cover(extent.west, step, size, spacing);
-    const std::vector<double> parallels = cover(extent.south, step, size, spacing);
-    for (int row = 0; row < size; ++row) {
-        for (int column = 0; column < size; ++column) {
-            const double part = std::max(meridians[static_cast<std::size_t>(column)],
-                                         parallels[static_cast<std::size_t>(row)]);
-            std::uint8_t* texel = rgba + 4 * (static_cast<std::size_t>(row) * static_cast<std::size_t>(size) +
-                                              static_cast<std::size_t>(column));
+    const std::vector<double> meridians =
+        cover(extent.west, extent.width() / (columns - 1), columns, spacing);
+    const std::vector<double> parallels = cover(extent.south, extent.height() / (rows - 1), rows, spacing);
+    for (const double parallel : parallels) {
+        for (const double meridian : meridians) {
+            const double part = std::max(meridian, parallel);
             for (int band = 0; band < 3; ++band) {
                 const double line = band == 2 ? 255.0 : 225.0;
-                texel[band] =
-                    static_cast<std::uint8_t>(std::lround(texel[band] + (line - texel[band]) * part));
+                rgba[band] = static_cast<std::uint8_t>(std::lround(rgba[band] + (line - rgba[band]) * part));
             }
+            rgba += 4;
         }
     }
 }

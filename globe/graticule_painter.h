@@ -13,15 +13,8 @@ namespace globe {
 // on a tile.
 double graticuleSpacing(int level);
 
-struct Rgba {
-    std::uint8_t r = 0;
-    std::uint8_t g = 0;
-    std::uint8_t b = 0;
-    std::uint8_t a = 255;
-};
-
 // Paints the lines over `size` x `size` RGBA texels (first row south) whose outer centres lie on the tile's
 // edges. Every tenth degree is drawn stronger, equator and prime meridian strongest.
-void paintGraticule(const TileKey& key, int size, std::uint8_t* rgba);
+void paintGraticule(const TileKey& key, int columns, int rows, std::uint8_t* rgba);
 
 }  // namespace globe

@@ -1,5 +1,6 @@
 #include "globe/layer_stack.h"
 
+#include <cpl_error.h>
 #include <cpl_vsi.h>
 
 #include <algorithm>
@@ -44,7 +45,10 @@ std::shared_ptr<LayerStack> LayerStack::forFile(const std::string& path) {
     std::string key = path;
     GByte* bytes = nullptr;
     vsi_l_offset size = 0;
-    if (VSIIngestFile(nullptr, path.c_str(), &bytes, &size, 4 << 20)) {
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    const bool read = VSIIngestFile(nullptr, path.c_str(), &bytes, &size, 4 << 20) != 0;
+    CPLPopErrorHandler();
+    if (read) {
         key += '\n' + std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
         VSIFree(bytes);
     }
@@ -147,24 +151,24 @@ bool LayerStack::meets(std::size_t layer, const GeoExtent& extent) const {
     return !m_states[layer].known || meetsTurned(m_states[layer].info.extent, extent);
 }
 
-bool LayerStack::hasFiner(const TileKey& key) const {
+FinerData LayerStack::finerThan(const TileKey& key) const {
     const GeoExtent extent = key.extent();
     // The net of lines is drawn as finely as one likes.
     constexpr int kFinestNet = 18;
     const bool net = std::any_of(m_model.layers.begin(), m_model.layers.end(), [](const LayerModel& layer) {
         return layer.kind == LayerKind::kGraticule && layer.visible;
     });
-    if (key.level < kFinestNet && (net || !isCovered(key))) {
-        return true;
-    }
+    FinerData finer;
+    finer.pictures = key.level < kFinestNet && (net || !isCovered(key));
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         if (m_states[i].known && m_model.layers[i].visible && key.level < m_states[i].finest_level &&
             meetsTurned(m_states[i].info.extent, extent)) {
-            return true;
+            const bool heights = m_model.layers[i].kind == LayerKind::kElevation;
+            (heights ? finer.heights : finer.pictures) = true;
         }
     }
-    return false;
+    return finer;
 }
 
 double LayerStack::finestPicture(const GeoExtent& extent) const {

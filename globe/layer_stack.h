@@ -12,6 +12,7 @@
 #include "globe/lru_cache.h"
 #include "globe/raster_source.h"
 #include "globe/tile_data.h"
+#include "globe/tile_selection.h"
 
 namespace globe {
 
@@ -42,8 +43,8 @@ public:
     bool showsAt(std::size_t layer, int level) const;
     // Whether it may have anything for the extent, as far as is known.
     bool meets(std::size_t layer, const GeoExtent& extent) const;
-    // Whether something finer than a tile of this level is known to exist in its extent.
-    bool hasFiner(const TileKey& key) const;
+    // What is known to exist in a tile's extent that is finer than the tile.
+    FinerData finerThan(const TileKey& key) const;
     // The finest resolution of the pictures there, degrees; and whether a picture covers the extent wholly.
     double finestPicture(const GeoExtent& extent) const;
     bool isCovered(const TileKey& key) const;

@@ -12,24 +12,42 @@ namespace {
 // Beyond the other side of the earth from anywhere that the camera may stand.
 constexpr double kReach_m = 1e9;
 
-// The camera under the point, with the point in its viewport's own frame (y up).
-const osg::Camera* cameraUnder(osg::View* view, float x, float y, float& local_x, float& local_y) {
+// The view's camera, with the point in its viewport's own frame (pixels, y up). Mouse coordinates are in the
+// range and orientation of the view's event queue, as events hand them out; without a range they are taken as
+// they are.
+const osg::Camera* cameraUnder(osg::View* view, float x, float y, double& local_x, double& local_y) {
+    const osg::Camera* camera = view != nullptr ? view->getCamera() : nullptr;
     auto* viewer = dynamic_cast<osgViewer::View*>(view);
-    if (viewer != nullptr && viewer->getCamera() != nullptr &&
-        viewer->getCamera()->getGraphicsContext() != nullptr) {
-        return viewer->getCameraContainingPosition(x, y, local_x, local_y);
-    }
     local_x = x;
     local_y = y;
-    return view != nullptr ? view->getCamera() : nullptr;
+    const osg::Viewport* viewport = camera != nullptr ? camera->getViewport() : nullptr;
+    if (viewer == nullptr || viewport == nullptr) {
+        return camera;
+    }
+    const osgGA::GUIEventAdapter* state = viewer->getEventQueue()->getCurrentEventState();
+    const double range_x = static_cast<double>(state->getXmax()) - state->getXmin();
+    const double range_y = static_cast<double>(state->getYmax()) - state->getYmin();
+    // -1 .. 1 is what a queue starts with.
+    if (range_x > 2.0 && range_y > 2.0) {
+        const osg::GraphicsContext* context = camera->getGraphicsContext();
+        const osg::GraphicsContext::Traits* traits = context != nullptr ? context->getTraits() : nullptr;
+        const double width = traits != nullptr ? traits->width : viewport->width();
+        const double height = traits != nullptr ? traits->height : viewport->height();
+        local_x = (x - state->getXmin()) / range_x * width;
+        local_y = (y - state->getYmin()) / range_y * height;
+        if (state->getMouseYOrientation() == osgGA::GUIEventAdapter::Y_INCREASING_DOWNWARDS) {
+            local_y = height - local_y;
+        }
+    }
+    return camera;
 }
 
 }  // namespace
 
 bool lineOfSight(osg::View* view, float mouse_x, float mouse_y, double reach_m, osg::Vec3d& eye,
                  osg::Vec3d& far) {
-    float x = 0.0f;
-    float y = 0.0f;
+    double x = 0.0;
+    double y = 0.0;
     const osg::Camera* camera = cameraUnder(view, mouse_x, mouse_y, x, y);
     const osg::Viewport* viewport = camera != nullptr ? camera->getViewport() : nullptr;
     if (viewport == nullptr || viewport->width() <= 0.0 || viewport->height() <= 0.0) {

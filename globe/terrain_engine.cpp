@@ -18,6 +18,18 @@ constexpr int kThreads = 2;
 constexpr std::size_t kTakenAtOnce = 12;
 constexpr auto kCloseLimit = std::chrono::milliseconds(400);
 
+// What a loading thread owns. GDAL's complaints go to the map's problems and not to the terminal.
+struct LoaderThread {
+    LoaderThread(std::shared_ptr<LayerStack> layers, bool with_remote)
+        : composer(std::move(layers), with_remote) {
+        CPLPushErrorHandler(CPLQuietErrorHandler);
+    }
+    ~LoaderThread() { CPLPopErrorHandler(); }
+    LoaderThread(const LoaderThread&) = delete;
+    LoaderThread& operator=(const LoaderThread&) = delete;
+    TileComposer composer;
+};
+
 }  // namespace
 
 struct TerrainEngine::Tile {
@@ -108,11 +120,10 @@ TerrainEngine::~TerrainEngine() {
 
 std::unique_ptr<TerrainEngine::Queue> TerrainEngine::makeQueue(int threads, bool with_remote) {
     const auto make_job = [layers = m_layers, with_remote]() -> Queue::Job {
-        CPLPushErrorHandler(CPLQuietErrorHandler);
-        auto composer = std::make_shared<TileComposer>(layers, with_remote);
-        return [composer](const TileKey& key, const Queue::Flag& cancelled) {
+        auto thread = std::make_shared<LoaderThread>(layers, with_remote);
+        return [thread](const TileKey& key, const Queue::Flag& cancelled) {
             Loaded loaded;
-            loaded.data = composer->compose(key, cancelled);
+            loaded.data = thread->composer.compose(key, cancelled);
             if (loaded.data && !cancelled) {
                 loaded.mesh = makeTileMesh(*loaded.data);
             }
@@ -151,9 +162,49 @@ void TerrainEngine::traverse(osg::NodeVisitor& visitor) {
     } else if (visitor.getVisitorType() != osg::NodeVisitor::UPDATE_VISITOR &&
                visitor.getVisitorType() != osg::NodeVisitor::EVENT_VISITOR) {
         for (const auto& root : m_roots) {
-            root->mesh->accept(visitor);
+            acceptFinest(*root, visitor);
         }
     }
+}
+
+// Whoever else goes through the scene sees the finest tiles that there are, and a coarser one where some are
+// missing.
+void TerrainEngine::acceptFinest(Tile& tile, osg::NodeVisitor& visitor) {
+    bool complete = true;
+    for (const auto& child : tile.children) {
+        complete = complete && child != nullptr;
+        if (child) {
+            acceptFinest(*child, visitor);
+        }
+    }
+    if (!complete) {
+        tile.mesh->accept(visitor);
+    }
+}
+
+template <typename Visit>
+void TerrainEngine::forEachMesh(const Visit& visit) const {
+    std::vector<const Tile*> open = {m_roots[0].get(), m_roots[1].get()};
+    while (!open.empty()) {
+        const Tile* tile = open.back();
+        open.pop_back();
+        visit(*tile->mesh);
+        for (const auto& child : tile->children) {
+            if (child) {
+                open.push_back(child.get());
+            }
+        }
+    }
+}
+
+void TerrainEngine::resizeGLObjectBuffers(unsigned int contexts) {
+    forEachMesh([contexts](osg::Node& mesh) { mesh.resizeGLObjectBuffers(contexts); });
+    osg::Group::resizeGLObjectBuffers(contexts);
+}
+
+void TerrainEngine::releaseGLObjects(osg::State* state) const {
+    forEachMesh([state](const osg::Node& mesh) { mesh.releaseGLObjects(state); });
+    osg::Group::releaseGLObjects(state);
 }
 
 void TerrainEngine::cull(osgUtil::CullVisitor& visitor) {
@@ -193,7 +244,7 @@ void TerrainEngine::cull(osgUtil::CullVisitor& visitor) {
 void TerrainEngine::visit(Tile& tile, Frame& frame) {
     tile.used = m_frame;
     const TileNeed need = frame.view.needOf(tile.key, tile.ball);
-    if (!tile.bare && shouldRefine(need, m_layers->hasFiner(tile.key), tile.key.level)) {
+    if (!tile.bare && shouldRefine(need, m_layers->finerThan(tile.key), tile.key.level)) {
         visitChildren(tile, frame);
     } else {
         draw(tile, frame);

@@ -35,6 +35,8 @@ public:
 
     void traverse(osg::NodeVisitor& visitor) override;
     osg::BoundingSphere computeBound() const override;
+    void resizeGLObjectBuffers(unsigned int contexts) override;
+    void releaseGLObjects(osg::State* state = nullptr) const override;
 
 protected:
     ~TerrainEngine() override;
@@ -54,6 +56,9 @@ private:
     void visit(Tile& tile, Frame& frame);
     void visitChildren(Tile& tile, Frame& frame);
     void draw(Tile& tile, Frame& frame);
+    static void acceptFinest(Tile& tile, osg::NodeVisitor& visitor);
+    template <typename Visit>
+    void forEachMesh(const Visit& visit) const;
     void takeResults(Queue& queue, bool remote);
     void put(const TileKey& key, Loaded loaded, bool remote);
     Tile* find(const TileKey& key) const;

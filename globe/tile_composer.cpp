@@ -7,6 +7,7 @@
 #include <cstring>
 #include <numeric>
 
+#include "globe/geodesy.h"
 #include "globe/graticule_painter.h"
 #include "globe/tile_selection.h"
 
@@ -60,41 +61,53 @@ void resample(const PostGrid& from, const PostGrid& to, const Visit& visit) {
     }
 }
 
-// Half the size, four texels into one.
-void halve(const std::uint8_t* from, int size, std::uint8_t* to) {
-    const int half = size / 2;
-    for (int row = 0; row < half; ++row) {
-        const std::uint8_t* low = from + static_cast<std::ptrdiff_t>(2 * row) * size * 3;
-        const std::uint8_t* high = low + static_cast<std::ptrdiff_t>(size) * 3;
-        for (int i = 0; i < half; ++i) {
+// Texels of a tile's picture.
+struct Size {
+    int columns = kMaxTexels;
+    int rows = kMaxTexels;
+    std::size_t area() const { return static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows); }
+    bool operator!=(const Size& other) const { return columns != other.columns || rows != other.rows; }
+    Size half() const { return {std::max(1, columns / 2), std::max(1, rows / 2)}; }
+};
+
+PostGrid texelGrid(const TileKey& key, const Size& size) { return {key.extent(), size.columns, size.rows}; }
+
+// Half the size, four texels into one, or two where there is only one along a side.
+void halve(const std::uint8_t* from, const Size& size, std::uint8_t* to) {
+    const Size half = size.half();
+    const std::ptrdiff_t right = size.columns > 1 ? 3 : 0;
+    const std::ptrdiff_t up = size.rows > 1 ? 3 * static_cast<std::ptrdiff_t>(size.columns) : 0;
+    for (int row = 0; row < half.rows; ++row) {
+        const std::uint8_t* texel = from + 2 * row * up;
+        for (int i = 0; i < half.columns; ++i, texel += 2 * right) {
             for (int band = 0; band < 3; ++band) {
-                const int at = 6 * i + band;
-                *to++ = static_cast<std::uint8_t>((low[at] + low[at + 3] + high[at] + high[at + 3] + 2) / 4);
+                const std::uint8_t* at = texel + band;
+                *to++ = static_cast<std::uint8_t>((at[0] + at[right] + at[up] + at[up + right] + 2) / 4);
             }
         }
     }
 }
 
-osg::ref_ptr<osg::Image> imageOf(const std::vector<std::uint8_t>& rgba, int size) {
+osg::ref_ptr<osg::Image> imageOf(const std::vector<std::uint8_t>& rgba, const Size& size) {
     osg::Image::MipmapDataType offsets;
-    std::size_t bytes = 0;
-    for (int side = size; side >= 1; side /= 2) {
-        if (side < size) {
-            offsets.push_back(static_cast<unsigned int>(bytes));
-        }
-        bytes += area(side) * 3;
+    std::size_t bytes = size.area() * 3;
+    for (Size level = size; level != Size{1, 1};) {
+        level = level.half();
+        offsets.push_back(static_cast<unsigned int>(bytes));
+        bytes += level.area() * 3;
     }
     auto* data = new unsigned char[bytes];
-    for (std::size_t i = 0; i < area(size); ++i) {
+    for (std::size_t i = 0; i < size.area(); ++i) {
         std::copy_n(&rgba[4 * i], 3, data + 3 * i);
     }
-    unsigned char* level = data;
-    for (int side = size; side > 1; side /= 2) {
-        halve(level, side, level + area(side) * 3);
-        level += area(side) * 3;
+    unsigned char* texels = data;
+    for (Size level = size; level != Size{1, 1}; level = level.half()) {
+        halve(texels, level, texels + level.area() * 3);
+        texels += level.area() * 3;
     }
     osg::ref_ptr<osg::Image> image = new osg::Image;
-    image->setImage(size, size, 1, GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE, data, osg::Image::USE_NEW_DELETE, 1);
+    image->setImage(size.columns, size.rows, 1, GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE, data,
+                    osg::Image::USE_NEW_DELETE, 1);
     image->setMipmapLevels(offsets);
     return image;
 }
@@ -110,8 +123,8 @@ void blend(std::vector<std::uint8_t>& under, const std::vector<std::uint8_t>& ov
     }
 }
 
-std::vector<std::uint8_t> seaOf(int size) {
-    std::vector<std::uint8_t> rgba(area(size) * 4);
+std::vector<std::uint8_t> seaOf(const Size& size) {
+    std::vector<std::uint8_t> rgba(size.area() * 4);
     for (std::size_t i = 0; i < rgba.size(); i += 4) {
         std::memcpy(&rgba[i], kSea, 4);
     }
@@ -148,20 +161,31 @@ void finishHeights(TileData& tile) {
     tile.highest_m = *range.second;
 }
 
+// Fewer columns towards the poles, so that texels stay about square on the ground: the graphics library
+// chooses the level of detail by the narrower side.
+Size narrowed(const TileKey& key, int rows) {
+    const GeoExtent extent = key.extent();
+    const double lat = std::max({0.0, extent.south, -extent.north});
+    Size size{rows, rows};
+    while (size.columns > 4 && size.columns * 0.7 > rows * std::cos(toRadians(lat))) {
+        size.columns /= 2;
+    }
+    return size;
+}
+
 // Texels that a tile's pictures are worth.
-int texelsFor(const LayerStack& layers, const TileKey& key) {
+Size texelsFor(const LayerStack& layers, const TileKey& key) {
     const bool lined =
         std::any_of(layers.layers().begin(), layers.layers().end(),
                     [](const LayerModel& layer) { return layer.kind == LayerKind::kGraticule; });
-    if (lined || !layers.isCovered(key)) {
-        return kMaxTexels;
+    int rows = kMaxTexels;
+    if (!lined && layers.isCovered(key)) {
+        const double worth = tileSize(key.level) / layers.finestPicture(key.extent());
+        for (rows = kMinTexels; rows < kMaxTexels && rows < worth;) {
+            rows *= 2;
+        }
     }
-    const double worth = tileSize(key.level) / layers.finestPicture(key.extent());
-    int size = kMinTexels;
-    while (size < kMaxTexels && size < worth) {
-        size *= 2;
-    }
-    return size;
+    return narrowed(key, rows);
 }
 
 }  // namespace
@@ -205,15 +229,14 @@ bool TileComposer::isWanted(std::size_t layer, const TileKey& key, TileData& til
     return true;
 }
 
-void TileComposer::paintLayer(std::size_t layer, const TileKey& key, int size,
+void TileComposer::paintLayer(std::size_t layer, const PostGrid& grid, const TileKey& key,
                               std::vector<std::uint8_t>& rgba, const Flag& cancelled) {
     const LayerModel& model = m_layers->layers()[layer];
     RasterSource* source = sourceOf(layer);
     if (source == nullptr || !m_layers->meets(layer, key.extent())) {
         return;
     }
-    const PostGrid grid = gridOf(key, size, 0);
-    std::vector<std::uint8_t> over(area(size) * 4, 0);
+    std::vector<std::uint8_t> over(rgba.size(), 0);
     TileKey at = key;
     while (at.level > std::max(0, model.max_level)) {
         at = at.parent();
@@ -314,21 +337,22 @@ std::shared_ptr<const TileData> TileComposer::compose(const TileKey& key, const 
             sourceOf(i);
         }
     }
-    const int size = texelsFor(*m_layers, key);
+    const Size size = texelsFor(*m_layers, key);
+    const PostGrid grid = texelGrid(key, size);
     std::vector<std::uint8_t> rgba = seaOf(size);
     if (!m_layers->isCovered(key)) {
-        paintGraticule(key, size, rgba.data());
+        paintGraticule(key, size.columns, size.rows, rgba.data());
     }
     for (std::size_t i = 0; i < layers.size() && !cancelled; ++i) {
         if (layers[i].kind == LayerKind::kGraticule) {
             if (m_layers->showsAt(i, key.level)) {
-                paintGraticule(key, size, rgba.data());
+                paintGraticule(key, size.columns, size.rows, rgba.data());
             }
         } else if (isWanted(i, key, *tile)) {
             if (layers[i].kind == LayerKind::kElevation) {
                 raiseLayer(i, *tile, cancelled);
             } else {
-                paintLayer(i, key, size, rgba, cancelled);
+                paintLayer(i, grid, key, rgba, cancelled);
             }
         }
     }
@@ -347,9 +371,10 @@ std::shared_ptr<const TileData> TileComposer::bare(const TileKey& key) {
     const auto tile = std::make_shared<TileData>();
     tile->key = key;
     prepareHeights(*tile);
-    std::vector<std::uint8_t> rgba = seaOf(kMaxTexels);
-    paintGraticule(key, kMaxTexels, rgba.data());
-    tile->image = imageOf(rgba, kMaxTexels);
+    const Size size = narrowed(key, kMaxTexels);
+    std::vector<std::uint8_t> rgba = seaOf(size);
+    paintGraticule(key, size.columns, size.rows, rgba.data());
+    tile->image = imageOf(rgba, size);
     return tile;
 }
 

@@ -30,8 +30,8 @@ private:
     // Null if the layer cannot be read now.
     RasterSource* sourceOf(std::size_t layer);
     bool isWanted(std::size_t layer, const TileKey& key, TileData& tile) const;
-    void paintLayer(std::size_t layer, const TileKey& key, int size, std::vector<std::uint8_t>& rgba,
-                    const Flag& cancelled);
+    void paintLayer(std::size_t layer, const PostGrid& grid, const TileKey& key,
+                    std::vector<std::uint8_t>& rgba, const Flag& cancelled);
     void raiseLayer(std::size_t layer, TileData& tile, const Flag& cancelled);
     void noteFailure(std::size_t layer, const Flag& cancelled);
 

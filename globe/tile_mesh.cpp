@@ -63,15 +63,13 @@ private:
     }
 
     unsigned short addVertex(int column, int row, double sink) {
-        const int size = m_tile.image->s();
-        const auto texel = [&](int post) {
-            return (0.5f + static_cast<float>(post) / static_cast<float>(m_tile.posts - 1) *
-                               static_cast<float>(size - 1)) /
-                   static_cast<float>(size);
+        const auto texel = [&](int post, int size) {
+            const float part = static_cast<float>(post) / static_cast<float>(m_tile.posts - 1);
+            return (0.5f + part * static_cast<float>(size - 1)) / static_cast<float>(size);
         };
         m_vertices->push_back(osg::Vec3f(worldOf(column, row, sink) - m_origin));
         m_normals->push_back(normalOf(column, row));
-        m_texcoords->push_back(osg::Vec2f(texel(column), texel(row)));
+        m_texcoords->push_back(osg::Vec2f(texel(column, m_tile.image->s()), texel(row, m_tile.image->t())));
         return static_cast<unsigned short>(m_vertices->size() - 1);
     }
 

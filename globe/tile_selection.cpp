@@ -8,6 +8,8 @@ namespace {
 
 constexpr double kTexels = 256.0;
 constexpr double kMaxTexel_px = 1.6;
+// Of one of the 16 quads along a tile's side.
+constexpr double kMaxQuad_px = 45.0;
 constexpr double kMaxSag_px = 0.4;
 
 double gap(const Xyz& a, const Xyz& b) { return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z); }
@@ -92,11 +94,12 @@ bool TileView::isHidden(const Ball& ball) const {
     return off_axis + std::asin(std::min(1.0, radius / distance)) < cone;
 }
 
-bool shouldRefine(const TileNeed& need, bool has_finer, int level) {
+bool shouldRefine(const TileNeed& need, const FinerData& finer, int level) {
     if (level >= TileKey::kMaxLevel) {
         return false;
     }
-    return (has_finer && need.texel_px > kMaxTexel_px) || need.sag_px > kMaxSag_px;
+    return (finer.pictures && need.texel_px > kMaxTexel_px) ||
+           (finer.heights && need.texel_px * kTexels / 16.0 > kMaxQuad_px) || need.sag_px > kMaxSag_px;
 }
 
 }  // namespace globe

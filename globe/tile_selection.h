@@ -37,7 +37,13 @@ private:
     double m_pixels_per_radian;
 };
 
-// Whether a tile gives way to its children. `has_finer` says whether data finer than the tile's exist there.
-bool shouldRefine(const TileNeed& need, bool has_finer, int level);
+// What is known to exist that is finer than a tile, in its extent.
+struct FinerData {
+    bool pictures = false;
+    bool heights = false;
+};
+
+// Whether a tile gives way to its children.
+bool shouldRefine(const TileNeed& need, const FinerData& finer, int level);
 
 }  // namespace globe

@@ -36,7 +36,8 @@ struct Pose {
 
 class Offscreen {
 public:
-    Offscreen(int width, int height);
+    // `window`: a real one, that draws on demand.
+    Offscreen(int width, int height, bool window = false);
     // False where there is no graphics context to be had.
     bool works() const { return m_works; }
     osgViewer::Viewer& viewer() { return *m_viewer; }
@@ -45,6 +46,8 @@ public:
     void frame();
     // Draws until the map waits for nothing, or so long. True if it got there.
     bool settle(globe::MapNode* map, int limit_ms = 60000);
+    // The ground under a pixel, by the map's own answer.
+    bool groundUnder(globe::MapNode* map, double x, double y, osg::Vec3d& lon_lat_alt);
     Pixel at(int x, int y) const;
     // Middle of all pixels that `match` accepts.
     template <typename Match>

@@ -79,6 +79,24 @@ TEST(TileView, NothingInSightIsCalledHidden) {
     }
 }
 
+TEST(TileView, TheHorizonIsWhereTheGroundTurnsAway) {
+    // From 1000 km over the equator the horizon lies acos(R / (R + h)) away.
+    const double horizon = toDegrees(std::acos(kEquatorRadius_m / (kEquatorRadius_m + 1e6)));
+    const TileView view(geodeticToGeocentric({0.0, 0.0, 1e6}), 1343.0);
+    const auto hidden = [&view](double lon, double radius_m) {
+        return view.isHidden({geodeticToGeocentric({lon, 0.0, 0.0}), radius_m});
+    };
+    EXPECT_FALSE(hidden(horizon - 0.05, 1.0));
+    EXPECT_TRUE(hidden(horizon + 0.2, 1.0));
+    EXPECT_FALSE(hidden(horizon + 0.2, 40000.0));
+    EXPECT_TRUE(hidden(180.0, 1000.0));
+    // Three degrees behind it, what is higher than 8751 m looks over.
+    EXPECT_FALSE(view.isHidden({geodeticToGeocentric({horizon + 3.0, 0.0, 8800.0}), 1.0}));
+    EXPECT_TRUE(view.isHidden({geodeticToGeocentric({horizon + 3.0, 0.0, 8700.0}), 1.0}));
+    EXPECT_FALSE(TileView(geodeticToGeocentric({0.0, 0.0, -100.0}), 1343.0)
+                     .isHidden({geodeticToGeocentric({90.0, 0.0, 0.0}), 1.0}));
+}
+
 TEST(TileView, WhatIsNearIsNeededMore) {
     const TileKey key = tileAt(8, 20.0, 40.0);
     const Ball ball = tileBall(key, 0.0, 0.0);
@@ -91,10 +109,18 @@ TEST(TileView, WhatIsNearIsNeededMore) {
     // A texel of level 8 is 306 m: from 100 km 4.1 pixels of 1343 a radian.
     EXPECT_NEAR(TileView(geodeticToGeocentric({20.0, 40.0, 1e5}), 1343.0).needOf(key, ball).texel_px, 4.1,
                 0.1);
-    EXPECT_TRUE(shouldRefine({2.0, 0.0}, true, 5));
-    EXPECT_FALSE(shouldRefine({2.0, 0.0}, false, 5));
-    EXPECT_TRUE(shouldRefine({0.1, 1.0}, false, 5));
-    EXPECT_FALSE(shouldRefine({9.0, 9.0}, true, TileKey::kMaxLevel));
+    const FinerData none;
+    const FinerData pictures{true, false};
+    const FinerData heights{false, true};
+    EXPECT_TRUE(shouldRefine({2.0, 0.0}, pictures, 5));
+    EXPECT_FALSE(shouldRefine({1.5, 0.0}, pictures, 5));
+    EXPECT_FALSE(shouldRefine({2.0, 0.0}, none, 5));
+    // Heights may be coarser on the screen than pictures, but not at will.
+    EXPECT_FALSE(shouldRefine({2.0, 0.0}, heights, 5));
+    EXPECT_TRUE(shouldRefine({3.0, 0.0}, heights, 5));
+    // The roundness of the earth shows without any data.
+    EXPECT_TRUE(shouldRefine({0.1, 1.0}, none, 5));
+    EXPECT_FALSE(shouldRefine({9.0, 9.0}, pictures, TileKey::kMaxLevel));
 }
 
 TEST(Graticule, SpacingGoesFromTenDegreesDown) {
@@ -113,7 +139,7 @@ TEST(Graticule, LinesStandWhereTheDegreesAre) {
     constexpr int kSize = 256;
     const TileKey key = tileAt(2, 112.0, 33.0);  // 90 to 135 east, 0 to 45 north
     std::vector<std::uint8_t> rgba(kSize * kSize * 4, 0);
-    paintGraticule(key, kSize, rgba.data());
+    paintGraticule(key, kSize, kSize, rgba.data());
     const auto brightness = [&](double lon, double lat) {
         const auto x = static_cast<std::size_t>(std::lround((lon - 90.0) / 45.0 * (kSize - 1)));
         const auto y = static_cast<std::size_t>(std::lround(lat / 45.0 * (kSize - 1)));
