@@ -36,7 +36,7 @@ bool intersectGround(const HeightSource& heights, const Xyz& from, const Xyz& to
     const double length = std::hypot(to.x - from.x, to.y - from.y, to.z - from.z);
     double enter = 0.0;
     double leave = 0.0;
-    if (!(length > 0.0) || sampleAt(heights, from).above_m < 0.0 ||
+    if (!(length > 0.0) ||
         !crossEllipsoid(from, to, std::max(heights.highest_m(), 0.0) + 1.0, &enter, &leave)) {
         return false;
     }
@@ -54,6 +54,7 @@ bool intersectGround(const HeightSource& heights, const Xyz& from, const Xyz& to
     const double least = std::max((end - at) / kMaxSteps, 1e-12);
     Sample here = sampleAt(heights, between(from, to, at));
     if (here.above_m < 0.0) {
+        // From under the ground the far side is not to be hit.
         return false;
     }
     while (at < end) {

@@ -18,6 +18,18 @@ constexpr int kThreads = 2;
 constexpr std::size_t kTakenAtOnce = 12;
 constexpr auto kCloseLimit = std::chrono::milliseconds(400);
 
+// What a loading thread owns. GDAL's complaints go to the map's problems and not to the terminal.
+struct LoaderThread {
+    LoaderThread(std::shared_ptr<LayerStack> layers, bool with_remote)
+        : composer(std::move(layers), with_remote) {
+        CPLPushErrorHandler(CPLQuietErrorHandler);
+    }
+    ~LoaderThread() { CPLPopErrorHandler(); }
+    LoaderThread(const LoaderThread&) = delete;
+    LoaderThread& operator=(const LoaderThread&) = delete;
+    TileComposer composer;
+};
+
 }  // namespace
 
 struct TerrainEngine::Tile {
@@ -108,11 +120,10 @@ TerrainEngine::~TerrainEngine() {
 
 std::unique_ptr<TerrainEngine::Queue> TerrainEngine::makeQueue(int threads, bool with_remote) {
     const auto make_job = [layers = m_layers, with_remote]() -> Queue::Job {
-        CPLPushErrorHandler(CPLQuietErrorHandler);
-        auto composer = std::make_shared<TileComposer>(layers, with_remote);
-        return [composer](const TileKey& key, const Queue::Flag& cancelled) {
+        auto thread = std::make_shared<LoaderThread>(layers, with_remote);
+        return [thread](const TileKey& key, const Queue::Flag& cancelled) {
             Loaded loaded;
-            loaded.data = composer->compose(key, cancelled);
+            loaded.data = thread->composer.compose(key, cancelled);
             if (loaded.data && !cancelled) {
                 loaded.mesh = makeTileMesh(*loaded.data);
             }

@@ -216,6 +216,7 @@ TEST_F(ManipulatorTest, AFlightEndsExactlyAndAsksForFramesOnlyWhileItLasts) {
     EXPECT_NE(half.focalPoint()->x(), 112.44);
     frameAt(25.1);
     EXPECT_FALSE(m_hand->isSettingViewpoint());
+    EXPECT_FALSE(m_viewer.getRequestContinousUpdate());
     m_viewer.forgetRequests();
     frameAt(25.2);
     EXPECT_FALSE(wantsFrame());
@@ -266,7 +267,8 @@ TEST_F(ManipulatorTest, TellsItsAnglesAndKeepsItsNode) {
     EXPECT_NEAR(heading, toRadians(30.0), 1e-12);
     m_hand->getCompositeEulerAngles(nullptr, &pitch);
     EXPECT_NEAR(pitch, toRadians(-60.0), 1e-12);
-    m_hand->setNode(new osg::Group);
+    const osg::ref_ptr<osg::Group> other = new osg::Group;
+    m_hand->setNode(other);
     EXPECT_EQ(m_hand->getMapNode(), m_map.get());
     m_hand->setNode(nullptr);
     EXPECT_EQ(m_hand->getMapNode(), nullptr);

@@ -79,6 +79,24 @@ TEST(TileView, NothingInSightIsCalledHidden) {
     }
 }
 
+TEST(TileView, TheHorizonIsWhereTheGroundTurnsAway) {
+    // From 1000 km over the equator the horizon lies acos(R / (R + h)) away.
+    const double horizon = toDegrees(std::acos(kEquatorRadius_m / (kEquatorRadius_m + 1e6)));
+    const TileView view(geodeticToGeocentric({0.0, 0.0, 1e6}), 1343.0);
+    const auto hidden = [&view](double lon, double radius_m) {
+        return view.isHidden({geodeticToGeocentric({lon, 0.0, 0.0}), radius_m});
+    };
+    EXPECT_FALSE(hidden(horizon - 0.05, 1.0));
+    EXPECT_TRUE(hidden(horizon + 0.2, 1.0));
+    EXPECT_FALSE(hidden(horizon + 0.2, 40000.0));
+    EXPECT_TRUE(hidden(180.0, 1000.0));
+    // Three degrees behind it, what is higher than 8751 m looks over.
+    EXPECT_FALSE(view.isHidden({geodeticToGeocentric({horizon + 3.0, 0.0, 8800.0}), 1.0}));
+    EXPECT_TRUE(view.isHidden({geodeticToGeocentric({horizon + 3.0, 0.0, 8700.0}), 1.0}));
+    EXPECT_FALSE(TileView(geodeticToGeocentric({0.0, 0.0, -100.0}), 1343.0)
+                     .isHidden({geodeticToGeocentric({90.0, 0.0, 0.0}), 1.0}));
+}
+
 TEST(TileView, WhatIsNearIsNeededMore) {
     const TileKey key = tileAt(8, 20.0, 40.0);
     const Ball ball = tileBall(key, 0.0, 0.0);
