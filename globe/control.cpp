@@ -187,18 +187,16 @@ float Control::placed(Alignment align, float start, float room, float before, fl
     }
 }
 
-void Control::arrangeIn(const ControlRect& area, Alignment horiz, Alignment vert, bool may_fill) {
+void Control::arrangeIn(const ControlRect& area, Alignment horiz, Alignment vert, bool fill) {
     if (!m_visible) {
         m_rect = {};
         return;
     }
     ControlRect rect;
-    rect.width = may_fill && m_horiz_fill
-                     ? std::max(m_wanted.x(), area.width - m_margin.left - m_margin.right)
-                     : m_wanted.x();
-    rect.height = may_fill && m_vert_fill
-                      ? std::max(m_wanted.y(), area.height - m_margin.top - m_margin.bottom)
-                      : m_wanted.y();
+    rect.width = fill && m_horiz_fill ? std::max(m_wanted.x(), area.width - m_margin.left - m_margin.right)
+                                      : m_wanted.x();
+    rect.height = fill && m_vert_fill ? std::max(m_wanted.y(), area.height - m_margin.top - m_margin.bottom)
+                                      : m_wanted.y();
     rect.x = placed(horiz, area.x, area.width, m_margin.left, m_margin.right, rect.width, m_position.x());
     rect.y = placed(vert, area.y, area.height, m_margin.top, m_margin.bottom, rect.height, m_position.y());
     m_rect = rect;

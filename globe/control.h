@@ -85,7 +85,7 @@ public:
     void setVertAlign(Alignment align);
     Alignment horizAlign() const { return m_horiz_align; }
     Alignment vertAlign() const { return m_vert_align; }
-    // Takes all the room that its container has.
+    // Takes all the room of the box that holds it; without effect on the canvas itself.
     void setHorizFill(bool fill, float least = 1.0f);
     void setVertFill(bool fill, float least = 1.0f);
     bool horizFill() const { return m_horiz_fill; }
@@ -120,10 +120,9 @@ public:
 
     // The room that it wants, with its margin. Zero if hidden.
     osg::Vec2f measure();
-    // Takes its place in `area`, by its own alignments or others.
-    // In its canvas, at its own size: only a container has room to be filled.
+    // Takes its place in `area`, by its own alignments or others; on the canvas it fills nothing.
     void arrange(const ControlRect& area) { arrangeIn(area, m_horiz_align, m_vert_align, false); }
-    void arrangeIn(const ControlRect& area, Alignment horiz, Alignment vert, bool may_fill = true);
+    void arrangeIn(const ControlRect& area, Alignment horiz, Alignment vert, bool fill = true);
     // Brings what is drawn up to date with the last layout. The scene's y runs upwards.
     virtual void draw(float canvas_height);
 

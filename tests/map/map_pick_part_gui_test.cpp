@@ -32,13 +32,13 @@ protected:
 TEST_F(MapPick, APressBeforeTheFirstHoverSendsNoNumbers) {
     lookAt(kHere, kSevenRadii);
     // The corner is sky.
-    moveTo({3, 3});
+    moveTo({600, 470});
     EXPECT_TRUE(std::isnan(in().m_cursor_lon()));
-    press({3, 3});
+    press({600, 470});
     ASSERT_TRUE(waitCalls(2));
     EXPECT_EQ(owner.calls[1].code, 28);
     EXPECT_EQ(owner.calls[1].data.toHex(), "000000800000008000000080");
-    release({3, 3});
+    release({600, 470});
     ASSERT_TRUE(waitCalls(3));
     EXPECT_EQ(owner.kinds(), "bse");
     EXPECT_EQ(owner.calls[0].code, 28);
@@ -65,9 +65,9 @@ TEST_F(MapPick, OverTheSkyTheLastPointStays) {
     lookAt(kHere, kSevenRadii);
     moveTo({320, 240});
     const std::string text = in().m_coord_label()->text();
-    EXPECT_EQ(text.rfind("Lon:112.4", 0), 0U) << text;
+    EXPECT_EQ(text.rfind("Lon:112.", 0), 0U) << text;
     const double lon = in().m_cursor_lon();
-    moveTo({3, 3});
+    moveTo({600, 470});
     EXPECT_EQ(in().m_cursor_lon(), lon);
     EXPECT_EQ(in().m_coord_label()->text(), text);
 }
@@ -81,8 +81,7 @@ TEST_F(MapPick, TheMarkOfADragComesDownWithTheRelease) {
     g_pick_drag = true;
     // A picked thing that is dragged leaves the map where it is.
     const double lon = in().m_manipulator()->getViewpoint().focalPoint()->x();
-    QTest::mouseMove(in().surface(), {420, 240});
-    settle();
+    moveTo({420, 240}, Qt::LeftButton);
     EXPECT_EQ(in().m_manipulator()->getViewpoint().focalPoint()->x(), lon);
     release({420, 240});
     ASSERT_TRUE(waitCalls(3));
@@ -142,7 +141,7 @@ TEST_F(MapPick, AnEdgeOfTheWindowIsNotTheGlobe) {
     moveTo({320, 240});
     owner.edge = QRect(map->mapToGlobal(QPoint(630, 0)), QSize(10, 480));
     press({635, 240});
-    QTest::mouseMove(in().surface(), {500, 240});
+    moveTo({500, 240}, Qt::LeftButton);
     release({500, 240});
     settle();
     EXPECT_TRUE(owner.calls.empty());
@@ -184,11 +183,12 @@ TEST_F(MapPick, ARightClickOpensTheDialogOverTheMiddle) {
 }
 
 TEST_F(MapPick, ZeroIsAnEmptyField) {
+    lookAt(kHere, 1e6);
     in().m_cursor_lon() = 0;
     in().m_cursor_lat() = -1.5;
     in().m_cursor_alt() = 12.34;
-    press({3, 3}, Qt::RightButton);
-    release({3, 3}, Qt::RightButton);
+    press({600, 470}, Qt::RightButton);
+    release({600, 470}, Qt::RightButton);
     ASSERT_TRUE(waitFor([&] { return in().m_locate_dlg()->isVisible(); }, kDeadline_ms));
     const auto& ui = in().m_locate_ui();
     EXPECT_EQ(ui.edit_lng->text(), "");

@@ -173,8 +173,10 @@ protected:
             kDeadline_ms))
             << in().frames() << " frames, flight " << in().m_manipulator()->isSettingViewpoint();
     }
-    void moveTo(const QPoint& at) {
-        QTest::mouseMove(in().surface(), at);
+    // Handed over at once, unlike a move of the screen's own pointer.
+    void moveTo(const QPoint& at, Qt::MouseButtons buttons = {}) {
+        QMouseEvent move(QEvent::MouseMove, at, map->mapToGlobal(at), Qt::NoButton, buttons, {});
+        QCoreApplication::sendEvent(in().surface(), &move);
         settle();
     }
     void press(const QPoint& at, Qt::MouseButton button = Qt::LeftButton) {
