@@ -56,10 +56,12 @@ protected:
     void hoverOver(QMapWidget* map, const QPoint& at) {
         const MapAccess to{*map};
         hand.move(map->mapToGlobal(at) + QPoint(7, 7));
-        hand.move(map->mapToGlobal(at));
         const Place expected = placeUnder(kSea, kRange_m, at, map->size());
+        int step = 0;
+        // A surface that is just being made anew sees no pointer: it comes again, a pixel beside.
         ASSERT_TRUE(waitFor(
             [&] {
+                hand.move(map->mapToGlobal(at) + QPoint(++step % 2, 0));
                 return std::fabs(to.m_cursor_lon() - expected.lon) < 0.05 &&
                        std::fabs(to.m_cursor_lat() - expected.lat) < 0.05;
             },
@@ -301,7 +303,7 @@ TEST_F(MapWindow, ControlIsReachedFromTheMapInEveryLanguage) {
     in().m_settings()->ui->cbb_selLang->setCurrentIndex(0);
 }
 
-TEST_F(MapWindow, DISABLED_KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
+TEST_F(MapWindow, KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
     startWithMaps();
     QMapWidget* const map = in().m_map1();
     hoverOver(map, map->rect().center());
@@ -320,25 +322,28 @@ TEST_F(MapWindow, DISABLED_KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
 
     window->showNormal();
     window->setGeometry(300, 100, 1200, 800);
-    // The strip reaches the left edge.
-    QMapWidget* const strip = in().m_map2();
+    // The page reaches the right edge; in its lower part nothing floats over it.
+    const auto right = [&] { return map->mapToGlobal(map->rect().bottomRight()).x(); };
     ASSERT_TRUE(waitFor(
         [&] {
-            return window->geometry() == QRect(300, 100, 1200, 800) && exposed(strip) &&
-                   strip->mapToGlobal(QPoint(0, 0)).x() - 300 < 5;
+            return window->geometry() == QRect(300, 100, 1200, 800) && exposed(map) && right() > 1495 &&
+                   right() < 1500;
         },
         kDeadline_ms))
-        << strip->mapToGlobal(QPoint(0, 0)).x();
+        << right();
     openUdp();
     letTheStartEnd();
     peer.take();
-    const QPoint edge(302, strip->mapToGlobal(strip->rect().center()).y());
-    hand.move(edge + QPoint(30, 0));
+    const QPoint edge(1497, map->mapToGlobal(QPoint(0, map->height() * 3 / 4)).y());
+    int step = 0;
+    EXPECT_TRUE(waitFor([&] {
+        hand.move(edge - QPoint(++step % 2 == 0 ? 0 : 30, 0));
+        return window->cursor().shape() == Qt::SizeHorCursor;
+    }));
     hand.move(edge);
-    EXPECT_TRUE(waitFor([&] { return window->cursor().shape() == Qt::SizeHorCursor; }));
     hand.press();
     ASSERT_TRUE(waitFor([&] { return window->edgeResizing(); }));
-    hand.move(edge + QPoint(40, 0));
+    hand.move(edge - QPoint(40, 0));
     EXPECT_TRUE(waitFor([&] { return window->width() == 1160; }));
     hand.release();
     EXPECT_TRUE(waitFor([&] { return !window->edgeResizing(); }));
