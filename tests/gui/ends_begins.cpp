@@ -2,10 +2,8 @@
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QRadioButton>
-#include <QWindow>
 
 #include "ends_table.h"
-#include "map/qmapwidget.h"
 
 namespace {
 
@@ -62,40 +60,6 @@ QWidget* middleButton(EndsScene& s, const Begin&) {
     QWidget* const w = s.picture(1);
     s.hand.move(s.spot(1) + QPoint(0, ++times % 8 * 20));
     s.hand.press(2);
-    return w;
-}
-
-// The page of the first map; each time elsewhere, as with the middle button.
-QWidget* globe(EndsScene& s) {
-    s.ui().tabWidget->setCurrentWidget(s.ui().widget_map);
-    QMapWidget* const map = s.in().m_map1();
-    const auto drawn = [map] {
-        const auto* surface = map->findChild<QWidget*>();
-        return surface != nullptr && surface->windowHandle() != nullptr &&
-               surface->windowHandle()->isExposed();
-    };
-    return map != nullptr && EndsScene::waitFor(drawn, EndsScene::kAppearMs) ? map : nullptr;
-}
-
-QPoint globeSpot(const QWidget* map) {
-    static int times = 0;
-    return EndsScene::centre(map) + QPoint(0, ++times % 8 * 20 - 80);
-}
-
-QWidget* globeByMouse(EndsScene& s, const Begin&) {
-    QWidget* const w = globe(s);
-    if (w != nullptr) {
-        s.hand.move(globeSpot(w));
-        s.hand.press();
-    }
-    return w;
-}
-
-QWidget* globeByFinger(EndsScene& s, const Begin&) {
-    QWidget* const w = globe(s);
-    if (w != nullptr) {
-        s.hand.fingerDown(1, w->window(), globeSpot(w));
-    }
     return w;
 }
 
@@ -177,7 +141,6 @@ std::vector<Begin> allBegins() {
     all.push_back({"wheel up on picture 1", Begin::kOver, true, true, false, "", wheel<1, true>});
     all.push_back({"wheel down on picture 2", Begin::kOver, true, false, false, "", wheel<2, false>});
     all.push_back({"middle button", Begin::kMouse, false, false, false, "", middleButton});
-    all.push_back({"globe by mouse", Begin::kMouse, false, true, true, "", globeByMouse});
     all.push_back({"choice by mouse", Begin::kOver, false, false, false, "comboBox_4", chooseByMouse});
     all.push_back({"choice by keys", Begin::kOver, false, false, false, "comboBox_4", chooseByKeys});
     all.push_back({"switch by mouse", Begin::kOver, false, false, false, "widget_2", switchByMouse});
@@ -189,6 +152,5 @@ std::vector<Begin> allBegins() {
     all.push_back({"gyro arrow by finger", Begin::kFinger, true, false, true, "pushButton_115",
                    inGyroMode<pressByFinger>});
     all.push_back({"drag on picture 1 by finger", Begin::kFinger, true, true, false, "", dragByFinger});
-    all.push_back({"globe by finger", Begin::kFinger, false, true, true, "", globeByFinger});
     return all;
 }

@@ -15,8 +15,6 @@ namespace {
 bool always(const Begin&) { return true; }
 bool whileHeld(const Begin& b) { return b.held(); }
 bool whileButtonHeld(const Begin& b) { return b.held() && b.on_button; }
-// The window's own globes go with the window alone.
-bool whileNamedButtonHeld(const Begin& b) { return whileButtonHeld(b) && !b.widget.empty(); }
 bool byMouse(const Begin& b) { return b.kind == Begin::kMouse; }
 bool byFinger(const Begin& b) { return b.kind == Begin::kFinger; }
 // The pointer is free for something else.
@@ -269,7 +267,7 @@ std::vector<End> allEnds() {
         {"hidden window", true, true, whileHeld, hideWindow, nullptr},
         {"disabled control", false, true, whileHeld, disable, enable},
         {"hidden control", false, true, whileButtonHeld, hideControl, showControl},
-        {"destroyed control", false, true, whileNamedButtonHeld, destroy, rebuild},
+        {"destroyed control", false, true, whileButtonHeld, destroy, rebuild},
         {"page changed", true, true, whileButtonHeld, changePage, changePage},
         {"control pane closed", false, true, whileButtonHeld, closePane, nullptr},
         {"touch cancelled", true, true, byFinger, cancelTouch, nullptr},

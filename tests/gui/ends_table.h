@@ -19,7 +19,7 @@ struct Begin {
     Kind kind;
     bool moves;      // the pod moves by it; else its command is seen
     bool thorough;   // against every end; else against those that are common
-    bool on_button;  // held on the control pages: a button that `widget` names, or the globe
+    bool on_button;  // of the control pages, `widget` names it
     std::string widget;
     // The widget that was used; null when it could not be.
     std::function<QWidget*(EndsScene&, const Begin&)> start;
