@@ -265,6 +265,11 @@ bool GLWidget::touch(QTouchEvent* event) {
         m_window->endInput();
         return true;
     }
+    // The end of the last touch may have gone elsewhere, to a popup say, and this one has another number.
+    if (event->type() == QEvent::TouchBegin && m_finger) {
+        m_finger.reset();
+        m_window->endInput();
+    }
     for (const QTouchEvent::TouchPoint& finger : event->touchPoints()) {
         const QPointF at = inPixels(finger.pos());
         const auto x = static_cast<float>(at.x());

@@ -261,6 +261,27 @@ TEST_F(WindowTest, OneFingerIsTheLeftButton) {
     EXPECT_NEAR(m_view->recorder->last(GUIEventAdapter::DRAG)->x, 0.5, 0.006);
 }
 
+// A popup takes the end of a touch; the next one has another number.
+TEST_F(WindowTest, ATouchWhoseEndWasLostLeavesTheNextOneItsTurn) {
+    static QTouchDevice* const screen = QTest::createTouchDevice();
+    const auto touch = [this](QEvent::Type type, Qt::TouchPointState state, int id) {
+        QTouchEvent::TouchPoint finger(id);
+        finger.setState(state);
+        finger.setPos({100.0 + id, 75.0});
+        QTouchEvent event(type, screen, Qt::NoModifier, state, {finger});
+        QCoreApplication::sendEvent(m_view->widget(), &event);
+    };
+    m_view->recorder->seen.clear();
+    touch(QEvent::TouchBegin, Qt::TouchPointPressed, 1);
+    ASSERT_TRUE(comes(GUIEventAdapter::PUSH));
+    touch(QEvent::TouchBegin, Qt::TouchPointPressed, 2);
+    ASSERT_TRUE(comes(GUIEventAdapter::PUSH, 2));
+    EXPECT_EQ(m_view->recorder->count(GUIEventAdapter::RELEASE), 1)
+        << "the first press ends before the second";
+    touch(QEvent::TouchEnd, Qt::TouchPointReleased, 2);
+    ASSERT_TRUE(comes(GUIEventAdapter::RELEASE, 2));
+}
+
 // Two of ours and two foreigners, all on this thread.
 TEST_F(WindowTest, OthersDrawBesideIt) {
     PumpedView second(&m_host, kGreen);
