@@ -96,10 +96,12 @@ void QMapWidget::draw_if_asked() {
     }
 }
 
-// A view without a context would open windows of its own.
+// A view without a context would open windows of its own. One that has lost its own draws no more, but what
+// is held on it has to end.
 void QMapWidget::draw() {
     m_urgent = false;
     if (!surface_window()->valid()) {
+        surface_window()->endInput();
         return;
     }
     const std::int64_t begin = now_us();
