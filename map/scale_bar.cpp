@@ -76,7 +76,7 @@ double ScaleBar::update() {
     }
     const sorvane::MeasuringLine line = sorvane::measuringLine(m_width, m_height);
     double distance_m = 0.0;
-    if (!measure(line, &distance_m)) {
+    if (!measure(line, &distance_m) || !(distance_m > 0.0)) {
         return blank();
     }
     m_metres_per_pixel = distance_m / line.length;
