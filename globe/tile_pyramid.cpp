@@ -198,8 +198,8 @@ private:
         }
         tile.size = data->GetRasterXSize();
         const auto texels = static_cast<std::size_t>(tile.size) * static_cast<std::size_t>(tile.size);
-        if (tile.size == data->GetRasterYSize() && tile.size <= 4096) {
-            const int bands = data->GetRasterCount();
+        const int bands = data->GetRasterCount();
+        if (bands >= 1 && tile.size == data->GetRasterYSize() && tile.size <= 4096) {
             const auto load = [&](int band, std::vector<float>& into) {
                 into.resize(texels);
                 return data->GetRasterBand(band)->RasterIO(GF_Read, 0, 0, tile.size, tile.size, into.data(),
