@@ -107,7 +107,7 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     // Reports and fixes before that have nowhere to go.
     stop();
 
-    startWithMaps();
+    ASSERT_NO_FATAL_FAILURE(startWithMaps());
     EXPECT_EQ(ui().tabWidget->currentWidget(), ui().widget_map);
     EXPECT_TRUE(ui().tabWidget->isVisible());
     EXPECT_EQ(in().m_btnCtrlPane()->text(), ">");
@@ -132,7 +132,7 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
         return holder->pos() ==
                ui().widget_6->mapToGlobal(QPoint(ui().widget_6->width() / 2, ui().widget_6->height() - 20));
     };
-    EXPECT_TRUE(waitFor(placed));
+    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
     // The sign is there, and not as the box of a missing one: hidden and shown it looks different.
     const QImage down = toggle->grab().toImage();
 
@@ -147,16 +147,16 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     EXPECT_TRUE(ui().widget_5->isHidden());
     EXPECT_EQ(MapAccess{*in().m_map2()}.m_timer_id(), 0);
     EXPECT_NE(MapAccess{*in().m_map1()}.m_timer_id(), 0);
-    EXPECT_TRUE(waitFor(placed));
+    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
     toggle->click();
     EXPECT_EQ(toggle->text(), "∨");
     EXPECT_TRUE(ui().widget_5->isVisible());
     EXPECT_NE(MapAccess{*in().m_map2()}.m_timer_id(), 0);
-    EXPECT_TRUE(waitFor(placed));
+    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
 }
 
 TEST_F(MapWindow, AHandOnAGlobeSendsThePodThere) {
-    startWithMaps({{"common/send_single", true}});
+    ASSERT_NO_FATAL_FAILURE(startWithMaps({{"common/send_single", true}}));
     openUdp();
     letTheStartEnd();
     for (QMapWidget* map : {in().m_map1(), in().m_map2()}) {
@@ -189,7 +189,7 @@ TEST_F(MapWindow, AHandOnAGlobeSendsThePodThere) {
     EXPECT_NEAR(form.edit_lng->text().toDouble(), kSea.lon, 0.1);
     form.edit_lat->setText("33.75");
     form.edit_alt->setText("12.5");
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, kDeadline_ms));
     peer.take();
     hand.click(form.btn_geo_guid->mapToGlobal(form.btn_geo_guid->rect().center()));
     ASSERT_TRUE(waitFrames(1));
@@ -198,7 +198,7 @@ TEST_F(MapWindow, AHandOnAGlobeSendsThePodThere) {
 }
 
 TEST_F(MapWindow, ReportsAndFixesReachBothMaps) {
-    startWithMaps();
+    ASSERT_NO_FATAL_FAILURE(startWithMaps());
     const auto post = [this](int type, const QByteArray& bytes) {
         void* block = std::malloc(static_cast<std::size_t>(bytes.size()));
         std::memcpy(block, bytes.constData(), static_cast<std::size_t>(bytes.size()));
@@ -229,7 +229,7 @@ TEST_F(MapWindow, ReportsAndFixesReachBothMaps) {
 }
 
 TEST_F(MapWindow, WhatTakesTheHandAwayEndsItsCommand) {
-    startWithMaps({{"common/send_single", false}, {"common/send_period_ms", 20}});
+    ASSERT_NO_FATAL_FAILURE(startWithMaps({{"common/send_single", false}, {"common/send_period_ms", 20}}));
     openUdp();
     QMapWidget* const map = in().m_map1();
     QMapWidget* const strip = in().m_map2();
@@ -278,7 +278,7 @@ TEST_F(MapWindow, WhatTakesTheHandAwayEndsItsCommand) {
 }
 
 TEST_F(MapWindow, ControlIsReachedFromTheMapInEveryLanguage) {
-    startWithMaps();
+    ASSERT_NO_FATAL_FAILURE(startWithMaps());
     ui().tabWidget->setCurrentIndex(0);
     in().m_settings()->ui->cbb_selLang->setCurrentIndex(1);
     auto* tabs = in().m_ctrlSelect()->findChild<QTabWidget*>();
@@ -286,7 +286,7 @@ TEST_F(MapWindow, ControlIsReachedFromTheMapInEveryLanguage) {
     ui().action_map->trigger();
     EXPECT_EQ(ui().tabWidget->currentIndex(), 2);
     EXPECT_EQ(tabs->currentIndex(), 0);
-    ASSERT_TRUE(waitFor([&] { return tabs->isVisible(); }));
+    ASSERT_TRUE(waitFor([&] { return tabs->isVisible(); }, kDeadline_ms));
     QTest::mouseClick(tabs->tabBar(), Qt::LeftButton, {}, tabs->tabBar()->tabRect(0).center());
     EXPECT_EQ(ui().tabWidget->currentIndex(), 0);
     ui().action_map->trigger();
@@ -304,21 +304,21 @@ TEST_F(MapWindow, ControlIsReachedFromTheMapInEveryLanguage) {
 }
 
 TEST_F(MapWindow, KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
-    startWithMaps();
+    ASSERT_NO_FATAL_FAILURE(startWithMaps());
     QMapWidget* const map = in().m_map1();
     hoverOver(map, map->rect().center());
     hand.press();
     hand.release();
-    ASSERT_TRUE(waitFor([&] { return QApplication::focusWidget() == MapAccess{*map}.surface(); }));
+    ASSERT_TRUE(waitFor([&] { return QApplication::focusWidget() == MapAccess{*map}.surface(); }, kDeadline_ms));
     const bool shown = in().m_statPane()->isVisible();
     hand.key("F6");
-    EXPECT_TRUE(waitFor([&] { return in().m_statPane()->isVisible() != shown; }));
+    EXPECT_TRUE(waitFor([&] { return in().m_statPane()->isVisible() != shown; }, kDeadline_ms));
     hand.key("F6");
-    EXPECT_TRUE(waitFor([&] { return in().m_statPane()->isVisible() == shown; }));
+    EXPECT_TRUE(waitFor([&] { return in().m_statPane()->isVisible() == shown; }, kDeadline_ms));
     hand.key("F8");
-    EXPECT_TRUE(waitFor([&] { return window->isFullScreen(); }));
+    EXPECT_TRUE(waitFor([&] { return window->isFullScreen(); }, kDeadline_ms));
     hand.key("Escape");
-    EXPECT_TRUE(waitFor([&] { return !window->isFullScreen() && window->isMaximized(); }));
+    EXPECT_TRUE(waitFor([&] { return !window->isFullScreen() && window->isMaximized(); }, kDeadline_ms));
 
     window->showNormal();
     window->setGeometry(300, 100, 1200, 800);
@@ -336,17 +336,19 @@ TEST_F(MapWindow, KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
     peer.take();
     const QPoint edge(1497, map->mapToGlobal(QPoint(0, map->height() * 3 / 4)).y());
     int step = 0;
-    EXPECT_TRUE(waitFor([&] {
-        hand.move(edge - QPoint(++step % 2 == 0 ? 0 : 30, 0));
-        return window->cursor().shape() == Qt::SizeHorCursor;
-    }));
+    EXPECT_TRUE(waitFor(
+        [&] {
+            hand.move(edge - QPoint(++step % 2 == 0 ? 0 : 30, 0));
+            return window->cursor().shape() == Qt::SizeHorCursor;
+        },
+        kDeadline_ms));
     hand.move(edge);
     hand.press();
-    ASSERT_TRUE(waitFor([&] { return window->edgeResizing(); }));
+    ASSERT_TRUE(waitFor([&] { return window->edgeResizing(); }, kDeadline_ms));
     hand.move(edge - QPoint(40, 0));
-    EXPECT_TRUE(waitFor([&] { return window->width() == 1160; }));
+    EXPECT_TRUE(waitFor([&] { return window->width() == 1160; }, kDeadline_ms));
     hand.release();
-    EXPECT_TRUE(waitFor([&] { return !window->edgeResizing(); }));
+    EXPECT_TRUE(waitFor([&] { return !window->edgeResizing(); }, kDeadline_ms));
     EXPECT_EQ(peer.count(), 0U);
 }
 
