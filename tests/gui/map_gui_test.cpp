@@ -309,7 +309,8 @@ TEST_F(MapWindow, KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
     hoverOver(map, map->rect().center());
     hand.press();
     hand.release();
-    ASSERT_TRUE(waitFor([&] { return QApplication::focusWidget() == MapAccess{*map}.surface(); }, kDeadline_ms));
+    ASSERT_TRUE(
+        waitFor([&] { return QApplication::focusWidget() == MapAccess{*map}.surface(); }, kDeadline_ms));
     const bool shown = in().m_statPane()->isVisible();
     hand.key("F6");
     EXPECT_TRUE(waitFor([&] { return in().m_statPane()->isVisible() != shown; }, kDeadline_ms));
