@@ -70,7 +70,13 @@ osg::ref_ptr<osg::StateSet> makeTerrainState() {
 
 }  // namespace
 
-osg::ref_ptr<MapNode> MapNode::createEmpty() { return new MapNode(new Map); }
+osg::ref_ptr<MapNode> MapNode::createEmpty(const std::string& problem) {
+    EarthModel model;
+    if (!problem.empty()) {
+        model.problems.push_back(problem);
+    }
+    return new MapNode(new Map(std::make_shared<LayerStack>(std::move(model))));
+}
 
 MapNode::MapNode(Map* map)
     : m_map(map), m_engine(new TerrainEngine(map->layers())), m_drape_group(new osg::Group) {

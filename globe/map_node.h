@@ -22,8 +22,8 @@ class TerrainEngine;
 // changed by one thread; made on any.
 class MapNode : public osg::Group {
 public:
-    // The bare ellipsoid with its net of meridians and parallels.
-    static osg::ref_ptr<MapNode> createEmpty();
+    // The bare ellipsoid with its net of meridians and parallels; `problem`, unless empty, says why.
+    static osg::ref_ptr<MapNode> createEmpty(const std::string& problem = {});
     explicit MapNode(Map* map);
 
     // The first one at or below `node`; null if there is none.

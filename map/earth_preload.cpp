@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "globe/initialize.h"
+#include "globe/map_node.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ struct EarthStore {
     std::vector<osg::ref_ptr<osg::Node>> nodes;  // in loading order
     bool unwanted = false;
     bool done = false;
+    bool hangs = false;  // the read came to no end
 };
 
 std::unique_ptr<std::thread> g_earth_thread;
@@ -48,10 +50,23 @@ void readEarth(const std::shared_ptr<EarthStore>& store) {
     store->over.notify_all();
 }
 
-void joinPreload() {
-    if (g_earth_thread != nullptr && g_earth_thread->joinable()) {
-        g_earth_thread->join();
+// False if the read hangs: it is left behind then, and touches nothing that goes away.
+bool joinPreload(std::chrono::milliseconds patience) {
+    if (g_earth_thread == nullptr || !g_earth_thread->joinable()) {
+        return true;
     }
+    std::unique_lock<std::mutex> lock(g_earth_nodes->mutex);
+    const bool over = g_earth_nodes->over.wait_for(lock, patience, [] { return g_earth_nodes->done; });
+    g_earth_nodes->unwanted = !over;
+    lock.unlock();
+    if (over) {
+        g_earth_thread->join();
+    } else {
+        g_earth_thread->detach();
+        g_earth_nodes = std::make_shared<EarthStore>();
+        g_earth_nodes->hangs = true;
+    }
+    return over;
 }
 
 }  // namespace
@@ -62,8 +77,11 @@ void startEarthPreload() {
     g_earth_thread = std::make_unique<std::thread>([store = g_earth_nodes] { readEarth(store); });
 }
 
-osg::ref_ptr<osg::Node> takeEarth() {
-    joinPreload();
+osg::ref_ptr<osg::Node> takeEarth(std::chrono::milliseconds patience) {
+    joinPreload(patience);
+    if (g_earth_nodes != nullptr && g_earth_nodes->hangs) {
+        return globe::MapNode::createEmpty(std::string("the earth file ") + kEarthFile + " cannot be read");
+    }
     const auto next = static_cast<std::size_t>(g_earth_next);
     if (g_earth_nodes == nullptr || next >= g_earth_nodes->nodes.size()) {
         return nullptr;
@@ -76,17 +94,11 @@ void dropEarthPreload() {
     if (g_earth_nodes == nullptr) {
         return;
     }
-    if (g_earth_thread->joinable()) {
-        std::unique_lock<std::mutex> lock(g_earth_nodes->mutex);
+    {
+        const std::lock_guard<std::mutex> lock(g_earth_nodes->mutex);
         g_earth_nodes->unwanted = true;
-        const bool over = g_earth_nodes->over.wait_for(lock, kPatience, [] { return g_earth_nodes->done; });
-        lock.unlock();
-        if (over) {
-            g_earth_thread->join();
-        } else {
-            g_earth_thread->detach();
-        }
     }
+    joinPreload(kPatience);
     g_earth_thread.reset();
     g_earth_nodes.reset();
     g_earth_next = 0;

@@ -1,9 +1,14 @@
 // What a map draws by the reports, the camera's band, scale bar and compass, and that it costs nothing at
 // rest.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QAbstractEventDispatcher>
 #include <QImage>
 #include <QTranslator>
 
+#include "map/earth_preload.h"
 #include "map_scene.h"
 
 namespace {
@@ -309,6 +314,26 @@ TEST_F(MapFiles, MapsHaveScenesOfTheirOwn) {
     // Nobody preloaded a third.
     QMapWidget third(window.get(), owner);
     EXPECT_TRUE(MapAccess{third}.m_map_node().valid());
+}
+
+// Opening a pipe that nobody writes to hangs like a dead file server does.
+TEST_F(MapFiles, AReadThatHangsHoldsNoMap) {
+    QFile::remove(QStringLiteral("earth/XEarth.earth"));
+    ASSERT_EQ(mkfifo("earth/XEarth.earth", 0600), 0);
+    QMapWidget::preload_earth();
+    for (int map_number = 0; map_number < 2; ++map_number) {
+        const osg::ref_ptr<osg::Node> earth = takeEarth(std::chrono::milliseconds(50));
+        globe::MapNode* const bare = globe::MapNode::findMapNode(earth.get());
+        ASSERT_NE(bare, nullptr);
+        ASSERT_EQ(bare->problems().size(), 1U);
+        EXPECT_NE(bare->problems()[0].find("XEarth.earth cannot be read"), std::string::npos);
+    }
+    // Lets the thread go that was left behind.
+    const int writer = ::open("earth/XEarth.earth", O_WRONLY);
+    ASSERT_GE(writer, 0);
+    ::close(writer);
+    QFile::remove(QStringLiteral("earth/XEarth.earth"));
+    QMapWidget::drop_preload();
 }
 
 TEST_F(MapFiles, ClosingDuringThePreloadIsQuick) {
