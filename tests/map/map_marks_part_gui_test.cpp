@@ -7,6 +7,7 @@
 #include <QAbstractEventDispatcher>
 #include <QImage>
 #include <QTranslator>
+#include <QWheelEvent>
 
 #include "map/earth_preload.h"
 #include "map_scene.h"
@@ -187,6 +188,19 @@ TEST_F(MapMarks, TheScaleFollowsTheWheelAndNotThePan) {
     EXPECT_EQ(in().m_scale_bar()->label()->text(), "100 m");
     QTest::keyClick(in().surface(), Qt::Key_F2);
     EXPECT_TRUE(waitFor([&] { return in().m_scale_bar()->label()->text() == "1 km"; }, kDeadline_ms));
+    // A drag leaves it alone, though the map has moved under it; a notch of the wheel measures anew.
+    lookAt({10, 10}, 1000);
+    const unsigned int before = in().frames();
+    QTest::mousePress(in().surface(), Qt::MiddleButton, {}, {320, 240});
+    QTest::mouseMove(in().surface(), {330, 240});
+    QTest::mouseRelease(in().surface(), Qt::MiddleButton, {}, {330, 240});
+    ASSERT_TRUE(waitFor([&] { return in().frames() > before; }, kDeadline_ms));
+    EXPECT_EQ(in().m_scale_bar()->label()->text(), "1 km");
+    QWheelEvent notch(QPointF(320, 240), QPointF(320, 240), {}, {0, 120}, Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(in().surface(), &notch);
+    EXPECT_TRUE(waitFor([&] { return in().m_scale_bar()->label()->text() == "100 m"; }, kDeadline_ms))
+        << in().m_scale_bar()->label()->text();
 }
 
 TEST_F(MapMarks, OverTheSkyTheScaleIsGone) {
