@@ -12,6 +12,7 @@
 
 #include "pod_fixture.h"
 #include "recording_window.h"
+#include "tests/fakes/pick_file.h"
 #include "tests/tavrik/rtsp_server.h"
 #include "video/qmyvideowidget.h"
 #include "video/video_surface.h"
@@ -261,8 +262,7 @@ TEST_F(RecordingFiles, ARecordingPlaysAndGivesItsFileBack) {
     QTimer hand;
     QObject::connect(&hand, &QTimer::timeout, &hand, [&] {
         if (auto* chooser = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
-            chooser->selectFile(path);
-            QMetaObject::invokeMethod(chooser, "accept");
+            pickFile(*chooser, path);
         }
     });
     hand.start(20);

@@ -4,6 +4,7 @@
 
 #include "app/events/stream_callbacks.h"
 #include "recording_fixture.h"
+#include "tests/fakes/pick_file.h"
 #include "video/replay_panel.h"
 #include "widgets/my_message_box.h"
 
@@ -51,9 +52,7 @@ protected:
                     dialog.reject();  // else it would stand for ever
                     return;
                 }
-                chooser->selectFile(path);
-                // Protected there, a slot all the same.
-                QMetaObject::invokeMethod(chooser, "accept");
+                pickFile(*chooser, path);
             },
             [this] { action()->trigger(); });
     }
@@ -90,8 +89,7 @@ TEST_F(Replay, TheChosenFileIsOpenedOnTheFirstPicture) {
             title = chooser.windowTitle();
             folder_shown = chooser.directory().path();
             filters = chooser.nameFilters();
-            chooser.selectFile(path);
-            QMetaObject::invokeMethod(&chooser, "accept");
+            pickFile(chooser, path);
         },
         [this] { action()->trigger(); });
     EXPECT_EQ(title, "选择录像文件");
@@ -126,8 +124,7 @@ TEST_F(Replay, AnOpenFirstChannelRefusesIt) {
     answer(
         [&](QDialog& dialog) {
             if (auto* chooser = qobject_cast<QFileDialog*>(&dialog)) {
-                chooser->selectFile(path);
-                QMetaObject::invokeMethod(chooser, "accept");
+                pickFile(*chooser, path);
             } else if (auto* box = qobject_cast<MyMessageBox*>(&dialog)) {
                 title = box->windowTitle();
                 text = box->findChild<QLabel*>("textLabel")->text();

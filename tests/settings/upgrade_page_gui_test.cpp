@@ -17,6 +17,7 @@
 
 #include "forms/settings_form.h"
 #include "settings/upgrade_page.h"
+#include "tests/fakes/pick_file.h"
 #include "tests/widgets/wait.h"
 #include "widgets/common_dlg.h"
 
@@ -333,8 +334,7 @@ TEST_F(UpgradePageTest, TheChooserShowsFirmwareAndItsResultIsThePath) {
     operate([&](QFileDialog& chooser) {
         title = chooser.windowTitle();
         filters = chooser.nameFilters();
-        chooser.selectFile(chosen);
-        QMetaObject::invokeMethod(&chooser, "accept");
+        pickFile(chooser, chosen);
     });
     EXPECT_EQ(title, "选择综控程序升级文件");
     EXPECT_EQ(filters, QStringList("Firmware (*.bin)"));

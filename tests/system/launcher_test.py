@@ -53,7 +53,7 @@ class Launcher(unittest.TestCase):
 
     def start_station(self, program, cwd):
         """What it says up to its first window."""
-        for name in ("res", "fonts", "translations"):
+        for name in ("res", "fonts", "translations", "earth"):
             (self.run_folder / name).symlink_to(RUN_TREE / name)
         shutil.copy2(RUN_TREE / "sorvane", self.run_folder)
         (self.run_folder / "appCfg.ini").write_text("[common]\nplay_video_on_start=false\n", encoding="utf-8")
