@@ -59,6 +59,7 @@ void showMemory(const VideoSurface& surface, SDL_Surface& pixels, bool told) {
         drawStatistics(over, surface.fps, surface.bitrate);
         SDL_RenderFlush(over);
         SDL_DestroyRenderer(over);
+        PictureTexture::overdrawn(pixels);
     }
     video_output::show(surface.sdl_window);
 }

@@ -158,7 +158,7 @@ bool PictureTexture::draw(SDL_Surface& target, const AVFrame& picture, const sor
     if (!scale(picture, place.width, place.height) || !m_planes->convertTo(target, place.x, place.y)) {
         return false;
     }
-    blackenAround(target, place, width, height);
+    blackenOnce(target, place, width, height);
     return true;
 }
 
@@ -181,9 +181,24 @@ bool PictureTexture::drawAgain(SDL_Surface& target, const sorvane::PictureRect& 
     if (!stretched.convertTo(target, place.x, place.y)) {
         return false;
     }
-    blackenAround(target, place, width, height);
+    blackenOnce(target, place, width, height);
     return true;
 }
+
+// The target stays from picture to picture, and the bars in it. A new one bears no mark, even where it lies
+// at the address of the last.
+void PictureTexture::blackenOnce(SDL_Surface& target, const sorvane::PictureRect& place, int width,
+                                 int height) {
+    const std::array<int, 6> around = {place.x, place.y, place.width, place.height, width, height};
+    if (target.userdata == this && around == m_blackAround) {
+        return;
+    }
+    blackenAround(target, place, width, height);
+    target.userdata = this;
+    m_blackAround = around;
+}
+
+void PictureTexture::overdrawn(SDL_Surface& target) { target.userdata = nullptr; }
 
 bool PictureTexture::scale(const AVFrame& picture, int width, int height) {
     const auto format = static_cast<AVPixelFormat>(picture.format);
@@ -197,8 +212,14 @@ bool PictureTexture::scale(const AVFrame& picture, int width, int height) {
                       picture.linesize, format, width, height);
         return true;
     }
-    m_scaler = sws_getCachedContext(m_scaler, picture.width, picture.height, format, width, height,
-                                    AV_PIX_FMT_YUV420P, 0, nullptr, nullptr, nullptr);
+    // The library's own cache never finds a context made with flags 0: it notes the scaler chosen for them.
+    const std::array<int, 5> between = {picture.width, picture.height, picture.format, width, height};
+    if (m_scaler == nullptr || between != m_scalerBetween) {
+        sws_freeContext(m_scaler);
+        m_scaler = sws_getContext(picture.width, picture.height, format, width, height, AV_PIX_FMT_YUV420P, 0,
+                                  nullptr, nullptr, nullptr);
+        m_scalerBetween = between;
+    }
     if (m_scaler == nullptr) {
         return false;
     }

@@ -64,6 +64,7 @@ public:
         SDL_RenderClear(m_renderer);
         SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, SDL_ALPHA_OPAQUE);
         SDL_RenderFlush(m_renderer);
+        PictureTexture::overdrawn(*m_surface);
     }
     std::vector<std::uint32_t> pixels() const {
         SDL_RenderFlush(m_renderer);
@@ -243,6 +244,39 @@ TEST(PictureTexture, InMemoryItIsWhatTheRendererDraws) {
     }
     SDL_SetYUVConversionMode(SDL_YUV_CONVERSION_AUTOMATIC);
     by_renderer.clear();
+}
+
+TEST(PictureTexture, InMemoryTheBarsAreDrawnWhenTheyChange) {
+    const FramePtr wide = stripes(200, 60, 6);
+    const FramePtr high = stripes(60, 120, 7);
+    Target target;
+    PictureTexture texture;
+    const auto drawn = [&](const FramePtr& frame) {
+        EXPECT_TRUE(texture.draw(target.memory(), *frame, placeOf(*frame), kWidth, kHeight));
+        return target.pixels();
+    };
+    const std::vector<std::uint32_t> whole_wide = drawn(wide);
+    auto* const corner = static_cast<std::uint32_t*>(target.memory().pixels);
+    *corner = 0x123456;
+    EXPECT_EQ(drawn(wide).front(), 0x123456u) << "drawn for every picture";
+    PictureTexture::overdrawn(target.memory());
+    EXPECT_TRUE(drawn(wide) == whole_wide);
+
+    *corner = 0x123456;
+    const std::vector<std::uint32_t> whole_high = drawn(high);
+    EXPECT_EQ(whole_high.front(), kBlack);
+    EXPECT_TRUE(drawn(wide) == whole_wide);
+    EXPECT_TRUE(drawn(high) == whole_high);
+
+    // The same size of picture in a window that has become larger and small again.
+    *corner = 0x123456;
+    EXPECT_TRUE(texture.draw(target.memory(), *high, placeOf(*high), kWidth - 1, kHeight));
+    EXPECT_TRUE(drawn(high) == whole_high);
+
+    // Another window's memory.
+    Target second;
+    EXPECT_TRUE(texture.draw(second.memory(), *high, placeOf(*high), kWidth, kHeight));
+    EXPECT_TRUE(second.pixels() == whole_high);
 }
 
 TEST(PictureTexture, InMemoryWhatReachesBeyondTheTargetIsLeftOut) {
