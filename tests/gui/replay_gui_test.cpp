@@ -345,9 +345,18 @@ TEST_F(Replay, AWindowThatGoesWithoutClosingTakesTheTimerAlong) {
     play();
     const QPointer<QTimer> timer = in().replay_timer();
     ASSERT_FALSE(timer.isNull());
+    const QPointer<QWidget> others[] = {in().m_statusVideo(), in().m_statPane(), in().m_settings(),
+                                        in().m_panePlayCtrl(), in().m_tip1()};
+    int there = 0;
+    QObject::connect(timer, &QObject::destroyed, [&] {
+        for (const QPointer<QWidget>& other : others) {
+            there += other.isNull() ? 0 : 1;
+        }
+    });
     setInstance(nullptr);
     window.reset();
     EXPECT_TRUE(timer.isNull());
+    EXPECT_EQ(there, 5) << "it goes first";
 }
 
 TEST_F(Replay, ItsPicturesAreDrawnAndStayWhileItIsPaused) {
