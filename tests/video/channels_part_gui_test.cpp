@@ -156,7 +156,11 @@ protected:
     void SetUp() override {
         build(0);
         const ChannelActions actions = {[this] { panel->showOpen(playing1, playing2); },
-                                        [this] { ++recordings_ended; }, [this] { ++state_changes; }};
+                                        [this] {
+                                            ++recordings_ended;
+                                            EXPECT_FALSE(recording1 || recording2);
+                                        },
+                                        [this] { ++state_changes; }};
         const FirstChannel beyond = {
             sound, blocks, check_timer, video_alive, hub, [this](void* run, int size, int kind) {
                 runs.push_back(std::to_string(*static_cast<std::uint8_t*>(run)) + " " + std::to_string(size) +
@@ -321,12 +325,17 @@ TEST_F(Channels, SoundIsTurnedAwayBeforeTheStreamCloses) {
     library().at_close = [&] {
         closing = true;
         sound.stop();
-        on_audio(packet, sizeof packet, 48000, 2);
+        // Not yet closed by itself, only by the gate.
+        sound.player()(packet, sizeof packet, 48000, 2);
         EXPECT_EQ(audio_output, nullptr) << "the gate was open while the library waits for its threads";
     };
     first->toggle();
     library().at_close = nullptr;
     EXPECT_TRUE(closing);
+    first->toggle();
+    library().opens.back().on_audio(packet, sizeof packet, 48000, 2);
+    EXPECT_NE(audio_output, nullptr);
+    first->toggle();
     EXPECT_EQ(audio_output, nullptr);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
@@ -357,9 +366,15 @@ TEST_F(Channels, TheBlockTypePullsAndKeepsNoHandle) {
         EXPECT_NE(data, nullptr);
         EXPECT_TRUE(playing1);
     };
+    // What is cached is drawn behind that.
+    cached = true;
+    post(96, 64, win1);
+    deliver();
+    QObject::connect(presenter.get(), &PicturePresenter::pictureCame, [this] { EXPECT_EQ(udp_port, 0); });
     first->toggle();
     library().at_close = nullptr;
     EXPECT_TRUE(closing);
+    EXPECT_EQ(frame_width, 96);
     EXPECT_EQ(library().calls, (Calls{"open 1", "close 1", "pull", "close 1"}));
     EXPECT_EQ(udp_port, 0);
     EXPECT_EQ(data, nullptr);
