@@ -186,6 +186,9 @@ function(sorvane_add_ctests name shards folder)  # then the command
   set(${name}_CTESTS ${ctests} PARENT_SCOPE)
 endfunction()
 
+# Everything with the label unit or net.
+add_custom_target(unit_and_net_tests)
+
 # A GoogleTest executable in a folder of its own:
 #   sorvane_test(name SOURCES a_test.cpp LIBS x LABELS l TIMEOUT s SHARE half COST s SHARDS n)
 # ON_DISPLAY: runs on a display of its own, for what draws without Qt.
@@ -210,6 +213,9 @@ function(sorvane_test name)
   endif()
   if(NOT A_LABELS)
     set(A_LABELS unit)
+  endif()
+  if("unit" IN_LIST A_LABELS OR "net" IN_LIST A_LABELS)
+    add_dependencies(unit_and_net_tests ${name})
   endif()
   set(command ${name})
   if(A_ON_DISPLAY)
