@@ -391,6 +391,7 @@ TEST_F(Recording, TheRawButtonLeavesTheActionAlone) {
     raw()->click();
     EXPECT_TRUE(record()->isChecked());
     EXPECT_FALSE(in().recording1());
+    EXPECT_EQ(status(), "视频1已连接  视频1录制中  ") << "nor does the status bar hear of the end";
 }
 
 TEST_F(Recording, TheRawButtonsTextSurvivesALanguage) {
