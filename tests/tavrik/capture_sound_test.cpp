@@ -381,7 +381,6 @@ TEST(CaptureSound, APacketAsLargeAsTheyComeHoldsNothingUp) {
             }
             ASSERT_TRUE(receiver.waitForFrames(n + 1)) << n;
         }
-        EXPECT_TRUE(!rtsp || receiver.waitFor([&] { return receiver.m_sound.size() >= 65000; }));
         closeInTime(handle);
         EXPECT_EQ(readRecording(path).trouble, "");
         EXPECT_EQ(readRecording(path).sums.size(), 40u);
