@@ -256,6 +256,7 @@ TEST_P(CaptureSoundIn, RtspGoesAlong) {
     ASSERT_TRUE(server.waitForPlay(kPatienceMs));
     const std::string path = m_folder / "a.mp4";
     captureBegin(path.c_str(), handle, 1);
+    const auto start = std::chrono::steady_clock::now();
     for (int n = 0; n < kPictures; ++n) {
         server.sendPicture(m_encoder.encode(n), static_cast<std::uint32_t>(n) * 3600);
         while (m_tone.samples() * 1000 < (n + 1) * std::int64_t{40} * kRate) {
@@ -266,7 +267,7 @@ TEST_P(CaptureSoundIn, RtspGoesAlong) {
                 server.sendSound(frame, static_cast<std::uint32_t>(at));
             }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        std::this_thread::sleep_until(start + std::chrono::milliseconds(40) * (n + 1));
     }
     ASSERT_TRUE(m_receiver.waitForNumber(kPictures - 1));
     closeInTime(handle);
