@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "globe/geodesy.h"
+#include "globe/initialize.h"
 
 namespace globe {
 namespace {
@@ -317,6 +318,7 @@ PyramidLayout webMapLayout(const std::string& tile_template, int max_zoom) {
 }
 
 std::unique_ptr<RasterSource> openPyramid(const PyramidLayout& layout) {
+    registerAllDrivers();
     return std::make_unique<Pyramid>(layout);
 }
 
