@@ -19,7 +19,8 @@ class TerrainEngine;
 
 // The earth with its terrain. World coordinates are earth-centred metres, so nothing above it may move it. It
 // sets the near and far planes of every camera that draws it: what they are set to does not matter. Drawn and
-// changed by one thread; made on any.
+// changed by one thread; made on any. The first frame opens the data sets and waits for the coarsest tiles,
+// 1.5 s at most; then problems() knows what is wrong with them.
 class MapNode : public osg::Group {
 public:
     // The bare ellipsoid with its net of meridians and parallels; `problem`, unless empty, says why.
@@ -52,10 +53,13 @@ protected:
     ~MapNode() override;
 
 private:
+    void loadRoots();
+
     osg::ref_ptr<Map> m_map;
     osg::ref_ptr<Terrain> m_terrain;
     osg::ref_ptr<TerrainEngine> m_engine;
     osg::ref_ptr<osg::Group> m_drape_group;
+    bool m_begun = false;
 };
 
 // The order in which bins are drawn; marks and controls use their own, above.
