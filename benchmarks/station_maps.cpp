@@ -52,7 +52,9 @@ struct MapAccess {
 
 namespace {
 
-constexpr int kPreload_ms = 5000;
+constexpr int kTurn_ms = 5;
+constexpr int kCalm_ms = 1500;
+constexpr double kCalm = 0.05;  // of a core
 constexpr int kPatience_ms = 120000;
 constexpr int kTrackPoints = 100000;
 constexpr int kFix_ms = 20;
@@ -94,8 +96,15 @@ void tellMemory(const std::string& when) {
     tell("own_" + when, own);
 }
 
+// Sleeps until there is something to do, and a few milliseconds at most.
 void turn() {
-    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 5);
+    static QTimer* const metronome = [] {
+        auto* timer = new QTimer(qApp);
+        timer->start(kTurn_ms);
+        return timer;
+    }();
+    Q_UNUSED(metronome)
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
@@ -117,9 +126,25 @@ void runFor(int ms) {
     }
 }
 
+double processMs() {
+    timespec t{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) / 1e6;
+}
+
+// The window has its first pictures and what is read behind them.
+void waitForCalm() {
+    double used = 0.0;
+    do {
+        used = processMs();
+        runFor(kCalm_ms);
+    } while (processMs() - used > kCalm * kCalm_ms);
+}
+
 // Shows both maps; told is when the first picture of each was handed to the screen.
 bool showMaps(const KorvathAccess& in) {
     const double begin = nowMs();
+    const double used = threadMs();
     in.ui().action_map->trigger();
     std::array<double, 2> first{};
     const bool shown = waitFor([&] {
@@ -137,6 +162,7 @@ bool showMaps(const KorvathAccess& in) {
     });
     tell("first_frame_1", first[0]);
     tell("first_frame_2", first[1]);
+    tell("first_frames_thread", threadMs() - used);
     return shown;
 }
 
@@ -324,8 +350,9 @@ void moveForEver(const KorvathAccess& in) {
 }
 
 int run(const std::string& what, const KorvathAccess& in) {
-    // Behind the window's first pictures and the reading of the earth file.
-    runFor(what == "move" ? 0 : kPreload_ms);
+    if (what != "move") {
+        waitForCalm();
+    }
     if (what == "show") {
         tellShow(in);
     } else if (what == "tour") {
