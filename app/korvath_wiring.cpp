@@ -213,6 +213,8 @@ void Korvath::connectWindow() {
     onAction(ui->action_videoWinTB, &Korvath::OnClickedVideoWinTB);
     onAction(ui->action_chartAna, &Korvath::OnActionChartAnaTriggered);
     connect(ui->action_map, &QAction::triggered, m_parts->maps.get(), &MapHosts::show);
+    connect(m_parts->presenter.get(), &PicturePresenter::pictureCame, m_parts->maps.get(),
+            &MapHosts::pictureCame);
     onAction(ui->action_telemetry_info, &Korvath::on_action_telemetry_info);
     connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
     connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);

@@ -109,6 +109,8 @@ void MapHosts::aircraftReported(double lon, double lat, double alt, float headin
     }
 }
 
+void MapHosts::pictureCame(int window_id) { QMapWidget::picture_came(window_id); }
+
 void MapHosts::letGo(const void* but) {
     for (QMapWidget* map : {m_fields.map1, m_fields.map2}) {
         if (map != nullptr && map != but) {

@@ -37,6 +37,8 @@ void QMapWidget::preload_earth() { startEarthPreload(); }
 
 void QMapWidget::drop_preload() { dropEarthPreload(); }
 
+void QMapWidget::picture_came(int window) { pace().pictureCame(window, now_us()); }
+
 QMapWidget::QMapWidget(QWidget* parent, MapOwner& owner)
     : QWidget(parent),
       m_owner(owner),

@@ -45,6 +45,8 @@ public:
     static void preload_earth();
     // The window closes; see map/earth_preload.h.
     static void drop_preload();
+    // A picture has come to the video window of that number: maps do not begin a frame when the next is due.
+    static void picture_came(int window);
 
     // Waits for the preload, then builds the whole scene. The owner outlives it.
     QMapWidget(QWidget* parent, MapOwner& owner);
