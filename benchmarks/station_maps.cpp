@@ -185,6 +185,14 @@ constexpr Place kTour[] = {
     {-43.2, -22.9, 5e4},  {18.4, -34.0, 4e5},   {37.6, 55.75, 2e6},    {-122.4, 37.8, 8e4},
     {103.8, 1.35, 2e5},   {-21.9, 64.1, 1e6},   {77.2, 28.6, 5e3},     {112.44, 33.75, 4.4e7}};
 
+void send(const KorvathAccess& in, const Place& place, double flight_s) {
+    for (QMapWidget* map : in.maps()) {
+        MapAccess{*map}.camera().setViewpoint(
+            globe::Viewpoint("", place.lon, place.lat, 0.0, 0.0, -60.0, place.range_m), flight_s);
+        MapAccess{*map}.viewer().requestRedraw();
+    }
+}
+
 void tellShow(const KorvathAccess& in) {
     tellMemory("before");
     if (!showMaps(in) || !waitAtRest(in)) {
@@ -199,12 +207,17 @@ void tellTour(const KorvathAccess& in) {
     if (!showMaps(in) || !waitAtRest(in)) {
         return;
     }
+    // Without a flight nothing is loaded on the way.
     for (const Place& place : kTour) {
-        for (QMapWidget* map : in.maps()) {
-            MapAccess{*map}.camera().setViewpoint(
-                globe::Viewpoint("", place.lon, place.lat, 0.0, 0.0, -60.0, place.range_m), kFlight_s);
-            MapAccess{*map}.viewer().requestRedraw();
+        const double begin = nowMs();
+        send(in, place, 0.0);
+        if (!waitAtRest(in)) {
+            return;
         }
+        tell("jump", nowMs() - begin);
+    }
+    for (const Place& place : kTour) {
+        send(in, place, kFlight_s);
         waitFor([&] {
             return std::none_of(in.maps().begin(), in.maps().end(), [](QMapWidget* map) {
                 return MapAccess{*map}.camera().isSettingViewpoint();
