@@ -166,9 +166,16 @@ bool showMaps(const KorvathAccess& in) {
     return shown;
 }
 
+bool arrived(const KorvathAccess& in) {
+    const std::array<QMapWidget*, 2> maps = in.maps();
+    return std::none_of(maps.begin(), maps.end(),
+                        [](QMapWidget* map) { return MapAccess{*map}.camera().isSettingViewpoint(); });
+}
+
 bool waitAtRest(const KorvathAccess& in) {
     return waitFor([&] {
-        return std::all_of(in.maps().begin(), in.maps().end(),
+        const std::array<QMapWidget*, 2> maps = in.maps();
+        return std::all_of(maps.begin(), maps.end(),
                            [](QMapWidget* map) { return MapAccess{*map}.atRest(); });
     });
 }
@@ -218,16 +225,12 @@ void tellTour(const KorvathAccess& in) {
     }
     for (const Place& place : kTour) {
         send(in, place, kFlight_s);
-        waitFor([&] {
-            return std::none_of(in.maps().begin(), in.maps().end(), [](QMapWidget* map) {
-                return MapAccess{*map}.camera().isSettingViewpoint();
-            });
-        });
-        const double arrived = nowMs();
+        waitFor([&] { return arrived(in); });
+        const double begin = nowMs();
         if (!waitAtRest(in)) {
             return;
         }
-        tell("settle", nowMs() - arrived);
+        tell("settle", nowMs() - begin);
     }
     tellMemory("tour");
 }
