@@ -25,7 +25,7 @@ void initialize() {
     std::call_once(once, [] {
         setOption("GDAL_HTTP_CONNECTTIMEOUT", "5");
         setOption("GDAL_HTTP_TIMEOUT", "10");
-        setOption("GDAL_CACHEMAX", "48");
+        setOption("GDAL_CACHEMAX", "24");
         // Without the second one the first has no overviews of pictures that are compressed so.
         GDALRegister_GTiff();
         GDALRegister_JPEG();

@@ -13,7 +13,7 @@
 namespace globe {
 namespace {
 
-constexpr std::size_t kCacheBytes = 48u << 20;
+constexpr std::size_t kCacheBytes = 24u << 20;
 constexpr int kFailuresToPause = 3;
 constexpr auto kPause = std::chrono::seconds(30);
 

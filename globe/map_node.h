@@ -40,7 +40,8 @@ public:
     // Whether tiles that the last view asked for are still to come. They ask for frames themselves, by an
     // event in the window's queue.
     bool isLoading() const;
-    // Bytes of tiles kept beyond those in view (96 MiB at first).
+    // Bytes of tiles kept beyond those in view (24 MiB at first: the graphics driver has each texture once
+    // more).
     void setMemoryLimit(std::size_t bytes);
     TerrainEngine* getTerrainEngine() const { return m_engine.get(); }
 
