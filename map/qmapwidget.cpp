@@ -90,18 +90,21 @@ globe::GraphicsWindowQt* QMapWidget::surface_window() const {
 // commands for as long as it took. A button goes ahead of all that: what it means for the pod is found out in
 // a frame.
 void QMapWidget::draw_if_asked() {
+    // A view that has lost its context draws no more, but what is held on it has to end.
+    if (!surface_window()->valid()) {
+        surface_window()->endInput();
+        return;
+    }
     if (m_urgent ||
         (surface_window()->isExposed() && m_viewer->checkNeedToDoFrame() && pace().mayDraw(this, now_us()))) {
         draw();
     }
 }
 
-// A view without a context would open windows of its own. One that has lost its own draws no more, but what
-// is held on it has to end.
+// A view without a context would open windows of its own.
 void QMapWidget::draw() {
     m_urgent = false;
     if (!surface_window()->valid()) {
-        surface_window()->endInput();
         return;
     }
     const std::int64_t begin = now_us();

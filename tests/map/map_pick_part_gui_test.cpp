@@ -136,6 +136,26 @@ TEST_F(MapPick, TheHoldEndsFromOutside) {
     EXPECT_EQ(owner.kinds(), "bse");
 }
 
+TEST_F(MapPick, AContextThatIsLostEndsThePressAndTheGlobe) {
+    lookAt(kHere, 1e6);
+    moveTo({300, 200});
+    press({300, 200});
+    ASSERT_TRUE(waitCalls(2));
+    auto& surface =
+        static_cast<globe::GraphicsWindowQt&>(*in().m_viewer()->getCamera()->getGraphicsContext());
+    surface.closeImplementation();
+    ASSERT_FALSE(surface.valid());
+    ASSERT_TRUE(waitCalls(3)) << "with the hand still there";
+    EXPECT_EQ(owner.kinds(), "bse");
+    EXPECT_FALSE(in().m_left_pressed());
+    release({300, 200});
+    // What the hand does there afterwards goes nowhere, and nothing of it piles up.
+    press({320, 220});
+    release({320, 220});
+    EXPECT_TRUE(waitFor([&] { return surface.getEventQueue()->empty(); }, kDeadline_ms));
+    EXPECT_EQ(owner.kinds(), "bse");
+}
+
 TEST_F(MapPick, AnEdgeOfTheWindowIsNotTheGlobe) {
     lookAt(kHere, 1e6);
     moveTo({320, 240});
