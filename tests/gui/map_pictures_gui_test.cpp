@@ -52,7 +52,7 @@ TEST_F(MapsAndPictures, GoOnBesideEachOther) {
     for (int round = 0; round < 6; ++round) {
         const int first = round % 2;
         const unsigned int before[] = {MapAccess{*maps[0]}.frames(), MapAccess{*maps[1]}.frames()};
-        EXPECT_TRUE(waitFor(
+        ASSERT_TRUE(waitFor(
             [&] {
                 deliver(library().opens[0].on_frame, makeFrame(640, 512, yuv[first], yuv[first]));
                 deliver(library().opens[1].on_frame, makeFrame(640, 512, yuv[1 - first], yuv[1 - first]));
