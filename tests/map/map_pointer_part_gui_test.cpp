@@ -2,8 +2,13 @@
 #include <QPushButton>
 #include <QValidator>
 #include <QtEndian>
+#include <osg/CoordinateSystemNode>
+#include <osg/ShapeDrawable>
 
 #include "app/events/my_event.h"
+#include "globe/control_containers.h"
+#include "map/handler_control.h"
+#include "map/handler_pick.h"
 #include "map/pick_drag.h"
 #include "map_scene.h"
 
@@ -143,6 +148,62 @@ TEST_F(MapPointer, APickedDragIsToldFromItsBeginningToItsEnd) {
     ASSERT_TRUE(waitCalls(6));
     qInstallMessageHandler(before);
     EXPECT_EQ(g_said.count("drag end"), 1);
+}
+
+// What is told to the picker is found under the pointer, and is dragged in place of the map.
+TEST_F(MapPointer, AThingThatIsPickableIsDraggedAndTheMapStays) {
+    osg::Vec3d there;
+    osg::EllipsoidModel().convertLatLongHeightToXYZ(kHere.lat * 3.14159265358979 / 180,
+                                                    kHere.lon * 3.14159265358979 / 180, 0, there.x(),
+                                                    there.y(), there.z());
+    const osg::ref_ptr<osg::Geode> ball = new osg::Geode;
+    ball->addDrawable(new osg::ShapeDrawable(new osg::Sphere(there, 30000)));
+    in().m_root()->addChild(ball);
+    map->set_pickable(ball, 7);
+    const auto focus = [this] { return in().m_manipulator()->getViewpoint().focalPoint()->x(); };
+    const double before = focus();
+    moveTo({320, 240});
+    press({320, 240});
+    ASSERT_TRUE(waitFor([] { return g_pick_drag; }, kDeadline_ms));
+    moveTo({420, 240}, Qt::LeftButton);
+    EXPECT_EQ(focus(), before);
+    release({420, 240});
+    ASSERT_TRUE(waitFor([] { return !g_pick_drag; }, kDeadline_ms));
+    // Beside it the map is what is dragged.
+    moveTo({200, 100});
+    press({200, 100});
+    moveTo({230, 100}, Qt::LeftButton);
+    EXPECT_FALSE(g_pick_drag);
+    EXPECT_NE(focus(), before);
+    release({230, 100});
+    ASSERT_TRUE(waitCalls(6));
+}
+
+TEST(MapHandlers, HandOnWhatTheyAreTold) {
+    g_said.clear();
+    const QtMessageHandler before = qInstallMessageHandler(note);
+    int events = 0;
+    const osg::ref_ptr<handler_pick> pick =
+        new handler_pick([&](const osgGA::GUIEventAdapter&) { return ++events == 2; });
+    osgViewer::Viewer viewer;
+    const osg::ref_ptr<osgGA::GUIEventAdapter> event = new osgGA::GUIEventAdapter;
+    EXPECT_FALSE(pick->accept(*event, viewer));
+    EXPECT_TRUE(pick->accept(*event, viewer));
+    pick->onMiss();
+    EXPECT_FALSE(g_pick_drag);
+    EXPECT_TRUE(g_said.isEmpty());
+    pick->onHit(3);
+    qInstallMessageHandler(before);
+    EXPECT_TRUE(g_pick_drag);
+    EXPECT_EQ(g_said, QStringList{"drag begin"});
+    g_pick_drag = false;
+    std::string clicked;
+    const osg::ref_ptr<handler_control> click =
+        new handler_control([&](const std::string& name) { clicked = name; });
+    const osg::ref_ptr<globe::Frame> control = new globe::Frame;
+    control->setName("locate_target");
+    click->onClick(control);
+    EXPECT_EQ(clicked, "locate_target");
 }
 
 TEST_F(MapPointer, OnLongitudeZeroTheFieldIsEmptyAndCountsAsZero) {
