@@ -104,6 +104,8 @@ MapNode* MapNode::findMapNode(osg::Node* node) {
 
 std::vector<std::string> MapNode::problems() const { return m_map->layers()->problems(); }
 
+std::uint64_t MapNode::problemsRevision() const { return m_map->layers()->problemsRevision(); }
+
 bool MapNode::isLoading() const { return m_engine->isLoading(); }
 
 void MapNode::setMemoryLimit(std::size_t bytes) { m_engine->setMemoryLimit(bytes); }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <osg/Group>
 #include <osg/observer_ptr>
@@ -35,6 +36,8 @@ public:
 
     // One line for each thing that is missing or wrong, ready to be shown; empty if all is well.
     std::vector<std::string> problems() const;
+    // Another number whenever those lines are others.
+    std::uint64_t problemsRevision() const;
 
     // Whether tiles that the last view asked for are still to come. They ask for frames themselves, by an
     // event in the window's queue.
