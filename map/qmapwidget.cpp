@@ -90,6 +90,10 @@ globe::GraphicsWindowQt* QMapWidget::surface_window() const {
 // commands for as long as it took. A button goes ahead of all that: what it means for the pod is found out in
 // a frame.
 void QMapWidget::draw_if_asked() {
+    // They come and go with what the loading threads meet, in this map and in the other.
+    if (m_map_node->problemsRevision() != m_problems_shown) {
+        show_problems();
+    }
     if (m_urgent ||
         (surface_window()->isExposed() && m_viewer->checkNeedToDoFrame() && pace().mayDraw(this, now_us()))) {
         draw();
@@ -106,9 +110,6 @@ void QMapWidget::draw() {
     }
     const std::int64_t begin = now_us();
     m_viewer->frame();
-    if (m_map_node->problems().size() != m_problem_count) {
-        show_problems();
-    }
     pace().drawn(this, begin, now_us());
 }
 

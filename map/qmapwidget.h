@@ -154,6 +154,6 @@ private:
 
     globe::LabelControl* m_problem_label = nullptr;
     std::unique_ptr<GlobeHand> m_hand;
-    std::size_t m_problem_count = 0;  // of those shown
-    bool m_urgent = false;            // a button waits in the view's queue
+    std::uint64_t m_problems_shown = 0;  // their revision
+    bool m_urgent = false;               // a button waits in the view's queue
 };

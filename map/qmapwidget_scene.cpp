@@ -188,8 +188,8 @@ void QMapWidget::add_compass(osgViewer::View* view) {
 void QMapWidget::retranslate() { show_problems(); }
 
 void QMapWidget::show_problems() {
+    m_problems_shown = m_map_node->problemsRevision();
     const std::vector<std::string> problems = m_map_node->problems();
-    m_problem_count = problems.size();
     m_problem_label->setText(problemText(problems).toStdString());
     m_problem_label->setVisible(!problems.empty());
     ask_for_frame();
