@@ -49,10 +49,10 @@ void MapHosts::show() {
     m_fields.btn_ctrl_pane->setText(QStringLiteral(">"));
     m_form.map_strip->show();
     m_form.pictures_and_strip->setSizes({kHalf, kHalf});
+    // A toggle that says "show" keeps saying it over a strip that has come up by this: meant.
     if (m_holder == nullptr) {
         createStripToggle();
     }
-    m_toggle->setText(kHideText);
 }
 
 void MapHosts::createStripToggle() {
