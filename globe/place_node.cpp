@@ -11,6 +11,7 @@
 #include "globe/asset_cache.h"
 #include "globe/horizon.h"
 #include "globe/icon_symbol.h"
+#include "globe/label_font.h"
 #include "globe/mark_state.h"
 #include "globe/text_symbol.h"
 
