@@ -79,6 +79,10 @@ int GraphicsWindowQt::samples() const {
     return m_context != nullptr ? std::max(0, m_context->format().samples()) : 0;
 }
 
+double GraphicsWindowQt::pixelRatio() const {
+    return m_widget != nullptr ? m_widget->devicePixelRatioF() : 1.0;
+}
+
 bool GraphicsWindowQt::isExposed() const {
     if (m_widget == nullptr || !m_widget->isVisible()) {
         return false;
