@@ -10,6 +10,8 @@
 #include <osgViewer/View>
 #include <utility>
 
+#include "globe/control_canvas.h"
+
 namespace globe {
 namespace {
 
@@ -221,6 +223,7 @@ void GraphicsWindowQt::endInput() {
             deliverRelease(button);
         }
     }
+    requestRedraw();
 }
 
 // At once and not through the queue, since no frame may come any more.
@@ -235,6 +238,9 @@ void GraphicsWindowQt::deliverRelease(unsigned button) {
         osg::ref_ptr<osgGA::EventVisitor> visitor = new osgGA::EventVisitor;
         visitor->setActionAdapter(view);
         if (button == GUIEventAdapter::LEFT_MOUSE_BUTTON) {
+            if (ControlCanvas* const canvas = ControlCanvas::get(view)) {
+                canvas->forgetPress();
+            }
             const auto handlers = view->getEventHandlers();
             for (const auto& handler : handlers) {
                 handler->handle(release.get(), nullptr, visitor.get());
