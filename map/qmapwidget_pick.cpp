@@ -4,6 +4,7 @@
 
 #include "app/events/my_event.h"
 #include "globe/graphics_window_qt.h"
+#include "globe/sight.h"
 #include "map/geo_command.h"
 #include "map/globe_hand.h"
 #include "map/locate_dialog.h"
@@ -56,10 +57,11 @@ bool QMapWidget::on_viewer(const GUIEventAdapter& ea) {
     return false;
 }
 
-// Off the globe the last point stays, for the label and for the next press.
+// What is seen counts: over the aircraft it is the aircraft's point. Off the globe the last point stays, for
+// the label and for the next press.
 void QMapWidget::hover(const GUIEventAdapter& ea) {
     osg::Vec3d world;
-    if (!m_map_node->getTerrain()->getWorldCoordsUnderMouse(m_viewer.get(), ea.getX(), ea.getY(), world)) {
+    if (!globe::firstSeen(*m_map_node, m_viewer.get(), ea.getX(), ea.getY(), world)) {
         return;
     }
     const osg::EllipsoidModel figure(6378137.0, 6356752.3142);
