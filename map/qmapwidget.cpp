@@ -3,6 +3,7 @@
 
 #include <QResizeEvent>
 #include <QTimerEvent>
+#include <algorithm>
 #include <chrono>
 #include <limits>
 
@@ -18,6 +19,10 @@ namespace {
 
 constexpr int kFrameMs = 10;
 constexpr double kFieldOfView_deg = 30.0;
+constexpr int kProblemGap = 16;  // beside what the map says of its data
+// Narrower, the scale at its longest would lie on the controls at the left, and goes below them.
+constexpr int kOneRow = 620;
+constexpr float kSecondRow = 44.0F;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 std::int64_t now_us() {
@@ -117,6 +122,7 @@ void QMapWidget::resizeEvent(QResizeEvent* e) {
     globe::GLWidget* surface = surface_window()->getGLWidget();
     const QSize size = e->size();
     surface->setGeometry(0, 0, size.width(), size.height());
+    fit_controls(size.width());
     m_camera->setProjectionMatrixAsPerspective(
         kFieldOfView_deg, static_cast<double>(size.width()) / static_cast<double>(size.height()), 1.0,
         10000.0);
@@ -125,6 +131,11 @@ void QMapWidget::resizeEvent(QResizeEvent* e) {
         surface->show();
     }
     ask_for_frame();
+}
+
+void QMapWidget::fit_controls(int width) {
+    m_problem_label->setMaxWidth(static_cast<float>(std::max(width - kProblemGap, kProblemGap)));
+    m_scale_box->setMargin(globe::Control::SIDE_TOP, width < kOneRow ? kSecondRow : 0.0F);
 }
 
 bool QMapWidget::event(QEvent* e) {

@@ -167,6 +167,7 @@ void QMapWidget::init_picker() {
 void QMapWidget::add_scale_bar(globe::MapNode* map_node, osgViewer::View* view) {
     m_scale_bar = new ScaleBar(map_node, view);
     auto* box = new HBox;
+    m_scale_box = box;
     box->setHorizAlign(Control::ALIGN_CENTER);
     box->setVertAlign(Control::ALIGN_TOP);
     box->setPadding(2.0F);
