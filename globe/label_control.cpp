@@ -13,6 +13,8 @@ namespace {
 // characters and for descenders, whatever the text, so that a label keeps its height.
 constexpr float kAbove = 0.9f;
 constexpr float kBelow = 0.25f;
+// Between two lines, or Chinese ones would touch.
+constexpr float kGap = 0.2f;
 
 }  // namespace
 
@@ -77,6 +79,7 @@ osg::Vec2f LabelControl::contentSize() {
     m_drawn->setFontResolution(points, points);
     m_drawn->setCharacterSize(m_font_size);
     m_drawn->setMaximumWidth(m_max_width);
+    m_drawn->setLineSpacing(kGap);
     m_drawn->setText(m_text, osgText::String::ENCODING_UTF8);
     if (m_text.empty()) {
         return m_extent;
@@ -84,7 +87,7 @@ osg::Vec2f LabelControl::contentSize() {
     const osg::BoundingBox bounds = m_drawn->getBoundingBox();
     const unsigned lines = std::max(1u, m_drawn->getLineCount());
     m_extent.x() = std::ceil(bounds.valid() ? std::max(0.0f, bounds.xMax()) : 0.0f);
-    m_extent.y() = std::ceil((kAbove + kBelow + static_cast<float>(lines - 1)) * m_font_size);
+    m_extent.y() = std::ceil((kAbove + kBelow + (1.0f + kGap) * static_cast<float>(lines - 1)) * m_font_size);
     return m_extent;
 }
 
