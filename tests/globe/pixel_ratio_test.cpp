@@ -115,7 +115,7 @@ TEST_F(FineDisplay, LettersAreAsFineAsTheDisplay) {
 TEST_F(FineDisplay, EdgesLieOnPixels) {
     m_window->ratio = 1.5;
     m_corner->setBackColor(1, 1, 1, 1);
-    m_corner->setMargin(Gutter(0, 0.4f, 0.5f, 0));
+    m_corner->setMargin(Gutter(0, 1.4f, 1.5f, 0));
     send(GUIEventAdapter::FRAME);
     const auto* const geode = dynamic_cast<const osg::Geode*>(m_corner->getChild(0));
     ASSERT_EQ(geode->getNumDrawables(), 1u);
