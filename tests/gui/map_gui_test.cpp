@@ -78,6 +78,16 @@ protected:
             },
             kDeadline_ms);
     }
+    // Over a hidden strip the action brings it up again, and changes nothing else.
+    void expectTheActionToShowTheStrip(QPushButton* toggle) {
+        toggle->click();
+        ui().action_map->trigger();
+        EXPECT_TRUE(ui().widget_5->isVisible());
+        EXPECT_EQ(toggle->text(), "∧");
+        toggle->click();
+        EXPECT_TRUE(ui().widget_5->isHidden());
+        EXPECT_EQ(toggle->text(), "∧");
+    }
     // The pointer comes to the map and is seen there.
     void hoverOver(QMapWidget* map, const QPoint& at) {
         const MapAccess to{*map};
@@ -167,15 +177,7 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     EXPECT_TRUE(ui().widget_5->isVisible());
     EXPECT_NE(MapAccess{*in().m_map2()}.m_timer_id(), 0);
     EXPECT_TRUE(toggleComesToItsPlace(toggle));
-
-    // The action brings the strip up again, and changes nothing else.
-    toggle->click();
-    ui().action_map->trigger();
-    EXPECT_TRUE(ui().widget_5->isVisible());
-    EXPECT_EQ(toggle->text(), "∧");
-    toggle->click();
-    EXPECT_TRUE(ui().widget_5->isHidden());
-    EXPECT_EQ(toggle->text(), "∧");
+    expectTheActionToShowTheStrip(toggle);
 }
 
 // Notes the order in which groups get their children.
