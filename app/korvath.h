@@ -216,6 +216,7 @@ private:
 
     // Which part gets what, which signal reaches which slot: korvath_wiring.cpp.
     void buildParts();
+    void buildMaps();
     void buildConfiguredParts();
     void buildRecording();
     void buildPulse();

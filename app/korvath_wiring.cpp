@@ -49,6 +49,18 @@ void Korvath::buildParts() {
         PaneFields{m_statPane, m_stateTab, m_ctrlPane, m_ctrlSelect, m_btnStatPane, m_btnCtrlPane,
                    m_panePlayCtrl, m_paneTimer, m_replayState},
         [this] { return m_settings->languageIndex(); });
+    buildMaps();
+    p.presenter = std::make_unique<PicturePresenter>(
+        *this, PictureFields{m_videoAlive, frame_width, frame_height, frame_cache, m_frameTimer, m_showFps},
+        [this] { return devicePixelRatioF(); },
+        [this]() -> const MyAppConfig* { return m_settings != nullptr ? m_settings->m_config : nullptr; });
+    p.sound = std::make_unique<ChannelSound>(SoundFields{audio_output, audio_device});
+    p.blocks = std::make_unique<BlockStream>(
+        udp_port_id, sorvane::BlockBufferFields{m_recv_buf_udp, recv_capacity, recv_size, recv_mutex});
+}
+
+void Korvath::buildMaps() {
+    Parts& p = *m_parts;
     p.maps = std::make_unique<MapHosts>(p.form, MapFields{m_map1, m_map2, m_btnCtrlPane}, *this);
     p.commands->let_go_more = [&p](const void* but) { p.maps->letGo(but); };
     connect(p.intake.get(), &Intake::recordTaken, this, [this] {
@@ -59,13 +71,6 @@ void Korvath::buildParts() {
         m_parts->maps->aircraftReported(fix.longitude_deg, fix.latitude_deg, fix.altitude_m,
                                         static_cast<float>(fix.heading_deg));
     });
-    p.presenter = std::make_unique<PicturePresenter>(
-        *this, PictureFields{m_videoAlive, frame_width, frame_height, frame_cache, m_frameTimer, m_showFps},
-        [this] { return devicePixelRatioF(); },
-        [this]() -> const MyAppConfig* { return m_settings != nullptr ? m_settings->m_config : nullptr; });
-    p.sound = std::make_unique<ChannelSound>(SoundFields{audio_output, audio_device});
-    p.blocks = std::make_unique<BlockStream>(
-        udp_port_id, sorvane::BlockBufferFields{m_recv_buf_udp, recv_capacity, recv_size, recv_mutex});
 }
 
 // Parts that need the configuration and the dialogs.
@@ -213,6 +218,8 @@ void Korvath::connectWindow() {
     onAction(ui->action_videoWinTB, &Korvath::OnClickedVideoWinTB);
     onAction(ui->action_chartAna, &Korvath::OnActionChartAnaTriggered);
     connect(ui->action_map, &QAction::triggered, m_parts->maps.get(), &MapHosts::show);
+    connect(m_parts->presenter.get(), &PicturePresenter::pictureCame, m_parts->maps.get(),
+            &MapHosts::pictureCame);
     onAction(ui->action_telemetry_info, &Korvath::on_action_telemetry_info);
     connect(ui->action_sei, &QAction::triggered, m_seiDlg, &QWidget::show);
     connect(ui->m_btnPagePrev, &QPushButton::clicked, this, &Korvath::OnButtonPagePrevClicked);

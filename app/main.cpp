@@ -43,12 +43,6 @@ int run() {
 
 }  // namespace
 
-#ifdef SORVANE_SANITIZED
-// A library that stays loaded is seen to hold what it keeps; unloaded, that would be reported as a leak
-// without a name.
-extern "C" int dlclose(void* /*handle*/) { return 0; }
-#endif
-
 int main(int argc, char* argv[]) {
     setAttributes();
     QApplication::setFont(applicationFont());

@@ -5,7 +5,6 @@
 #include <osg/Image>
 #include <osg/Notify>
 #include <osg/Texture2D>
-#include <osgDB/FileUtils>
 #include <osgDB/ReadFile>
 
 #include "globe/mark_state.h"
@@ -18,7 +17,6 @@ struct Cache {
     std::mutex mutex;
     std::map<std::string, icon_picture> icons;
     std::map<std::string, osg::ref_ptr<osg::Node>> models;
-    std::map<std::string, osg::ref_ptr<osgText::Font>> fonts;
 };
 
 // Never freed: scenes that are still alive at the end of the process use what is in it, and so does the scene
@@ -48,20 +46,6 @@ icon_picture readIcon(const std::string& path) {
     return icon;
 }
 
-osg::ref_ptr<osgText::Font> readLabelFont() {
-    for (const char* path : {"./fonts/msyh.ttc", "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc",
-                             "/usr/share/fonts/truetype/wqy/wqy-microhei.ttc",
-                             "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"}) {
-        // For a missing file the text library may take any face that the system has.
-        osg::ref_ptr<osgText::Font> font = osgDB::fileExists(path) ? osgText::readRefFontFile(path) : nullptr;
-        if (font) {
-            return font;
-        }
-    }
-    OSG_WARN << "globe: no typeface for labels" << std::endl;
-    return nullptr;
-}
-
 // The one of that name, read by `read` the first time.
 template <typename T, typename Read>
 T once(std::map<std::string, T>& known, const std::string& path, Read read) {
@@ -83,13 +67,6 @@ osg::ref_ptr<osg::Node> cachedModel(const std::string& path) {
             OSG_WARN << "globe: no model in " << path << std::endl;
         }
         return model;
-    });
-}
-
-osg::ref_ptr<osgText::Font> labelFont(const std::string& path) {
-    return once(cache().fonts, path, [&] {
-        osg::ref_ptr<osgText::Font> font = path.empty() ? nullptr : osgText::readRefFontFile(path);
-        return font ? font : readLabelFont();
     });
 }
 

@@ -1,10 +1,9 @@
-// Pictures, models and typefaces of marks, read once in a process.
+// Pictures and models of marks, read once in a process.
 #pragma once
 
 #include <osg/Node>
 #include <osg/StateSet>
 #include <osg/ref_ptr>
-#include <osgText/Font>
 #include <string>
 
 namespace globe {
@@ -23,10 +22,5 @@ struct icon_picture {
 icon_picture cachedIcon(const std::string& path);
 // Shared: to be changed by nobody.
 osg::ref_ptr<osg::Node> cachedModel(const std::string& path);
-
-// The face in this file, or, for an empty name, the first of: the program's own "./fonts/msyh.ttc", Chinese
-// faces of the system, the system's plain face. Null where there is none at all: the text library then takes
-// its own.
-osg::ref_ptr<osgText::Font> labelFont(const std::string& path);
 
 }  // namespace globe

@@ -1,6 +1,5 @@
 #include "globe/check_box_control.h"
 
-#include <cmath>
 #include <osg/Geode>
 #include <osg/Geometry>
 
@@ -34,9 +33,9 @@ osg::Vec2f CheckBoxControl::contentSize() {
 }
 
 void CheckBoxControl::drawContent(osg::Geode& geode, const ControlRect& content, float canvas_height) {
-    const float left = std::floor(content.x + 0.5f);
+    const float left = snapped(content.x);
     const float right = left + content.width;
-    const float top = canvas_height - std::floor(content.y + 0.5f);
+    const float top = canvas_height - snapped(content.y);
     const float bottom = top - content.height;
     const osg::Vec4f& color = foreColor();
     // Dark inside, so that it is seen over bright ground too.

@@ -5,7 +5,7 @@
 
 namespace globe {
 
-// 16 by 16 pixels unless setSize() says otherwise. A click turns it over and tells its handlers.
+// 16 by 16 units unless setSize() says otherwise. A click turns it over and tells its handlers.
 class CheckBoxControl : public Control {
 public:
     explicit CheckBoxControl(bool checked = false) : m_checked(checked) {}

@@ -27,8 +27,6 @@ void setSide(Gutter* gutter, Control::Side side, float width) {
     }
 }
 
-float snapped(float pixels) { return std::floor(pixels + 0.5f); }
-
 }  // namespace
 
 osg::ref_ptr<osg::Geometry> makeQuad(float left, float bottom, float right, float top,
@@ -62,6 +60,15 @@ void Control::dirty() {
         node = node->getNumParents() > 0 ? node->getParent(0) : nullptr;
     }
 }
+
+void Control::setPixelRatio(float ratio) {
+    if (m_pixel_ratio != ratio) {
+        m_pixel_ratio = ratio;
+        dirty();
+    }
+}
+
+float Control::snapped(float units) const { return std::floor(units * m_pixel_ratio + 0.5f) / m_pixel_ratio; }
 
 void Control::setPosition(float x, float y) {
     m_position.set(x, y);

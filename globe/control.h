@@ -1,4 +1,4 @@
-// What stands over the scene, laid out in pixels: the base of labels, pictures, boxes.
+// What stands over the scene, laid out in units of the canvas: the base of labels, pictures, boxes.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,7 @@ namespace globe {
 class Control;
 class ControlCanvas;
 
-// Widths of the four edges of a box, in pixels.
+// Widths of the four edges of a box, in units of the canvas.
 struct Gutter {
     Gutter() = default;
     explicit Gutter(float all) : top(all), right(all), bottom(all), left(all) {}
@@ -54,8 +54,9 @@ public:
 };
 
 // A box: its content, around it the padding, which has the back colour and the border at its rim, and outside
-// the margin. Sizes and positions are pixels. A change is shown by the next frame, which it asks for; what
-// does not change costs nothing. For the thread that draws.
+// the margin. Sizes and positions are in units of the canvas (pixels, but on displays with finer ones). A
+// change is shown by the next frame, which it asks for; what does not change costs nothing. For the thread
+// that draws.
 class Control : public osg::Group {
 public:
     enum Alignment { ALIGN_NONE, ALIGN_LEFT, ALIGN_CENTER, ALIGN_RIGHT, ALIGN_TOP, ALIGN_BOTTOM };
@@ -128,6 +129,8 @@ public:
 
     // What hangs on this one's look or size has to be done again.
     void dirty();
+    // Pixels of the display a unit, from the canvas.
+    virtual void setPixelRatio(float ratio);
 
 protected:
     ~Control() override;
@@ -140,6 +143,9 @@ protected:
 
     const std::vector<osg::ref_ptr<ControlEventHandler>>& handlers() const { return m_handlers; }
     ControlRect contentRect() const;
+    float pixelRatio() const { return m_pixel_ratio; }
+    // The nearest boundary of the display's pixels.
+    float snapped(float units) const;
 
 private:
     float placed(Alignment align, float start, float room, float before, float after, float size,
@@ -166,10 +172,11 @@ private:
     ControlRect m_rect;
     ControlRect m_drawn_rect;
     float m_drawn_height = -1.0f;
+    float m_pixel_ratio = 1.0f;
     bool m_changed = true;  // since it was drawn
 };
 
-// A rectangle of one colour, corners in the scene's pixels (y upwards).
+// A rectangle of one colour, corners in units of the canvas (y upwards).
 osg::ref_ptr<osg::Geometry> makeQuad(float left, float bottom, float right, float top,
                                      const osg::Vec4f& color);
 

@@ -3,6 +3,8 @@
 #include <osg/observer_ptr>
 #include <osgGA/GUIEventHandler>
 
+#include "globe/pixel_ratio.h"
+
 namespace globe {
 namespace {
 
@@ -130,6 +132,9 @@ void ControlCanvas::layout(float width, float height) {
     if (!m_dirty && width == m_width && height == m_height) {
         return;
     }
+    for (Control* const control : controls()) {
+        control->setPixelRatio(m_pixel_ratio);
+    }
     m_dirty = false;
     m_width = width;
     m_height = height;
@@ -158,9 +163,14 @@ void ControlCanvas::followView() {
 }
 
 void ControlCanvas::layoutForView() {
-    if (getViewport() != nullptr) {
-        layout(static_cast<float>(getViewport()->width()), static_cast<float>(getViewport()->height()));
+    if (getViewport() == nullptr) {
+        return;
     }
+    const auto ratio = static_cast<float>(pixelRatioOf(getGraphicsContext()));
+    m_dirty = m_dirty || ratio != m_pixel_ratio;
+    m_pixel_ratio = ratio;
+    layout(static_cast<float>(getViewport()->width()) / ratio,
+           static_cast<float>(getViewport()->height()) / ratio);
 }
 
 Control* ControlCanvas::controlUnder(const GUIEventAdapter& event) const {

@@ -8,10 +8,11 @@
 
 namespace globe {
 
-// One a view, drawn after its scene. It sees the view's events before all handlers that were there when it
-// was made or come later at the back: what is pressed on an absorbing control, and the drag and release that
-// follow, is told to nobody else; what was pressed beside the controls is, wherever it ends. The wheel and
-// movements without a button pass. Single-threaded viewers only.
+// One a view, drawn after its scene. Its unit is the program's unit of length: a pixel, unless the view's
+// window has finer ones (globe/pixel_ratio.h). It sees the view's events before all handlers that were there
+// when it was made or come later at the back: what is pressed on an absorbing control, and the drag and
+// release that follow, is told to nobody else; what was pressed beside the controls is, wherever it ends. The
+// wheel and movements without a button pass. Single-threaded viewers only.
 class ControlCanvas : public osg::Camera {
 public:
     // Made at the first call. Null without a view.
@@ -32,7 +33,7 @@ public:
 
     // The topmost one at a point from the top left, as of the last layout.
     Control* controlAt(float x, float y) const;
-    // Lays out what has changed, for a canvas of this size in pixels; nothing if neither has.
+    // Lays out what has changed, for a canvas of this size in units; nothing if neither has.
     void layout(float width, float height);
     // Layouts so far.
     unsigned layouts() const { return m_layouts; }
@@ -41,6 +42,8 @@ public:
 
     // The view's events; true for those that shall go no further.
     bool handle(const osgGA::GUIEventAdapter& event);
+    // What is pressed is let go without a click.
+    void forgetPress() { m_pressed = nullptr; }
 
 protected:
     ~ControlCanvas() override;
@@ -56,6 +59,7 @@ private:
     osg::ref_ptr<osg::Group> m_sheet;  // the controls
     float m_width = 0.0f;
     float m_height = 0.0f;
+    float m_pixel_ratio = 1.0f;
     bool m_dirty = true;
     unsigned m_layouts = 0;
     osg::ref_ptr<Control> m_pressed;  // by the left button

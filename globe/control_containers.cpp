@@ -64,6 +64,13 @@ void Container::draw(float canvas_height) {
     }
 }
 
+void Container::setPixelRatio(float ratio) {
+    Control::setPixelRatio(ratio);
+    for (Control* const control : controls()) {
+        control->setPixelRatio(ratio);
+    }
+}
+
 void Container::arrangeChild(Control* child, const ControlRect& area) const {
     const Alignment horiz = child->horizAlign();
     const Alignment vert = child->vertAlign();

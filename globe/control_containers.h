@@ -24,6 +24,7 @@ public:
 
     Control* controlAt(float x, float y) override;
     void draw(float canvas_height) override;
+    void setPixelRatio(float ratio) override;
 
 protected:
     ~Container() override;

@@ -9,7 +9,9 @@ namespace globe {
 
 namespace {
 
-constexpr double kSideStep_m = 50000.0;
+// A wall stands over the great circle between its ends, whatever their distance; other ways bend beside it.
+constexpr double kArcStep_m = 300000.0;
+constexpr double kBentStep_m = 50000.0;
 constexpr double kRingStep_rad = 0.05;
 constexpr double kRepeated_m = 1e-3;
 // Height over length of what counts as a line.
@@ -175,9 +177,10 @@ drape_volume makeDrapeVolume(const std::vector<Geodetic>& ring, GeoInterpolation
     if (places.size() < 3 || isLine(places)) {
         return {};
     }
+    const double step_m = sides == GEOINTERP_GREAT_CIRCLE ? kArcStep_m : kBentStep_m;
     std::vector<Geodetic> outline = {places.front()};
     for (std::size_t i = 0; i < places.size(); ++i) {
-        appendWay(places[i], places[(i + 1) % places.size()], kSideStep_m, sides, outline);
+        appendWay(places[i], places[(i + 1) % places.size()], step_m, sides, outline);
     }
     outline.pop_back();
     std::vector<Xyz> normals;

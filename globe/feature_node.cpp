@@ -13,6 +13,10 @@ namespace globe {
 
 namespace {
 
+// Of one piece, so that a fix that jumps to and fro cannot make thousands of points each time. Halfway round
+// the earth the line then runs 120 m too low between two of them.
+constexpr int kMostSteps = 256;
+
 osg::Vec3d toWorld(const Geodetic& place) {
     const Xyz at = geodeticToGeocentric(place);
     return {at.x, at.y, at.z};
@@ -75,7 +79,7 @@ void FeatureNode::appendToLine(const Geodetic& place) {
         m_line->append(toWorld(place));
     } else {
         std::vector<Geodetic> way;
-        appendWay(m_last, place, std::max(m_options.maxStep(), 1.0), m_feature->geoInterp(), way);
+        appendWay(m_last, place, std::max(m_options.maxStep(), 1.0), m_feature->geoInterp(), way, kMostSteps);
         for (const Geodetic& step : way) {
             m_line->append(toWorld(step));
         }

@@ -11,6 +11,8 @@
 #include <numeric>
 #include <vector>
 
+#include "globe/initialize.h"
+
 namespace globe {
 namespace {
 
@@ -313,6 +315,8 @@ bool liesInWgs84(GDALDataset& data) {
 }
 
 Dataset warp(GDALDataset& source, RasterUse use) {
+    // One of them describes what is warped.
+    registerAllDrivers();
     std::vector<const char*> words = {"-of", "VRT", "-t_srs", "EPSG:4326", "-r", "bilinear"};
     if (use == RasterUse::kHeights) {
         words.insert(words.end(), {"-ot", "Float32", "-dstnodata", "-32768"});
@@ -337,6 +341,11 @@ std::string lastError(const char* otherwise) {
 std::unique_ptr<RasterSource> openGdalRaster(const std::string& url, RasterUse use, std::string* error) {
     CPLErrorReset();
     Dataset source(GDALDataset::Open(url.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
+    if (!source) {
+        registerAllDrivers();
+        CPLErrorReset();
+        source.reset(GDALDataset::Open(url.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
+    }
     if (!source) {
         *error = lastError("no driver knows it");
         return nullptr;

@@ -7,7 +7,6 @@ namespace globe {
 
 namespace {
 
-constexpr int kMostSteps = 4096;
 constexpr double kPoleLatitude = 90.0 - 1e-9;
 constexpr double kSameLatitude_rad = 1e-10;
 
@@ -54,12 +53,12 @@ Geodetic interpolateWay(const Geodetic& a, const Geodetic& b, double t, GeoInter
 }
 
 void appendWay(const Geodetic& a, const Geodetic& b, double step_m, GeoInterpolation how,
-               std::vector<Geodetic>& out) {
+               std::vector<Geodetic>& out, int most) {
     const bool meridian = std::fabs(a.lat) > kPoleLatitude || std::fabs(b.lat) > kPoleLatitude;
     const double length = how == GEOINTERP_RHUMB_LINE && !meridian
                               ? rhumbDistance(radians(a), radians(b))
                               : greatCircleDistance(radians(a), radians(b));
-    const int steps = static_cast<int>(std::min(std::ceil(length / step_m), double(kMostSteps)));
+    const int steps = static_cast<int>(std::min(std::ceil(length / step_m), double(most)));
     for (int i = 1; i < steps; ++i) {
         out.push_back(interpolateWay(a, b, static_cast<double>(i) / steps, how));
     }

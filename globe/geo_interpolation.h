@@ -19,9 +19,9 @@ enum GeoInterpolation {
 // rhumb line from or to a pole is a meridian, that of its other end.
 Geodetic interpolateWay(const Geodetic& a, const Geodetic& b, double t, GeoInterpolation how);
 
-// Appends the places after `a`, up to and including `b`, no further apart than `step_m`, but 4096 at most.
+// Appends the places after `a`, up to and including `b`, no further apart than `step_m`, but `most` at most.
 void appendWay(const Geodetic& a, const Geodetic& b, double step_m, GeoInterpolation how,
-               std::vector<Geodetic>& out);
+               std::vector<Geodetic>& out, int most = 4096);
 
 // The end of the geodesic of this length (at most half around the earth) that starts at this course,
 // clockwise from north; to a millimetre. After T. Vincenty, Survey Review XXIII (1975). Keeps the altitude.

@@ -11,7 +11,7 @@ public:
     // Reads "max_step" (metres).
     explicit GeometryCompilerOptions(const Config& config) { config.get("max_step", m_max_step_m); }
 
-    // The longest straight piece of a line between two points far apart.
+    // The longest straight piece of a line between two points far apart, unless it took more than 256.
     double& maxStep() { return m_max_step_m; }
     double maxStep() const { return m_max_step_m; }
 

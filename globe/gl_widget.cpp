@@ -6,6 +6,7 @@
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "globe/graphics_window_qt.h"
 
@@ -66,6 +67,28 @@ int keyOf(const QKeyEvent& event) {
         return GUIEventAdapter::KEY_A + (event.key() - Qt::Key_A);
     }
     return event.text().isEmpty() ? event.key() : event.text().at(0).unicode();
+}
+
+// A place that the pointer has passed by the time of the frame is worth no work: the way there has the same
+// end.
+void dropPassedMove(osgGA::EventQueue& queue) {
+    const auto& now = *queue.getCurrentEventState();
+    osgGA::EventQueue::Events waiting;
+    queue.takeEvents(waiting);
+    for (auto at = waiting.rbegin(); at != waiting.rend(); ++at) {
+        const GUIEventAdapter* const event = (*at)->asGUIEventAdapter();
+        if (event == nullptr || event->getEventType() == GUIEventAdapter::USER) {
+            continue;
+        }
+        const bool moves =
+            event->getEventType() == GUIEventAdapter::MOVE || event->getEventType() == GUIEventAdapter::DRAG;
+        if (moves && event->getButtonMask() == now.getButtonMask() &&
+            event->getModKeyMask() == now.getModKeyMask()) {
+            waiting.erase(std::next(at).base());
+        }
+        break;
+    }
+    queue.appendEvents(waiting);
 }
 
 // What the view moves by must not move the pages around it too.
@@ -167,6 +190,13 @@ void GLWidget::takeSize() {
     }
 }
 
+// In pixels.
+void GLWidget::moveTo(const QPointF& at) {
+    osgGA::EventQueue& queue = *m_window->getEventQueue();
+    dropPassedMove(queue);
+    queue.mouseMotion(static_cast<float>(at.x()), static_cast<float>(at.y()));
+}
+
 void GLWidget::takeModifiers(Qt::KeyboardModifiers modifiers) {
     unsigned mask = 0;
     mask |= (modifiers & Qt::ShiftModifier) != 0 ? GUIEventAdapter::MODKEY_SHIFT : 0;
@@ -220,18 +250,17 @@ void GLWidget::mouseMoveEvent(QMouseEvent* event) {
     }
     osgGA::EventQueue& queue = *m_window->getEventQueue();
     const QPointF at = inPixels(event->localPos());
-    const auto x = static_cast<float>(at.x());
-    const auto y = static_cast<float>(at.y());
     if (!m_finger) {
         // Another program may have taken a release.
         for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton}) {
             const unsigned held = static_cast<unsigned>(queue.getCurrentEventState()->getButtonMask());
             if ((held & maskOf(button)) != 0 && (event->buttons() & button) == 0) {
-                queue.mouseButtonRelease(x, y, numberOf(button));
+                queue.mouseButtonRelease(static_cast<float>(at.x()), static_cast<float>(at.y()),
+                                         numberOf(button));
             }
         }
     }
-    queue.mouseMotion(x, y);
+    moveTo(at);
 }
 
 void GLWidget::wheelEvent(QWheelEvent* event) {
@@ -276,12 +305,12 @@ bool GLWidget::touch(QTouchEvent* event) {
         const auto y = static_cast<float>(at.y());
         if (finger.state() == Qt::TouchPointPressed && !m_finger) {
             m_finger = finger.id();
-            queue.mouseMotion(x, y);
+            moveTo(at);
             queue.mouseButtonPress(x, y, 1);
         } else if (m_finger != finger.id()) {
             continue;
         } else if (finger.state() == Qt::TouchPointMoved) {
-            queue.mouseMotion(x, y);
+            moveTo(at);
         } else if (finger.state() == Qt::TouchPointReleased) {
             m_finger.reset();
             if ((queue.getCurrentEventState()->getButtonMask() & GUIEventAdapter::LEFT_MOUSE_BUTTON) != 0) {

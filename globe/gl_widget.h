@@ -12,8 +12,8 @@ namespace globe {
 class GraphicsWindowQt;
 
 // The native widget that shows what its graphics window draws, and hands it the mouse, the wheel, the
-// keyboard and one finger (as the left button), in device pixels from the top left. Nobody else may paint on
-// it; child widgets would be opaque.
+// keyboard and one finger (as the left button), in device pixels from the top left. Of the movements that
+// wait for a frame only the last one is kept. Nobody else may paint on it; child widgets would be opaque.
 class GLWidget : public QWidget {
 public:
     ~GLWidget() override;
@@ -44,6 +44,7 @@ private:
     QWindow* surface();
     bool touch(QTouchEvent* event);
     void takeSize();
+    void moveTo(const QPointF& at);
     void takeModifiers(Qt::KeyboardModifiers modifiers);
     QPointF inPixels(const QPointF& point) const { return point * devicePixelRatioF(); }
 

@@ -10,6 +10,8 @@
 #include <osgViewer/View>
 #include <utility>
 
+#include "globe/control_canvas.h"
+
 namespace globe {
 namespace {
 
@@ -77,6 +79,10 @@ void GraphicsWindowQt::makeContext() {
 
 int GraphicsWindowQt::samples() const {
     return m_context != nullptr ? std::max(0, m_context->format().samples()) : 0;
+}
+
+double GraphicsWindowQt::pixelRatio() const {
+    return m_widget != nullptr ? m_widget->devicePixelRatioF() : 1.0;
 }
 
 bool GraphicsWindowQt::isExposed() const {
@@ -217,6 +223,7 @@ void GraphicsWindowQt::endInput() {
             deliverRelease(button);
         }
     }
+    requestRedraw();
 }
 
 // At once and not through the queue, since no frame may come any more.
@@ -231,6 +238,9 @@ void GraphicsWindowQt::deliverRelease(unsigned button) {
         osg::ref_ptr<osgGA::EventVisitor> visitor = new osgGA::EventVisitor;
         visitor->setActionAdapter(view);
         if (button == GUIEventAdapter::LEFT_MOUSE_BUTTON) {
+            if (ControlCanvas* const canvas = ControlCanvas::get(view)) {
+                canvas->forgetPress();
+            }
             const auto handlers = view->getEventHandlers();
             for (const auto& handler : handlers) {
                 handler->handle(release.get(), nullptr, visitor.get());

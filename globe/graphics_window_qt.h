@@ -6,6 +6,7 @@
 #include <osgViewer/GraphicsWindow>
 
 #include "globe/gl_widget.h"
+#include "globe/pixel_ratio.h"
 
 class QOffscreenSurface;
 class QOpenGLContext;
@@ -16,7 +17,7 @@ namespace globe {
 // driver offers. A frame that is drawn while the widget is not exposed goes nowhere; after each frame no
 // context is current. GUI thread. The widget lives as long as its parent; without one, as long as this
 // window.
-class GraphicsWindowQt : public osgViewer::GraphicsWindow {
+class GraphicsWindowQt : public osgViewer::GraphicsWindow, public PixelRatio {
 public:
     // Of the traits count the samples, the double buffer and the depths. A size of 0 follows the widget.
     explicit GraphicsWindowQt(osg::GraphicsContext::Traits* traits, QWidget* parent = nullptr);
@@ -33,9 +34,12 @@ public:
 
     // Forgets what waits in the queue and ends each press that the handlers have been told of: the left
     // button's release goes to all handlers of the view at once, that of the others to the manipulator alone,
-    // since it would act like a click. Called when the widget hides or its window is no longer the active
-    // one.
+    // since it would act like a click; for the same reason a press on a control is forgotten. A frame that
+    // something in the queue asked for comes all the same. Called when the widget hides or its window is no
+    // longer the active one.
     void endInput();
+
+    double pixelRatio() const override;
 
     bool realizeImplementation() override;
     bool isRealizedImplementation() const override { return m_realized; }

@@ -64,8 +64,7 @@ void ImageControl::drawContent(osg::Geode& geode, const ControlRect& content, fl
     osg::Vec2f middle(content.x + 0.5f * content.width, canvas_height - content.y - 0.5f * content.height);
     if (m_rotation_deg == 0.0) {
         // Each pixel of the image on one of the screen.
-        middle.set(std::floor(middle.x() - half.x() + 0.5f) + half.x(),
-                   std::floor(middle.y() - half.y() + 0.5f) + half.y());
+        middle.set(snapped(middle.x() - half.x()) + half.x(), snapped(middle.y() - half.y()) + half.y());
     }
     const auto turn = static_cast<float>(toRadians(-m_rotation_deg));
     const auto corner = [&](float x, float y) {

@@ -2,6 +2,7 @@
 
 #include <cpl_conv.h>
 #include <gdal.h>
+#include <gdal_frmts.h>
 
 #include <mutex>
 
@@ -24,10 +25,18 @@ void initialize() {
     std::call_once(once, [] {
         setOption("GDAL_HTTP_CONNECTTIMEOUT", "5");
         setOption("GDAL_HTTP_TIMEOUT", "10");
-        setOption("GDAL_CACHEMAX", "48");
-        GDALAllRegister();
+        setOption("GDAL_CACHEMAX", "24");
+        // Without the second one the first has no overviews of pictures that are compressed so.
+        GDALRegister_GTiff();
+        GDALRegister_JPEG();
         registerEarthReader();
     });
+}
+
+void registerAllDrivers() {
+    initialize();
+    static std::once_flag once;
+    std::call_once(once, GDALAllRegister);
 }
 
 }  // namespace globe

@@ -13,6 +13,8 @@ namespace {
 // characters and for descenders, whatever the text, so that a label keeps its height.
 constexpr float kAbove = 0.9f;
 constexpr float kBelow = 0.25f;
+// Between two lines, or Chinese ones would touch.
+constexpr float kGap = 0.2f;
 
 }  // namespace
 
@@ -37,9 +39,21 @@ void LabelControl::setFont(osgText::Font* font) {
     measureAgain();
 }
 
-void LabelControl::setFontSize(float pixels) {
-    m_font_size = pixels;
+void LabelControl::setFontSize(float size) {
+    m_font_size = size;
     measureAgain();
+}
+
+void LabelControl::setMaxWidth(float width) {
+    if (m_max_width != width) {
+        m_max_width = width;
+        measureAgain();
+    }
+}
+
+void LabelControl::setPixelRatio(float ratio) {
+    m_measured = m_measured && ratio == pixelRatio();
+    Control::setPixelRatio(ratio);
 }
 
 void LabelControl::setHaloColor(const osg::Vec4f& color) {
@@ -58,20 +72,22 @@ osg::Vec2f LabelControl::contentSize() {
     }
     m_measured = true;
     m_extent.set(0.0f, 0.0f);
-    const auto points = static_cast<unsigned>(std::max(1.0f, std::ceil(m_font_size)));
+    const auto points = static_cast<unsigned>(std::max(1.0f, std::ceil(m_font_size * pixelRatio())));
     if (m_font.valid()) {
         m_drawn->setFont(m_font.get());
     }
     m_drawn->setFontResolution(points, points);
     m_drawn->setCharacterSize(m_font_size);
+    m_drawn->setMaximumWidth(m_max_width);
+    m_drawn->setLineSpacing(kGap);
     m_drawn->setText(m_text, osgText::String::ENCODING_UTF8);
     if (m_text.empty()) {
         return m_extent;
     }
     const osg::BoundingBox bounds = m_drawn->getBoundingBox();
-    const auto lines = 1 + std::count(m_text.begin(), m_text.end(), '\n');
+    const unsigned lines = std::max(1u, m_drawn->getLineCount());
     m_extent.x() = std::ceil(bounds.valid() ? std::max(0.0f, bounds.xMax()) : 0.0f);
-    m_extent.y() = std::ceil((kAbove + kBelow + static_cast<float>(lines - 1)) * m_font_size);
+    m_extent.y() = std::ceil((kAbove + kBelow + (1.0f + kGap) * static_cast<float>(lines - 1)) * m_font_size);
     return m_extent;
 }
 
@@ -88,8 +104,7 @@ void LabelControl::drawContent(osg::Geode& geode, const ControlRect& content, fl
     }
     // On whole pixels, or the letters blur.
     m_drawn->setPosition(
-        {std::floor(content.x + 0.5f),
-         canvas_height - std::floor(content.y + 0.5f) - std::floor(kAbove * m_font_size + 0.5f), 0.0f});
+        {snapped(content.x), canvas_height - snapped(content.y) - snapped(kAbove * m_font_size), 0.0f});
     geode.addDrawable(m_drawn);
 }
 

@@ -7,12 +7,10 @@
 
 namespace globe {
 
-// A face with Chinese characters, read at the first call and shared: the file named by setLabelFontFile(),
-// else the run-time tree's, else one of the system's usual ones. Null if there is none: texts then fall back
-// to the scene graph's built-in face, which has Latin letters alone. For the thread that draws.
-osg::ref_ptr<osgText::Font> labelFont();
-
-// Before the first label is made.
-void setLabelFontFile(const std::string& path);
+// The face in this file, or, for an empty name or a file that cannot be read, the first of: the run-time
+// tree's own, faces of the system with Chinese characters, its plain one. Read at the first call of that name
+// and shared. Null if there is none at all: texts then fall back to the scene graph's built-in face, which
+// has Latin letters alone. Any thread.
+osg::ref_ptr<osgText::Font> labelFont(const std::string& path = {});
 
 }  // namespace globe

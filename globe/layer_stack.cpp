@@ -13,9 +13,8 @@
 namespace globe {
 namespace {
 
-constexpr std::size_t kCacheBytes = 48u << 20;
+constexpr std::size_t kCacheBytes = 24u << 20;
 constexpr int kFailuresToPause = 3;
-constexpr auto kPause = std::chrono::seconds(30);
 
 bool contains(const GeoExtent& data, const GeoExtent& tile) {
     constexpr double kSlack = 1e-6;
@@ -31,8 +30,8 @@ double typicalRange(int level) {
     return texel_m * 1343.0 / 1.6 * std::sqrt(2.0);
 }
 
-LayerStack::LayerStack(EarthModel model) : m_model(std::move(model)), m_cache(kCacheBytes) {
-    m_problems = m_model.problems;
+LayerStack::LayerStack(EarthModel model, std::chrono::milliseconds pause, Clock clock)
+    : m_model(std::move(model)), m_pause(pause), m_clock(std::move(clock)), m_cache(kCacheBytes) {
     m_states.resize(m_model.layers.size());
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         m_states[i].remote = globe::isRemote(m_model.layers[i].url, m_model.layers[i].driver);
@@ -85,7 +84,9 @@ int LayerStack::finestLevel(std::size_t layer, const RasterInfo& info) const {
 void LayerStack::opened(std::size_t layer, const RasterInfo& info) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     State& state = m_states[layer];
-    state.failures = 0;
+    if (state.open_failed) {
+        tell(state, {});
+    }
     if (state.known) {
         return;
     }
@@ -93,18 +94,27 @@ void LayerStack::opened(std::size_t layer, const RasterInfo& info) {
     state.info = info;
     state.finest_level = finestLevel(layer, info);
     if (!info.complaint.empty()) {
-        m_problems.push_back("layer " + m_model.layers[layer].name + ": " + info.complaint);
+        ++m_revision;
+    }
+}
+
+// The first reason stays until all is well, so that the text in the map holds still. Under the lock.
+void LayerStack::tell(State& state, const std::string& failure) {
+    if (failure.empty() != state.failure.empty()) {
+        state.failure = failure;
+        state.open_failed = false;
+        ++m_revision;
     }
 }
 
 void LayerStack::failedToOpen(std::size_t layer, const std::string& reason) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     State& state = m_states[layer];
-    state.paused_until = std::chrono::steady_clock::now() + kPause;
+    state.paused_until = m_clock() + m_pause;
     state.broken = !state.remote;
-    if (!state.told) {
-        state.told = true;
-        m_problems.push_back("layer " + m_model.layers[layer].name + ": " + reason);
+    if (state.failure.empty()) {
+        tell(state, reason);
+        state.open_failed = true;
     }
 }
 
@@ -112,22 +122,38 @@ void LayerStack::failedToRead(std::size_t layer, const std::string& reason) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     State& state = m_states[layer];
     if (++state.failures >= kFailuresToPause && state.remote) {
-        state.paused_until = std::chrono::steady_clock::now() + kPause;
+        state.paused_until = m_clock() + m_pause;
     }
-    if (!state.told) {
-        state.told = true;
-        m_problems.push_back("layer " + m_model.layers[layer].name + ": parts cannot be read: " + reason);
+    tell(state, "parts cannot be read: " + reason);
+}
+
+// A file that has a bad part still has it when others are read.
+void LayerStack::wasRead(std::size_t layer) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    State& state = m_states[layer];
+    state.failures = 0;
+    if (state.remote) {
+        tell(state, {});
     }
 }
 
-void LayerStack::wasRead(std::size_t layer) {
+void LayerStack::stoodIn(std::size_t layer) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_states[layer].failures = 0;
 }
 
 bool LayerStack::isPaused(std::size_t layer) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_states[layer].broken || std::chrono::steady_clock::now() < m_states[layer].paused_until;
+    return m_states[layer].broken || m_clock() < m_states[layer].paused_until;
+}
+
+LayerStack::Time LayerStack::readableAt(const std::vector<std::size_t>& layers) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Time earliest = Time::max();
+    for (const std::size_t layer : layers) {
+        earliest = std::min(earliest, m_states[layer].paused_until);
+    }
+    return earliest;
 }
 
 bool LayerStack::showsAt(std::size_t layer, int level) const {
@@ -183,11 +209,12 @@ double LayerStack::finestPicture(const GeoExtent& extent) const {
     return finest;
 }
 
-bool LayerStack::isCovered(const TileKey& key) const {
+bool LayerStack::isCovered(const TileKey& key, bool with_remote) const {
     const GeoExtent extent = key.extent();
     for (std::size_t i = 0; i < m_states.size(); ++i) {
         const LayerModel& model = m_model.layers[i];
-        if (model.kind != LayerKind::kImage || model.opacity < 1.0 || !showsAt(i, key.level)) {
+        if (model.kind != LayerKind::kImage || model.opacity < 1.0 || !showsAt(i, key.level) ||
+            (isRemote(i) && !with_remote)) {
             continue;
         }
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -204,7 +231,15 @@ bool LayerStack::isCovered(const TileKey& key) const {
 
 std::vector<std::string> LayerStack::problems() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_problems;
+    std::vector<std::string> lines = m_model.problems;
+    for (std::size_t i = 0; i < m_states.size(); ++i) {
+        for (const std::string& text : {m_states[i].info.complaint, m_states[i].failure}) {
+            if (!text.empty()) {
+                lines.push_back("layer " + m_model.layers[i].name + ": " + text);
+            }
+        }
+    }
+    return lines;
 }
 
 }  // namespace globe

@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,7 +23,15 @@ class LayerStack {
 public:
     using Cache = LruCache<TileKey, TileData, TileKeyHash>;
 
-    explicit LayerStack(EarthModel model);
+    using Time = std::chrono::steady_clock::time_point;
+    using Clock = std::function<Time()>;
+
+    // For how long a network's layer that fails is left alone.
+    static constexpr std::chrono::milliseconds kPause{30000};
+
+    // `clock` is asked by any thread.
+    explicit LayerStack(EarthModel model, std::chrono::milliseconds pause = kPause,
+                        Clock clock = std::chrono::steady_clock::now);
 
     // The stack of an earth file: maps that read the same file with the same text share one, with its cache.
     static std::shared_ptr<LayerStack> forFile(const std::string& path);
@@ -36,9 +46,16 @@ public:
     void failedToOpen(std::size_t layer, const std::string& reason);
     void failedToRead(std::size_t layer, const std::string& reason);
     void wasRead(std::size_t layer);
+    // The layer answered, but only for a coarser tile than the one that was asked for.
+    void stoodIn(std::size_t layer);
 
-    // Not to be tried for the time being: a network's layer that has failed several times in a row.
+    // Not to be tried for the time being: a network's layer that cannot be opened or has failed several times
+    // in a row; or for good, a file's.
     bool isPaused(std::size_t layer) const;
+    // The end of the earliest pause among these layers; in the past if one of them may be tried now.
+    Time readableAt(const std::vector<std::size_t>& layers) const;
+    Time now() const { return m_clock(); }
+    std::chrono::milliseconds pause() const { return m_pause; }
     // Whether the layer shows in tiles of the level, by its levels and ranges.
     bool showsAt(std::size_t layer, int level) const;
     // Whether it may have anything for the extent, as far as is known.
@@ -47,10 +64,13 @@ public:
     FinerData finerThan(const TileKey& key) const;
     // The finest resolution of the pictures there, degrees; and whether a picture covers the extent wholly.
     double finestPicture(const GeoExtent& extent) const;
-    bool isCovered(const TileKey& key) const;
+    bool isCovered(const TileKey& key, bool with_remote = true) const;
 
-    // A line each, of the file and of what was met while reading.
+    // A line each, of the file and of what was met while reading. That a network's layer failed stands there
+    // until it is read again.
     std::vector<std::string> problems() const;
+    // Another number whenever those lines are others.
+    std::uint64_t problemsRevision() const { return m_revision; }
 
     Cache& cache() { return m_cache; }
 
@@ -61,17 +81,21 @@ private:
         bool broken = false;
         RasterInfo info;
         int finest_level = 0;
-        int failures = 0;  // in a row
-        bool told = false;
-        std::chrono::steady_clock::time_point paused_until{};
+        int failures = 0;          // in a row
+        bool open_failed = false;  // what `failure` tells
+        std::string failure;       // the first since the layer was last read; empty if none
+        Time paused_until{};
     };
+    void tell(State& state, const std::string& failure);
     int finestLevel(std::size_t layer, const RasterInfo& info) const;
     static bool meetsTurned(const GeoExtent& data, const GeoExtent& tile);
 
     EarthModel m_model;
+    const std::chrono::milliseconds m_pause;
+    const Clock m_clock;
+    std::atomic<std::uint64_t> m_revision{0};
     mutable std::mutex m_mutex;
     std::vector<State> m_states;
-    std::vector<std::string> m_problems;
     Cache m_cache;
 };
 

@@ -100,6 +100,17 @@ public:
         return m_shared->entries.size();
     }
 
+    // `on_result` runs once more at that time, or somewhat later if all threads are at work; in place of what
+    // was set before. Time::max() for never.
+    using Time = std::chrono::steady_clock::time_point;
+    void ringAt(Time at) {
+        const std::lock_guard<std::mutex> lock(m_shared->mutex);
+        if (m_shared->ring_at != at) {
+            m_shared->ring_at = at;
+            m_shared->wake.notify_all();
+        }
+    }
+
     // Ends the threads; running jobs see their flag. Those that have not come back after `limit` are left to
     // themselves: they keep what they need alive and touch nothing else. True if all have ended.
     bool stop(std::chrono::milliseconds limit) {
@@ -150,6 +161,7 @@ private:
         std::deque<std::pair<Key, Result>> done;
         std::uint64_t round = 0;
         std::uint64_t serial = 0;
+        Time ring_at = Time::max();
         int alive = 0;
         bool stopping = false;
     };
@@ -196,6 +208,23 @@ private:
         }
     }
 
+    // Until there may be something to do. Rings if it is time.
+    static void rest(Shared& shared, std::unique_lock<std::mutex>& lock) {
+        const Time ring_at = shared.ring_at;
+        if (ring_at == Time::max()) {
+            shared.wake.wait(lock);
+            return;
+        }
+        if (std::chrono::steady_clock::now() < ring_at) {
+            shared.wake.wait_until(lock, ring_at);
+            return;
+        }
+        shared.ring_at = Time::max();
+        if (shared.on_result) {
+            shared.on_result();
+        }
+    }
+
     static void work(Shared& shared) {
         {
             Job job;
@@ -208,7 +237,7 @@ private:
             while (!shared.stopping) {
                 const auto next = mostNeeded(shared.entries);
                 if (next == shared.entries.end()) {
-                    shared.wake.wait(lock);
+                    rest(shared, lock);
                     continue;
                 }
                 const Key key = next->first;

@@ -86,10 +86,6 @@ MapNode::MapNode(Map* map)
     m_engine->setStateSet(makeTerrainState().get());
     addChild(m_engine);
     addChild(m_drape_group);
-    constexpr std::chrono::milliseconds kPatience(1500);
-    if (!map->layers()->layers().empty()) {
-        m_engine->loadRoots(kPatience);
-    }
 }
 
 MapNode::~MapNode() = default;
@@ -104,12 +100,24 @@ MapNode* MapNode::findMapNode(osg::Node* node) {
 
 std::vector<std::string> MapNode::problems() const { return m_map->layers()->problems(); }
 
+std::uint64_t MapNode::problemsRevision() const { return m_map->layers()->problemsRevision(); }
+
 bool MapNode::isLoading() const { return m_engine->isLoading(); }
 
 void MapNode::setMemoryLimit(std::size_t bytes) { m_engine->setMemoryLimit(bytes); }
 
+// Not before it is drawn: data sets that nobody looks at need not be open.
+void MapNode::loadRoots() {
+    constexpr std::chrono::milliseconds kPatience(400);
+    if (!m_begun && !m_map->layers()->layers().empty()) {
+        m_engine->loadRoots(kPatience);
+    }
+    m_begun = true;
+}
+
 void MapNode::traverse(osg::NodeVisitor& visitor) {
     if (auto* cull = visitor.asCullVisitor()) {
+        loadRoots();
         const osg::Vec3d eye = osg::Vec3d(0.0, 0.0, 0.0) * osg::Matrixd::inverse(*cull->getModelViewMatrix());
         const osg::Vec3d place = getMapSRS()->getEllipsoid().geocentricToGeodetic(eye);
         double ground = 0.0;

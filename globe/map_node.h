@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <osg/Group>
 #include <osg/observer_ptr>
@@ -19,7 +20,8 @@ class TerrainEngine;
 
 // The earth with its terrain. World coordinates are earth-centred metres, so nothing above it may move it. It
 // sets the near and far planes of every camera that draws it: what they are set to does not matter. Drawn and
-// changed by one thread; made on any.
+// changed by one thread; made on any. The first frame opens the data sets and waits for the coarsest tiles,
+// 0.4 s at most; then problems() knows what is wrong with them.
 class MapNode : public osg::Group {
 public:
     // The bare ellipsoid with its net of meridians and parallels; `problem`, unless empty, says why.
@@ -35,11 +37,14 @@ public:
 
     // One line for each thing that is missing or wrong, ready to be shown; empty if all is well.
     std::vector<std::string> problems() const;
+    // Another number whenever those lines are others.
+    std::uint64_t problemsRevision() const;
 
     // Whether tiles that the last view asked for are still to come. They ask for frames themselves, by an
     // event in the window's queue.
     bool isLoading() const;
-    // Bytes of tiles kept beyond those in view (96 MiB at first).
+    // Bytes of tiles kept beyond those in view (24 MiB at first: the graphics driver has each texture once
+    // more).
     void setMemoryLimit(std::size_t bytes);
     TerrainEngine* getTerrainEngine() const { return m_engine.get(); }
 
@@ -52,10 +57,13 @@ protected:
     ~MapNode() override;
 
 private:
+    void loadRoots();
+
     osg::ref_ptr<Map> m_map;
     osg::ref_ptr<Terrain> m_terrain;
     osg::ref_ptr<TerrainEngine> m_engine;
     osg::ref_ptr<osg::Group> m_drape_group;
+    bool m_begun = false;
 };
 
 // The order in which bins are drawn; marks and controls use their own, above.

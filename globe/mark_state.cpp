@@ -4,6 +4,8 @@
 #include <osg/Program>
 #include <osgUtil/CullVisitor>
 
+#include "globe/pixel_ratio.h"
+
 namespace globe {
 
 osg::ref_ptr<osg::StateSet> plainState() {
@@ -24,6 +26,11 @@ osg::ref_ptr<osg::StateSet> plainState() {
 
 osg::Vec3d eyeOf(osgUtil::CullVisitor& cull) {
     return osg::Matrixd::inverse(*cull.getModelViewMatrix()).getTrans();
+}
+
+double pixelRatioOf(osgUtil::CullVisitor& cull) {
+    const osg::Camera* const camera = cull.getCurrentCamera();
+    return pixelRatioOf(camera != nullptr ? camera->getGraphicsContext() : nullptr);
 }
 
 double pixelAtOneMetre(osgUtil::CullVisitor& cull, bool& fixed) {

@@ -29,6 +29,9 @@ T* keptForGood(const osg::ref_ptr<T>& object) {
 // The eye in world coordinates, of the camera under whose matrices the visitor stands.
 osg::Vec3d eyeOf(osgUtil::CullVisitor& cull);
 
+// Pixels a unit of length of the program, where the visitor's camera draws.
+double pixelRatioOf(osgUtil::CullVisitor& cull);
+
 // The size of a pixel at a distance of one metre, in metres; with `fixed` set it is the same at any distance
 // (a parallel projection).
 double pixelAtOneMetre(osgUtil::CullVisitor& cull, bool& fixed);

@@ -46,11 +46,28 @@ ObjectID ObjectIndex::insert(osg::Referenced* object) {
             at = at->second.valid() ? std::next(at) : m_objects.erase(at);
         }
     }
-    if (m_last >= kLastID) {
-        return OBJECTID_EMPTY;
-    }
-    m_objects[++m_last] = object;
+    do {
+        if (m_last >= kLastID) {
+            return OBJECTID_EMPTY;
+        }
+        ++m_last;
+    } while (m_objects.count(m_last) != 0);
+    m_objects[m_last] = object;
     return m_last;
+}
+
+void ObjectIndex::tagNode(osg::Node* node, ObjectID id) {
+    if (id == OBJECTID_EMPTY || id > kLastID) {
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        osg::observer_ptr<osg::Referenced>& known = m_objects[id];
+        if (!known.valid()) {
+            known = node;
+        }
+    }
+    tag(*node, id);
 }
 
 ObjectID ObjectIndex::tagNode(osg::Node* node, osg::Referenced* object) {

@@ -24,11 +24,15 @@ public:
     // From bytes read back, red first.
     static ObjectID idOf(const std::uint8_t rgba[4]);
 
-    // A new number, never used before in this process (below 2^24, so that alpha stays out of it).
+    // A new number, never used before in this process (below 2^24, so that alpha stays out of it). It skips
+    // those that callers have chosen.
     ObjectID insert(osg::Referenced* object);
     // Numbers the object and marks what is drawn below `node`, or the node's drawables, with it.
     ObjectID tagNode(osg::Node* node, osg::Referenced* object);
     ObjectID tagAllDrawables(osg::Node* node, osg::Referenced* object);
+    // Marks what is drawn below `node` with a number of the caller's own, below 2^24, which stands for the
+    // node from then on unless it stands for something already. Nothing for OBJECTID_EMPTY.
+    void tagNode(osg::Node* node, ObjectID id);
     void remove(ObjectID id);
 
     // Null if the number was never given, or the object is gone or of another class.

@@ -9,7 +9,8 @@
 
 namespace globe {
 
-// Hangs on the drawables of a PlaceNode as their user data. Boxes are in pixels about the place.
+// Hangs on the drawables of a PlaceNode as their user data. Boxes are in the program's units of length about
+// the place.
 class PlaceLayout : public osg::Referenced {
 public:
     screen_box icon_box;

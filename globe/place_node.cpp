@@ -5,12 +5,12 @@
 #include <cmath>
 #include <osg/Depth>
 #include <osg/Geometry>
-#include <osgText/Text>
 #include <osgUtil/CullVisitor>
 
 #include "globe/asset_cache.h"
 #include "globe/horizon.h"
 #include "globe/icon_symbol.h"
+#include "globe/label_font.h"
 #include "globe/mark_state.h"
 #include "globe/text_symbol.h"
 
@@ -61,8 +61,8 @@ screen_box around(const screen_box& a, const screen_box& b) {
             std::max(a.top, b.top)};
 }
 
-// In pixels of the viewport; false behind the eye.
-bool toScreen(osgUtil::CullVisitor& cull, const osg::Vec3d& world, osg::Vec3d& out) {
+// On a whole pixel of the viewport, of which a unit has `ratio`; false behind the eye.
+bool toScreen(osgUtil::CullVisitor& cull, const osg::Vec3d& world, double ratio, osg::Vec3d& out) {
     const osg::Viewport& viewport = *cull.getViewport();
     const osg::Vec4d clip =
         osg::Vec4d(world, 1.0) * *cull.getModelViewMatrix() * osg::Matrixd(*cull.getProjectionMatrix());
@@ -71,12 +71,13 @@ bool toScreen(osgUtil::CullVisitor& cull, const osg::Vec3d& world, osg::Vec3d& o
     }
     out.set(std::round((clip.x() / clip.w() * 0.5 + 0.5) * viewport.width()),
             std::round((clip.y() / clip.w() * 0.5 + 0.5) * viewport.height()), 0.0);
+    out /= ratio;
     return out.valid();
 }
 
-bool isOnScreen(const screen_box& box, const osg::Vec3d& at, const osg::Viewport& viewport) {
-    return at.x() + double(box.right) > 0.0 && at.x() + double(box.left) < viewport.width() &&
-           at.y() + double(box.top) > 0.0 && at.y() + double(box.bottom) < viewport.height();
+bool isOnScreen(const screen_box& box, const osg::Vec3d& at, const osg::Vec2d& size) {
+    return at.x() + double(box.right) > 0.0 && at.x() + double(box.left) < size.x() &&
+           at.y() + double(box.top) > 0.0 && at.y() + double(box.bottom) < size.y();
 }
 
 }  // namespace
@@ -108,6 +109,7 @@ void PlaceNode::build() {
     m_layout->icon = nullptr;
     m_layout->has_icon = false;
     m_layout->icon_box = {};
+    m_label = nullptr;
     addIcon();
     m_layout->all_box = m_layout->icon_box;
     m_layout->has_label = !m_text.empty();
@@ -144,8 +146,9 @@ void PlaceNode::addLabel() {
     if (const osg::ref_ptr<osgText::Font> font = labelFont(symbol.font())) {
         label->setFont(font);
     }
-    label->setFontResolution(static_cast<unsigned>(size), static_cast<unsigned>(size));
+    m_label = label;
     label->setCharacterSize(size);
+    setLabelResolution();
     label->setColor(symbol.fill().color());
     if (symbol.halo()) {
         label->setBackdropType(osgText::Text::OUTLINE);
@@ -167,6 +170,14 @@ void PlaceNode::addLabel() {
     addChild(label);
 }
 
+// Letters are drawn pixel by pixel.
+void PlaceNode::setLabelResolution() {
+    if (m_label.valid()) {
+        const auto points = static_cast<unsigned>(double(m_label->getCharacterHeight()) * m_pixel_ratio);
+        m_label->setFontResolution(points, points);
+    }
+}
+
 void PlaceNode::traverse(osg::NodeVisitor& visitor) {
     osgUtil::CullVisitor* cull = visitor.asCullVisitor();
     if (cull == nullptr) {
@@ -178,8 +189,15 @@ void PlaceNode::traverse(osg::NodeVisitor& visitor) {
     osg::Vec3d at;
     const osg::Viewport* viewport = cull->getViewport();
     const osg::Vec3d eye = eyeOf(*cull);
-    if (viewport == nullptr || !m_anchor.toWorld(world) || !toScreen(*cull, world, at) ||
-        !isOnScreen(m_layout->all_box, at, *viewport) ||
+    const double ratio = pixelRatioOf(*cull);
+    if (ratio != m_pixel_ratio) {
+        m_pixel_ratio = ratio;
+        setLabelResolution();
+    }
+    const osg::Vec2d size =
+        viewport != nullptr ? osg::Vec2d(viewport->width(), viewport->height()) / ratio : osg::Vec2d();
+    if (viewport == nullptr || !m_anchor.toWorld(world) || !toScreen(*cull, world, ratio, at) ||
+        !isOnScreen(m_layout->all_box, at, size) ||
         isBehindHorizon({eye.x(), eye.y(), eye.z()}, {world.x(), world.y(), world.z()})) {
         m_layout->shown = MarkShown::kNothing;
         return;
@@ -187,7 +205,7 @@ void PlaceNode::traverse(osg::NodeVisitor& visitor) {
     m_layout->distance_m = (world - eye).length();
     const PlanesUntouched untouched(*cull);
     const osg::ref_ptr<osg::RefMatrix> window =
-        new osg::RefMatrix(osg::Matrixd::ortho(0.0, viewport->width(), 0.0, viewport->height(), -1.0, 1.0));
+        new osg::RefMatrix(osg::Matrixd::ortho(0.0, size.x(), 0.0, size.y(), -1.0, 1.0));
     const osg::ref_ptr<osg::RefMatrix> place = new osg::RefMatrix(osg::Matrixd::translate(at));
     cull->pushProjectionMatrix(window);
     cull->pushModelViewMatrix(place, osg::Transform::ABSOLUTE_RF);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <osg/Group>
+#include <osgText/Text>
 #include <string>
 
 #include "globe/geo_anchor.h"
@@ -11,10 +12,10 @@
 
 namespace globe {
 
-// Keeps its size on the screen, in front of all terrain, and is hidden where the earth itself stands before
-// its place. The picture (IconSymbol) stands on the place, the label (TextSymbol; UTF-8) to its right. If one
-// of the symbols says so, it gives way to others that it would cover: first without its label, then wholly.
-// Changing it asks for no frame.
+// Keeps its size on the screen (in pixels, but on displays with finer ones), in front of all terrain, and is
+// hidden where the earth itself stands before its place. The picture (IconSymbol) stands on the place, the
+// label (TextSymbol; UTF-8) to its right. If one of the symbols says so, it gives way to others that it would
+// cover: first without its label, then wholly. Changing it asks for no frame.
 class PlaceNode : public osg::Group {
 public:
     explicit PlaceNode(const GeoPoint& position, const std::string& text = std::string(),
@@ -44,11 +45,14 @@ private:
     void build();
     void addIcon();
     void addLabel();
+    void setLabelResolution();
 
     GeoAnchor m_anchor;
     std::string m_text;
     Style m_style;
     osg::ref_ptr<PlaceLayout> m_layout;
+    osg::ref_ptr<osgText::Text> m_label;  // null without one
+    double m_pixel_ratio = 1.0;           // of the last frame
 };
 
 }  // namespace globe

@@ -4,6 +4,7 @@
 
 #include "globe/gdal_raster.h"
 #include "globe/tile_pyramid.h"
+#include "globe/web_fetch.h"
 
 namespace globe {
 namespace {
@@ -54,8 +55,15 @@ std::unique_ptr<RasterSource> openRaster(const std::string& url, const std::stri
         const std::string file = endsWith(url, ".xml") ? url : url + "/tilemapresource.xml";
         return readTileMapResource(file, &layout, error) ? openPyramid(layout) : nullptr;
     }
-    const bool web = url.rfind("http://", 0) == 0 || url.rfind("https://", 0) == 0;
-    return openGdalRaster(web ? "/vsicurl/" + url : url, use, error);
+    return openGdalRaster(isWebAddress(url) ? "/vsicurl/" + url : url, use, error);
+}
+
+void forgetAnswers(const std::string& url, const std::string& driver) {
+    if (isWebAddress(url)) {
+        VSICurlPartialClearCache(("/vsicurl/" + url).c_str());
+    } else if (isRemote(url, driver)) {
+        VSICurlClearCache();
+    }
 }
 
 }  // namespace globe

@@ -51,6 +51,10 @@ enum class RasterUse { kColors, kHeights };
 std::unique_ptr<RasterSource> openRaster(const std::string& url, const std::string& driver, RasterUse use,
                                          std::string* error);
 
+// A server that did not answer, or not for a file, is remembered by GDAL for as long as the program runs. To
+// be called before a data set behind a network is tried again.
+void forgetAnswers(const std::string& url, const std::string& driver);
+
 // Whether a data set may have to be fetched over a network.
 bool isRemote(const std::string& url, const std::string& driver);
 

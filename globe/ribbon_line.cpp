@@ -19,8 +19,8 @@ constexpr double kChunkReach_m = 100000.0;
 constexpr double kThinnest_px = 1.5;
 constexpr double kMetresOnly = 0.0;
 
-// globe_line: half the width in metres, half the least width in pixels. globe_pixel: half the viewport's
-// height.
+// globe_line: half the width in metres, half the least width in pixels (in units where the display's pixels
+// are finer). globe_half_height: half the viewport's height in the same.
 const char* const kVertexShader = R"(#version 120
 uniform vec2 globe_line;
 uniform float globe_half_height;
@@ -148,7 +148,8 @@ void RibbonLine::traverse(osg::NodeVisitor& visitor) {
     }
     const SmallThingsShown all(*cull);
     const osg::Viewport* viewport = cull->getViewport();
-    cull->pushStateSet(stateForHeight(viewport != nullptr ? static_cast<int>(viewport->height()) : 1));
+    cull->pushStateSet(
+        stateForHeight(viewport != nullptr ? static_cast<int>(viewport->height() / pixelRatioOf(*cull)) : 1));
     osg::Group::traverse(visitor);
     cull->popStateSet();
 }

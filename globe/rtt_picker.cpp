@@ -150,6 +150,25 @@ void RTTPicker::finish() {
     }
 }
 
+void RTTPicker::cancel(Picker::Callback* callback) {
+    const osg::ref_ptr<Picker::Callback> told = callback;
+    const auto ours = [&](const Order& order) { return order.callback == told; };
+    const auto count = std::count_if(m_orders.begin(), m_orders.end(), ours);
+    const bool under_way = m_active && ours(m_orders.front());
+    m_orders.erase(std::remove_if(m_orders.begin(), m_orders.end(), ours), m_orders.end());
+    osg::ref_ptr<osgViewer::View> view;
+    if (under_way) {
+        m_active = false;
+        m_camera->setNodeMask(0);
+        if (!m_orders.empty() && m_view.lock(view)) {
+            start(view);
+        }
+    }
+    for (auto i = count; i > 0 && told.valid(); --i) {
+        told->onMiss();
+    }
+}
+
 // The nearest number to the middle.
 ObjectID RTTPicker::read() const {
     const int middle = m_size / 2;
@@ -189,6 +208,9 @@ bool RTTPicker::handle(const GUIEventAdapter& event, osgGA::GUIActionAdapter& ac
             if (view != nullptr && !m_orders.empty() && !m_active) {
                 start(view);
             }
+        } else if (m_active && view != nullptr) {
+            // What is drawn in this frame is read in the next one.
+            askForFrame(view);
         }
         return false;
     }

@@ -15,7 +15,7 @@ namespace globe {
 
 class Picker {
 public:
-    // Exactly one of onHit and onMiss follows each pick, in a later frame than the pick.
+    // Exactly one of onHit and onMiss follows each pick, a hit in a later frame than the pick.
     class Callback : public osg::Referenced {
     public:
         virtual void onHit(ObjectID) {}
@@ -48,6 +48,8 @@ public:
     // Picks at a point of the view, both from -1 to 1. The callback is kept until it has been told. False if
     // there was nothing to draw.
     bool pick(osgViewer::View* view, double x, double y, Picker::Callback* callback);
+    // What was picked for this callback and is not told yet is told as missed, at once.
+    void cancel(Picker::Callback* callback);
 
     // Squares drawn so far.
     unsigned rendered() const { return m_rendered; }

@@ -38,9 +38,9 @@ struct TerrainEngine::Tile {
     osg::ref_ptr<osg::MatrixTransform> mesh;
     Ball ball;
     std::array<std::unique_ptr<Tile>, 4> children;
-    std::uint64_t used = 0;  // the last frame that looked at it
-    bool bare = false;       // stands in for one still to be loaded
-    bool remote_done = false;
+    std::uint64_t used = 0;     // the last frame that looked at it
+    bool bare = false;          // stands in for one still to be loaded
+    LayerStack::Time ask_at{};  // for what it lacks, no sooner
 
     bool hasChildren() const {
         return std::any_of(children.begin(), children.end(),
@@ -57,7 +57,8 @@ struct TerrainEngine::Tile {
 struct TerrainEngine::Frame {
     osgUtil::CullVisitor& visitor;
     TileView view;
-    bool waits = false;
+    LayerStack::Time now;
+    LayerStack::Time ask_at = LayerStack::Time::max();  // the next time that a tile in view may ask
 };
 
 class TerrainEngine::Heights : public HeightSource {
@@ -219,7 +220,7 @@ void TerrainEngine::cull(osgUtil::CullVisitor& visitor) {
     const osg::Vec3d eye = osg::Matrixd::inverse(*visitor.getModelViewMatrix()).getTrans();
     const double lines = visitor.getViewport() != nullptr ? visitor.getViewport()->height() : 720.0;
     const double pixels_per_radian = std::fabs((*visitor.getProjectionMatrix())(1, 1)) * 0.5 * lines;
-    Frame frame{visitor, TileView({eye.x(), eye.y(), eye.z()}, pixels_per_radian)};
+    Frame frame{visitor, TileView({eye.x(), eye.y(), eye.z()}, pixels_per_radian), m_layers->now()};
     ++m_frame;
     m_queue->beginRound();
     if (m_remote_queue) {
@@ -234,6 +235,10 @@ void TerrainEngine::cull(osgUtil::CullVisitor& visitor) {
     m_queue->endRound();
     if (m_remote_queue) {
         m_remote_queue->endRound();
+        // What has to be left alone now is asked for again without anybody's doing.
+        const bool waits = frame.ask_at != LayerStack::Time::max();
+        m_remote_queue->ringAt(waits ? std::chrono::steady_clock::now() + (frame.ask_at - frame.now)
+                                     : frame.ask_at);
     }
     shed();
     if (m_queue->hasResults()) {
@@ -273,7 +278,6 @@ void TerrainEngine::visitChildren(Tile& tile, Frame& frame) {
         }
         if (child == nullptr) {
             complete = false;
-            frame.waits = true;
             m_queue->request(key, frame.view.needOf(key, ball).texel_px);
         } else {
             seen[count++] = {child, frame.view.distanceTo(ball)};
@@ -294,8 +298,13 @@ void TerrainEngine::visitChildren(Tile& tile, Frame& frame) {
 }
 
 void TerrainEngine::draw(Tile& tile, Frame& frame) {
-    if (tile.data->wants_remote && !tile.remote_done && m_remote_queue) {
-        m_remote_queue->request(tile.key, frame.view.needOf(tile.key, tile.ball).texel_px);
+    if (!tile.data->lacking.empty() && m_remote_queue) {
+        const LayerStack::Time at = std::max(tile.ask_at, m_layers->readableAt(tile.data->lacking));
+        if (at <= frame.now) {
+            m_remote_queue->request(tile.key, frame.view.needOf(tile.key, tile.ball).texel_px);
+        } else {
+            frame.ask_at = std::min(frame.ask_at, at);
+        }
     }
     tile.mesh->accept(frame.visitor);
 }
@@ -309,6 +318,9 @@ void TerrainEngine::takeResults(Queue& queue, bool remote) {
 void TerrainEngine::put(const TileKey& key, Loaded loaded, bool remote) {
     Tile* tile = find(key);
     if (!loaded.data || !loaded.mesh) {
+        if (remote && tile != nullptr) {
+            tile->ask_at = m_layers->now() + m_layers->pause();
+        }
         return;
     }
     m_heights->learn(*loaded.data);
@@ -327,7 +339,9 @@ void TerrainEngine::put(const TileKey& key, Loaded loaded, bool remote) {
     }
     tile->set(std::move(loaded));
     tile->bare = false;
-    tile->remote_done = tile->remote_done || remote;
+    if (remote) {
+        tile->ask_at = m_layers->now() + m_layers->pause();
+    }
     tile->used = std::max(tile->used, m_frame);
     m_bytes += tile->bytes();
 }

@@ -69,7 +69,7 @@ private:
     std::shared_ptr<RedrawBell> m_bell = std::make_shared<RedrawBell>();
     std::array<std::unique_ptr<Tile>, 2> m_roots;
     std::shared_ptr<Heights> m_heights;
-    std::size_t m_memory_limit = 96u << 20;
+    std::size_t m_memory_limit = 24u << 20;
     std::size_t m_bytes = 0;
     std::size_t m_count = 0;
     std::uint64_t m_frame = 0;

@@ -174,18 +174,26 @@ Size narrowed(const TileKey& key, int rows) {
 }
 
 // Texels that a tile's pictures are worth.
-Size texelsFor(const LayerStack& layers, const TileKey& key) {
+Size texelsFor(const LayerStack& layers, const TileKey& key, bool covered) {
     const bool lined =
         std::any_of(layers.layers().begin(), layers.layers().end(),
                     [](const LayerModel& layer) { return layer.kind == LayerKind::kGraticule; });
     int rows = kMaxTexels;
-    if (!lined && layers.isCovered(key)) {
+    if (!lined && covered) {
         const double worth = tileSize(key.level) / layers.finestPicture(key.extent());
         for (rows = kMinTexels; rows < kMaxTexels && rows < worth;) {
             rows *= 2;
         }
     }
     return narrowed(key, rows);
+}
+
+// The tile itself, or the one above it of the finest level that may be read.
+TileKey firstToRead(TileKey key, const LayerModel& model) {
+    while (key.level > std::max(0, model.max_level)) {
+        key = key.parent();
+    }
+    return key;
 }
 
 }  // namespace
@@ -204,43 +212,72 @@ RasterSource* TileComposer::sourceOf(std::size_t layer) {
         if (m_sources[layer]) {
             m_layers->opened(layer, m_sources[layer]->info());
         } else {
+            forgetAnswers(model.url, model.driver);
             m_layers->failedToOpen(layer, model.url.substr(0, 200) + ": " + error);
         }
     }
     return m_layers->isPaused(layer) ? nullptr : m_sources[layer].get();
 }
 
-void TileComposer::noteFailure(std::size_t layer, const Flag& cancelled) {
-    if (!cancelled) {
-        const std::string message = CPLGetLastErrorMsg();
-        m_layers->failedToRead(layer, message.empty() ? "no reason is given" : message);
+void TileComposer::noteRead(std::size_t layer, bool own) {
+    if (own) {
+        m_layers->wasRead(layer);
+    } else {
+        m_layers->stoodIn(layer);
     }
 }
 
-bool TileComposer::isWanted(std::size_t layer, const TileKey& key, TileData& tile) const {
-    if (!m_layers->showsAt(layer, key.level) || !m_layers->meets(layer, key.extent()) ||
-        m_layers->isPaused(layer)) {
+bool TileComposer::noteFailure(std::size_t layer, const Flag& cancelled) {
+    if (cancelled) {
         return false;
     }
-    if (m_layers->isRemote(layer) && !m_with_remote) {
-        tile.wants_remote = true;
-        return false;
+    const std::string message = CPLGetLastErrorMsg();
+    m_layers->failedToRead(layer, message.empty() ? "no reason is given" : message);
+    if (!m_layers->isPaused(layer)) {
+        return true;
     }
-    return true;
+    // After the pause it is opened anew: nobody knows what a data set keeps of an answer that broke off.
+    m_sources[layer].reset();
+    forgetAnswers(m_layers->layers()[layer].url, m_layers->layers()[layer].driver);
+    return false;
 }
 
-void TileComposer::paintLayer(std::size_t layer, const PostGrid& grid, const TileKey& key,
-                              std::vector<std::uint8_t>& rgba, const Flag& cancelled) {
+bool TileComposer::isWanted(std::size_t layer, const TileKey& key) const {
+    return m_layers->layers()[layer].kind != LayerKind::kGraticule && m_layers->showsAt(layer, key.level) &&
+           m_layers->meets(layer, key.extent());
+}
+
+bool TileComposer::isWithinReach(std::size_t layer) const {
+    return (m_with_remote || !m_layers->isRemote(layer)) && !m_layers->isPaused(layer);
+}
+
+// Whether a tile that was made without the layers behind a network would be made the same once more.
+bool TileComposer::nothingNew(const TileKey& key) const {
+    bool lacks = false;
+    for (std::size_t i = 0; i < m_layers->layers().size(); ++i) {
+        if (m_layers->isRemote(i) && isWanted(i, key)) {
+            if (isWithinReach(i)) {
+                return false;
+            }
+            lacks = true;
+        }
+    }
+    return lacks;
+}
+
+TileComposer::Got TileComposer::paintLayer(std::size_t layer, const PostGrid& grid, const TileKey& key,
+                                           std::vector<std::uint8_t>& rgba, const Flag& cancelled) {
     const LayerModel& model = m_layers->layers()[layer];
     RasterSource* source = sourceOf(layer);
-    if (source == nullptr || !m_layers->meets(layer, key.extent())) {
-        return;
+    if (source == nullptr) {
+        return Got::kNone;
+    }
+    if (!m_layers->meets(layer, key.extent())) {
+        return Got::kAll;
     }
     std::vector<std::uint8_t> over(rgba.size(), 0);
-    TileKey at = key;
-    while (at.level > std::max(0, model.max_level)) {
-        at = at.parent();
-    }
+    const TileKey first = firstToRead(key, model);
+    TileKey at = first;
     for (;;) {
         const bool own = at == key;
         const PostGrid source_grid = own ? grid : gridOf(at, kMaxTexels, 0);
@@ -249,10 +286,10 @@ void TileComposer::paintLayer(std::size_t layer, const PostGrid& grid, const Til
         const ReadResult result =
             source->readColors(source_grid, own ? over.data() : texels.data(), cancelled);
         if (cancelled || result == ReadResult::kNothing) {
-            return;
+            return at == first ? Got::kAll : Got::kPart;
         }
         if (result == ReadResult::kRead) {
-            m_layers->wasRead(layer);
+            noteRead(layer, at == first);
             if (!own) {
                 resample(source_grid, grid,
                          [&](std::size_t to, const std::size_t corners[4], const float weights[4]) {
@@ -266,27 +303,27 @@ void TileComposer::paintLayer(std::size_t layer, const PostGrid& grid, const Til
                          });
             }
             blend(rgba, over, model.opacity);
-            return;
+            return at == first ? Got::kAll : Got::kPart;
         }
-        noteFailure(layer, cancelled);
-        if (at.isRoot() || m_layers->isPaused(layer)) {
-            return;
+        if (!noteFailure(layer, cancelled) || at.isRoot()) {
+            return Got::kNone;
         }
         at = at.parent();
     }
 }
 
-void TileComposer::raiseLayer(std::size_t layer, TileData& tile, const Flag& cancelled) {
+TileComposer::Got TileComposer::raiseLayer(std::size_t layer, TileData& tile, const Flag& cancelled) {
     const LayerModel& model = m_layers->layers()[layer];
     RasterSource* source = sourceOf(layer);
-    if (source == nullptr || !m_layers->meets(layer, tile.key.extent())) {
-        return;
+    if (source == nullptr) {
+        return Got::kNone;
+    }
+    if (!m_layers->meets(layer, tile.key.extent())) {
+        return Got::kAll;
     }
     const PostGrid grid = gridOf(tile.key, tile.posts, 1);
-    TileKey at = tile.key;
-    while (at.level > std::max(0, model.max_level)) {
-        at = at.parent();
-    }
+    const TileKey first = firstToRead(tile.key, model);
+    TileKey at = first;
     for (;;) {
         const bool own = at == tile.key;
         const PostGrid source_grid = own ? grid : gridOf(at, meshPosts(at.level), 1);
@@ -295,10 +332,10 @@ void TileComposer::raiseLayer(std::size_t layer, TileData& tile, const Flag& can
         CPLErrorReset();
         const ReadResult result = source->readHeights(source_grid, heights.data(), cancelled);
         if (cancelled || result == ReadResult::kNothing) {
-            return;
+            return at == first ? Got::kAll : Got::kPart;
         }
         if (result == ReadResult::kRead) {
-            m_layers->wasRead(layer);
+            noteRead(layer, at == first);
             resample(source_grid, grid,
                      [&](std::size_t to, const std::size_t corners[4], const float weights[4]) {
                          float sum = 0.0f;
@@ -313,11 +350,10 @@ void TileComposer::raiseLayer(std::size_t layer, TileData& tile, const Flag& can
                              tile.heights[to] = sum / known;
                          }
                      });
-            return;
+            return at == first ? Got::kAll : Got::kPart;
         }
-        noteFailure(layer, cancelled);
-        if (at.isRoot() || m_layers->isPaused(layer)) {
-            return;
+        if (!noteFailure(layer, cancelled) || at.isRoot()) {
+            return Got::kNone;
         }
         at = at.parent();
     }
@@ -327,44 +363,61 @@ std::shared_ptr<const TileData> TileComposer::compose(const TileKey& key, const 
     if (std::shared_ptr<const TileData> kept = m_layers->cache().get(key)) {
         return kept;
     }
-    const auto tile = std::make_shared<TileData>();
-    tile->key = key;
-    prepareHeights(*tile);
-    const std::vector<LayerModel>& layers = m_layers->layers();
     // What covers what is known only of data sets that are open.
-    for (std::size_t i = 0; i < layers.size() && !cancelled; ++i) {
-        if (layers[i].kind != LayerKind::kGraticule && isWanted(i, key, *tile)) {
+    for (std::size_t i = 0; i < m_layers->layers().size() && !cancelled; ++i) {
+        if (isWanted(i, key) && isWithinReach(i)) {
             sourceOf(i);
         }
     }
-    const Size size = texelsFor(*m_layers, key);
+    if (m_with_remote && nothingNew(key)) {
+        return nullptr;
+    }
+    const auto tile = std::make_shared<TileData>();
+    tile->key = key;
+    prepareHeights(*tile);
+    const bool brought = readLayers(*tile, cancelled);
+    if (cancelled || (m_with_remote && !brought && !tile->lacking.empty())) {
+        return nullptr;
+    }
+    finishHeights(*tile);
+    if (tile->lacking.empty()) {
+        m_layers->cache().put(key, tile, tile->bytes());
+    }
+    return tile;
+}
+
+bool TileComposer::readLayers(TileData& tile, const Flag& cancelled) {
+    const TileKey& key = tile.key;
+    const std::vector<LayerModel>& layers = m_layers->layers();
+    const bool covered = m_layers->isCovered(key, m_with_remote);
+    const Size size = texelsFor(*m_layers, key, covered);
     const PostGrid grid = texelGrid(key, size);
     std::vector<std::uint8_t> rgba = seaOf(size);
-    if (!m_layers->isCovered(key)) {
+    if (!covered) {
         paintGraticule(key, size.columns, size.rows, rgba.data());
     }
+    bool brought = false;
     for (std::size_t i = 0; i < layers.size() && !cancelled; ++i) {
         if (layers[i].kind == LayerKind::kGraticule) {
             if (m_layers->showsAt(i, key.level)) {
                 paintGraticule(key, size.columns, size.rows, rgba.data());
             }
-        } else if (isWanted(i, key, *tile)) {
-            if (layers[i].kind == LayerKind::kElevation) {
-                raiseLayer(i, *tile, cancelled);
-            } else {
-                paintLayer(i, grid, key, rgba, cancelled);
+        } else if (isWanted(i, key)) {
+            Got got = Got::kNone;
+            if (isWithinReach(i)) {
+                got = layers[i].kind == LayerKind::kElevation ? raiseLayer(i, tile, cancelled)
+                                                              : paintLayer(i, grid, key, rgba, cancelled);
+            }
+            if (m_layers->isRemote(i)) {
+                brought = brought || got != Got::kNone;
+                if (got != Got::kAll) {
+                    tile.lacking.push_back(i);
+                }
             }
         }
     }
-    if (cancelled) {
-        return nullptr;
-    }
-    tile->image = imageOf(rgba, size);
-    finishHeights(*tile);
-    if (!tile->wants_remote) {
-        m_layers->cache().put(key, tile, tile->bytes());
-    }
-    return tile;
+    tile.image = imageOf(rgba, size);
+    return brought;
 }
 
 std::shared_ptr<const TileData> TileComposer::bare(const TileKey& key) {

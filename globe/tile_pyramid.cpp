@@ -1,10 +1,12 @@
 #include "globe/tile_pyramid.h"
 
+#include <cpl_error.h>
 #include <cpl_minixml.h>
 #include <cpl_vsi.h>
 #include <gdal_priv.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -12,6 +14,8 @@
 #include <vector>
 
 #include "globe/geodesy.h"
+#include "globe/initialize.h"
+#include "globe/web_fetch.h"
 
 namespace globe {
 namespace {
@@ -20,6 +24,8 @@ constexpr double kMercatorEdge_m = kPi * kEquatorRadius_m;
 constexpr double kMercatorEdge_deg = 85.0511287798066;
 // Tiles side by side for one grid: the zoom is chosen so that few suffice.
 constexpr int kMaxTilesAcross = 8;
+// Two rows of them, since a row of posts may lie between two rows of tiles.
+constexpr std::size_t kTilesKept = 2 * (kMaxTilesAcross + 1);
 
 double mercatorY(double lat) {
     const double limited = toRadians(std::clamp(lat, -kMercatorEdge_deg, kMercatorEdge_deg));
@@ -85,6 +91,9 @@ private:
             return ReadResult::kNothing;
         }
         bool any = false;
+        m_failed = false;
+        m_answered = false;
+        m_cancelled = &cancelled;
         for (int row = 0; row < grid.rows; ++row) {
             const double lat = grid.extent.south + grid.stepY() * row;
             const double y = ((m_layout.mercator ? mercatorY(lat) : lat) - m_layout.origin_y) / units;
@@ -102,11 +111,12 @@ private:
                         static_cast<std::size_t>(column),
                     value);
             }
-            if (cancelled) {
+            if (cancelled || m_failed) {
                 return ReadResult::kFailed;
             }
         }
-        return any ? ReadResult::kRead : ReadResult::kNothing;
+        // A server that says there is nothing is in order, and whoever reads should know.
+        return any || m_answered ? ReadResult::kRead : ReadResult::kNothing;
     }
 
     // Bilinear over the whole pyramid's grid of pixels (x, y counted from the origin, y northward).
@@ -166,63 +176,112 @@ private:
             m_tiles.splice(m_tiles.begin(), m_tiles, found);
             return m_tiles.front();
         }
-        m_tiles.push_front(readTile(zoom, x, y));
-        if (m_tiles.size() > 2 * kMaxTilesAcross) {
+        // The first failure ends it, so that a server that does not answer is asked once and not for each
+        // tile.
+        PyramidTile tile;
+        tile.zoom = zoom;
+        tile.x = x;
+        tile.y = y;
+        if (m_failed || *m_cancelled || readTile(tile) == ReadResult::kFailed) {
+            m_failed = true;
+            return m_hole;
+        }
+        m_tiles.push_front(std::move(tile));
+        if (m_tiles.size() > kTilesKept) {
             m_tiles.pop_back();
         }
         return m_tiles.front();
     }
 
-    std::string addressOf(int zoom, long x, long y) const {
-        const double span = m_layout.units_per_pixel / std::ldexp(1.0, zoom) * m_layout.tile_size;
-        const double rows = (m_layout.mercator ? 2.0 * kMercatorEdge_m : 180.0) / span;
-        std::string address = replaced(replaced(m_layout.tile_template, "{z}", zoom), "{x}", x);
-        address = replaced(address, "{-y}", std::lround(rows) - 1 - y);
-        address = replaced(address, "{y}", y);
-        const bool web = address.rfind("http://", 0) == 0 || address.rfind("https://", 0) == 0;
-        return web ? "/vsicurl/" + address : address;
+    // Degrees or mercator metres: of a tile's side, and of the whole grid.
+    double spanOf(int zoom) const {
+        return m_layout.units_per_pixel / std::ldexp(1.0, zoom) * m_layout.tile_size;
+    }
+    double height() const { return m_layout.mercator ? 2.0 * kMercatorEdge_m : 180.0; }
+    double width() const { return m_layout.mercator ? 2.0 * kMercatorEdge_m : 360.0; }
+    // Nobody is asked for what cannot exist.
+    bool isInside(const PyramidTile& tile) const {
+        constexpr double kSlack = 1e-6;
+        const double span = spanOf(tile.zoom);
+        return tile.x >= 0 && tile.y >= 0 && static_cast<double>(tile.x) + kSlack < width() / span &&
+               static_cast<double>(tile.y) + kSlack < height() / span;
     }
 
-    PyramidTile readTile(int zoom, long x, long y) const {
-        PyramidTile tile;
-        tile.zoom = zoom;
-        tile.x = x;
-        tile.y = y;
+    std::string addressOf(const PyramidTile& tile) const {
+        const long rows = std::lround(height() / spanOf(tile.zoom));
+        std::string address = replaced(replaced(m_layout.tile_template, "{z}", tile.zoom), "{x}", tile.x);
+        address = replaced(address, "{-y}", rows - 1 - tile.y);
+        return replaced(address, "{y}", tile.y);
+    }
+
+    // Leaves a hole where there is nothing.
+    ReadResult readTile(PyramidTile& tile) {
+        if (!isInside(tile)) {
+            return ReadResult::kNothing;
+        }
+        const std::string address = addressOf(tile);
+        if (!isWebAddress(address)) {
+            VSIStatBufL status;
+            const bool there = VSIStatL(address.c_str(), &status) == 0 && status.st_size > 0;
+            return there ? decode(address, tile) : ReadResult::kNothing;
+        }
+        std::string bytes;
+        const FetchResult fetched = m_web.get(address, &bytes);
+        m_answered = m_answered || fetched != FetchResult::kFailed;
+        if (fetched != FetchResult::kRead) {
+            return fetched == FetchResult::kFailed ? ReadResult::kFailed : ReadResult::kNothing;
+        }
+        static std::atomic<unsigned> count{0};
+        const std::string file = "/vsimem/globe-tile-" + std::to_string(++count);
+        VSIFCloseL(
+            VSIFileFromMemBuffer(file.c_str(), reinterpret_cast<GByte*>(bytes.data()), bytes.size(), FALSE));
+        const ReadResult result = decode(file, tile);
+        VSIUnlink(file.c_str());
+        return result;
+    }
+
+    static ReadResult decode(const std::string& file, PyramidTile& tile) {
         const char* no_neighbours[] = {nullptr};
-        GDALDataset* data = x < 0 || y < 0 ? nullptr
-                                           : GDALDataset::Open(addressOf(zoom, x, y).c_str(),
-                                                               GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr,
-                                                               nullptr, no_neighbours);
-        if (data == nullptr) {
-            return tile;
+        GDALDataset* data = GDALDataset::Open(file.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr,
+                                              nullptr, no_neighbours);
+        tile.there = data != nullptr && load(*data, tile);
+        if (data != nullptr) {
+            GDALClose(data);
         }
-        tile.size = data->GetRasterXSize();
+        if (!tile.there) {
+            CPLError(CE_Failure, CPLE_AppDefined, "a tile is no picture");
+        }
+        return tile.there ? ReadResult::kRead : ReadResult::kFailed;
+    }
+
+    static bool load(GDALDataset& data, PyramidTile& tile) {
+        tile.size = data.GetRasterXSize();
+        const int bands = data.GetRasterCount();
+        if (bands < 1 || tile.size != data.GetRasterYSize() || tile.size > 4096) {
+            return false;
+        }
         const auto texels = static_cast<std::size_t>(tile.size) * static_cast<std::size_t>(tile.size);
-        const int bands = data->GetRasterCount();
-        if (bands >= 1 && tile.size == data->GetRasterYSize() && tile.size <= 4096) {
-            const auto load = [&](int band, std::vector<float>& into) {
-                into.resize(texels);
-                return data->GetRasterBand(band)->RasterIO(GF_Read, 0, 0, tile.size, tile.size, into.data(),
-                                                           tile.size, tile.size, GDT_Float32, 0, 0,
-                                                           nullptr) == CE_None;
-            };
-            tile.there = load(1, tile.red) && load(bands >= 3 ? 2 : 1, tile.green) &&
-                         load(bands >= 3 ? 3 : 1, tile.blue);
-            tile.alpha.assign(texels, 255.0f);
-            std::vector<float>& alpha = tile.alpha;
-            if (tile.there && (data->GetRasterBand(1)->GetMaskFlags() & GMF_ALL_VALID) == 0) {
-                tile.there = data->GetRasterBand(1)->GetMaskBand()->RasterIO(
-                                 GF_Read, 0, 0, tile.size, tile.size, alpha.data(), tile.size, tile.size,
-                                 GDT_Float32, 0, 0, nullptr) == CE_None;
-            }
-        }
-        GDALClose(data);
-        return tile;
+        const auto read = [&](GDALRasterBand* band, std::vector<float>& into) {
+            into.resize(texels);
+            return band->RasterIO(GF_Read, 0, 0, tile.size, tile.size, into.data(), tile.size, tile.size,
+                                  GDT_Float32, 0, 0, nullptr) == CE_None;
+        };
+        GDALRasterBand* first = data.GetRasterBand(1);
+        tile.alpha.assign(texels, 255.0f);
+        return read(first, tile.red) && read(data.GetRasterBand(bands >= 3 ? 2 : 1), tile.green) &&
+               read(data.GetRasterBand(bands >= 3 ? 3 : 1), tile.blue) &&
+               ((first->GetMaskFlags() & GMF_ALL_VALID) != 0 || read(first->GetMaskBand(), tile.alpha));
     }
 
     PyramidLayout m_layout;
     RasterInfo m_info;
     std::list<PyramidTile> m_tiles;  // newest first
+    const PyramidTile m_hole;
+    WebFetch m_web;
+    // Of the read under way.
+    bool m_failed = false;
+    bool m_answered = false;
+    const Flag* m_cancelled = nullptr;
 };
 
 std::string folderOf(const std::string& url) {
@@ -230,16 +289,22 @@ std::string folderOf(const std::string& url) {
     return slash == std::string::npos ? "." : url.substr(0, slash);
 }
 
-std::string textOf(const std::string& url) {
-    const bool web = url.rfind("http", 0) == 0;
+bool readText(const std::string& url, std::string* text, std::string* error) {
+    if (isWebAddress(url)) {
+        WebFetch web;
+        const FetchResult fetched = web.get(url, text);
+        *error = fetched == FetchResult::kFailed ? CPLGetLastErrorMsg() : "there is nothing at this address";
+        return fetched == FetchResult::kRead;
+    }
     GByte* bytes = nullptr;
     vsi_l_offset size = 0;
-    if (!VSIIngestFile(nullptr, (web ? "/vsicurl/" + url : url).c_str(), &bytes, &size, 1 << 20)) {
-        return {};
+    if (!VSIIngestFile(nullptr, url.c_str(), &bytes, &size, 1 << 20)) {
+        *error = "cannot be read";
+        return false;
     }
-    std::string text(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
+    text->assign(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
     VSIFree(bytes);
-    return text;
+    return true;
 }
 
 double numberOf(const CPLXMLNode* node, const char* path, double otherwise) {
@@ -263,7 +328,11 @@ GeoExtent boxOf(const CPLXMLNode* root, bool mercator) {
 }  // namespace
 
 bool readTileMapResource(const std::string& url, PyramidLayout* layout, std::string* error) {
-    CPLXMLNode* document = CPLParseXMLString(textOf(url).c_str());
+    std::string text;
+    if (!readText(url, &text, error)) {
+        return false;
+    }
+    CPLXMLNode* document = CPLParseXMLString(text.c_str());
     CPLXMLNode* root = document != nullptr ? CPLGetXMLNode(document, "=TileMap") : nullptr;
     CPLXMLNode* sets = root != nullptr ? CPLGetXMLNode(root, "TileSets") : nullptr;
     bool any = false;
@@ -317,6 +386,7 @@ PyramidLayout webMapLayout(const std::string& tile_template, int max_zoom) {
 }
 
 std::unique_ptr<RasterSource> openPyramid(const PyramidLayout& layout) {
+    registerAllDrivers();
     return std::make_unique<Pyramid>(layout);
 }
 

@@ -28,7 +28,8 @@ bool readTileMapResource(const std::string& url, PyramidLayout* layout, std::str
 // The usual grid of web maps.
 PyramidLayout webMapLayout(const std::string& tile_template, int max_zoom);
 
-// Missing tiles are holes, not failures.
+// Missing tiles are holes. One that is there and is no picture is a failure, and so is a server that does not
+// answer.
 std::unique_ptr<RasterSource> openPyramid(const PyramidLayout& layout);
 
 }  // namespace globe

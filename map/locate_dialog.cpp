@@ -1,6 +1,8 @@
 #include "map/locate_dialog.h"
 
 #include <QDoubleValidator>
+#include <QScreen>
+#include <algorithm>
 
 #include "widgets/common_dlg.h"
 
@@ -31,8 +33,15 @@ void openLocateDialog(Ui::MyLocateDialogUi& ui, common_dlg& dialog, const QWidge
     ui.retranslateUi(&dialog);
     dialog.show();
     const QPoint corner = over.mapToGlobal(QPoint(0, 0));
-    dialog.move(corner.x() + (over.width() - dialog.width()) / 2,
-                corner.y() + (over.height() - dialog.height()) / 2);
+    // A map at the edge of the screen may be narrower than the dialog.
+    const QRect room = over.screen()->availableGeometry();
+    const auto inside = [](int at, int size, int least, int end) {
+        return std::max(least, std::min(at, end - size));
+    };
+    dialog.move(inside(corner.x() + (over.width() - dialog.width()) / 2, dialog.width(), room.x(),
+                       room.x() + room.width()),
+                inside(corner.y() + (over.height() - dialog.height()) / 2, dialog.height(), room.y(),
+                       room.y() + room.height()));
     ui.edit_alt->setText(QString::fromStdString(sorvane::fieldText(point.altitude_m, 1)));
     ui.edit_lat->setText(QString::fromStdString(sorvane::fieldText(point.latitude_deg, 7)));
     ui.edit_lng->setText(QString::fromStdString(sorvane::fieldText(point.longitude_deg, 7)));

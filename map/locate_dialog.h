@@ -19,7 +19,8 @@ struct LocateFields {
 // Builds the form on a frameless dialog below `parent`, which owns it. The held buttons report to `target`,
 // which also owns the validators. GUI thread.
 common_dlg* makeLocateDialog(Ui::MyLocateDialogUi& ui, QWidget* parent, QObject* target);
-// Shows it in the language of the moment over the middle of `over`, with the point in its fields.
+// Shows it in the language of the moment over the middle of `over`, but wholly on the screen, with the point
+// in its fields.
 void openLocateDialog(Ui::MyLocateDialogUi& ui, common_dlg& dialog, const QWidget& over,
                       const sorvane::GeoPosition& point);
 LocateFields readLocateFields(const Ui::MyLocateDialogUi& ui);

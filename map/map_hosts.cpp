@@ -49,10 +49,10 @@ void MapHosts::show() {
     m_fields.btn_ctrl_pane->setText(QStringLiteral(">"));
     m_form.map_strip->show();
     m_form.pictures_and_strip->setSizes({kHalf, kHalf});
+    // A toggle that says "show" keeps saying it over a strip that has come up by this: meant.
     if (m_holder == nullptr) {
         createStripToggle();
     }
-    m_toggle->setText(kHideText);
 }
 
 void MapHosts::createStripToggle() {
@@ -108,6 +108,8 @@ void MapHosts::aircraftReported(double lon, double lat, double alt, float headin
         }
     }
 }
+
+void MapHosts::pictureCame(int window_id) { QMapWidget::picture_came(window_id); }
 
 void MapHosts::letGo(const void* but) {
     for (QMapWidget* map : {m_fields.map1, m_fields.map2}) {

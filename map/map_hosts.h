@@ -38,6 +38,8 @@ public:
     // Degrees and metres; a map that does not exist yet does not learn of it later.
     void targetReported(double lon, double lat, std::uint32_t alt);
     void aircraftReported(double lon, double lat, double alt, float heading);
+    // A video window has a new picture.
+    void pictureCame(int window_id);
 
     // Ends a press on every map but that one.
     void letGo(const void* but);

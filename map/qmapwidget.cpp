@@ -3,6 +3,7 @@
 
 #include <QResizeEvent>
 #include <QTimerEvent>
+#include <algorithm>
 #include <chrono>
 #include <limits>
 
@@ -18,6 +19,10 @@ namespace {
 
 constexpr int kFrameMs = 10;
 constexpr double kFieldOfView_deg = 30.0;
+constexpr int kProblemGap = 16;  // beside what the map says of its data
+// Narrower, the scale at its longest would lie on the controls at the left, and goes below them.
+constexpr int kOneRow = 620;
+constexpr float kSecondRow = 44.0F;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 std::int64_t now_us() {
@@ -36,6 +41,8 @@ sorvane::FramePace& pace() {
 void QMapWidget::preload_earth() { startEarthPreload(); }
 
 void QMapWidget::drop_preload() { dropEarthPreload(); }
+
+void QMapWidget::picture_came(int window) { pace().pictureCame(window, now_us()); }
 
 QMapWidget::QMapWidget(QWidget* parent, MapOwner& owner)
     : QWidget(parent),
@@ -90,25 +97,29 @@ globe::GraphicsWindowQt* QMapWidget::surface_window() const {
 // commands for as long as it took. A button goes ahead of all that: what it means for the pod is found out in
 // a frame.
 void QMapWidget::draw_if_asked() {
+    // They come and go with what the loading threads meet, in this map and in the other.
+    if (m_map_node->problemsRevision() != m_problems_shown) {
+        show_problems();
+    }
+    // A view that has lost its context draws no more, but what is held on it has to end.
+    if (!surface_window()->valid()) {
+        surface_window()->endInput();
+        return;
+    }
     if (m_urgent ||
         (surface_window()->isExposed() && m_viewer->checkNeedToDoFrame() && pace().mayDraw(this, now_us()))) {
         draw();
     }
 }
 
-// A view without a context would open windows of its own. One that has lost its own draws no more, but what
-// is held on it has to end.
+// A view without a context would open windows of its own.
 void QMapWidget::draw() {
     m_urgent = false;
     if (!surface_window()->valid()) {
-        surface_window()->endInput();
         return;
     }
     const std::int64_t begin = now_us();
     m_viewer->frame();
-    if (m_map_node->problems().size() != m_problem_count) {
-        show_problems();
-    }
     pace().drawn(this, begin, now_us());
 }
 
@@ -117,6 +128,7 @@ void QMapWidget::resizeEvent(QResizeEvent* e) {
     globe::GLWidget* surface = surface_window()->getGLWidget();
     const QSize size = e->size();
     surface->setGeometry(0, 0, size.width(), size.height());
+    fit_controls(size.width());
     m_camera->setProjectionMatrixAsPerspective(
         kFieldOfView_deg, static_cast<double>(size.width()) / static_cast<double>(size.height()), 1.0,
         10000.0);
@@ -125,6 +137,11 @@ void QMapWidget::resizeEvent(QResizeEvent* e) {
         surface->show();
     }
     ask_for_frame();
+}
+
+void QMapWidget::fit_controls(int width) {
+    m_problem_label->setMaxWidth(static_cast<float>(std::max(width - kProblemGap, kProblemGap)));
+    m_scale_box->setMargin(globe::Control::SIDE_TOP, width < kOneRow ? kSecondRow : 0.0F);
 }
 
 bool QMapWidget::event(QEvent* e) {

@@ -12,6 +12,7 @@
 #include "globe/check_box_control.h"
 #include "globe/circle_node.h"
 #include "globe/color.h"
+#include "globe/control_containers.h"
 #include "globe/feature_node.h"
 #include "globe/label_control.h"
 #include "globe/map_node.h"
@@ -45,6 +46,8 @@ public:
     static void preload_earth();
     // The window closes; see map/earth_preload.h.
     static void drop_preload();
+    // A picture has come to the video window of that number: maps do not begin a frame when the next is due.
+    static void picture_came(int window);
 
     // Waits for the preload, then builds the whole scene. The owner outlives it.
     QMapWidget(QWidget* parent, MapOwner& owner);
@@ -61,7 +64,7 @@ public:
 
     void add_compass(osgViewer::View* view);
     void fly_to(double lon, double lat, double alt);
-    // Makes a node answer to the picker by that number.
+    // Makes a node answer to the picker by that number, for which the object index then knows it.
     void set_pickable(osg::Node* node, globe::ObjectID id);
     void show_flag_circle(double lon, double lat, int radius_m);
     globe::PlaceNode* add_place(double lon, double lat, const std::string& name);
@@ -116,6 +119,7 @@ private:
     void press_lost();
 
     globe::GraphicsWindowQt* surface_window() const;
+    void fit_controls(int width);
     void draw_if_asked();
     void draw();
     void ask_for_frame();
@@ -153,7 +157,8 @@ private:
     globe::CheckBoxControl* m_plane_center = nullptr;
 
     globe::LabelControl* m_problem_label = nullptr;
+    globe::HBox* m_scale_box = nullptr;
     std::unique_ptr<GlobeHand> m_hand;
-    std::size_t m_problem_count = 0;  // of those shown
-    bool m_urgent = false;            // a button waits in the view's queue
+    std::uint64_t m_problems_shown = 0;  // their revision
+    bool m_urgent = false;               // a button waits in the view's queue
 };

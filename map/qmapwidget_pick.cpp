@@ -4,6 +4,8 @@
 
 #include "app/events/my_event.h"
 #include "globe/graphics_window_qt.h"
+#include "globe/registry.h"
+#include "globe/sight.h"
 #include "map/geo_command.h"
 #include "map/globe_hand.h"
 #include "map/locate_dialog.h"
@@ -35,8 +37,7 @@ void QMapWidget::on_control_click(const std::string& name) {
 
 void QMapWidget::set_pickable(osg::Node* node, globe::ObjectID id) {
     m_picker->addChild(node);
-    node->getOrCreateStateSet()->addUniform(
-        new osg::Uniform(globe::ObjectIndex::uniformName(), globe::ObjectIndex::colorOf(id)));
+    globe::Registry::instance()->getObjectIndex()->tagNode(node, id);
 }
 
 bool QMapWidget::on_viewer(const GUIEventAdapter& ea) {
@@ -56,10 +57,11 @@ bool QMapWidget::on_viewer(const GUIEventAdapter& ea) {
     return false;
 }
 
-// Off the globe the last point stays, for the label and for the next press.
+// What is seen counts: over the aircraft it is the aircraft's point. Off the globe the last point stays, for
+// the label and for the next press.
 void QMapWidget::hover(const GUIEventAdapter& ea) {
     osg::Vec3d world;
-    if (!m_map_node->getTerrain()->getWorldCoordsUnderMouse(m_viewer.get(), ea.getX(), ea.getY(), world)) {
+    if (!globe::firstSeen(*m_map_node, m_viewer.get(), ea.getX(), ea.getY(), world)) {
         return;
     }
     const osg::EllipsoidModel figure(6378137.0, 6356752.3142);
@@ -94,6 +96,8 @@ bool QMapWidget::left_button(const GUIEventAdapter& ea) {
 void QMapWidget::left_released() {
     m_left_pressed = false;
     g_pick_drag = false;
+    // A hit that is told after the release would begin a drag without a hand.
+    m_picker->cancel(m_picker->getDefaultCallback());
     m_owner.geoHoldEnded(this);
 }
 

@@ -167,6 +167,7 @@ void QMapWidget::init_picker() {
 void QMapWidget::add_scale_bar(globe::MapNode* map_node, osgViewer::View* view) {
     m_scale_bar = new ScaleBar(map_node, view);
     auto* box = new HBox;
+    m_scale_box = box;
     box->setHorizAlign(Control::ALIGN_CENTER);
     box->setVertAlign(Control::ALIGN_TOP);
     box->setPadding(2.0F);
@@ -188,8 +189,8 @@ void QMapWidget::add_compass(osgViewer::View* view) {
 void QMapWidget::retranslate() { show_problems(); }
 
 void QMapWidget::show_problems() {
+    m_problems_shown = m_map_node->problemsRevision();
     const std::vector<std::string> problems = m_map_node->problems();
-    m_problem_count = problems.size();
     m_problem_label->setText(problemText(problems).toStdString());
     m_problem_label->setVisible(!problems.empty());
     ask_for_frame();

@@ -1,7 +1,10 @@
 #include "map/scale_bar.h"
 
+#include <cmath>
+
 #include "globe/geo_math.h"
 #include "globe/geo_point.h"
+#include "globe/pixel_ratio.h"
 
 using globe::Frame;
 using globe::LabelControl;
@@ -36,13 +39,17 @@ double ScaleBar::blank() {
 }
 
 // Metres over the ground between the two points of the line.
-bool ScaleBar::measure(const sorvane::MeasuringLine& line, double* distance_m) const {
+bool ScaleBar::measure(const sorvane::MeasuringLine& line, double pixel_ratio, double* distance_m) const {
     const globe::Terrain* terrain = m_map_node->getTerrain();
-    const auto y = static_cast<float>(line.y);
+    if (terrain == nullptr) {
+        return false;
+    }
     osg::Vec3d world[2];
-    if (terrain == nullptr ||
-        !terrain->getWorldCoordsUnderMouse(m_view.get(), static_cast<float>(line.x0), y, world[0]) ||
-        !terrain->getWorldCoordsUnderMouse(m_view.get(), static_cast<float>(line.x1), y, world[1])) {
+    const auto ground = [&](double x, osg::Vec3d& at) {
+        return terrain->getWorldCoordsUnderMouse(m_view.get(), static_cast<float>(x * pixel_ratio),
+                                                 static_cast<float>(line.y * pixel_ratio), at);
+    };
+    if (!ground(line.x0, world[0]) || !ground(line.x1, world[1])) {
         return false;
     }
     const globe::SpatialReference* srs = m_map_node->getMapSRS();
@@ -70,13 +77,14 @@ double ScaleBar::update() {
         return -1.0;
     }
     const osg::GraphicsContext* context = m_view->getCamera()->getGraphicsContext();
+    const double ratio = globe::pixelRatioOf(context);
     if (context != nullptr && context->getTraits() != nullptr) {
-        m_width = context->getTraits()->width;
-        m_height = context->getTraits()->height;
+        m_width = static_cast<std::int32_t>(std::lround(context->getTraits()->width / ratio));
+        m_height = static_cast<std::int32_t>(std::lround(context->getTraits()->height / ratio));
     }
     const sorvane::MeasuringLine line = sorvane::measuringLine(m_width, m_height);
     double distance_m = 0.0;
-    if (!measure(line, &distance_m) || !(distance_m > 0.0)) {
+    if (!measure(line, ratio, &distance_m) || !(distance_m > 0.0)) {
         return blank();
     }
     m_metres_per_pixel = distance_m / line.length;

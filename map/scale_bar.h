@@ -30,14 +30,15 @@ protected:
 private:
     friend struct ScaleBarAccess;
     double blank();
-    bool measure(const sorvane::MeasuringLine& line, double* distance_m) const;
+    bool measure(const sorvane::MeasuringLine& line, double pixel_ratio, double* distance_m) const;
 
     osg::ref_ptr<globe::LabelControl> m_label;
     osg::ref_ptr<globe::Frame> m_bar;
     osg::observer_ptr<globe::MapNode> m_map_node;
     osg::observer_ptr<globe::Map> m_map;
     osg::observer_ptr<osgViewer::View> m_view;
-    std::int32_t m_width = 500;  // of the view, in pixels
+    std::int32_t m_width =
+        500;  // of the view, in pixels (in units of the canvas where the display's are finer)
     std::int32_t m_height = 500;
     double m_metres_per_pixel = 0.0;
     sorvane::ScaleUnits m_units = sorvane::kScaleMetric;

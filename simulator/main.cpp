@@ -66,6 +66,7 @@ PodConfig podConfigOf(const Options& o, const RecordedRoute& route) {
     }
     config.start_utc_ms = utcMicroseconds() / 1000;
     config.latched = o.latched;
+    config.places_held = o.places_held;
     config.plan = o.flight;
     config.route = route;
     return config;

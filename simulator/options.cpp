@@ -157,6 +157,8 @@ const OptionRow kControlOptions[] = {
      [](Options& o, Value v) { return readProfile(v, o.profile); }},
     {"--latched", nullptr, "a rate or lens movement lasts until its own stop, not for want of frames",
      [](Options& o, Value) { return o.latched = true; }},
+    {"--places-held", nullptr, "a place is guided to or tracked while its periodic frames come, then no more",
+     [](Options& o, Value) { return o.places_held = true; }},
     {"--ins-pty", nullptr, "frames of an inertial unit on a pseudo terminal of their own",
      [](Options& o, Value) { return o.ins_pty = true; }},
     {"--ins-pty-link", "PATH", "the same, with a symbolic link to it at PATH",

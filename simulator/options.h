@@ -20,8 +20,9 @@ struct Options {
     std::string bind_address = "127.0.0.1";
     int udp_port = 8000;  // kNoPort: off; 0: any free one
     int tcp_port = kNoPort;
-    bool latched = false;    // movements last until their own stop
-    int web_port = kNoPort;  // of the encoder's page
+    bool latched = false;      // movements last until their own stop
+    bool places_held = false;  // a place is pointed at while its periodic frames come
+    int web_port = kNoPort;    // of the encoder's page
     bool pty = false;
     std::string pty_link;
     std::string peer;       // ADDRESS:PORT; empty: whoever sent last, at first kStationPort here

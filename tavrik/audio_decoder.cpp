@@ -86,33 +86,22 @@ bool AudioDecoder::open(const Item& item) {
     if (avcodec_open2(m_context.get(), decoder, nullptr) < 0) {
         return false;
     }
-    m_parser.reset(item.whole ? nullptr : av_parser_init(item.parameters->codec_id));
-    return item.whole || m_parser != nullptr;
+    return item.whole || m_parser.open(item.parameters->codec_id);
 }
 
 void AudioDecoder::parse(const AVPacket* packet, Clock::time_point arrival) {
-    const std::uint8_t* at = packet->data;
-    std::int64_t pts = packet->pts;
-    int left = packet->size;
     const PacketPtr cut(av_packet_alloc());
-    while (left > 0 && cut != nullptr) {
-        std::uint8_t* frame = nullptr;
-        int size = 0;
-        const int used = av_parser_parse2(m_parser.get(), m_context.get(), &frame, &size, at, left, pts,
-                                          AV_NOPTS_VALUE, 0);
-        pts = AV_NOPTS_VALUE;
-        if (used < 0 || (used == 0 && size == 0)) {
-            return;
-        }
-        at += used;
-        left -= used;
-        if (size > 0 && av_new_packet(cut.get(), size) >= 0) {
-            std::memcpy(cut->data, frame, static_cast<std::size_t>(size));
-            cut->pts = m_parser->pts;
-            play(cut.get(), arrival);
-            av_packet_unref(cut.get());
-        }
-    }
+    m_parser.push(*m_context, packet->data, static_cast<std::size_t>(packet->size), packet->pts,
+                  [&](const SoundParser::Frame& frame) {
+                      const auto size = static_cast<int>(frame.size);
+                      if (cut == nullptr || av_new_packet(cut.get(), size) < 0) {
+                          return;
+                      }
+                      std::memcpy(cut->data, frame.data, frame.size);
+                      cut->pts = frame.pts;
+                      play(cut.get(), arrival);
+                      av_packet_unref(cut.get());
+                  });
 }
 
 // Waits until the picture has come as far; false if the sound is too late, or at the end.

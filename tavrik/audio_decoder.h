@@ -12,6 +12,7 @@
 
 #include "tavrik/callback_gate.h"
 #include "tavrik/ffmpeg_ptr.h"
+#include "tavrik/sound_parser.h"
 #include "tavrik/sound_sync.h"
 #include "tavrik/source.h"
 
@@ -63,7 +64,7 @@ private:
 
     // Of the sound's thread alone.
     CodecContextPtr m_context;
-    ParserPtr m_parser;
+    SoundParser m_parser;
     SwrContext* m_resampler = nullptr;
     int m_resamplerRate = 0, m_resamplerChannels = 0, m_resamplerFormat = -1;
     std::vector<std::uint8_t> m_samples;

@@ -28,8 +28,13 @@ struct CaptureItem {
     AccessUnitPtr picture;
     SoundChunkPtr sound;
 
+    // In memory: pieces of a few bytes fill it too.
     std::size_t bytes() const {
-        return picture != nullptr ? picture->padded.size() : sound != nullptr ? sound->data.size() : 0;
+        constexpr std::size_t kItself = 256;
+        const std::size_t data = picture != nullptr ? picture->padded.size()
+                                 : sound != nullptr ? sound->data.size()
+                                                    : 0;
+        return data + kItself;
     }
 };
 

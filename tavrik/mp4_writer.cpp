@@ -28,6 +28,7 @@ constexpr std::int64_t kFirstTicks = 750;
 constexpr std::size_t kMostHeld = 32u << 20;
 constexpr std::size_t kMostPicturesHeld = 1000;
 constexpr std::size_t kMostSoundHeld = 4096;
+constexpr std::size_t kMostSoundBytesHeld = 8u << 20;
 // Sound that is off by less simply goes on.
 constexpr auto kMostDriftMs = 100;
 
@@ -70,6 +71,7 @@ private:
     std::vector<Picture> m_run;    // since the last flush
     std::vector<Picture> m_timed;  // with their times, not given to the muxer yet
     std::vector<SoundFrame> m_sound;
+    std::size_t m_soundBytes = 0;  // of what came since it was empty
     std::size_t m_runBytes = 0;
     bool m_first = true;
     int m_width = 0, m_height = 0;
@@ -131,8 +133,13 @@ bool Mp4Writer::sound(const SoundChunkPtr& chunk) {
     if (m_muxer.begun() && !m_muxer.hasSound() && !m_sound.empty()) {
         m_sound.clear();
     }
-    if (m_sound.size() > kMostSoundHeld) {
+    m_soundBytes += chunk->data.size();
+    if (m_sound.empty()) {
+        m_soundBytes = 0;
+    }
+    if (m_sound.size() > kMostSoundHeld || m_soundBytes > kMostSoundBytesHeld) {
         m_sound.clear();
+        m_soundBytes = 0;
         m_soundPlaced = false;
     }
     return true;
@@ -236,6 +243,7 @@ CaptureTimes Mp4Writer::timesOf(const Picture& picture, bool begins_piece) {
 bool Mp4Writer::writeSound() {
     std::vector<SoundFrame> frames;
     frames.swap(m_sound);
+    m_soundBytes = 0;
     if (!m_muxer.hasSound() || !placeSound(frames)) {
         return true;
     }

@@ -128,43 +128,29 @@ bool SoundTrack::readConfiguration() {
 }
 
 void SoundTrack::parse(const SoundChunk& chunk, std::vector<SoundFrame>& frames) {
-    if (m_parser == nullptr) {
+    if (!m_parser.isOpen()) {
         m_context.reset(avcodec_alloc_context3(nullptr));
-        m_parser.reset(av_parser_init(chunk.parameters->codec_id));
-        if (m_context == nullptr || m_parser == nullptr) {
+        if (m_context == nullptr || !m_parser.open(chunk.parameters->codec_id)) {
             m_refused = true;
             return;
         }
         m_context->codec_type = AVMEDIA_TYPE_AUDIO;
         m_context->codec_id = chunk.parameters->codec_id;
     }
-    const std::uint8_t* at = chunk.data.data();
-    auto left = static_cast<int>(chunk.data.size());
-    std::int64_t pts = chunk.stamp.pts;
-    while (left > 0) {
-        std::uint8_t* data = nullptr;
-        int size = 0;
-        const int used =
-            av_parser_parse2(m_parser.get(), m_context.get(), &data, &size, at, left, pts, AV_NOPTS_VALUE, 0);
-        pts = AV_NOPTS_VALUE;
-        if (used < 0 || (used == 0 && size == 0)) {
-            return;
-        }
-        at += used;
-        left -= used;
-        if (size <= 0) {
-            continue;
-        }
-        if (m_track == nullptr && m_context->sample_rate > 0 && begin(*chunk.parameters)) {
-            avcodec_parameters_from_context(m_track.get(), m_context.get());
-        }
-        if (m_track != nullptr) {
-            frames.push_back(frameOf(data, static_cast<std::size_t>(size), m_parser->pts, chunk.stamp));
-            frames.back().samples = m_parser->duration > 0
-                                        ? m_parser->duration
-                                        : av_get_audio_frame_duration2(m_track.get(), size);
-        }
-    }
+    m_parser.push(*m_context, chunk.data.data(), chunk.data.size(), chunk.stamp.pts,
+                  [&](const SoundParser::Frame& frame) {
+                      if (m_track == nullptr && m_context->sample_rate > 0 && begin(*chunk.parameters)) {
+                          avcodec_parameters_from_context(m_track.get(), m_context.get());
+                      }
+                      if (m_track == nullptr) {
+                          return;
+                      }
+                      const auto size = static_cast<int>(frame.size);
+                      frames.push_back(frameOf(frame.data, frame.size, frame.pts, chunk.stamp));
+                      frames.back().samples = frame.samples > 0
+                                                  ? frame.samples
+                                                  : av_get_audio_frame_duration2(m_track.get(), size);
+                  });
 }
 
 }  // namespace tavrik

@@ -8,6 +8,7 @@
 
 #include "tavrik/adts.h"
 #include "tavrik/capture_item.h"
+#include "tavrik/sound_parser.h"
 
 namespace tavrik {
 
@@ -39,7 +40,7 @@ private:
     ParametersPtr m_track;
     AdtsSplitter m_splitter;
     CodecContextPtr m_context;
-    ParserPtr m_parser;
+    SoundParser m_parser;
     int m_rateIndex = -1;
     bool m_refused = false;
 };

@@ -3037,8 +3037,100 @@ mode</translation>
             <translation>the earth file has no map but %1</translation>
         </message>
         <message>
-            <source>图层 %1 的部分数据无法读取：%2</source>
-            <translation>parts of layer %1 cannot be read: %2</translation>
+            <source>地图类型 %1 按地球仪显示</source>
+            <translation>the map's type %1 is shown as a globe</translation>
+        </message>
+        <message>
+            <source>没有给出地址（url）</source>
+            <translation>has no url</translation>
+        </message>
+        <message>
+            <source>缺少 %1</source>
+            <translation>%1 is missing</translation>
+        </message>
+        <message>
+            <source>%1 不是数字：%2</source>
+            <translation>%1 is no number: %2</translation>
+        </message>
+        <message>
+            <source>没有概览图，只在近处显示（可用 gdaladdo 生成）</source>
+            <translation>has no overviews: it shows only from near (gdaladdo makes them)</translation>
+        </message>
+        <message>
+            <source>原因不明</source>
+            <translation>no reason is given</translation>
+        </message>
+        <message>
+            <source>%1：没有能读取它的驱动</source>
+            <translation>%1: no driver knows it</translation>
+        </message>
+        <message>
+            <source>%1：其中没有图像</source>
+            <translation>%1: has no picture in it</translation>
+        </message>
+        <message>
+            <source>%1：没有地理位置信息</source>
+            <translation>%1: does not say where on the earth it lies</translation>
+        </message>
+        <message>
+            <source>%1：无法转换到 WGS 84</source>
+            <translation>%1: cannot be brought to WGS 84</translation>
+        </message>
+        <message>
+            <source>%1：不是瓦片地图的说明文件</source>
+            <translation>%1: is no description of a tile map</translation>
+        </message>
+        <message>
+            <source>%1：无法识别的文件格式</source>
+            <translation>%1: the file's format is not known</translation>
+        </message>
+        <message>
+            <source>%1：文件不存在</source>
+            <translation>%1: there is no such file</translation>
+        </message>
+        <message>
+            <source>服务器拒绝（HTTP %1）</source>
+            <translation>the server refuses (HTTP %1)</translation>
+        </message>
+        <message>
+            <source>%1：该地址没有内容</source>
+            <translation>%1: there is nothing at this address</translation>
+        </message>
+        <message>
+            <source>%1：无法读取</source>
+            <translation>%1: cannot be read</translation>
+        </message>
+        <message>
+            <source>有瓦片不是图像</source>
+            <translation>a tile is no picture</translation>
+        </message>
+        <message>
+            <source>本系统无法从网络读取</source>
+            <translation>this system cannot read from the network</translation>
+        </message>
+        <message>
+            <source>找不到服务器</source>
+            <translation>the server cannot be found</translation>
+        </message>
+        <message>
+            <source>无法连接服务器</source>
+            <translation>no connection to the server</translation>
+        </message>
+        <message>
+            <source>服务器没有响应</source>
+            <translation>the server does not answer</translation>
+        </message>
+        <message>
+            <source>部分数据无法读取：%1</source>
+            <translation>parts cannot be read: %1</translation>
+        </message>
+        <message>
+            <source>读取失败：%1</source>
+            <translation>%1</translation>
+        </message>
+        <message>
+            <source>另有 %1 条</source>
+            <translation>and %1 more</translation>
         </message>
         <message>
             <source>图层 %1：%2</source>

@@ -3,16 +3,23 @@
 #include <QAudioDeviceInfo>
 #include <QAudioFormat>
 #include <QAudioOutput>
-#include <QCoreApplication>
+#include <QByteArray>
+#include <QPointer>
 #include <QThread>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <mutex>
 #include <utility>
 
+#include "video/sound_thread.h"
+
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr unsigned long kWaitMs = 10;
+constexpr std::chrono::milliseconds kBetweenAttempts(1000);
 // Outlives every object: a callback that the stream library has left behind still asks it.
 std::atomic<bool> g_gateOpen{false};
 
@@ -27,63 +34,105 @@ QAudioFormat pcmFormat(int sample_rate, int channels, const QAudioDeviceInfo& de
     return device.isFormatSupported(format) ? format : device.nearestFormat(format);
 }
 
+bool gateOpen() { return g_gateOpen; }
+
+// The toolkit's objects; touched and deleted on one sound's thread alone.
+struct Toolkit {
+    std::unique_ptr<QAudioOutput> output;
+    QPointer<QIODevice> device;  // the output deletes it when it loses its server
+
+    void open(int sample_rate, int channels) {
+        QAudioDeviceInfo info = QAudioDeviceInfo::defaultOutputDevice();
+        // A server without any device tells one all the same, and the toolkit would wait for it for ever.
+        if (info.deviceName().isEmpty() || !info.preferredFormat().isValid()) {
+            info = QAudioDeviceInfo();
+        }
+        output = std::make_unique<QAudioOutput>(info, pcmFormat(sample_rate, channels, info));
+        if (!info.isNull()) {
+            device = output->start();
+        }
+    }
+    bool stopped() const { return device == nullptr || output->state() == QAudio::StoppedState; }
+};
+
 class SystemOutput : public SoundOutput {
 public:
-    SystemOutput(int sample_rate, int channels) {
-        const QAudioDeviceInfo device = QAudioDeviceInfo::defaultOutputDevice();
-        // No parent: that one lives on another thread. The GUI thread takes the object over and deletes it.
-        m_output = new QAudioOutput(device, pcmFormat(sample_rate, channels, device));
-        m_device = m_output->start();
-        m_output->moveToThread(QCoreApplication::instance()->thread());
-    }
-    ~SystemOutput() override {
-        if (QThread::currentThread() == m_output->thread()) {
-            m_output->stop();
-        }
-        m_output->deleteLater();
+    static std::unique_ptr<SoundOutput> open(int sample_rate, int channels) {
+        std::unique_ptr<SystemOutput> made(new SystemOutput);
+        const bool opened = made->m_thread.run(
+            [toolkit = made->m_toolkit, sample_rate, channels] { toolkit->open(sample_rate, channels); },
+            gateOpen);
+        return opened ? std::move(made) : nullptr;
     }
     bool stopped() const override {
-        // Without a sound device there is nothing to write to, now or later.
-        return m_device == nullptr || m_output->state() == QAudio::StoppedState;
+        return ask([](const Toolkit& toolkit) { return toolkit.stopped() ? 1 : 0; }, 1) != 0;
     }
-    int bufferBytes() const override { return m_output->bufferSize(); }
-    int freeBytes() const override { return m_output->bytesFree(); }
-    void write(const char* data, int size) override { m_device->write(data, size); }
+    int bufferBytes() const override {
+        return ask([](const Toolkit& toolkit) { return toolkit.output->bufferSize(); }, 0);
+    }
+    // Of a stream that the server has ended the toolkit says nothing else.
+    int freeBytes() const override {
+        return ask([](const Toolkit& toolkit) { return toolkit.output->bytesFree(); }, 0);
+    }
+    void write(const char* data, int size) override {
+        ask(
+            [bytes = QByteArray(data, size)](const Toolkit& toolkit) {
+                return toolkit.device != nullptr ? static_cast<int>(toolkit.device->write(bytes)) : 0;
+            },
+            0);
+    }
     void show(const SoundFields& fields) const override {
-        fields.output = m_output;
-        fields.device = m_device;
+        fields.output = m_toolkit->output.get();
+        fields.device = m_toolkit->device;
     }
 
 private:
-    QAudioOutput* m_output = nullptr;
-    QIODevice* m_device = nullptr;
+    SystemOutput()
+        : m_toolkit(new Toolkit,
+                    [thread = m_thread](Toolkit* toolkit) { thread.post([toolkit] { delete toolkit; }); }) {}
+    // `otherwise` where the gate closes first.
+    int ask(std::function<int(const Toolkit&)> what, int otherwise) const {
+        const auto answer = std::make_shared<int>(otherwise);
+        const bool told = m_thread.run(
+            [toolkit = m_toolkit, answer, what = std::move(what)] { *answer = what(*toolkit); }, gateOpen);
+        return told ? *answer : otherwise;
+    }
+
+    const SoundThread m_thread = SoundThread::present();
+    const std::shared_ptr<Toolkit> m_toolkit;
 };
 
-// Waits until that many bytes fit; false when the gate closed or the device stopped first.
-bool waitForRoom(const SoundOutput& output, int bytes) {
+enum class Written { kAll, kTurnedAway, kLost };
+
+// Waits until that many bytes fit, as long as it takes: a server that stands still is not asked for another
+// device, since it would not answer.
+Written waitForRoom(const SoundOutput& output, int bytes) {
     while (g_gateOpen) {
-        if (output.stopped()) {
-            return false;
+        const int room = output.stopped() ? -1 : output.freeBytes();
+        if (room >= bytes) {
+            return Written::kAll;
         }
-        if (output.freeBytes() >= bytes) {
-            return true;
+        if (room < 0) {
+            return g_gateOpen ? Written::kLost : Written::kTurnedAway;
         }
         QThread::msleep(kWaitMs);
     }
-    return false;
+    return Written::kTurnedAway;
 }
 
-void write(SoundOutput& output, const char* data, int size) {
+Written write(SoundOutput& output, const char* data, int size) {
     // A packet beyond the device's whole buffer would wait for ever: it goes in pieces.
     const int piece = std::max(output.bufferBytes(), 1);
     for (int done = 0; done < size;) {
         const int next = std::min(piece, size - done);
-        if (!waitForRoom(output, next)) {
-            return;
+        const Written room = waitForRoom(output, next);
+        if (room != Written::kAll) {
+            return room;
         }
         output.write(data + done, next);
         done += next;
     }
+    return Written::kAll;
 }
 
 }  // namespace
@@ -91,23 +140,47 @@ void write(SoundOutput& output, const char* data, int size) {
 // From one opening of the channel to its close. While `busy` the output is the player's alone, without the
 // mutex, since it may hang there; else whoever has the mutex may take it.
 struct ChannelSound::Channel {
+    explicit Channel(std::chrono::milliseconds between) : between_attempts(between) {}
+
+    const std::chrono::milliseconds between_attempts;
     std::mutex mutex;
     bool busy = false;
     bool closed = false;
-    bool opened = false;
     std::unique_ptr<SoundOutput> output;
+    bool lost = true;                // it takes nothing, or there is none
+    Clock::time_point next_attempt;  // to open another one
 
     void play(const SoundFields& fields, const Opener& opener, const unsigned char* data, int size,
               int sample_rate, int channels);
     void begin(const SoundFields& fields, std::unique_ptr<SoundOutput> device);
+    std::unique_ptr<SoundOutput> end(const SoundFields& fields);
 };
 
+// One that is lost is kept until the next is there: it is what the fields show.
 void ChannelSound::Channel::begin(const SoundFields& fields, std::unique_ptr<SoundOutput> device) {
+    next_attempt = Clock::now() + between_attempts;
+    if (device == nullptr) {
+        return;
+    }
+    lost = false;
     const std::lock_guard<std::mutex> lock(mutex);
-    output = std::move(device);
-    if (!closed && output != nullptr) {
+    output.swap(device);
+    if (!closed) {
         output->show(fields);
     }
+}
+
+// What is left to be let go.
+std::unique_ptr<SoundOutput> ChannelSound::Channel::end(const SoundFields& fields) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    busy = false;
+    if (closed) {
+        return std::move(output);
+    }
+    if (lost) {
+        fields.device = nullptr;
+    }
+    return nullptr;
 }
 
 void ChannelSound::Channel::play(const SoundFields& fields, const Opener& opener, const unsigned char* data,
@@ -119,30 +192,27 @@ void ChannelSound::Channel::play(const SoundFields& fields, const Opener& opener
         }
         busy = true;
     }
-    if (!std::exchange(opened, true)) {
+    if (lost && Clock::now() >= next_attempt) {
         begin(fields, opener(sample_rate, channels));
     }
-    if (output != nullptr) {
-        write(*output, reinterpret_cast<const char*>(data), size);
+    if (!lost) {
+        lost = write(*output, reinterpret_cast<const char*>(data), size) == Written::kLost;
     }
-    std::unique_ptr<SoundOutput> left;
-    const std::lock_guard<std::mutex> lock(mutex);
-    busy = false;
-    if (closed) {
-        left = std::move(output);
-    }
+    end(fields);
 }
 
 void ChannelSound::openGate() { g_gateOpen = true; }
 void ChannelSound::closeGate() { g_gateOpen = false; }
 
 ChannelSound::ChannelSound(const SoundFields& fields)
-    : ChannelSound(fields, [](int sample_rate, int channels) {
-          return std::make_unique<SystemOutput>(sample_rate, channels);
-      }) {}
+    : ChannelSound(fields, SystemOutput::open, kBetweenAttempts) {}
 
-ChannelSound::ChannelSound(const SoundFields& fields, Opener opener)
-    : m_fields(fields), m_opener(std::move(opener)), m_channel(std::make_shared<Channel>()) {}
+ChannelSound::ChannelSound(const SoundFields& fields, Opener opener,
+                           std::chrono::milliseconds between_attempts)
+    : m_fields(fields),
+      m_opener(std::move(opener)),
+      m_betweenAttempts(between_attempts),
+      m_channel(std::make_shared<Channel>(between_attempts)) {}
 
 ChannelSound::~ChannelSound() { stop(); }
 
@@ -166,5 +236,5 @@ void ChannelSound::stop() {
         m_fields.output = nullptr;
         m_fields.device = nullptr;
     }
-    m_channel = std::make_shared<Channel>();
+    m_channel = std::make_shared<Channel>(m_betweenAttempts);
 }

@@ -39,7 +39,5 @@ ReplayPanel::ReplayPanel(QWidget* parent) : MyTransDlg(parent) {
     m_labelPlayTime->setGeometry(150, 12, 90, 16);
     m_labelPlayTime->setStyleSheet(
         QStringLiteral("color: white; font: 15pt \"Microsoft YaHei UI\"; background-color: transparent;"));
-    // The fixed font needs more height than the fixed geometry has.
-    m_labelPlayTime->setGeometry(150, 4, 90, qMax(16, m_labelPlayTime->sizeHint().height()));
     hide();
 }

@@ -1,5 +1,6 @@
 #include "map/Compass/compass.h"
 
+#include <QtGlobal>
 #include <cassert>
 #include <cmath>
 #include <osgDB/ReadFile>
@@ -115,12 +116,16 @@ double Compass::heading() const {
 }
 
 void Compass::turnFace(double heading_deg) {
-    const auto shown = [this] { return compass_->getRotation(); };
-    if (!sorvane::faceTurns(shown(), heading_deg)) {
+    if (!sorvane::faceTurns(compass_->getRotation(), heading_deg)) {
         return;
     }
     compass_->setRotation(-heading_deg);
-    assert(areEqual(shown(), -heading_deg));
+#ifndef NDEBUG
+    if (!areEqual(compass_->getRotation(), -heading_deg)) {
+        qt_assert("areEqual(compass_->getRotation().as(osgEarth::Units::DEGREES), -heading)", __FILE__,
+                  __LINE__);
+    }
+#endif
 }
 
 void Compass::update() {

@@ -18,6 +18,7 @@ constexpr double kInfraredWideMm = 14, kInfraredLongMm = 70;
 constexpr double kVisibleStartMm = 10;
 constexpr std::uint16_t kVisibleLensCode = 0x45, kInfraredLensCode = 0x50;
 constexpr std::uint16_t kRateCode = 0x70, kGyroRateCode = 0x76;
+constexpr std::uint16_t kGeoGuideCode = 27, kGeoTrackCode = 28;
 constexpr std::uint16_t kNavBlock = 1026;
 constexpr double kTeleFactor = 4;  // focal length of the tele camera against the wide one
 
@@ -94,7 +95,7 @@ void Pod::State::note(const std::string& name, const std::string& detail) {
 
 std::vector<std::pair<std::string, std::string>> Pod::State::takeNotes() { return std::exchange(notes, {}); }
 
-bool Pod::State::movesByHand(std::uint16_t code, const Parameters& p) {
+bool Pod::State::movesByHand(std::uint16_t code, const Parameters& p) const {
     const int action = p.byte(0);
     switch (code) {
         case kRateCode:
@@ -105,6 +106,9 @@ bool Pod::State::movesByHand(std::uint16_t code, const Parameters& p) {
             return action == 1 || action == 2 || action == 15 || action == 16;
         case kGyroRateCode:
             return action > 1 && (p.byte(1) != 0 || p.byte(2) != 0);
+        case kGeoGuideCode:
+        case kGeoTrackCode:
+            return config.places_held;
         default:
             return false;
     }
@@ -122,6 +126,9 @@ void Pod::State::applyHeld(const Command* command, bool rate_code, int rate_az, 
     const bool rate = rate_code && (rate_az != 0 || rate_el != 0);
     if (rate) {
         s.command_feedback = static_cast<std::uint8_t>(kRateCode);
+    }
+    if (place_held && (!command || command->kind != Kind::kPlace)) {
+        leaveHeldPlace();
     }
     if (config.latched) {
         if (rate_code) {
@@ -172,6 +179,7 @@ void Pod::State::apply(std::uint16_t code, const Parameters& p, bool periodic, i
     }
     if (command) {
         (this->*command->handler)(p);
+        place_held = place_held || (config.places_held && periodic && command->kind == Kind::kPlace);
     } else {
         note("unknown-command", formatText("code=%d", code));
     }
@@ -342,15 +350,18 @@ void Pod::State::refresh() {
 
 // At its end stop an axis stands, and its rate runs on.
 void Pod::State::refreshHand() {
-    const auto speed = [this](double actual, double commanded, double held) {
+    const bool in_hand = servo.inHand() || place_held;
+    const auto speed = [in_hand](double actual, double commanded, double held) {
         constexpr double kStanding = 1e-3;
-        if (servo.inHand() && std::fabs(actual) > kStanding) {
+        if (in_hand && std::fabs(actual) > kStanding) {
             return actual;
         }
         return commanded != 0 ? commanded : held;
     };
-    s.hand_az_dps = speed(servo.azimuthRate(), servo.commandedAzimuth(), held_az_dps);
-    s.hand_el_dps = speed(servo.elevationRate(), servo.commandedElevation(), held_el_dps);
+    const double az = place_held ? servo.wantedAzimuth() : servo.commandedAzimuth();
+    const double el = place_held ? servo.wantedElevation() : servo.commandedElevation();
+    s.hand_az_dps = speed(servo.azimuthRate(), az, held_az_dps);
+    s.hand_el_dps = speed(servo.elevationRate(), el, held_el_dps);
     s.vl_zoom_direction = visible.zoom_direction;
     s.ir_zoom_direction = infrared.zoom_direction;
     s.vl_focus_direction = visible.focus_direction;

@@ -24,6 +24,10 @@ struct PodConfig {
     std::int64_t start_utc_ms = 1780300800000;            // 2026-06-01 08:00
     // Rates and lens movements last until their own stop: rate 0, 0, or the lens's code with zero parameters.
     bool latched = false;
+    // Guidance to a place and tracking of one, when they come among the periodic frames, last as long as
+    // their frames do: then the axes stand. What comes alone still lasts until something else takes the
+    // servo.
+    bool places_held = false;
     FlightPlan plan = FlightPlan::kCircle;
     RecordedRoute route;  // in place of the plan, unless it is empty
 };

@@ -29,6 +29,7 @@ ScanAxis scanAxis(ScanAxis set, int word, double fallback_dps) {
 
 void Pod::State::releaseTrack() {
     geo_keep = false;
+    place_held = false;
     if (tracker.state() != TrackState::kIdle) {
         tracker.stop();
     }
@@ -170,13 +171,24 @@ void Pod::State::pointAt(const Parameters& p, bool keep) {
          formatText("lat=%.6f lon=%.6f alt=%.1f", latitude, longitude, altitude));
 }
 
+// The frames of it have ended. What has taken the servo meanwhile stays as it is.
+void Pod::State::leaveHeldPlace() {
+    place_held = false;
+    if (!geo_keep && servo.state() != ServoState::kDigitalGuide) {
+        return;
+    }
+    geo_keep = false;
+    servo.hold();
+    note("geo-end", anglePair(servo.azimuth(), servo.framePitch(flight.state())));
+}
+
 void Pod::State::geoGuide(const Parameters& p) { pointAt(p, false); }
 
 void Pod::State::geoTrack(const Parameters& p) { pointAt(p, true); }
 
 void Pod::State::trackPoint(const Parameters& p) {
     const int x = p.word(0), y = p.word(2);
-    geo_keep = false;
+    geo_keep = place_held = false;
     if (!s.tracker_on) {
         note("track-point", "tracker=off");
         return;
@@ -223,6 +235,7 @@ void Pod::State::trackById(const Parameters& p) {
     }
     const bool found = s.tracker_on && tracker.lockId(s, p.byte(1));
     geo_keep = geo_keep && !found;
+    place_held = place_held && !found;
     note("track-by-id", formatText("id=%d%s", p.byte(1), found ? "" : " not-in-picture"));
     if (found) {
         stepTracker(0);

@@ -52,8 +52,9 @@ struct Pod::State {
     using Handler = void (State::*)(const Parameters&);
     // What ends a command among the periodic frames.
     enum class Kind {
-        kOnce,     // acts when it is new
-        kLensHold  // lasts as long as its frames
+        kOnce,      // acts when it is new
+        kLensHold,  // lasts as long as its frames
+        kPlace      // acts when it is new; where places are held, lasts as long as its frames
     };
     struct Command {
         std::uint16_t code;
@@ -61,7 +62,7 @@ struct Pod::State {
         Handler handler;
     };
     static const Command* find(std::uint16_t code);
-    static bool movesByHand(std::uint16_t code, const Parameters& p);
+    bool movesByHand(std::uint16_t code, const Parameters& p) const;
 
     void apply(std::uint16_t code, const Parameters& p, bool periodic, int rate_code, int rate_az,
                int rate_el);
@@ -93,6 +94,7 @@ struct Pod::State {
     void geoGuide(const Parameters& p);
     void geoTrack(const Parameters& p);
     void pointAt(const Parameters& p, bool keep);
+    void leaveHeldPlace();
     // Tracker and detection.
     void trackPoint(const Parameters& p);
     void trackStop(const Parameters& p);
@@ -176,6 +178,7 @@ struct Pod::State {
     double auto_wait_s = 0;
     double storage_used_percent = 12.4;
     bool geo_keep = false;
+    bool place_held = false;  // the servo points at a place for as long as its frames come
     Vec3 geo_point;
     Vec3 velocity;
     std::uint32_t random;

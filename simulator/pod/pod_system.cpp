@@ -10,12 +10,12 @@
 namespace podsim {
 
 const Pod::State::Command* Pod::State::find(std::uint16_t code) {
-    constexpr Kind once = Kind::kOnce, lens = Kind::kLensHold;
+    constexpr Kind once = Kind::kOnce, lens = Kind::kLensHold, spot = Kind::kPlace;
     // By ascending code.
     static const Command kTable[] = {
         {17, once, &State::sbusChannels},     {19, once, &State::passThrough},
         {25, once, &State::folderNaming},     {26, once, &State::customText},
-        {27, once, &State::geoGuide},         {28, once, &State::geoTrack},
+        {27, spot, &State::geoGuide},         {28, spot, &State::geoTrack},
         {32, once, &State::timeSync},         {33, once, &State::loadEnable},
         {34, once, &State::loadSleep},        {35, once, &State::trackTemplate},
         {36, once, &State::sameFov},          {37, once, &State::videoMode},

@@ -14,7 +14,8 @@ constexpr double kArrived = 0.05;  // degrees
 
 }  // namespace
 
-void Servo::Axis::drive(double wanted, double dt_s, double low, double high) {
+void Servo::Axis::drive(double wanted_dps, double dt_s, double low, double high) {
+    wanted = wanted_dps;
     const double change = kMaxAccel * dt_s;
     speed += std::clamp(std::clamp(wanted, -kMaxSpeed, kMaxSpeed) - speed, -change, change);
     angle += speed * dt_s;

@@ -33,6 +33,9 @@ public:
     // The rates commanded, 0 once another movement has taken their place.
     double commandedAzimuth() const { return m_rateAz; }
     double commandedElevation() const { return m_rateEl; }
+    // What each axis was asked for in the last step, end stop or not.
+    double wantedAzimuth() const { return m_az.wanted; }
+    double wantedElevation() const { return m_el.wanted; }
 
     // Degrees per second; 0, 0 stops.
     void rate(double az_dps, double el_dps);
@@ -56,7 +59,7 @@ public:
 
 private:
     struct Axis {
-        double angle = 0, speed = 0;
+        double angle = 0, speed = 0, wanted = 0;
         // Brings the speed to wanted within the acceleration limit and moves.
         void drive(double wanted_dps, double dt_s, double low, double high);
         void stop();
@@ -70,7 +73,7 @@ private:
     double scanSpeed(ScanPhase& phase, double angle) const;
     void become(ServoState state);
 
-    Axis m_az{90, 0}, m_el{-33.7, 0};
+    Axis m_az{90, 0, 0}, m_el{-33.7, 0, 0};
     ServoState m_state = ServoState::kStandby;
     double m_rateAz = 0, m_rateEl = 0;
     bool m_inHand = false;

@@ -262,6 +262,9 @@ TEST_F(PlotDialog, ABoxConcernsTheCategoryOfTheMomentAlone) {
     box("checkBox_gestRoll")->setChecked(false);
     box("checkBox_DeviX")->setChecked(false);
     EXPECT_EQ(names(), Names({"框架方位角", "框架俯仰角"}));
+    box("checkBox_DeviX")->setChecked(true);
+    EXPECT_EQ(names(), Names({"框架方位角", "框架俯仰角"})) << "nor is one put there";
+    box("checkBox_DeviX")->setChecked(false);
     box("checkBox_frmRoll")->setChecked(true);
     EXPECT_EQ(names(), Names({"框架方位角", "框架俯仰角", "框架横滚角"}));
     box("checkBox_frmYaw")->setChecked(false);
@@ -271,6 +274,19 @@ TEST_F(PlotDialog, ABoxConcernsTheCategoryOfTheMomentAlone) {
     EXPECT_EQ(names(), Names({"姿态方位角", "姿态俯仰角"}));
     find<QRadioButton>("radioButton_3")->click();
     EXPECT_EQ(names(), Names({"跟踪高偏差"}));
+}
+
+// Curves of the same place in two categories share their samples.
+TEST_F(PlotDialog, ABoxOfAnotherCategoryTakesNoSampleAway) {
+    choose(1);
+    start();
+    giveMany(3, frameAngles(100, 200, 300));
+    box("checkBox_gestPit")->setChecked(false);
+    box("checkBox_gestPit")->setChecked(true);
+    giveMany(2, frameAngles(100, 200, 300));
+    ASSERT_TRUE(shows(5, "框架俯仰角"));
+    EXPECT_EQ(points("框架俯仰角").size(), points("框架方位角").size());
+    EXPECT_EQ(points("框架俯仰角").first().x(), 1);
 }
 
 TEST_F(PlotDialog, ACurveThatIsChosenWhileRunningBeginsThen) {

@@ -191,7 +191,7 @@ TEST_F(ControlsTest, LabelsAreAsLargeAsTheirText) {
     EXPECT_EQ(label->renderRect().height, one.height);
     label->setText("Lon:\nLon:");
     lay();
-    EXPECT_NEAR(label->renderRect().height, one.height + 18.0f, 1.0f);
+    EXPECT_NEAR(label->renderRect().height, one.height + 18.0f * 1.2f, 1.0f);
     label->setFontSize(36);
     label->setText("Lon:");
     lay();
@@ -202,6 +202,30 @@ TEST_F(ControlsTest, ChineseIsWrittenWithAFontThatKnowsIt) {
     auto* const label = m_canvas->addControl(new LabelControl("\u4e2d\u6587", 20));
     lay();
     EXPECT_NEAR(label->renderRect().width, 40.0f, 4.0f);
+}
+
+TEST_F(ControlsTest, ALineThatIsTooLongGoesOnInTheNext) {
+    const std::string line = "layer of the north: it is missing, and so is what lay under it";
+    auto* const label = m_canvas->addControl(new LabelControl(line, 13));
+    lay();
+    const ControlRect one = label->renderRect();
+    ASSERT_GT(one.width, 300.0f);
+    label->setMaxWidth(200.0f);
+    lay();
+    EXPECT_LE(label->renderRect().width, 200.0f);
+    EXPECT_GT(label->renderRect().width, 100.0f);
+    EXPECT_GE(label->renderRect().height, one.height + 13.0f);
+    // So are words without gaps.
+    label->setText(
+        "\u56fe\u5c42\u5730\u56fe\u6570\u636e\u65e0\u6cd5\u8bfb\u53d6\u5730\u7403\u6587\u4ef6"
+        "\u7f3a\u5c11\u670d\u52a1\u5668\u6ca1\u6709\u54cd\u5e94");
+    lay();
+    EXPECT_LE(label->renderRect().width, 200.0f);
+    label->setMaxWidth(0.0f);
+    label->setText(line);
+    lay();
+    EXPECT_FLOAT_EQ(label->renderRect().width, one.width);
+    EXPECT_FLOAT_EQ(label->renderRect().height, one.height);
 }
 
 TEST_F(ControlsTest, ATurnedImageKeepsItsRoomIfItShall) {
@@ -284,6 +308,21 @@ TEST_F(ControlsTest, AClickOnAControlIsItsOwn) {
     EXPECT_TRUE(send(GUIEventAdapter::PUSH, 10, 10, kRight, kRight));
     EXPECT_TRUE(send(GUIEventAdapter::RELEASE, 10, 10, kRight, 0));
     EXPECT_EQ(clicks->names.size(), 1u);
+}
+
+TEST_F(ControlsTest, AForgottenPressIsNoClickAndStillNotTheGlobes) {
+    const osg::ref_ptr<Clicks> clicks = new Clicks;
+    auto* const box = m_canvas->addControl(new CheckBoxControl(false));
+    box->addEventHandler(clicks);
+    lay();
+    EXPECT_TRUE(send(GUIEventAdapter::PUSH, 8, 8, kLeft, kLeft));
+    m_canvas->forgetPress();
+    EXPECT_TRUE(send(GUIEventAdapter::RELEASE, 8, 8, kLeft, 0));
+    EXPECT_TRUE(clicks->names.empty());
+    EXPECT_FALSE(box->getValue());
+    send(GUIEventAdapter::PUSH, 8, 8, kLeft, kLeft);
+    send(GUIEventAdapter::RELEASE, 8, 8, kLeft, 0);
+    EXPECT_TRUE(box->getValue());
 }
 
 TEST_F(ControlsTest, APressOnTheGlobeKeepsItsReleaseWhereverItEnds) {

@@ -9,6 +9,7 @@
 #include <QTouchDevice>
 #include <QWindow>
 
+#include "globe/redraw_bell.h"
 #include "tests/globe/view_fixture.h"
 
 namespace {
@@ -194,6 +195,56 @@ TEST_F(WindowTest, APressThatStillWaitsIsForgotten) {
     ASSERT_TRUE(m_view->comesToRest());
     EXPECT_EQ(m_view->recorder->count(GUIEventAdapter::PUSH), 0);
     EXPECT_EQ(m_view->recorder->count(GUIEventAdapter::RELEASE), 0);
+}
+
+// A tile that has come asks once; that the input ends meanwhile is no answer.
+TEST_F(WindowTest, WhatRangForAFrameGetsOneThoughTheInputEnds) {
+    ASSERT_TRUE(m_view->comesToRest());
+    m_view->stop();
+    globe::RedrawBell bell;
+    bell.hear(m_view->window->getEventQueue());
+    bell.ring();
+    ASSERT_TRUE(m_view->viewer->checkNeedToDoFrame());
+    m_view->window->endInput();
+    EXPECT_TRUE(m_view->viewer->checkNeedToDoFrame());
+}
+
+// A fast mouse moves many times between two slow frames.
+TEST_F(WindowTest, OfAWayThatWaitsOnlyTheEndIsTold) {
+    m_view->stop();
+    const auto hand = [this](QEvent::Type type, int x, Qt::MouseButton button, Qt::MouseButtons held) {
+        const QPoint at(x, 75);
+        QMouseEvent event(type, at, m_view->widget()->mapToGlobal(at), button, held, {});
+        QCoreApplication::sendEvent(m_view->widget(), &event);
+    };
+    m_view->recorder->seen.clear();
+    globe::RedrawBell bell;
+    bell.hear(m_view->window->getEventQueue());
+    for (int x = 0; x <= 100; x += 5) {
+        hand(QEvent::MouseMove, x, Qt::NoButton, Qt::NoButton);
+        bell.ring();
+    }
+    hand(QEvent::MouseButtonPress, 100, Qt::LeftButton, Qt::LeftButton);
+    for (int x = 105; x <= 300; x += 5) {
+        hand(QEvent::MouseMove, x, Qt::NoButton, Qt::LeftButton);
+    }
+    hand(QEvent::MouseButtonRelease, 300, Qt::LeftButton, Qt::NoButton);
+    hand(QEvent::MouseMove, 200, Qt::NoButton, Qt::NoButton);
+    m_view->start();
+    m_view->viewer->requestRedraw();
+    ASSERT_TRUE(comes(GUIEventAdapter::MOVE, 2));
+    std::vector<std::pair<int, int>> told;
+    for (const SeenEvent& event : m_view->recorder->seen) {
+        if (event.type != GUIEventAdapter::USER) {
+            told.emplace_back(event.type, static_cast<int>(std::lround(199.5 + 199.5 * event.x)));
+        }
+    }
+    const std::vector<std::pair<int, int>> expected = {{GUIEventAdapter::MOVE, 100},
+                                                       {GUIEventAdapter::PUSH, 100},
+                                                       {GUIEventAdapter::DRAG, 300},
+                                                       {GUIEventAdapter::RELEASE, 300},
+                                                       {GUIEventAdapter::MOVE, 200}};
+    EXPECT_EQ(told, expected);
 }
 
 TEST_F(WindowTest, AReleaseThatStillWaitsIsTold) {

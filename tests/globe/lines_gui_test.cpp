@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "globe/feature_node.h"
+#include "globe/line_chunk.h"
 #include "globe/line_symbol.h"
 #include "tests/globe/marks_scene.h"
 
@@ -299,6 +300,25 @@ TEST_F(Lines, AppendedPointShowsInTheNextFrame) {
             ASSERT_TRUE(isRedAt(last[last.size() / 2].x(), last[last.size() / 2].y(), 500.0)) << i;
         }
     }
+}
+
+TEST_F(Lines, AFixThatJumpsToAndFroCostsAFewHundredPointsEachTime) {
+    const osg::ref_ptr<FeatureNode> node = line({{0.0, 0.0, 500.0}}, 10.0);
+    constexpr std::size_t kJumps = 40;
+    for (std::size_t i = 0; i < kJumps; ++i) {
+        const bool there = i % 2 == 0;
+        node->appendPoint({there ? 112.44 : 0.0, there ? 33.75 : 0.0, 500.0});
+    }
+    ASSERT_EQ(node->getNumChildren(), 1u);
+    osg::Group* ribbon = node->getChild(0)->asGroup();
+    std::size_t points = 0;
+    for (unsigned int i = 0; i < ribbon->getNumChildren(); ++i) {
+        auto* chunk = dynamic_cast<LineChunk*>(ribbon->getChild(i));
+        points += chunk != nullptr ? chunk->pointsIn(0) : 0;
+    }
+    // Twice where pieces meet.
+    EXPECT_LE(points, kJumps * 520);
+    EXPECT_GE(points, kJumps * 200);
 }
 
 TEST_F(Lines, AskForNoFrame) {

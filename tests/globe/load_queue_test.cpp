@@ -189,6 +189,27 @@ TEST(LoadQueue, AJobThatThrowsHasAnEmptyResult) {
     EXPECT_EQ(done[0], (std::pair<int, std::string>(7, "")));
 }
 
+TEST(LoadQueue, RingsAtTheTimeThatWasSetLastAndOnce) {
+    const auto echo = []() -> Queue::Job {
+        return [](const int& key, const Queue::Flag&) { return std::to_string(key); };
+    };
+    std::atomic<int> rung{0};
+    Queue queue(1, echo, [&] { ++rung; });
+    const auto start = std::chrono::steady_clock::now();
+    queue.ringAt(start + 1h);
+    queue.ringAt(start + 50ms);
+    ASSERT_TRUE(waitFor([&] { return rung > 0; }));
+    EXPECT_GE(std::chrono::steady_clock::now(), start + 50ms);
+    // Work is done while a time is set.
+    queue.ringAt(std::chrono::steady_clock::now() + 1h);
+    queue.beginRound();
+    queue.request(4, 1.0);
+    queue.endRound();
+    ASSERT_TRUE(waitFor([&] { return queue.hasResults(); }));
+    EXPECT_EQ(rung, 2);
+    EXPECT_TRUE(queue.stop(kDeadline));
+}
+
 TEST(LoadQueue, StopTellsWhatRunsAndWaitsForIt) {
     std::promise<void> running;
     bool told = false;

@@ -25,6 +25,18 @@ using Data = std::unique_ptr<GDALDataset, Close>;
 
 GDALDriver* driver(const char* name) { return GetGDALDriverManager()->GetDriverByName(name); }
 
+// What stands at a place in a band.
+float madeValue(const Making& making, int band, double lon, double lat) {
+    const bool hole = making.hole && making.hole(lon, lat);
+    if (making.heights) {
+        return hole ? kNoHeight : static_cast<float>(madeHeight(lon, lat));
+    }
+    if (band == 3) {
+        return hole ? 0.0f : 255.0f;
+    }
+    return static_cast<float>(std::round(madeColor(band, lon, lat)));
+}
+
 // The picture or the heights of a region, in memory.
 Data inMemory(const Region& region, const Making& making) {
     const int bands = making.heights ? 1 : making.hole ? 4 : 3;
@@ -55,15 +67,7 @@ Data inMemory(const Region& region, const Making& making) {
                 if (srs.IsProjected()) {
                     to_places->Transform(1, &lon, &lat);
                 }
-                const bool hole = making.hole && making.hole(lon, lat);
-                float& value = row[static_cast<std::size_t>(x)];
-                if (making.heights) {
-                    value = hole ? kNoHeight : static_cast<float>(madeHeight(lon, lat));
-                } else if (band == 3) {
-                    value = hole ? 0.0f : 255.0f;
-                } else {
-                    value = static_cast<float>(std::round(madeColor(band, lon, lat)));
-                }
+                row[static_cast<std::size_t>(x)] = madeValue(making, band, lon, lat);
             }
             const CPLErr written = data->GetRasterBand(band + 1)->RasterIO(
                 GF_Write, 0, y, region.width, 1, row.data(), region.width, 1, GDT_Float32, 0, 0, nullptr);

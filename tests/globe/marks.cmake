@@ -3,7 +3,7 @@ sorvane_test(globe_marks_core_test
   LIBS globe_core)
 if(NOT SORVANE_QT_FREE_ONLY)
   sorvane_test(globe_styles_test
-    SOURCES styles_test.cpp
+    SOURCES drivers_test.cpp styles_test.cpp
     LIBS globe)
   sorvane_test(globe_marks_on_globe_test
     SOURCES marks_on_globe_test.cpp

@@ -101,6 +101,16 @@ TEST_F(Render, FourHundredMetres) { checkPose({5.0, 0.0, 90, -40, 400}, 0.0004, 
 TEST_F(Render, OverTheDateLine) { checkPose({179.95, 12.0, 0, -70, 60000}, 0.09, 0.04); }
 TEST_F(Render, NearThePole) { checkPose({20.0, 89.0, 0, -80, 3e5}, 25.0, 0.1); }
 
+TEST_F(Render, DataSetsAreNotOpenedBeforeTheyAreLookedAt) {
+    m_folder.write("broken.tif", "no picture");
+    open("<image name='broken'><url>broken.tif</url></image>");
+    EXPECT_TRUE(m_map->problems().empty());
+    m_screen.look({0.0, 0.0, 0.0, -90.0, 4e7});
+    ASSERT_TRUE(m_screen.settle(m_map));
+    ASSERT_EQ(m_map->problems().size(), 1u);
+    EXPECT_NE(m_map->problems()[0].find("broken"), std::string::npos);
+}
+
 TEST_F(Render, HighGroundStandsHigh) {
     m_folder.write("high.pgm", "P5 2 2 65535\n" + std::string("\x0B\xB8\x0B\xB8\x0B\xB8\x0B\xB8", 8));
     m_folder.write(

@@ -213,7 +213,7 @@ TEST_F(TileComposerTest, LayersBehindANetworkAreLeftForLater) {
     m_model.layers.push_back(layer("http://127.0.0.1:9/dead/{z}/{x}/{y}.png"));
     m_model.layers.back().driver = "xyz";
     const auto tile = compose({0, 0, 0});
-    EXPECT_TRUE(tile->wants_remote);
+    EXPECT_EQ(tile->lacking, std::vector<std::size_t>{1});
     expectColor(texel(*tile, 0.5, 0.5), 200, 0, 0);
     // What is not whole is not kept.
     EXPECT_FALSE(m_layers->cache().get({0, 0, 0}));

@@ -1,7 +1,8 @@
 # Tests of viewpoint, manipulator, controls and picker.
 if(NOT SORVANE_QT_FREE_ONLY)
   sorvane_test(globe_hand_test
-    SOURCES controls_test.cpp earth_manipulator_test.cpp orbit_camera_test.cpp
+    SOURCES controls_test.cpp earth_manipulator_test.cpp object_index_test.cpp orbit_camera_test.cpp pixel_ratio_test.cpp
+            sight_test.cpp
     LIBS globe)
   # Without anything that could draw.
   sorvane_test(globe_bare_view_test

@@ -39,11 +39,15 @@ osg::ref_ptr<osg::Geode> square(float x, float y, float half, float z, const osg
     return geode;
 }
 
+// The window shows 100 units of height at the depth 100.
+void lookAtThePlanes(PumpedView& view) {
+    view.viewer->getCamera()->setProjectionMatrixAsPerspective(2 * 26.565051177, 400.0 / 300.0, 1.0, 1e4);
+    view.viewer->getCamera()->setViewMatrix(osg::Matrixd::identity());
+    view.root->getOrCreateStateSet()->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
+}
+
 TEST_F(SceneTest, PicksTheFrontmostOfWhatOverlaps) {
-    // The window shows 100 units of height at the depth 100.
-    m_view->viewer->getCamera()->setProjectionMatrixAsPerspective(2 * 26.565051177, 400.0 / 300.0, 1.0, 1e4);
-    m_view->viewer->getCamera()->setViewMatrix(osg::Matrixd::identity());
-    m_view->root->getOrCreateStateSet()->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
+    lookAtThePlanes(*m_view);
     const auto back = square(-20, 0, 20, -100, {0, 1, 0, 1});
     const auto front = square(-10, 0, 10, -90, {0, 0, 1, 1});
     const auto blind = square(30, 0, 10, -80, {1, 1, 0, 1});
@@ -104,6 +108,60 @@ TEST_F(SceneTest, WithoutChildrenAPickMissesAtNoCost) {
     EXPECT_EQ(picks->misses, 1);
     EXPECT_EQ(picker->rendered(), 0u);
     EXPECT_EQ(m_view->viewer->getNumSlaves(), 0u);
+}
+
+TEST_F(SceneTest, ACancelledPickMissesAndLeavesTheOthers) {
+    lookAtThePlanes(*m_view);
+    const auto target = square(0, 0, 20, -100, {0, 1, 0, 1});
+    const ObjectID id = Registry::instance()->getObjectIndex()->tagNode(target, target);
+    const osg::ref_ptr<RTTPicker> picker = new RTTPicker(64);
+    const osg::ref_ptr<Picks> cancelled = new Picks;
+    const osg::ref_ptr<Picks> kept = new Picks;
+    picker->addChild(target);
+    m_view->viewer->addEventHandler(picker);
+    m_view->stop();
+    for (const auto& callback : {cancelled, kept, cancelled}) {
+        EXPECT_TRUE(picker->pick(m_view->viewer, 0.0, 0.0, callback));
+    }
+    picker->cancel(cancelled);
+    EXPECT_EQ(cancelled->misses, 2);
+    EXPECT_EQ(kept->told(), 0u);
+    m_view->start();
+    ASSERT_TRUE(waitFor([&] { return kept->told() > 0; }, kPatience_ms));
+    ASSERT_TRUE(m_view->comesToRest());
+    EXPECT_EQ(kept->hits, std::vector<ObjectID>{id});
+    EXPECT_EQ(cancelled->told(), 2u);
+    m_view->viewer->getEventHandlers().remove(picker);
+}
+
+// Hidden in the middle of a press, a button has not been chosen.
+TEST_F(SceneTest, APressOnAControlThatIsLostIsNoClick) {
+    ControlCanvas* const canvas = ControlCanvas::getOrCreate(m_view->viewer);
+    auto* const box = canvas->addControl(new CheckBoxControl);
+    box->setSize(60, 40);
+    const auto press = [&] {
+        moveTo(20, 15);
+        m_hand.press(1);
+        return waitFor(
+                   [&] {
+                       const auto* const state = m_view->window->getEventQueue()->getCurrentEventState();
+                       return state->getButtonMask() != 0;
+                   },
+                   kPatience_ms) &&
+               m_view->comesToRest();
+    };
+    ASSERT_TRUE(m_view->comesToRest());
+    ASSERT_TRUE(press());
+    m_host.hide();
+    EXPECT_FALSE(box->getValue());
+    m_hand.release(1);
+    m_host.show();
+    m_view->setColor({0, 1, 0, 1});
+    ASSERT_TRUE(comesOnScreen(m_view->widget(), {0, 1, 0, 1}));
+    EXPECT_FALSE(box->getValue());
+    ASSERT_TRUE(press());
+    m_hand.release(1);
+    EXPECT_TRUE(waitFor([&] { return box->getValue(); }, kPatience_ms));
 }
 
 TEST_F(SceneTest, APickerThatGoesLeavesTheViewAsItWas) {

@@ -98,7 +98,7 @@ bool EndsScene::startPod() {
     probe.bind(QHostAddress(QHostAddress::LocalHost));
     m_station_port = probe.localPort();
     probe.close();
-    return pod.start(m_station_port) || fail(pod.problem());
+    return pod.start(m_station_port, m_pod_options) || fail(pod.problem());
 }
 
 bool EndsScene::raise() {

@@ -17,6 +17,10 @@ public:
     static constexpr int kAppearMs = 10000;
 
     void setMode(bool single, int period_ms = kPeriodMs);
+    // How long a stop may take, in place of kStopDeadlineMs.
+    void setPatience(int stop_ms) { m_stop_ms = stop_ms; }
+    // More options of podsim, before it starts.
+    void usePod(const QStringList& options) { m_pod_options = options; }
     bool single() const { return m_single; }
     int period() const { return m_period_ms; }
 
@@ -58,10 +62,12 @@ public:
     void dragUntilMoving(const std::function<void(const QPoint&)>& move_to, const QPoint& from);
 
     // Still and with an idle frame (periodic mode, open link) within the deadline.
-    Motion waitStill(int deadline_ms = kStopDeadlineMs);
+    Motion waitStill(int deadline_ms);
+    Motion waitStill() { return waitStill(m_stop_ms); }
     // Within the deadline it stands as it should, and goes on so for longer than two periods. The last
     // answer.
-    bool comesToRest(Motion& last, int deadline_ms = kStopDeadlineMs);
+    bool comesToRest(Motion& last, int deadline_ms);
+    bool comesToRest(Motion& last) { return comesToRest(last, m_stop_ms); }
     bool atRest(const Motion& m) const;
 
     Hand hand;
@@ -79,6 +85,8 @@ private:
 
     bool m_single = true;
     int m_period_ms = kPeriodMs;
+    int m_stop_ms = kStopDeadlineMs;
+    QStringList m_pod_options;
     int m_station_port = 0;
     QPair<QPoint, QPoint> m_spots;  // of the pictures, as last seen
     QString m_serial_port, m_problem;

@@ -7,11 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#ifdef SORVANE_SANITIZED
-// A library that stays loaded keeps its name in a report of its leaks, and so can be told from ours.
-extern "C" int dlclose(void* /*handle*/) { return 0; }
-#endif
-
 int main(int argc, char* argv[]) {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);

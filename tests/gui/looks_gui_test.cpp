@@ -14,6 +14,7 @@
 
 #include "analysis/qmyplotdlg.h"
 #include "looks.h"
+#include "map/locate_dialog.h"
 #include "telemetry_fixture.h"
 #include "tests/telemetry/sei_by_hand.h"
 #include "tests/widgets/x11_pointer.h"
@@ -409,6 +410,15 @@ protected:
         ASSERT_EQ(in().m_linkState(), kLinkNone);
     }
 
+    // As a map builds it, without a map.
+    void locateDialog() {
+        QObject target;
+        Ui::MyLocateDialogUi form;
+        const std::unique_ptr<common_dlg> made(makeLocateDialog(form, window.get(), &target));
+        openLocateDialog(form, *made, *ui().widget_6, {-112.4401234, -33.7512345, 12345.6});
+        dialog(made.get(), "locate");
+    }
+
     void everything(const Look& look) {
         choose(look);
         if (HasFatalFailure()) {
@@ -418,6 +428,7 @@ protected:
         dialog(in().m_connectionDlg(), "connection");
         dialog(in().m_telemetryDlg(), "telemetry_info");
         dialog(in().m_seiDlg(), "sei");
+        locateDialog();
         settings();
         upgrade();
         recording();

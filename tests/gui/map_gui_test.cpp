@@ -37,7 +37,7 @@ protected:
         ASSERT_NE(in().m_map2(), nullptr);
         for (QMapWidget* map : {in().m_map1(), in().m_map2()}) {
             ASSERT_TRUE(waitFor([&] { return exposed(map); }, kDeadline_ms));
-            lookAtSea(map);
+            ASSERT_NO_FATAL_FAILURE(lookAtSea(map));
         }
     }
     static bool exposed(QMapWidget* map) {
@@ -51,6 +51,32 @@ protected:
         to.m_viewer()->requestRedraw();
         ASSERT_TRUE(waitFor([&] { return to.frames() > before + 1 || !to.m_viewer()->checkNeedToDoFrame(); },
                             kDeadline_ms));
+    }
+    // What hides and shows the strip, with the sign that it was made with.
+    QPushButton* stripToggle() const {
+        auto* toggle = window->findChild<QPushButton*>("m_bottom_map_btn");
+        EXPECT_NE(toggle, nullptr);
+        return toggle;
+    }
+    void expectToggleAsTold(const QPushButton* toggle) const {
+        EXPECT_EQ(toggle->text(), "∨");
+        EXPECT_EQ(toggle->font().family(), "OCR A Std");
+        EXPECT_EQ(toggle->font().pointSize(), 12);
+        EXPECT_TRUE(toggle->font().bold());
+        EXPECT_EQ(toggle->geometry(), QRect(0, 0, 40, 20));
+        auto* holder = qobject_cast<MyTransDlg*>(toggle->parentWidget());
+        ASSERT_NE(holder, nullptr);
+        EXPECT_EQ(holder->parentWidget(), ui().widget_6);
+        EXPECT_EQ(holder->size(), QSize(40, 20));
+    }
+    // At the lower edge of the pictures, wherever that is.
+    bool toggleComesToItsPlace(const QPushButton* toggle) const {
+        return waitFor(
+            [&] {
+                const QPoint edge(ui().widget_6->width() / 2, ui().widget_6->height() - 20);
+                return toggle->parentWidget()->pos() == ui().widget_6->mapToGlobal(edge);
+            },
+            kDeadline_ms);
     }
     // The pointer comes to the map and is seen there.
     void hoverOver(QMapWidget* map, const QPoint& at) {
@@ -117,22 +143,10 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     EXPECT_EQ(in().m_map1()->geometry(), ui().widget_map->rect());
     EXPECT_EQ(in().m_map2()->geometry(), ui().widget_5->rect());
 
-    auto* toggle = window->findChild<QPushButton*>("m_bottom_map_btn");
+    QPushButton* const toggle = stripToggle();
     ASSERT_NE(toggle, nullptr);
-    EXPECT_EQ(toggle->text(), "∨");
-    EXPECT_EQ(toggle->font().family(), "OCR A Std");
-    EXPECT_EQ(toggle->font().pointSize(), 12);
-    EXPECT_TRUE(toggle->font().bold());
-    EXPECT_EQ(toggle->geometry(), QRect(0, 0, 40, 20));
-    auto* holder = qobject_cast<MyTransDlg*>(toggle->parentWidget());
-    ASSERT_NE(holder, nullptr);
-    EXPECT_EQ(holder->parentWidget(), ui().widget_6);
-    EXPECT_EQ(holder->size(), QSize(40, 20));
-    const auto placed = [&] {
-        return holder->pos() ==
-               ui().widget_6->mapToGlobal(QPoint(ui().widget_6->width() / 2, ui().widget_6->height() - 20));
-    };
-    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
+    ASSERT_NO_FATAL_FAILURE(expectToggleAsTold(toggle));
+    EXPECT_TRUE(toggleComesToItsPlace(toggle));
     // The sign is there, and not as the box of a missing one: hidden and shown it looks different.
     const QImage down = toggle->grab().toImage();
 
@@ -147,13 +161,33 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     EXPECT_TRUE(ui().widget_5->isHidden());
     EXPECT_EQ(MapAccess{*in().m_map2()}.m_timer_id(), 0);
     EXPECT_NE(MapAccess{*in().m_map1()}.m_timer_id(), 0);
-    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
+    EXPECT_TRUE(toggleComesToItsPlace(toggle));
     toggle->click();
     EXPECT_EQ(toggle->text(), "∨");
     EXPECT_TRUE(ui().widget_5->isVisible());
     EXPECT_NE(MapAccess{*in().m_map2()}.m_timer_id(), 0);
-    EXPECT_TRUE(waitFor(placed, kDeadline_ms));
+    EXPECT_TRUE(toggleComesToItsPlace(toggle));
+
+    // The action brings the strip up again, and changes nothing else.
+    toggle->click();
+    ui().action_map->trigger();
+    EXPECT_TRUE(ui().widget_5->isVisible());
+    EXPECT_EQ(toggle->text(), "∧");
+    toggle->click();
+    EXPECT_TRUE(ui().widget_5->isHidden());
+    EXPECT_EQ(toggle->text(), "∧");
 }
+
+// Notes the order in which groups get their children.
+class NotingGroup : public osg::Group {
+public:
+    NotingGroup(QString* order, QChar name) : m_order(order), m_name(name) {}
+    void childInserted(unsigned int) override { m_order->append(m_name); }
+
+private:
+    QString* m_order;
+    QChar m_name;
+};
 
 TEST_F(MapWindow, AHandOnAGlobeSendsThePodThere) {
     ASSERT_NO_FATAL_FAILURE(startWithMaps({{"common/send_single", true}}));
@@ -205,10 +239,21 @@ TEST_F(MapWindow, ReportsAndFixesReachBothMaps) {
         QCoreApplication::postEvent(window.get(), new QMyEvent(type, nullptr, block, bytes.size()));
         QCoreApplication::sendPostedEvents(window.get(), type);
     };
+    QString order;
+    MapAccess{*in().m_map1()}.m_marker_group() = new NotingGroup(&order, '1');
+    MapAccess{*in().m_map2()}.m_marker_group() = new NotingGroup(&order, '2');
     sorvane::TelemetryRecord record;
     record.target_longitude = 1504000000;
     record.target_latitude = -205000000;
     post(EVT_TELEMETRY, QByteArray(reinterpret_cast<const char*>(&record), sizeof record));
+    EXPECT_EQ(order, "12") << "targets";
+    order.clear();
+    // What the inertial unit fed to the pod is no fix.
+    sorvane::NavBlock nav;
+    nav.longitude = 1000000000;
+    post(EVT_NAV_BLOCK, QByteArray(reinterpret_cast<const char*>(&nav), sizeof nav));
+    EXPECT_TRUE(MapAccess{*in().m_map1()}.m_track().empty());
+    EXPECT_TRUE(MapAccess{*in().m_map2()}.m_track().empty());
     QByteArray ins(53, '\0');
     const auto put = [&ins](int at, auto value) { std::memcpy(ins.data() + at, &value, sizeof value); };
     put(10, 271.5F);
@@ -216,6 +261,7 @@ TEST_F(MapWindow, ReportsAndFixesReachBothMaps) {
     put(26, qint32{-1754000000});
     put(30, qint32{1234567});
     post(EVT_INS_FRAME, ins);
+    EXPECT_EQ(order, "21") << "aircraft";
     for (QMapWidget* map : {in().m_map1(), in().m_map2()}) {
         const MapAccess on{*map};
         EXPECT_EQ(on.m_target_lon(), 150.4);
@@ -356,8 +402,7 @@ TEST_F(MapWindow, KeysAndEdgesOfTheWindowWorkOverTheGlobe) {
 TEST_F(MapWindow, ClosesWithMapsHeldShownAndNeverMade) {
     start();
     stop();
-    start({{"common/send_single", false}, {"common/send_period_ms", 20}});
-    showMaps();
+    ASSERT_NO_FATAL_FAILURE(startWithMaps({{"common/send_single", false}, {"common/send_period_ms", 20}}));
     openUdp();
     QMapWidget* const map = in().m_map1();
     hoverOver(map, map->rect().center());

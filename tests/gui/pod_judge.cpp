@@ -104,7 +104,9 @@ Motion PodJudge::until(const std::function<bool(const Motion&)>& condition, int 
 
 void PodJudge::brake() const {
     QUdpSocket socket;
-    for (const char* frame : {"FB2CAA0670000000000076", "FB2CAA0645000000000043", "FB2CAA0650000000000056"}) {
+    const QByteArray idle = "FB2C" + QByteArray(80, '0') + "00F0";
+    for (const char* frame :
+         {"FB2CAA0670000000000076", "FB2CAA0645000000000043", "FB2CAA0650000000000056", idle.constData()}) {
         socket.writeDatagram(QByteArray::fromHex(frame), QHostAddress(QHostAddress::LocalHost),
                              static_cast<quint16>(m_port));
     }

@@ -34,7 +34,7 @@ public:
     Motion motion();
     // Asks until the condition holds; the last answer either way.
     Motion until(const std::function<bool(const Motion&)>& condition, int deadline_ms);
-    // Sends every stop there is, past the station.
+    // Sends every stop there is, past the station, and an idle periodic frame.
     void brake() const;
 
 private:

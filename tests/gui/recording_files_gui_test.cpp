@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QUrl>
 #include <atomic>
 #include <thread>
 
@@ -279,10 +280,75 @@ TEST_F(RecordingFiles, ARecordingPlaysAndGivesItsFileBack) {
     EXPECT_FALSE(ui().action_fileOpenAvi->isChecked());
 }
 
-// The block stream keeps no handle: whatever stands on its surface, files and pictures are the pull's.
-using BlockFiles = RecordingWindow<PodTest>;
+class PodFiles : public RecordingWindow<PodTest> {
+protected:
+    // Lines of this machine to the pod's streams.
+    static int linesTo(const QString& url) {
+        const QByteArray port =
+            ":" + QByteArray::number(QUrl(url).port(), 16).rightJustified(4, '0').toUpper();
+        QFile table("/proc/net/tcp");
+        EXPECT_TRUE(table.open(QIODevice::ReadOnly));
+        int lines = 0;
+        for (const QByteArray& line : table.readAll().split('\n')) {
+            const QList<QByteArray> fields = line.simplified().split(' ');
+            const bool established = fields.value(3) == "01";
+            lines += established && fields.value(2).endsWith(port) ? 1 : 0;
+        }
+        return lines;
+    }
+    static int descriptors() { return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size(); }
+    bool showsWidth(int width) {
+        in().frame_width() = 0;
+        return waitFor([&] { return in().frame_width() == width; }, 60000);
+    }
+    QComboBox& address() const { return *in().ui_connection()->comboBox_2; }
+};
 
-TEST_F(BlockFiles, TheBlockStreamIsRecordedToo) {
+// By hand or by the stall check: what is opened again is what stands in the field.
+TEST_F(PodFiles, AnotherAddressWhileItPlaysIsTheNextStream) {
+    const QString base = folder.filePath("record");
+    startRecorder({{"dataSave/default_video_saving_directory", base}});
+    startPodFor(freePort(),
+                {"--telemetry-hz", "0", "--rtsp-port", "0", "--size0", "640x512", "--size1", "512x288"});
+    ASSERT_FALSE(HasFatalFailure());
+    const QString first = podAddress("rtsp0"), second = podAddress("rtsp1");
+    address().setEditText(first);
+    open1();
+    ASSERT_TRUE(showsWidth(640));
+    open1();
+    ASSERT_TRUE(waitFor([&] { return linesTo(first) == 0; }, 20000));
+    const int before = descriptors();
+    open1();
+    ASSERT_TRUE(showsWidth(640));
+    for (const bool by_hand : {true, false}) {
+        const int old_width = by_hand ? 640 : 512;
+        record()->trigger();
+        const QString file = in().record_file();
+        ASSERT_TRUE(waitFor([&] { return QFileInfo(file).size() > 50000; }, 60000));
+        address().setEditText(by_hand ? second : first);
+        ASSERT_TRUE(showsWidth(old_width)) << "it plays on";
+        if (by_hand) {
+            open1();
+            open1();
+        } else {
+            tick(in().m_videoCheckTimer());
+            tick(in().m_videoCheckTimer());
+        }
+        EXPECT_TRUE(isClosed(file));
+        ASSERT_TRUE(showsWidth(by_hand ? 512 : 640));
+        EXPECT_EQ(address().currentText(), by_hand ? second : first);
+        EXPECT_EQ(probed(file)["streams"].toArray().at(0).toObject()["width"].toInt(), old_width);
+        outputOf("ffmpeg",
+                 {"-v", "error", "-i", file, "-vsync", "drop", "-f", "rawvideo", "-y", "/dev/null"});
+        EXPECT_TRUE(waitFor([&] { return linesTo(first) == 1; }, 20000)) << linesTo(first);
+    }
+    open1();
+    EXPECT_TRUE(waitFor([&] { return linesTo(first) == 0 && descriptors() <= before; }, 20000))
+        << descriptors() << " were " << before;
+}
+
+// The block stream keeps no handle: whatever stands on its surface, files and pictures are the pull's.
+TEST_F(PodFiles, TheBlockStreamIsRecordedToo) {
     const int port = freePort();
     startRecorder({{"connection/video1_play_address", QStringList{"127.0.0.1"}},
                    {"connection/video1_port", port},

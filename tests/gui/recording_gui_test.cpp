@@ -249,6 +249,7 @@ TEST_F(Recording, ATipBlinksOnForPicturesInARow) {
     in().snapping1() = true;
     record()->trigger();
     EXPECT_FALSE(in().m_tip1()->findChild<QLabel*>("label_snap")->isHidden());
+    EXPECT_TRUE(in().m_tip1()->findChild<QLabel*>("label_rec")->isHidden());
     for (const bool visible : {true, false, true}) {
         tick(in().m_blinkTimer());
         EXPECT_EQ(shown(in().m_tip1()), visible);
@@ -271,18 +272,23 @@ TEST_F(Recording, TheRealTimerBlinks) {
 TEST_F(Recording, TipsAndNoticesTakeNoActivation) {
     startWith();
     open1();
+    X11Pointer pointer;
+    ASSERT_TRUE(pointer.available());
+    const auto click = [&](const QWidget* on, const QPoint& at) {
+        EXPECT_TRUE(on->testAttribute(Qt::WA_ShowWithoutActivating));
+        const QPoint where = on->mapToGlobal(at);
+        pointer.moveTo(where.x(), where.y());
+        ASSERT_TRUE(waitFor([&] { return QCursor::pos() == where; }, 20000));
+        pointer.press(1);
+        pointer.release(1);
+    };
     record()->trigger();
     tick(in().m_blinkTimer());
     ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_tip1(), 20000));
+    click(in().m_tip1(), QPoint(10, 25));
     record()->trigger();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(in().rec_notice(), 20000));
-    X11Pointer pointer;
-    ASSERT_TRUE(pointer.available());
-    const QPoint on_notice = in().rec_notice()->mapToGlobal(QPoint(60, 90));
-    pointer.moveTo(on_notice.x(), on_notice.y());
-    ASSERT_TRUE(waitFor([&] { return QCursor::pos() == on_notice; }));
-    pointer.press(1);
-    pointer.release(1);
+    click(in().rec_notice(), QPoint(60, 90));
     // By the time that the window manager shows another window it has dealt with what came before.
     QWidget later(nullptr, Qt::Window | Qt::WindowDoesNotAcceptFocus);
     later.setAttribute(Qt::WA_ShowWithoutActivating);
@@ -364,7 +370,7 @@ TEST_F(Recording, TheRawButtonRecordsWhatIsReceived) {
     EXPECT_EQ(library().calls, (Calls{"captureEnd 1", "captureEnd 2"}));
     EXPECT_FALSE(in().recording1() || in().recording2());
     EXPECT_EQ(in().m_recSplitTimer(), 0);
-    EXPECT_TRUE(shown(in().rec_notice()));
+    ASSERT_TRUE(shown(in().rec_notice()));
     EXPECT_EQ(message(in().rec_notice()), recordBase() + "/20260309/070502_3.dat");
 }
 
@@ -391,6 +397,7 @@ TEST_F(Recording, TheRawButtonLeavesTheActionAlone) {
     raw()->click();
     EXPECT_TRUE(record()->isChecked());
     EXPECT_FALSE(in().recording1());
+    EXPECT_EQ(status(), "视频1已连接  视频1录制中  ") << "nor does the status bar hear of the end";
 }
 
 TEST_F(Recording, TheRawButtonsTextSurvivesALanguage) {

@@ -345,9 +345,55 @@ TEST_F(Replay, AWindowThatGoesWithoutClosingTakesTheTimerAlong) {
     play();
     const QPointer<QTimer> timer = in().replay_timer();
     ASSERT_FALSE(timer.isNull());
+    const QPointer<QWidget> others[] = {in().m_statusVideo(), in().m_statPane(), in().m_settings(),
+                                        in().m_panePlayCtrl(), in().m_tip1()};
+    int there = 0;
+    QObject::connect(timer, &QObject::destroyed, [&] {
+        for (const QPointer<QWidget>& other : others) {
+            there += other.isNull() ? 0 : 1;
+        }
+    });
     setInstance(nullptr);
     window.reset();
     EXPECT_TRUE(timer.isNull());
+    EXPECT_EQ(there, 5) << "it goes first";
+}
+
+TEST_F(Replay, ItsBarFollowsTheLayoutAndTheWindow) {
+    startWithClip();
+    play();
+    const auto place = [this] {
+        return QPoint(window->x() + ui().centralWidget->x() + (win1()->width() - 240) / 2,
+                      window->y() + ui().centralWidget->y() + win1()->height() - 40 - 2);
+    };
+    const auto follows = [&](const QPoint& before) {
+        return waitFor([&] { return panel()->pos() == place() && place() != before; }, 30000);
+    };
+    QPoint before = place();
+    ui().action_videoWinLR->trigger();
+    EXPECT_TRUE(follows(before)) << "half the width";
+    before = place();
+    window->showNormal();
+    window->resize(1000, 640);
+    EXPECT_TRUE(follows(before));
+    before = place();
+    window->move(window->x() + 40, window->y() + 30);
+    EXPECT_TRUE(follows(before));
+}
+
+// The type of the dialog holds for every picture that comes.
+TEST_F(Replay, ItsPicturesWaitInTheCacheWhileTheBlockTypeIsSelected) {
+    startWithClip();
+    play();
+    const auto& on_frame = library().clips.at(0).on_frame;
+    connection().cbb_stream_type->setCurrentIndex(2);
+    deliver(on_frame, makeFrame(320, 256, kRed, kRed));
+    EXPECT_TRUE(waitFor([this] { return in().frame_cache().size() == 1; }));
+    EXPECT_NE(in().frame_width(), 320);
+    connection().cbb_stream_type->setCurrentIndex(0);
+    deliver(on_frame, makeFrame(322, 256, kRed, kRed));
+    EXPECT_TRUE(waitFor([this] { return in().frame_width() == 322; }));
+    EXPECT_EQ(in().frame_cache().size(), 1U);
 }
 
 TEST_F(Replay, ItsPicturesAreDrawnAndStayWhileItIsPaused) {

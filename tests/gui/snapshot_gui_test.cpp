@@ -124,8 +124,16 @@ TEST_F(Snapshot, TheNoticesSpeakTheLanguage) {
     startWith({{"common/language", 1}});
     open1();
     snap()->trigger();
-    EXPECT_EQ(in().snap_notice()->findChild<QPushButton*>("pushButton_openDir")->text(), "Open folder");
-    EXPECT_EQ(in().snap_notice()->findChild<QPushButton*>("pushButton_openFile")->text(), "Open file");
+    const auto text = [this](const char* button) {
+        return in().snap_notice()->findChild<QPushButton*>(QLatin1String(button))->text();
+    };
+    EXPECT_EQ(text("pushButton_openDir"), "Open folder");
+    EXPECT_EQ(text("pushButton_openFile"), "Open file");
+    EXPECT_EQ(message(in().snap_notice()), in().snap_file());
+    in().m_settings()->ui->cbb_selLang->setCurrentIndex(0);
+    ASSERT_TRUE(waitFor([this] { return raw()->text() == "录制视频流"; }, 20000));
+    snap()->trigger();
+    EXPECT_EQ(text("pushButton_openDir"), "打开目录") << "that of the moment";
     EXPECT_EQ(message(in().snap_notice()), in().snap_file());
 }
 

@@ -345,6 +345,45 @@ TEST_F(Channels, SoundNeverHoldsTheCloseUpWithOrWithoutADevice) {
     EXPECT_FALSE(in().playing1());
 }
 
+// Two seconds behind the first show the station opens what is still closed, picture and link.
+namespace {
+
+class StartUp : public Channels {
+protected:
+    // `open` runs before the event loop can.
+    void startAnd(const std::function<void()>& open) {
+        stop();
+        fake_tavrik::reset();
+        writeConfig({{"common/play_video_on_start", true},
+                     {"common/check_video_ms", 600000},
+                     {"connection/destination_address", "127.0.0.1"},
+                     {"connection/local_bind_port", 0},
+                     {"connection/video1_play_address", kHistory}});
+        window = std::make_unique<Korvath>();
+        setInstance(window.get());
+        window->initFirstStage();
+        window->initSecondStage();
+        EXPECT_FALSE(in().playing1() || linkIsOpen());
+        open();
+    }
+    bool linkIsOpen() const { return in().m_linkState() == kLinkUdp; }
+    bool opensTheRest() {
+        return waitFor([this] { return in().playing1() && linkIsOpen(); }, 60000);
+    }
+};
+
+}  // namespace
+
+TEST_F(StartUp, OpensWhatIsStillClosed) {
+    startAnd([this] { window->OnOpenVideo1(); });
+    EXPECT_TRUE(opensTheRest());
+    EXPECT_EQ(library().calls, std::vector<std::string>{"open 1"}) << "what is open stays";
+    startAnd([this] { window->OnUdpConnect(); });
+    ASSERT_TRUE(linkIsOpen());
+    EXPECT_TRUE(opensTheRest());
+    EXPECT_EQ(library().calls, std::vector<std::string>{"open 1"}) << "channel 1 alone";
+}
+
 TEST_F(Channels, ClosingTheWindowClosesEveryStream) {
     startWith(0);
     connection().pushButton_22->click();

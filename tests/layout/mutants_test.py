@@ -235,6 +235,13 @@ class Runs(unittest.TestCase):
         self.assertIn("0 killed, 2 survived", output)
         self.assertIn("0 killed, 2 survived", self.mutate("--count", 2, "--labels", "gui,net", "--again"))
 
+    def test_a_test_dealt_out_to_several_and_one_that_wants_the_machine(self):
+        self.write("tests/CMakeLists.txt", SMALL["tests/CMakeLists.txt"].replace("NAME limit_test", "NAME limit_test_1of1")
+                   .replace("set_tests_properties(limit_test", "set_tests_properties(limit_test_1of1"))
+        self.assertIn("killed limit_test_1of1", self.mutate("--from", 2, "--count", 1))
+        self.write("tests/CMakeLists.txt", SMALL["tests/CMakeLists.txt"].replace("LABELS unit", "LABELS unit PROCESSORS 3"))
+        self.assertIn("building 0 tests", self.mutate("--from", 3, "--count", 1))
+
     def test_what_does_not_compile_counts_for_nothing(self):
         self.write("link/limit.cpp", SMALL["link/limit.cpp"]
                    + "constexpr int kRow[] = {1, 2};\nint a[kRow[0]], b[kRow[1] - 1];\n")

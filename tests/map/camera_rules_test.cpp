@@ -93,6 +93,51 @@ TEST(FramePace, AViewThatAsksNoMoreIsNotWaitedFor) {
     EXPECT_TRUE(pace.mayDraw(&kOne, 65000));
 }
 
+TEST(FramePace, APictureThatIsDueFindsTheThreadFree) {
+    FramePace pace;
+    const int view = 0;
+    for (const std::int64_t at : {1000, 41000, 81000}) {
+        pace.pictureCame(1, at);
+    }
+    pace.drawn(&view, 82000, 92000);
+    // The next one comes at 121 ms, and a frame takes 10.
+    EXPECT_TRUE(pace.mayDraw(&view, 110000));
+    for (const std::int64_t at : {112000, 121000, 125000}) {
+        EXPECT_FALSE(pace.mayDraw(&view, at)) << at;
+    }
+    // It does not come.
+    EXPECT_TRUE(pace.mayDraw(&view, 127000));
+    // A second window counts for itself.
+    pace.pictureCame(2, 90000);
+    pace.pictureCame(2, 130000);
+    EXPECT_TRUE(pace.mayDraw(&view, 150000));
+    EXPECT_FALSE(pace.mayDraw(&view, 165000));
+    // After a pause nothing is known of the next one.
+    pace.pictureCame(1, 400000);
+    pace.drawn(&view, 380000, 390000);
+    EXPECT_TRUE(pace.mayDraw(&view, 435000));
+}
+
+TEST(FramePace, PicturesWithoutEndLeaveTheMapSomeFrames) {
+    FramePace pace;
+    const int view = 0;
+    std::int64_t now = 1000;
+    for (int i = 0; i < 10; ++i) {
+        pace.pictureCame(1, now += 10000);
+    }
+    pace.drawn(&view, now, now + 20000);
+    int refused = 0;
+    for (now += 20000; !pace.mayDraw(&view, now) && refused < 100; now += 1000) {
+        ++refused;
+        if (refused % 10 == 0) {
+            pace.pictureCame(1, now);
+        }
+    }
+    EXPECT_GT(refused, 50);
+    EXPECT_LT(refused, 101);
+    EXPECT_TRUE(pace.mayDraw(&view, now));
+}
+
 TEST(FramePace, ASlowFrameDoesNotStopTheMap) {
     FramePace pace;
     pace.drawn(&kOne, 0, 30000000);

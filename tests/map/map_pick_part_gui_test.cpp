@@ -1,7 +1,10 @@
 // The pointer on a globe: what it reads, what it sends, and that what it holds ends.
+#include <QScreen>
 #include <QValidator>
 #include <QtEndian>
 
+#include "globe/registry.h"
+#include "map/locate_dialog.h"
 #include "map/pick_drag.h"
 #include "map_scene.h"
 
@@ -48,7 +51,7 @@ TEST_F(MapPick, APressBeforeTheFirstHoverSendsNoNumbers) {
 TEST_F(MapPick, APressSendsThePointUnderThePointer) {
     for (const double range_m : {kSevenRadii, 1e6, 2000.0}) {
         lookAt(kHere, range_m);
-        for (const QPoint& at : {QPoint(320, 240), QPoint(371, 150), QPoint(250, 300)}) {
+        for (const QPoint& at : {QPoint(371, 150), QPoint(250, 300)}) {
             owner.calls.clear();
             moveTo(at);
             press(at);
@@ -59,6 +62,24 @@ TEST_F(MapPick, APressSendsThePointUnderThePointer) {
             settle();
         }
     }
+}
+
+// The first thing that is met counts: over the aircraft that is the aircraft, also for the pod.
+TEST_F(MapPick, TheAircraftIsReadWhereItHidesTheGround) {
+    lookAt(kHere, 5000.0);
+    map->update_aircraft(kHere.lon, kHere.lat, 800, 0.0F);
+    settle();
+    const QPoint over(320, 240);
+    moveTo(over);
+    EXPECT_NEAR(in().m_cursor_alt(), 900.0, 1.0);
+    press(over);
+    ASSERT_TRUE(waitCalls(2));
+    EXPECT_NEAR(word(owner.calls[1].data, 8) / 10.0, 900.0, 1.0);
+    release(over);
+    ASSERT_TRUE(waitCalls(3));
+    moveTo(over + QPoint(60, 0));
+    EXPECT_NEAR(in().m_cursor_alt(), 0.0, 1.0);
+    EXPECT_GT(in().m_cursor_lon(), kHere.lon + 0.003);
 }
 
 TEST_F(MapPick, OverTheSkyTheLastPointStays) {
@@ -87,6 +108,26 @@ TEST_F(MapPick, TheMarkOfADragComesDownWithTheRelease) {
     ASSERT_TRUE(waitCalls(3));
     EXPECT_FALSE(g_pick_drag);
     EXPECT_FALSE(in().m_left_pressed());
+}
+
+TEST_F(MapPick, APickedThingIsDraggedUntilTheRelease) {
+    lookAt(kHere, 5000.0);
+    map->update_aircraft(kHere.lon, kHere.lat, 800, 0.0F);
+    map->set_pickable(in().m_plane(), 4711);
+    EXPECT_EQ(globe::Registry::instance()->getObjectIndex()->get<osg::Node>(4711), in().m_plane());
+    moveTo({320, 240});
+    press({320, 240});
+    EXPECT_TRUE(waitFor([] { return g_pick_drag; }, kDeadline_ms));
+    release({320, 240});
+    ASSERT_TRUE(waitCalls(3));
+    EXPECT_FALSE(g_pick_drag);
+    // Let go before the hit is known, there is nothing to drag.
+    press({320, 240});
+    release({320, 240});
+    ASSERT_TRUE(waitCalls(6));
+    settle();
+    EXPECT_FALSE(g_pick_drag);
+    EXPECT_EQ(owner.kinds(), "bsebse");
 }
 
 TEST_F(MapPick, HidingEndsThePressOnce) {
@@ -136,6 +177,26 @@ TEST_F(MapPick, TheHoldEndsFromOutside) {
     EXPECT_EQ(owner.kinds(), "bse");
 }
 
+TEST_F(MapPick, AContextThatIsLostEndsThePressAndTheGlobe) {
+    lookAt(kHere, 1e6);
+    moveTo({300, 200});
+    press({300, 200});
+    ASSERT_TRUE(waitCalls(2));
+    auto& surface =
+        static_cast<globe::GraphicsWindowQt&>(*in().m_viewer()->getCamera()->getGraphicsContext());
+    surface.closeImplementation();
+    ASSERT_FALSE(surface.valid());
+    ASSERT_TRUE(waitCalls(3)) << "with the hand still there";
+    EXPECT_EQ(owner.kinds(), "bse");
+    EXPECT_FALSE(in().m_left_pressed());
+    release({300, 200});
+    // What the hand does there afterwards goes nowhere, and nothing of it piles up.
+    press({320, 220});
+    release({320, 220});
+    EXPECT_TRUE(waitFor([&] { return surface.getEventQueue()->empty(); }, kDeadline_ms));
+    EXPECT_EQ(owner.kinds(), "bse");
+}
+
 TEST_F(MapPick, AnEdgeOfTheWindowIsNotTheGlobe) {
     lookAt(kHere, 1e6);
     moveTo({320, 240});
@@ -180,6 +241,22 @@ TEST_F(MapPick, ARightClickOpensTheDialogOverTheMiddle) {
     ASSERT_TRUE(waitFor([&] { return dialog->isVisible(); }, kDeadline_ms));
     EXPECT_EQ(ui.edit_lng->text(), QString::number(in().m_cursor_lon(), 'f', 7));
     EXPECT_EQ(ui.edit_lat->text(), QString::number(in().m_cursor_lat(), 'f', 7));
+}
+
+// As the page beside the pictures is: narrower than the dialog, at the right edge.
+TEST(LocateDialog, StaysOnTheScreen) {
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    QWidget over(nullptr, Qt::BypassWindowManagerHint);
+    over.setGeometry(screen.right() - 199, screen.top() + 10, 200, 100);
+    over.show();
+    QObject target;
+    Ui::MyLocateDialogUi form;
+    const std::unique_ptr<common_dlg> dialog(makeLocateDialog(form, nullptr, &target));
+    openLocateDialog(form, *dialog, over, {1, 2, 3});
+    EXPECT_TRUE(waitFor(
+        [&] { return dialog->geometry() == QRect(screen.right() - 470, screen.top(), 471, 196); }, 40000))
+        << dialog->x() << " " << dialog->y();
+    dialog->close();
 }
 
 TEST_F(MapPick, ZeroIsAnEmptyField) {

@@ -7,6 +7,10 @@
 #include <QTest>
 #include <cmath>
 #include <memory>
+#include <osg/Geode>
+#include <osg/ShapeDrawable>
+#include <osg/Timer>
+#include <osgDB/WriteFile>
 #include <vector>
 
 #include "globe/graphics_window_qt.h"
@@ -124,12 +128,16 @@ protected:
     static constexpr double kSevenRadii = 7 * 6378137.0;
     static constexpr int kDeadline_ms = 40000;
 
-    // Data of the test's own, so that the run-time tree stays as it is.
+    // Data of the test's own, so that the run-time tree stays as it is. The aircraft, shown ten times as
+    // large, is a cube of 200 m.
     void SetUp() override {
         QDir home(QCoreApplication::applicationDirPath());
         home.mkpath(QStringLiteral("here/earth"));
         QDir::setCurrent(home.filePath(QStringLiteral("here")));
         writeEarth("<map name=\"bare\" type=\"geocentric\" version=\"2\"></map>\n");
+        osg::ref_ptr<osg::Geode> cube = new osg::Geode;
+        cube->addDrawable(new osg::ShapeDrawable(new osg::Box({}, 20.0F)));
+        ASSERT_TRUE(osgDB::writeNodeFile(*cube, "earth/drone.osgb"));
     }
     void TearDown() override {
         map.reset();
@@ -161,6 +169,19 @@ protected:
         in().m_manipulator()->setViewpoint(
             globe::Viewpoint("", place.lon, place.lat, 0.0, 0.0, -90.0, range_m), 0.0);
         in().m_viewer()->requestRedraw();
+        settle();
+    }
+    // A flight counts its seconds by the view's clock, from the first frame on: the clock is put on.
+    void endFlight() {
+        ASSERT_TRUE(in().m_manipulator()->isSettingViewpoint());
+        const unsigned int before = in().frames();
+        ASSERT_TRUE(waitFor([&] { return in().frames() > before; }, kDeadline_ms));
+        constexpr double kLonger_s = 10.0;
+        osgViewer::Viewer& viewer = *in().m_viewer();
+        viewer.setStartTick(
+            viewer.getStartTick() -
+            static_cast<osg::Timer_t>(kLonger_s / osg::Timer::instance()->getSecondsPerTick()));
+        viewer.requestRedraw();
         settle();
     }
     // What waits has been worked through: nothing asks for a frame any more.

@@ -37,6 +37,7 @@ TEST(Options, EveryOptionIsRead) {
                        "--peer",
                        "127.0.0.1:9",
                        "--latched",
+                       "--places-held",
                        "--telemetry-hz",
                        "50",
                        "--telemetry-form",
@@ -95,6 +96,7 @@ TEST(Options, EveryOptionIsRead) {
                       o, error))
         << error;
     EXPECT_TRUE(o.latched);
+    EXPECT_TRUE(o.places_held);
     EXPECT_EQ(o.bind_address, "0.0.0.0");
     EXPECT_EQ(o.udp_port, kNoPort);
     EXPECT_EQ(o.tcp_port, 0);

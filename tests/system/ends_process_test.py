@@ -6,39 +6,19 @@ was edited is kept, and the end is a clean one. Judged by a latched pod.
 import os
 import pathlib
 import re
-import shutil
 import signal
-import socket
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
+
+from latched_pod import PATIENCE_S, StationTest, wait_for
 
 CONTROL_PLACES = pathlib.Path(sys.argv.pop()).resolve()
 RUN_TREE = pathlib.Path(sys.argv.pop()).resolve()
 
-PATIENCE_S = 20
-# Five times what a right station needs at most: two periods, a tenth of a second, the pod's slowing down.
-STOP_S = 1.5
 # To the left, where the pod has the longest way to its end: every hold here goes on from where the last one ended.
 ARROW, ZOOM, SPEED = "pushButton_113", "pushButton_118", "lineEdit_3"
-
-
-def wait_for(condition, seconds, what):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.02)
-    raise AssertionError(f"{what}: not within {seconds} s")
-
-
-def free_port():
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 class Display:
@@ -74,52 +54,15 @@ class Display:
             process.wait(PATIENCE_S)
 
 
-class Pod:
-    """podsim, asked what moves."""
+class EndsOfTheProcess(StationTest):
+    # Five times what a right station needs at most: two periods, a tenth of a second, the pod's slowing down.
+    STOP_S = 1.5
 
-    def __init__(self, program, folder):
-        self.process = subprocess.Popen([program, "--latched", "--udp", "0", "--rtsp-port", "off"],
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=open(folder / "podsim.txt", "wb"), text=True, bufsize=1)
-        self.port = int(re.search(r"udp=\S*:(\d+)", self.process.stdout.readline()).group(1))
-
-    def motion(self):
-        self.process.stdin.write("motion\n")
-        line = self.process.stdout.readline()
-        return {key: float(value) for key, value in re.findall(r"(\w+)=(\S+)", line)}
-
-    def still(self):
-        told = self.motion()
-        return not any(told[key] for key in ("az", "el", "zoom0", "focus0", "zoom1", "focus1"))
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait(PATIENCE_S)
-        self.process.stdin.close()
-        self.process.stdout.close()
-
-
-class EndsOfTheProcess(unittest.TestCase):
     def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sorvane-ends-"))
-        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        self.run_folder = self.folder / "run"
-        self.run_folder.mkdir()
-        for program in (RUN_TREE / "sorvane", RUN_TREE / "podsim", CONTROL_PLACES):
-            shutil.copy2(program, self.run_folder / program.name)
-        for name in ("res", "fonts", "translations"):
-            (self.run_folder / name).symlink_to(RUN_TREE / name)
-        self.station = None
+        self.prepare(RUN_TREE, CONTROL_PLACES)
         self.display = Display(self.folder)
         self.addCleanup(self.display.stop)
-        self.pod = Pod(self.run_folder / "podsim", self.folder)
-        self.addCleanup(self.pod.stop)
         self.addCleanup(self.end_station)
-
-    def end_station(self):
-        if self.station and self.station.poll() is None:
-            self.station.kill()
-            self.station.wait(PATIENCE_S)
 
     def find_places(self):
         """Where the controls stand: the same window on the same display, a moment earlier."""
@@ -130,18 +73,9 @@ class EndsOfTheProcess(unittest.TestCase):
 
     def start_station(self, single, output=None):
         self.find_places()
-        # Nothing answers for the pictures; the link opens by itself with them.
-        (self.run_folder / "appCfg.ini").write_text(
-            "[connection]\nvideo1_play_address=rtsp://127.0.0.1:9/none\n"
-            f"destination_address=127.0.0.1\ndestination_port={self.pod.port}\nlocal_bind_port={free_port()}\n"
-            f"[common]\nplay_video_on_start=true\nsend_single={'true' if single else 'false'}\n", encoding="utf-8")
-        self.station = subprocess.Popen(
-            [self.run_folder / "sorvane"], cwd=self.run_folder, env=self.display.environment,
-            stdout=output if output is not None else open(self.folder / "sorvane.txt", "wb"),
-            stderr=subprocess.STDOUT)
+        self.run_station(single, self.display.environment, output=output)
         wait_for(self.active, PATIENCE_S, "the window")
 
-        # The link opens by itself, two seconds after the window.
         def linked():
             self.turn_wheel()
             return self.moves(0.2)
@@ -157,9 +91,9 @@ class EndsOfTheProcess(unittest.TestCase):
                 if moved:
                     return True
             return False
-        self.assert_still("after the wheel")
+        self.assert_stands("after the wheel")
         wait_for(pages_shown, PATIENCE_S, "the control pages")
-        self.assert_still("after the first command")
+        self.assert_stands("after the first command")
 
     def active(self):
         """The station's window is the active one and fills the screen."""
@@ -180,17 +114,11 @@ class EndsOfTheProcess(unittest.TestCase):
 
     def moves(self, seconds):
         deadline = time.monotonic() + seconds
-        while self.pod.still():
+        while not self.pod.moves():
             if time.monotonic() > deadline:
                 return False
             time.sleep(0.01)
         return True
-
-    def assert_still(self, when):
-        try:
-            wait_for(self.pod.still, STOP_S, f"the pod stands {when}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}: {self.pod.motion()}") from None
 
     def edit_speed(self, text):
         self.click(SPEED)
@@ -212,14 +140,14 @@ class EndsOfTheProcess(unittest.TestCase):
         self.hold(ARROW)
         end()
         try:
-            self.assert_still(f"after {what}")
+            self.assert_stands(f"after {what}")
         finally:
             self.release()
         code = self.station.wait(PATIENCE_S)
         if status:
             self.assertEqual(code, 0, what)
         time.sleep(0.2)
-        self.assertTrue(self.pod.still(), "it moves again")
+        self.assertFalse(self.pod.moves(), "it moves again")
         # What is typed into the window is stored as it closes; without a display the memory alone is.
         self.assert_stored("max_speed=37" if status else f"destination_port={self.pod.port}")
         self.assertEqual(list(self.run_folder.glob("*.dmp")), [])
@@ -266,17 +194,15 @@ class EndsOfTheProcess(unittest.TestCase):
             wait_for(lambda: self.pod.motion()["movements"] > before or self.station.poll() is not None, PATIENCE_S,
                      "the wheel's command")
             self.assertIsNone(self.station.poll(), "it has ended")
-            self.assert_still("after the wheel")
+            self.assert_stands("after the wheel")
         self.hold(ARROW)
         self.release()
-        self.assert_still("after the release")
+        self.assert_stands("after the release")
         self.assertIsNone(self.station.poll(), "it has ended")
 
     def brake(self):
-        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as stops:
-            for frame in ("FB2CAA0670000000000076", "FB2CAA0645000000000043", "FB2CAA0650000000000056"):
-                stops.sendto(bytes.fromhex(frame), ("127.0.0.1", self.pod.port))
-        self.assert_still("by its own stops")
+        self.pod.brake()
+        self.assert_stands("by its own stops")
 
 
 if __name__ == "__main__":

@@ -7,27 +7,19 @@ import itertools
 import os
 import pathlib
 import random
-import re
-import shutil
 import signal
-import socket
-import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
+from latched_pod import PATIENCE_S, StationTest, wait_for  # noqa: E402
 from virtual_stick import VirtualStick, axis, button, stored_map  # noqa: E402
 
 LIBRARY = pathlib.Path(sys.argv.pop()).resolve()
 RUN_TREE = pathlib.Path(sys.argv.pop()).resolve()
 
-PATIENCE_S = 60
-# Far more than a right station needs (two periods, the poll that sees it, the pod slowing down), less than the way to an
-# end, where a pod stands by itself.
-STOP_S = 4
 PRODUCT = 0x2109
 # Buttons 0 to 5 and what they are given, by the row of the page.
 ZOOM_IN, ZOOM_OUT, SNAPSHOT, TRACK, UNASSIGNED, CENTRE = range(6)
@@ -54,95 +46,29 @@ BUTTONS = {
 PULLS = int(os.environ.get("SORVANE_PULLS", "100"))
 
 
-def wait_for(condition, seconds, what):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.005)
-    raise AssertionError(f"{what}: not within {seconds} s")
+class Stick(StationTest):
+    # Far more than a right station needs (two periods, the poll that sees it, the pod slowing down), less than the way to
+    # an end, where a pod stands by itself.
+    STOP_S = 4
 
-
-def free_port():
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-class Pod:
-    """podsim, asked what moves."""
-
-    def __init__(self, program, folder):
-        self.process = subprocess.Popen([program, "--latched", "--udp", "0", "--rtsp-port", "off"],
-                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=open(folder / "podsim.txt", "wb"), text=True, bufsize=1)
-        self.port = int(re.search(r"udp=\S*:(\d+)", self.process.stdout.readline()).group(1))
-
-    def motion(self):
-        self.process.stdin.write("motion\n")
-        line = self.process.stdout.readline()
-        return {key: float(value) for key, value in re.findall(r"(\w+)=(\S+)", line)}
-
-    def moves(self):
-        told = self.motion()
-        return any(told[key] for key in ("az", "el", "zoom0", "focus0", "zoom1", "focus1"))
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait(PATIENCE_S)
-        self.process.stdin.close()
-        self.process.stdout.close()
-
-
-class Stick(unittest.TestCase):
     def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="sorvane-stick-"))
-        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        self.run_folder = self.folder / "run"
-        self.run_folder.mkdir()
-        for program in ("sorvane", "podsim"):
-            shutil.copy2(RUN_TREE / program, self.run_folder / program)
-        for name in ("res", "fonts", "translations"):
-            (self.run_folder / name).symlink_to(RUN_TREE / name)
-        self.pod = Pod(self.run_folder / "podsim", self.folder)
-        self.addCleanup(self.pod.stop)
+        self.prepare(RUN_TREE)
         self.stick = VirtualStick(LIBRARY, self.folder)
         self.addCleanup(self.stick.close)
-        self.station = None
-        self.addCleanup(self.end_station)
         self.random = random.Random(5)
 
-    def end_station(self):
-        if self.station and self.station.poll() is None:
-            self.station.kill()
-            self.station.wait(PATIENCE_S)
-
     def start_station(self, single):
-        # Nothing answers for the pictures; the link opens by itself with them.
-        (self.run_folder / "appCfg.ini").write_text(
-            "[connection]\nvideo1_play_address=rtsp://127.0.0.1:9/none\n"
-            f"destination_address=127.0.0.1\ndestination_port={self.pod.port}\nlocal_bind_port={free_port()}\n"
-            f"[common]\nplay_video_on_start=true\nsend_single={'true' if single else 'false'}\n"
-            f"js_enable=true\njs_btn_cmd_map={stored_map({PRODUCT: FUNCTIONS})}\n"
-            f"js_rocker_cmd_map={stored_map({PRODUCT: ROLES})}\n", encoding="utf-8")
         self.stick.forget()
-        self.station = subprocess.Popen([self.run_folder / "sorvane"], cwd=self.run_folder,
-                                        env=self.stick.environment(os.environ),
-                                        stdout=open(self.folder / "sorvane.txt", "wb"), stderr=subprocess.STDOUT)
+        self.run_station(single, self.stick.environment(os.environ),
+                         f"js_enable=true\njs_btn_cmd_map={stored_map({PRODUCT: FUNCTIONS})}\n"
+                         f"js_rocker_cmd_map={stored_map({PRODUCT: ROLES})}\n")
         wait_for(lambda: pathlib.Path(self.stick.path).exists(), PATIENCE_S, "the first look at controllers")
-        # The link opens by itself two seconds after the window; a stick that is out is heard as soon as it is.
+        # A stick that is out when the link opens is heard as soon as it does.
         self.stick.plug()
         self.stick.send(axis(0, 1))
         wait_for(self.pod.moves, PATIENCE_S, "the stick's first rate")
         self.stick.pull()
         self.assert_stands("after the first pull")
-
-    def assert_stands(self, when):
-        try:
-            wait_for(lambda: not self.pod.moves(), STOP_S, f"the pod stands {when}")
-        except AssertionError as error:
-            raise AssertionError(f"{error}: {self.pod.motion()}") from None
 
     def pull_once(self, axes, buttons):
         what = f"{axes}, {buttons}"

@@ -6,7 +6,9 @@
 
 #include "camera.h"
 #include "http_camera.h"
+#include "memory.h"
 #include "recording.h"
+#include "tavrik/capture_writer.h"
 #include "tavrik/tavrik.h"
 #include "tone.h"
 #include "ts_writer.h"
@@ -345,6 +347,92 @@ TEST(CaptureSound, WithoutTimesEndsNoRecording) {
         EXPECT_EQ(readRecording(path).trouble, "") << coding.name;
         EXPECT_EQ(readRecording(path).sums.size(), 75u) << coding.name;
     }
+}
+
+// Seconds of sound at once, over both roads: neither the pictures nor their recording are held up.
+TEST(CaptureSound, APacketAsLargeAsTheyComeHoldsNothingUp) {
+    for (const bool rtsp : {true, false}) {
+        const Folder folder("huge");
+        RtspServer::Settings settings;
+        settings.audio = true;
+        settings.sound_type = 97;
+        settings.sound_lines = "a=rtpmap:97 L16/8000/1\r\n";
+        RtspServer server(settings);
+        const int port = freeUdpPort();
+        UdpSender sender(port);
+        TsWriter writer;
+        TestEncoder encoder(EncoderSettings{});
+        Receiver receiver;
+        const int handle = feedOpen(rtsp ? server.url().c_str() : "", port, receiver.onFrame(),
+                                    receiver.onAudio(), "", rtsp, "", nullptr, 1);
+        ASSERT_TRUE(!rtsp || server.waitForPlay(kPatienceMs));
+        const std::string path = folder / "a.mp4";
+        captureBegin(path.c_str(), handle, 1);
+        for (std::uint32_t n = 0; n < 40; ++n) {
+            if (rtsp) {
+                server.sendPicture(encoder.encode(static_cast<int>(n)), n * 3600);
+                server.sendSound(n % 10 == 5 ? Bytes(65000, 0x11) : Bytes(2, 0x11), n * 320);
+            } else {
+                writer.tables(0x1B, 0x03);
+                writer.times(90000 + static_cast<std::int64_t>(n) * 3600);
+                writer.pes(TsWriter::kVideoPid, encoder.encode(static_cast<int>(n)), true);
+                writer.pes(TsWriter::kAudioPid, Bytes(n % 10 == 5 ? 65000 : 2, 0x11), true);
+                sender.send(writer.take(), 1316);
+            }
+            ASSERT_TRUE(receiver.waitForFrames(n + 1)) << n;
+        }
+        closeInTime(handle);
+        EXPECT_EQ(readRecording(path).trouble, "");
+        EXPECT_EQ(readRecording(path).sums.size(), 40u);
+    }
+}
+
+// The picture that the sound belongs to never comes: what waits for it is bounded.
+TEST(CaptureSound, WithoutPicturesIsNotGatheredWithoutBound) {
+    const Folder folder("alone");
+    const auto writer = makeMp4Writer({AV_CODEC_ID_H264, nullptr, {}, true});
+    ASSERT_TRUE(writer->open(folder / "a.mp4"));
+    TestEncoder encoder(EncoderSettings{});
+    const auto put = [&](int number) {
+        const auto unit = std::make_shared<AccessUnit>();
+        unit->codec = Codec::kH264;
+        unit->padded = encoder.encode(number);
+        sealBytes(unit->padded);
+        unit->stamp = {number * 3600, kNoTime, {}};
+        unit->stamp.arrival += std::chrono::milliseconds(40 * number);
+        unit->decoding_can_begin = unit->file_can_begin = number % 10 == 0;
+        EXPECT_TRUE(writer->picture(unit));
+    };
+    put(0);
+    const std::shared_ptr<AVCodecParameters> aac(avcodec_parameters_alloc(), AvFree());
+    aac->codec_type = AVMEDIA_TYPE_AUDIO;
+    aac->codec_id = AV_CODEC_ID_AAC;
+    const Bytes configuration{0x11, 0x90};
+    aac->extradata = static_cast<std::uint8_t*>(av_mallocz(2 + AV_INPUT_BUFFER_PADDING_SIZE));
+    std::copy(configuration.begin(), configuration.end(), aac->extradata);
+    aac->extradata_size = 2;
+    Tone tone("aac", kRate, 2);
+    Bytes frame;
+    for (int n = 0; n < 10; ++n) {
+        frame = tone.next();
+    }
+    const std::size_t before = bytesInUse();
+    for (const Bytes& sound : {Bytes(60000, 0xFC), frame}) {
+        const auto chunk = std::make_shared<SoundChunk>();
+        chunk->data = sound;
+        chunk->stamp.pts = 0;
+        chunk->parameters = aac;
+        for (int n = 0; n < 10000; ++n) {
+            ASSERT_TRUE(writer->sound(chunk));
+            ASSERT_LT(bytesInUse(), before + (24u << 20)) << n << " of " << sound.size();
+        }
+    }
+    for (int n = 1; n < 25; ++n) {
+        put(n);
+    }
+    EXPECT_TRUE(writer->finish());
+    EXPECT_EQ(readRecording(folder / "a.mp4").trouble, "");
+    EXPECT_EQ(readRecording(folder / "a.mp4").sums.size(), 25u);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// Pictures over RTP that never end.
+// Pictures and sound over RTP that never end.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
@@ -8,13 +7,10 @@
 #include <thread>
 #include <vector>
 
+#include "memory.h"
 #include "receiver.h"
 #include "rtsp_server.h"
 #include "tavrik/gather_limit.h"
-
-#ifdef SORVANE_SANITIZED
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
 
 namespace tavrik::test {
 namespace {
@@ -22,22 +18,13 @@ namespace {
 constexpr std::uint32_t kTicks = 3600;
 constexpr std::size_t kPiece = 60000;  // a packet's payload; over TCP it has 65535 bytes at most
 
-std::size_t bytesInUse() {
-#ifdef SORVANE_SANITIZED
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
-
-// Shows pictures, then `count` packets of an endless one, then pictures again. bound: of what the endless one
-// may hold in memory once its packets have been received, less than all of them.
+// Shows pictures, then `count` packets of something endless, then pictures again. bound: of what that may
+// hold in memory once its packets have been received, less than all of them.
 void expectBounded(RtspServer& server, Codec codec, int count, std::size_t bound,
                    const std::function<void(int)>& send) {
     Receiver receiver;
     const int handle =
-        feedOpen(server.url().c_str(), 0, receiver.onFrame(), nullptr, "", true, "", nullptr, 1);
+        feedOpen(server.url().c_str(), 0, receiver.onFrame(), receiver.onAudio(), "", true, "", nullptr, 1);
     const auto shows = [&](int from) {
         TestEncoder encoder(EncoderSettings{codec});
         const std::size_t seen = receiver.numbers().size();
@@ -103,6 +90,20 @@ INSTANTIATE_TEST_SUITE_P(Tavrik, EndlessPicture,
                                          Case{Codec::kH264, false, {0x65, 0x48}},
                                          Case{Codec::kH265, true, {0x62, 0x01, 0x13}},
                                          Case{Codec::kH265, false, {0x26, 0x01, 0x2F}}));
+
+// Fragments of one frame of AAC (RFC 3640) without the last.
+TEST(EndlessSound, IsNotGatheredWithoutBound) {
+    RtspServer::Settings settings;
+    settings.audio = true;
+    settings.sound_type = 97;
+    settings.sound_lines =
+        "a=rtpmap:97 MPEG4-GENERIC/48000/2\r\na=fmtp:97 streamtype=5;profile-level-id=1;mode=AAC-hbr;"
+        "sizelength=13;indexlength=3;indexdeltalength=3;config=1190\r\n";
+    RtspServer server(settings);
+    expectBounded(server, Codec::kH264, kPieces, 2 * kMostGathered, [&](int) {
+        server.sendSound(filled({0, 16, 0xFF, 0xF8}, kPiece), 48000);
+    });
+}
 
 }  // namespace
 }  // namespace tavrik::test

@@ -123,6 +123,27 @@ TEST_F(RecorderClock, ARollOverIsCutAtARecoveryPointOnlyWhereNoKeyPictureComes) 
     EXPECT_EQ(run("b.mp4"), "30..44");
 }
 
+// Between an end and the next beginning: within the time that a file stays open it is a roll-over, later the
+// file is whole and the next one begins with the group in memory.
+TEST_F(RecorderClock, AnEndedFileGoesOnWhereTheNextOneIsAskedForInTime) {
+    give(0, 5, Told::kKey);
+    m_recorder.begin(m_folder / "a.mp4", true);
+    m_recorder.end();
+    pass(Recorder::kStaysOpen - 1ms);
+    m_recorder.begin(m_folder / "b.mp4", true);
+    pass(1h);
+    give(5, 25, Told::kKey);
+    m_recorder.end();
+    pass(Recorder::kStaysOpen);
+    m_recorder.begin(m_folder / "c.mp4", true);
+    give(25, 35, Told::kKey);
+    stop();
+    EXPECT_EQ(run("a.mp4"), "0..9");
+    EXPECT_EQ(run("b.mp4"), "10..24");
+    EXPECT_EQ(run("c.mp4"), "20..34");
+    EXPECT_EQ(Recorder::kStaysOpen, 50ms);
+}
+
 // Nothing is lost by waiting while a file is open.
 TEST_F(RecorderClock, ARollOverWaitsForEverWhereNeitherComes) {
     give(0, 5, Told::kKey);

@@ -62,6 +62,7 @@ TEST_F(Buffer, KeepsTheOrderOverManyRuns) {
     append({1, 2, 3});
     append({4});
     EXPECT_EQ(size, 4);
+    EXPECT_EQ(capacity, 40960) << "it only grows";
     EXPECT_EQ(read(2), (Bytes{1, 2}));
     append({5, 6});
     EXPECT_EQ(read(100), (Bytes{3, 4, 5, 6}));
@@ -83,6 +84,8 @@ TEST_F(Buffer, ANegativeRoomGivesNothing) {
     buffer.open();
     append({1, 2});
     unsigned char byte = 9;
+    EXPECT_TRUE(buffer.append(&byte, -1)) << "nor does a negative size take anything";
+    EXPECT_EQ(size, 2);
     EXPECT_EQ(buffer.read(&byte, -1), 0);
     EXPECT_EQ(size, 2);
     EXPECT_EQ(byte, 9);

@@ -6,14 +6,17 @@
 #include <QAudioOutput>
 #include <QCoreApplication>
 #include <QPointer>
+#include <QThread>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 #include "tests/widgets/wait.h"
+#include "video/sound_thread.h"
 
 namespace {
 
@@ -23,6 +26,7 @@ struct Log {
     std::condition_variable changed;
     bool hangs = false;  // a write waits while it is set
     bool stopped = false;
+    bool ended = false;
     int waiting = 0;
     int devices = 0;
     int gone = 0;
@@ -40,6 +44,8 @@ struct Log {
     }
 };
 
+constexpr std::chrono::milliseconds kShort(50);
+
 class FakeOutput : public SoundOutput {
 public:
     explicit FakeOutput(Log& log) : m_log(log) {
@@ -53,7 +59,7 @@ public:
     }
     bool stopped() const override { return m_log.stopped; }
     int bufferBytes() const override { return 8; }
-    int freeBytes() const override { return 8; }
+    int freeBytes() const override { return m_log.ended ? -1 : 8; }
     void write(const char* /*data*/, int size) override {
         std::unique_lock<std::mutex> lock(m_log.mutex);
         m_log.pieces.push_back(size);
@@ -85,7 +91,7 @@ protected:
 };
 
 TEST_F(Sound, ALongPacketGoesInPiecesToOneDevice) {
-    ChannelSound sound({output, device}, opener());
+    ChannelSound sound({output, device}, opener(), kShort);
     const ChannelSound::Player play = sound.player();
     EXPECT_EQ(log.devices, 0) << "opened at the first packet";
     play(packet, 20, 48000, 2);
@@ -103,17 +109,64 @@ TEST_F(Sound, ALongPacketGoesInPiecesToOneDevice) {
 }
 
 TEST_F(Sound, ADeviceThatStopsOrIsNotThereTakesNothing) {
-    ChannelSound none({output, device}, [](int, int) { return std::unique_ptr<SoundOutput>(); });
+    ChannelSound none(
+        {output, device}, [](int, int) { return std::unique_ptr<SoundOutput>(); }, kShort);
     none.player()(packet, 20, 48000, 2);
     EXPECT_EQ(device, nullptr);
-    ChannelSound sound({output, device}, opener());
+    ChannelSound sound({output, device}, opener(), kShort);
     log.stopped = true;
     sound.player()(packet, 20, 48000, 2);
     EXPECT_TRUE(log.pieces.empty());
 }
 
+// However it was lost; what comes meanwhile is let go, at once.
+TEST_F(Sound, ALostDeviceIsFollowedByTheNextOne) {
+    ChannelSound sound({output, device}, opener(), kShort);
+    const ChannelSound::Player play = sound.player();
+    for (bool* fault : {&log.stopped, &log.ended}) {
+        play(packet, 4, 48000, 2);
+        ASSERT_NE(device, nullptr);
+        const int before = log.devices;
+        *fault = true;
+        play(packet, 20, 48000, 2);
+        EXPECT_EQ(device, nullptr);
+        EXPECT_EQ(log.devices, before);
+        *fault = false;
+        const std::size_t pieces = log.pieces.size();
+        EXPECT_TRUE(waitFor(
+            [&] {
+                play(packet, 4, 48000, 2);
+                return log.pieces.size() > pieces;
+            },
+            20000));
+        EXPECT_EQ(log.devices, before + 1) << "the lost one takes nothing more";
+        EXPECT_EQ(log.gone, before);
+        EXPECT_NE(device, nullptr);
+    }
+}
+
+TEST_F(Sound, ADeviceThatIsNotThereYetIsAskedForAgain) {
+    int asked = 0;
+    ChannelSound sound(
+        {output, device},
+        [&](int, int) {
+            return ++asked < 3 ? std::unique_ptr<SoundOutput>() : std::make_unique<FakeOutput>(log);
+        },
+        kShort);
+    const ChannelSound::Player play = sound.player();
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_TRUE(waitFor(
+        [&] {
+            play(packet, 4, 48000, 2);
+            return !log.pieces.empty();
+        },
+        20000));
+    EXPECT_EQ(asked, 3);
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, 2 * kShort) << "not at each packet";
+}
+
 TEST_F(Sound, TheGateTurnsSoundAway) {
-    ChannelSound sound({output, device}, opener());
+    ChannelSound sound({output, device}, opener(), kShort);
     ChannelSound::closeGate();
     sound.player()(packet, 20, 48000, 2);
     EXPECT_EQ(log.devices, 0);
@@ -123,7 +176,7 @@ TEST_F(Sound, TheGateTurnsSoundAway) {
 // it or touches what it uses.
 TEST_F(Sound, ACallThatHangsKeepsItsDeviceUntilItComesBack) {
     log.hangs = true;
-    auto sound = std::make_unique<ChannelSound>(SoundFields{output, device}, opener());
+    auto sound = std::make_unique<ChannelSound>(SoundFields{output, device}, opener(), kShort);
     std::thread hanging([this, play = sound->player()] { play(packet, 20, 48000, 2); });
     ASSERT_TRUE(log.waitFor([this] { return log.waiting == 1; }));
     ChannelSound::closeGate();
@@ -153,7 +206,6 @@ protected:
     ~SystemSound() override {
         sound.closeGate();
         sound.stop();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
     // One packet from a thread of the stream library's.
     void playOnItsThread(int size) {
@@ -177,7 +229,33 @@ TEST_F(SystemSound, IsTurnedAwayUntilTheGateOpens) {
     EXPECT_EQ(output, nullptr);
     playOnItsThread(4);
     ASSERT_NE(output, nullptr);
-    EXPECT_EQ(output->thread(), QCoreApplication::instance()->thread()) << "it is deleted over there";
+    EXPECT_NE(output->thread(), QCoreApplication::instance()->thread()) << "it may hang";
+    EXPECT_TRUE(output->thread()->isRunning()) << "what the server says reaches it";
+}
+
+TEST(SoundThreadWork, ThatHangsIsWaitedForNoLongerThanItIsWanted) {
+    std::mutex hang;
+    std::unique_lock<std::mutex> hangs(hang);
+    const SoundThread first = SoundThread::present();
+    first.post([&hang] { const std::lock_guard<std::mutex> wait(hang); });
+    const auto done = std::make_shared<std::atomic<bool>>(false);
+    int asked = 0;
+    EXPECT_FALSE(first.run([done] { *done = true; }, [&asked] { return ++asked < 3; }));
+    EXPECT_EQ(asked, 3);
+    EXPECT_FALSE(*done);
+    // After a while another thread does what comes.
+    const auto begun = std::chrono::steady_clock::now();
+    const auto works = [] { return SoundThread::present().run([] {}, [] { return false; }); };
+    EXPECT_TRUE(waitFor(works, 30000));
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, std::chrono::seconds(4));
+    hangs.unlock();
+    EXPECT_TRUE(waitFor([&done] { return done->load(); }, 20000)) << "done later";
+    QThread* at = nullptr;
+    QThread* now_at = nullptr;
+    EXPECT_TRUE(first.run([&at] { at = QThread::currentThread(); }, [] { return true; }));
+    EXPECT_TRUE(
+        SoundThread::present().run([&now_at] { now_at = QThread::currentThread(); }, [] { return true; }));
+    EXPECT_EQ(now_at, at) << "the first again";
 }
 
 TEST_F(SystemSound, StoppingLetsGoOfBoth) {
@@ -189,8 +267,7 @@ TEST_F(SystemSound, StoppingLetsGoOfBoth) {
     sound.stop();
     EXPECT_EQ(output, nullptr);
     EXPECT_EQ(device, nullptr);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(was.isNull());
+    EXPECT_TRUE(waitFor([&was] { return was.isNull(); }, 20000));
     // The next stream begins with an output of its own.
     playOnItsThread(4);
     EXPECT_NE(output, nullptr);

@@ -96,6 +96,8 @@ TEST_F(StreamPanelPart, ARequestIsWhatTheDialogSaysNow) {
     EXPECT_EQ(request.decoder, 1);
     decoder = 4;
     form.stream_type->setCurrentIndex(1);
+    form.video1_address->setEditText(QStringLiteral("rtsp://10.0.0.9/\u00E9\u5F55"));
+    EXPECT_EQ(panel->request(1).url, "rtsp://10.0.0.9/\xE9?") << "Latin-1";
     form.video2_port->setText("24x");
     request = panel->request(2);
     EXPECT_EQ(request.url, "192.168.1.160");
@@ -154,7 +156,11 @@ protected:
     void SetUp() override {
         build(0);
         const ChannelActions actions = {[this] { panel->showOpen(playing1, playing2); },
-                                        [this] { ++recordings_ended; }, [this] { ++state_changes; }};
+                                        [this] {
+                                            ++recordings_ended;
+                                            EXPECT_FALSE(recording1 || recording2);
+                                        },
+                                        [this] { ++state_changes; }};
         const FirstChannel beyond = {
             sound, blocks, check_timer, video_alive, hub, [this](void* run, int size, int kind) {
                 runs.push_back(std::to_string(*static_cast<std::uint8_t*>(run)) + " " + std::to_string(size) +
@@ -209,6 +215,7 @@ TEST_F(Channels, OpeningAsksForTheStreamAsConfigured) {
     EXPECT_FALSE(no_signal1);
     EXPECT_EQ(handleOf(win1), 1);
     EXPECT_EQ(hub.interval(check_timer), 4321);
+    EXPECT_TRUE(hub.isOfType(check_timer, Qt::CoarseTimer));
     EXPECT_EQ(form.video1_open->text(), "关闭");
     EXPECT_EQ(state_changes, 1);
 }
@@ -268,10 +275,11 @@ TEST_F(Channels, ACheckReopensAStreamWithoutPictures) {
     first->onCheck();
     EXPECT_EQ(library().calls, Calls{"open 1"});
     EXPECT_FALSE(video_alive);
+    config.check_video_ms = 5678;
     first->onCheck();
     EXPECT_EQ(library().calls, (Calls{"open 1", "close 1", "open 2"}));
     EXPECT_TRUE(playing1);
-    EXPECT_NE(hub.interval(check_timer), -1);
+    EXPECT_EQ(hub.interval(check_timer), 5678) << "a fresh period";
     EXPECT_EQ(QAbstractEventDispatcher::instance()->registeredTimers(&hub).size(), 1);
     library().next_handle = 0;
     first->onCheck();
@@ -317,12 +325,17 @@ TEST_F(Channels, SoundIsTurnedAwayBeforeTheStreamCloses) {
     library().at_close = [&] {
         closing = true;
         sound.stop();
-        on_audio(packet, sizeof packet, 48000, 2);
+        // Not yet closed by itself, only by the gate.
+        sound.player()(packet, sizeof packet, 48000, 2);
         EXPECT_EQ(audio_output, nullptr) << "the gate was open while the library waits for its threads";
     };
     first->toggle();
     library().at_close = nullptr;
     EXPECT_TRUE(closing);
+    first->toggle();
+    library().opens.back().on_audio(packet, sizeof packet, 48000, 2);
+    EXPECT_NE(audio_output, nullptr);
+    first->toggle();
     EXPECT_EQ(audio_output, nullptr);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
@@ -345,7 +358,23 @@ TEST_F(Channels, TheBlockTypePullsAndKeepsNoHandle) {
     EXPECT_EQ(handleOf(win1), 1);
     EXPECT_EQ(state_changes, 0) << "the status bar does not hear of it";
     EXPECT_EQ(config.video1_play_address.first(), "127.0.0.1");
+    // Port and buffer outlast the pull.
+    bool closing = false;
+    library().at_close = [&] {
+        closing = true;
+        EXPECT_GT(udp_port, 0);
+        EXPECT_NE(data, nullptr);
+        EXPECT_TRUE(playing1);
+    };
+    // What is cached is drawn behind that.
+    cached = true;
+    post(96, 64, win1);
+    deliver();
+    QObject::connect(presenter.get(), &PicturePresenter::pictureCame, [this] { EXPECT_EQ(udp_port, 0); });
     first->toggle();
+    library().at_close = nullptr;
+    EXPECT_TRUE(closing);
+    EXPECT_EQ(frame_width, 96);
     EXPECT_EQ(library().calls, (Calls{"open 1", "close 1", "pull", "close 1"}));
     EXPECT_EQ(udp_port, 0);
     EXPECT_EQ(data, nullptr);
@@ -382,7 +411,9 @@ TEST_F(Channels, ClosingTheFirstDrawsTheCachedTail) {
     second->toggle();
     second->toggle();
     EXPECT_EQ(frame_cache.size(), 1U);
+    library().at_close = [this] { EXPECT_EQ(frame_cache.size(), 1U) << "drawn once the stream has ended"; };
     first->toggle();
+    library().at_close = nullptr;
     EXPECT_TRUE(frame_cache.empty());
     EXPECT_EQ(frame_width, 96);
 }

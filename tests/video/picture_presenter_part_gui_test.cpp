@@ -269,6 +269,7 @@ TEST_F(Cache, KeepsPicturesUntilExactlyTheStartCount) {
     EXPECT_EQ(frame_width, 1920);
     cache(1);
     EXPECT_EQ(hub.interval(frame_timer), 25);
+    EXPECT_TRUE(hub.isOfType(frame_timer, Qt::PreciseTimer));
     const int running = frame_timer;
     cache(1);
     EXPECT_EQ(frame_timer, running);
@@ -296,6 +297,7 @@ TEST_F(Cache, ATickDrawsTheOldestAndStartsAnew) {
     EXPECT_EQ(frame_cache.size(), 1U);
     EXPECT_FLOAT_EQ(show_fps, 40.0F);
     EXPECT_EQ(hub.interval(frame_timer), 25);
+    EXPECT_TRUE(hub.isOfType(frame_timer, Qt::PreciseTimer));
     presenter->onFrameTimer();
     EXPECT_EQ(frame_width, 66);
     EXPECT_EQ(QAbstractEventDispatcher::instance()->registeredTimers(&hub).size(), 1) << first;

@@ -94,6 +94,12 @@ TEST(BrokenText, NarrowRoomStillTakesACharacterALine) {
 
 TEST(BrokenText, APairOfSurrogatesIsOneCharacter) {
     EXPECT_EQ(brokenToFit(u"abc\U0001F600", fitsFour), u"abc\n\U0001F600");
+    // The second half alone is a character like any other.
+    const auto fits_one = [](const std::u16string& line) { return line.size() <= 1; };
+    for (const int half : {0xDC00, 0xDFFF}) {
+        const std::u16string text = {static_cast<char16_t>(half), u'x'};
+        EXPECT_EQ(brokenToFit(text, fits_one), (std::u16string{text[0], u'\n', u'x'})) << half;
+    }
 }
 
 }  // namespace

@@ -82,6 +82,15 @@ TEST(Pacing, RateRisesWhileMoreThanTheMaximumWaits) {
     EXPECT_FLOAT_EQ(sorvane::nextShowFps(4000, false, 21, rule), 4001);
 }
 
+TEST(Pacing, AMaximumOfNoneOrLessIsReachedByTheFirstThatWaits) {
+    sorvane::PacingRule rule;
+    rule.cache_max = 0;
+    EXPECT_FLOAT_EQ(sorvane::nextShowFps(40, false, 0, rule), 40);
+    EXPECT_FLOAT_EQ(sorvane::nextShowFps(40, false, 1, rule), 41);
+    rule.cache_max = -1;
+    EXPECT_FLOAT_EQ(sorvane::nextShowFps(40, false, 0, rule), 41);
+}
+
 TEST(Pacing, PeriodIsTruncatedAndAlwaysPositive) {
     EXPECT_EQ(sorvane::framePeriodMs(40), 25);
     EXPECT_EQ(sorvane::framePeriodMs(35), 28);

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimerEvent>
+#include <algorithm>
 #include <memory>
 
 #include "app/config/my_app_config.h"
@@ -34,6 +35,12 @@ public:
             }
         }
         return -1;
+    }
+    bool isOfType(int id, Qt::TimerType type) const {
+        const auto timers =
+            QAbstractEventDispatcher::instance()->registeredTimers(const_cast<PictureHub*>(this));
+        return std::any_of(timers.begin(), timers.end(),
+                           [&](const auto& info) { return info.timerId == id && info.timerType == type; });
     }
 
 protected:
