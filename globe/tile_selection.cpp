@@ -18,7 +18,7 @@ double tileHeight_m(int level) { return toRadians(tileSize(level)) * kEquatorRad
 
 }  // namespace
 
-int meshPosts(int level) { return level == 0 ? 65 : level == 1 ? 33 : 17; }
+int meshPosts(int level) { return level == 0 ? 33 : 17; }
 
 Ball tileBall(const TileKey& key, double lowest_m, double highest_m) {
     const GeoExtent extent = key.extent();
