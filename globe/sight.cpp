@@ -34,6 +34,11 @@ public:
             osgUtil::IntersectionVisitor::apply(node);
         }
     }
+    void apply(osg::Group& node) override {
+        if (hasBody(node)) {
+            osgUtil::IntersectionVisitor::apply(node);
+        }
+    }
     void apply(osg::Transform& node) override {
         if (hasBody(node)) {
             osgUtil::IntersectionVisitor::apply(node);
