@@ -4,9 +4,9 @@
 
 namespace {
 
-class MapProblems : public MapScene {};
+class MapProblemLines : public MapScene {};
 
-TEST_F(MapProblems, ComeAndGoWithALayerInBothMaps) {
+TEST_F(MapProblemLines, ComeAndGoWithALayerInBothMaps) {
     // Nobody answers on this port.
     writeEarth(
         "<map><image name='far' driver='xyz'><url>http://127.0.0.1:9/{z}/{x}/{y}.png</url></image></map>");
