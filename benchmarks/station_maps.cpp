@@ -108,16 +108,20 @@ void turn() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-bool waitFor(const std::function<bool()>& there, int limit_ms = kPatience_ms) {
-    const double end = nowMs() + limit_ms;
+// What does not come leaves nothing to tell.
+void giveUpAfter(double end_ms) {
+    if (nowMs() > end_ms) {
+        std::fprintf(stderr, "station_maps: waited in vain\n");
+        std::_Exit(1);
+    }
+}
+
+void waitFor(const std::function<bool()>& there) {
+    const double end = nowMs() + kPatience_ms;
     while (!there()) {
-        if (nowMs() > end) {
-            std::fprintf(stderr, "station_maps: waited in vain\n");
-            return false;
-        }
+        giveUpAfter(end);
         turn();
     }
-    return true;
 }
 
 void runFor(int ms) {
@@ -134,20 +138,22 @@ double processMs() {
 
 // The window has its first pictures and what is read behind them.
 void waitForCalm() {
+    const double end = nowMs() + kPatience_ms;
     double used = 0.0;
     do {
+        giveUpAfter(end);
         used = processMs();
         runFor(kCalm_ms);
     } while (processMs() - used > kCalm * kCalm_ms);
 }
 
 // Shows both maps; told is when the first picture of each was handed to the screen.
-bool showMaps(const KorvathAccess& in) {
+void showMaps(const KorvathAccess& in) {
     const double begin = nowMs();
     const double used = threadMs();
     in.ui().action_map->trigger();
     std::array<double, 2> first{};
-    const bool shown = waitFor([&] {
+    waitFor([&] {
         bool both = true;
         for (std::size_t i = 0; i < 2; ++i) {
             QMapWidget* const map = in.maps()[i];
@@ -163,7 +169,6 @@ bool showMaps(const KorvathAccess& in) {
     tell("first_frame_1", first[0]);
     tell("first_frame_2", first[1]);
     tell("first_frames_thread", threadMs() - used);
-    return shown;
 }
 
 bool arrived(const KorvathAccess& in) {
@@ -172,8 +177,8 @@ bool arrived(const KorvathAccess& in) {
                         [](QMapWidget* map) { return MapAccess{*map}.camera().isSettingViewpoint(); });
 }
 
-bool waitAtRest(const KorvathAccess& in) {
-    return waitFor([&] {
+void waitAtRest(const KorvathAccess& in) {
+    waitFor([&] {
         const std::array<QMapWidget*, 2> maps = in.maps();
         return std::all_of(maps.begin(), maps.end(),
                            [](QMapWidget* map) { return MapAccess{*map}.atRest(); });
@@ -202,34 +207,28 @@ void send(const KorvathAccess& in, const Place& place, double flight_s) {
 
 void tellShow(const KorvathAccess& in) {
     tellMemory("before");
-    if (!showMaps(in) || !waitAtRest(in)) {
-        return;
-    }
+    showMaps(in);
+    waitAtRest(in);
     tellMemory("shown");
 }
 
 void tellTour(const KorvathAccess& in) {
     constexpr double kFlight_s = 2.0;
     tellMemory("before");
-    if (!showMaps(in) || !waitAtRest(in)) {
-        return;
-    }
+    showMaps(in);
+    waitAtRest(in);
     // Without a flight nothing is loaded on the way.
     for (const Place& place : kTour) {
         const double begin = nowMs();
         send(in, place, 0.0);
-        if (!waitAtRest(in)) {
-            return;
-        }
+        waitAtRest(in);
         tell("jump", nowMs() - begin);
     }
     for (const Place& place : kTour) {
         send(in, place, kFlight_s);
         waitFor([&] { return arrived(in); });
         const double begin = nowMs();
-        if (!waitAtRest(in)) {
-            return;
-        }
+        waitAtRest(in);
         tell("settle", nowMs() - begin);
     }
     tellMemory("tour");
@@ -307,9 +306,8 @@ void tellFlight(const KorvathAccess& in, const std::string& name, Aircraft* airc
 }
 
 void tellFixes(const KorvathAccess& in) {
-    if (!showMaps(in) || !waitAtRest(in)) {
-        return;
-    }
+    showMaps(in);
+    waitAtRest(in);
     for (QMapWidget* map : in.maps()) {
         MapAccess{*map}.camera().setViewpoint(globe::Viewpoint("", 112.44, 33.75, 0.0, 0.0, -60.0, 2e4));
         MapAccess{*map}.viewer().requestRedraw();
@@ -345,9 +343,8 @@ void tellPicture(const KorvathAccess& in) {
 
 // Until the program is ended. Each map flies on as soon as it has arrived.
 void moveForEver(const KorvathAccess& in) {
-    if (!waitFor([&] { return in.window.linkState() != 0; }) || !showMaps(in)) {
-        return;
-    }
+    waitFor([&] { return in.window.linkState() != 0; });
+    showMaps(in);
     runFor(1000);
     tellPicture(in);
     std::array<std::size_t, 2> at = {0, std::size(kTour) / 2};

@@ -15,12 +15,10 @@ class FramePace {
 public:
     // To be asked only by a view that has something to draw.
     bool mayDraw(const void* who, std::int64_t now_us) {
-        if (pictureIsDue(now_us) && now_us - m_ended_us < kPicturesFirst_us) {
-            return false;
-        }
+        const bool picture_first = pictureIsDue(now_us) && now_us - m_ended_us < kPicturesFirst_us;
         const bool other_waits =
             m_refused != nullptr && m_refused != who && now_us - m_refusedAt_us < kStillWaits_us;
-        if (now_us < m_next_us || (who == m_last && other_waits)) {
+        if (now_us < m_next_us || picture_first || (who == m_last && other_waits)) {
             if (who != m_last) {
                 m_refused = who;
                 m_refusedAt_us = now_us;
@@ -74,7 +72,7 @@ private:
     // A first frame may take seconds; nobody needs as long a rest.
     static constexpr std::int64_t kMostRest_us = 500000;
     // Who was refused asks again soon, or has nothing to draw any more.
-    static constexpr std::int64_t kStillWaits_us = 50000;
+    static constexpr std::int64_t kStillWaits_us = 200000;
 
     std::map<int, Pictures> m_pictures;
     std::int64_t m_next_us = 0;

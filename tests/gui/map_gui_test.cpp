@@ -150,11 +150,6 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     // The sign is there, and not as the box of a missing one: hidden and shown it looks different.
     const QImage down = toggle->grab().toImage();
 
-    QMapWidget* const first = in().m_map1();
-    ui().action_map->trigger();
-    EXPECT_EQ(in().m_map1(), first);
-    EXPECT_EQ(window->findChildren<QPushButton*>("m_bottom_map_btn").size(), 1);
-
     toggle->click();
     EXPECT_EQ(toggle->text(), "∧");
     EXPECT_NE(toggle->grab().toImage(), down);
@@ -167,8 +162,16 @@ TEST_F(MapWindow, NothingStandsBeforeTheActionThatBringsItUp) {
     EXPECT_TRUE(ui().widget_5->isVisible());
     EXPECT_NE(MapAccess{*in().m_map2()}.m_timer_id(), 0);
     EXPECT_TRUE(toggleComesToItsPlace(toggle));
+}
 
-    // The action brings the strip up again, and changes nothing else.
+TEST_F(MapWindow, TheActionBringsThemUpAgainAndChangesNothingElse) {
+    ASSERT_NO_FATAL_FAILURE(startWithMaps());
+    QPushButton* const toggle = stripToggle();
+    ASSERT_NE(toggle, nullptr);
+    QMapWidget* const first = in().m_map1();
+    ui().action_map->trigger();
+    EXPECT_EQ(in().m_map1(), first);
+    EXPECT_EQ(window->findChildren<QPushButton*>("m_bottom_map_btn").size(), 1);
     toggle->click();
     ui().action_map->trigger();
     EXPECT_TRUE(ui().widget_5->isVisible());

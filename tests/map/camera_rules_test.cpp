@@ -89,8 +89,8 @@ TEST(FramePace, AViewThatAsksNoMoreIsNotWaitedFor) {
     FramePace pace;
     pace.drawn(&kOne, 0, 10000);
     EXPECT_FALSE(pace.mayDraw(&kOther, 15000));
-    EXPECT_FALSE(pace.mayDraw(&kOne, 64999));
-    EXPECT_TRUE(pace.mayDraw(&kOne, 65000));
+    EXPECT_FALSE(pace.mayDraw(&kOne, 214999));
+    EXPECT_TRUE(pace.mayDraw(&kOne, 215000));
 }
 
 TEST(FramePace, APictureThatIsDueFindsTheThreadFree) {
@@ -136,6 +136,24 @@ TEST(FramePace, PicturesWithoutEndLeaveTheMapSomeFrames) {
     EXPECT_GT(refused, 50);
     EXPECT_LT(refused, 101);
     EXPECT_TRUE(pace.mayDraw(&view, now));
+}
+
+// However many pictures come, and whichever asks first.
+TEST(FramePace, PicturesWithoutEndLeaveEachOfTwoViewsItsTurn) {
+    FramePace pace;
+    int frames_of_one = 0;
+    int frames_of_other = 0;
+    for (std::int64_t now = 1000; now < 3000000; now += 10000) {
+        pace.pictureCame(1, now);
+        for (const auto& [view, frames] : {std::pair{&kOther, &frames_of_other}, {&kOne, &frames_of_one}}) {
+            if (pace.mayDraw(view, now)) {
+                pace.drawn(view, now, now + 20000);
+                ++*frames;
+            }
+        }
+    }
+    EXPECT_GT(frames_of_one, 5);
+    EXPECT_NEAR(frames_of_one, frames_of_other, 2);
 }
 
 TEST(FramePace, ASlowFrameDoesNotStopTheMap) {
