@@ -148,8 +148,8 @@ void fillSphere(Side& side, const std::string& folder) {
 
 globe::MapNode* readEarth(const std::string& file) {
     globe::MapNode* map = globe::MapNode::findMapNode(osgDB::readRefNodeFile(file).release());
-    if (map == nullptr || !map->problems().empty()) {
-        std::fprintf(stderr, "globe_frames: %s\n", map == nullptr ? "no earth" : map->problems()[0].c_str());
+    if (map == nullptr) {
+        std::fprintf(stderr, "globe_frames: no earth\n");
         std::exit(1);
     }
     return map;
@@ -194,6 +194,11 @@ double settle(Side& side, const Pose& pose) {
         side.frame(pose);
         calm = side.map->isLoading() ? 0 : calm + 1;
         std::this_thread::sleep_for(std::chrono::milliseconds(calm == 0 ? 2 : 0));
+    }
+    // What the data sets are found to lack.
+    if (side.map.valid() && !side.map->problems().empty()) {
+        std::fprintf(stderr, "globe_frames: %s\n", side.map->problems()[0].c_str());
+        std::exit(1);
     }
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }

@@ -339,9 +339,10 @@ std::string lastError(const char* otherwise) {
 }  // namespace
 
 std::unique_ptr<RasterSource> openGdalRaster(const std::string& url, RasterUse use, std::string* error) {
+    const bool by_all = allDriversRegistered();
     CPLErrorReset();
     Dataset source(GDALDataset::Open(url.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));
-    if (!source) {
+    if (!source && !by_all) {
         registerAllDrivers();
         CPLErrorReset();
         source.reset(GDALDataset::Open(url.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY));

@@ -4,12 +4,15 @@
 #include <gdal.h>
 #include <gdal_frmts.h>
 
+#include <atomic>
 #include <mutex>
 
 #include "globe/reader_writer_earth.h"
 
 namespace globe {
 namespace {
+
+std::atomic<bool> g_all_known{false};
 
 // Unless the environment says otherwise.
 void setOption(const char* key, const char* value) {
@@ -36,7 +39,12 @@ void initialize() {
 void registerAllDrivers() {
     initialize();
     static std::once_flag once;
-    std::call_once(once, GDALAllRegister);
+    std::call_once(once, [] {
+        GDALAllRegister();
+        g_all_known = true;
+    });
 }
+
+bool allDriversRegistered() { return g_all_known; }
 
 }  // namespace globe

@@ -11,5 +11,6 @@ void initialize();
 // not know, and for descriptions that may name data of any format. Further calls, from any thread, do
 // nothing.
 void registerAllDrivers();
+bool allDriversRegistered();
 
 }  // namespace globe

@@ -108,7 +108,7 @@ void MapNode::setMemoryLimit(std::size_t bytes) { m_engine->setMemoryLimit(bytes
 
 // Not before it is drawn: data sets that nobody looks at need not be open.
 void MapNode::loadRoots() {
-    constexpr std::chrono::milliseconds kPatience(400);
+    constexpr std::chrono::milliseconds kPatience(150);
     if (!m_begun && !m_map->layers()->layers().empty()) {
         m_engine->loadRoots(kPatience);
     }

@@ -21,7 +21,7 @@ class TerrainEngine;
 // The earth with its terrain. World coordinates are earth-centred metres, so nothing above it may move it. It
 // sets the near and far planes of every camera that draws it: what they are set to does not matter. Drawn and
 // changed by one thread; made on any. The first frame opens the data sets and waits for the coarsest tiles,
-// 0.4 s at most; then problems() knows what is wrong with them.
+// 0.15 s at most; then problems() knows what is wrong with them.
 class MapNode : public osg::Group {
 public:
     // The bare ellipsoid with its net of meridians and parallels; `problem`, unless empty, says why.
@@ -43,8 +43,8 @@ public:
     // Whether tiles that the last view asked for are still to come. They ask for frames themselves, by an
     // event in the window's queue.
     bool isLoading() const;
-    // Bytes of tiles kept beyond those in view (24 MiB at first: the graphics driver has each texture once
-    // more).
+    // Bytes of tiles kept, those in view among them, which stay whatever they take (24 MiB at first: the
+    // graphics driver has each texture once more).
     void setMemoryLimit(std::size_t bytes);
     TerrainEngine* getTerrainEngine() const { return m_engine.get(); }
 

@@ -236,9 +236,12 @@ void TerrainEngine::cull(osgUtil::CullVisitor& visitor) {
     if (m_remote_queue) {
         m_remote_queue->endRound();
         // What has to be left alone now is asked for again without anybody's doing.
-        const bool waits = frame.ask_at != LayerStack::Time::max();
-        m_remote_queue->ringAt(waits ? std::chrono::steady_clock::now() + (frame.ask_at - frame.now)
-                                     : frame.ask_at);
+        if (frame.ask_at != m_ask_at) {
+            m_ask_at = frame.ask_at;
+            const bool waits = m_ask_at != LayerStack::Time::max();
+            m_remote_queue->ringAt(waits ? std::chrono::steady_clock::now() + (m_ask_at - frame.now)
+                                         : m_ask_at);
+        }
     }
     shed();
     if (m_queue->hasResults()) {
@@ -321,6 +324,13 @@ void TerrainEngine::put(const TileKey& key, Loaded loaded, bool remote) {
         if (remote && tile != nullptr) {
             tile->ask_at = m_layers->now() + m_layers->pause();
         }
+        return;
+    }
+    // Of two servers one may have answered before and be silent now: what it gave stays.
+    if (remote && tile != nullptr && !tile->bare &&
+        !std::includes(tile->data->lacking.begin(), tile->data->lacking.end(), loaded.data->lacking.begin(),
+                       loaded.data->lacking.end())) {
+        tile->ask_at = m_layers->now() + m_layers->pause();
         return;
     }
     m_heights->learn(*loaded.data);

@@ -74,7 +74,8 @@ private:
     std::size_t m_count = 0;
     std::uint64_t m_frame = 0;
     std::unique_ptr<Queue> m_queue;
-    std::unique_ptr<Queue> m_remote_queue;  // null without layers behind a network
+    LayerStack::Time m_ask_at = LayerStack::Time::max();  // what the remote queue's bell is set to
+    std::unique_ptr<Queue> m_remote_queue;                // null without layers behind a network
 };
 
 }  // namespace globe

@@ -12,7 +12,7 @@ namespace globe {
 
 class TextSymbol : public Symbol {
 public:
-    // Height of the letters in pixels.
+    // Height of the letters, in the toolkit's units of length.
     double& size() { return m_size; }
     double size() const { return m_size; }
     Fill& fill() { return m_fill; }

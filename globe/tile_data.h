@@ -19,7 +19,7 @@ struct TileData {
     std::vector<float> heights;  // metres, rows from the south; a frame of one post all around
     float lowest_m = 0.0f;
     float highest_m = 0.0f;
-    std::vector<std::size_t> lacking;  // layers behind a network that are still to come
+    std::vector<std::size_t> lacking;  // layers behind a network that are still to come, in order
 
     // Column and row from -1 to `posts`.
     float height(int column, int row) const {

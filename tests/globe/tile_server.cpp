@@ -188,9 +188,10 @@ Answer TileServer::answerTo(const std::string& path) const {
 }
 
 const std::string* TileServer::bodyOf(const std::string& path) const {
-    const auto found = m_bodies.find(path);
-    if (found != m_bodies.end()) {
-        return &found->second;
+    for (const auto& [begin, body] : m_bodies) {
+        if (path.rfind(begin, 0) == 0) {
+            return &body;
+        }
     }
     return m_body.empty() ? nullptr : &m_body;
 }

@@ -31,7 +31,7 @@ public:
 
     // "http://127.0.0.1:1234"
     std::string address() const;
-    // Under every address; under one path ("/a.tif") alone, which goes first.
+    // Under every address; under those that begin so ("/a.tif") alone, which goes first.
     void serve(const std::string& body);
     void serve(const std::string& path, const std::string& body);
     // To all; to those whose path contains `part` alone, which goes first.

@@ -1,10 +1,13 @@
 // A map with a layer behind a server that goes and comes back, drawn on demand.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "globe/initialize.h"
 #include "globe/layer_stack.h"
@@ -34,14 +37,17 @@ protected:
         ASSERT_TRUE(m_window.works());
         m_server->serve(plainPicture(200, 0, 0));
         EarthModel model;
-        model.layers.resize(2);
+        model.layers.resize(1);
         model.layers[0].name = "world";
         model.layers[0].driver = "gdal";
         model.layers[0].url = makePlain(m_folder, "sea", 20, 30, 100);
-        model.layers[1].name = "far";
-        model.layers[1].driver = "xyz";
-        model.layers[1].url = m_server->address() + "/{z}/{x}/{y}.png";
-        model.layers[1].max_level = 8;
+        for (const char* path : m_paths) {
+            model.layers.emplace_back();
+            model.layers.back().name = std::string("far") + path;
+            model.layers.back().driver = "xyz";
+            model.layers.back().url = m_server->address() + path + "/{z}/{x}/{y}.png";
+            model.layers.back().max_level = 8;
+        }
         m_layers = std::make_shared<LayerStack>(model, pause, std::move(clock));
         m_map = new MapNode(new Map(m_layers));
         m_map->getOrCreateStateSet()->setMode(GL_LIGHTING,
@@ -64,7 +70,7 @@ protected:
         constexpr int kCalm = 30;
         int calm = 0;
         drawUntil([&] {
-            calm = m_drawn ? 0 : calm + 1;
+            calm = m_drawn || m_map->isLoading() ? 0 : calm + 1;
             return calm > kCalm;
         });
         return calm > kCalm;
@@ -96,6 +102,7 @@ protected:
         return count;
     }
 
+    std::vector<const char*> m_paths = {""};  // a layer each
     Folder m_folder;
     std::unique_ptr<TileServer> m_server = std::make_unique<TileServer>();
     std::shared_ptr<LayerStack> m_layers;
@@ -126,6 +133,26 @@ TEST_F(WebRender, WhatIsInViewComesByItselfOnceTheServerIsBack) {
     EXPECT_TRUE(isAllRed());
     EXPECT_TRUE(m_map->problems().empty());
     EXPECT_GT(kept().first, 4);
+    EXPECT_EQ(kept().second, 0);
+}
+
+TEST_F(WebRender, WhatOneServerGaveStaysWhenTheOtherComesBackAlone) {
+    m_paths = {"/below", "/above"};
+    m_server->serve("/below", plainPicture(0, 200, 0));
+    m_server->answer("/below", Answer::kUnavailable);
+    open(300ms);
+    ASSERT_TRUE(drawUntil([this] { return isAllRed(); }));
+    std::atomic<int> from_below{0};
+    m_server->onRequest([&](const std::string& path) { from_below += path.find("/below") == 0 ? 1 : 0; });
+    m_server->answer("/above", Answer::kUnavailable);
+    m_server->answer("/below", Answer::kBody);
+    ASSERT_TRUE(drawUntil([&] { return from_below >= 40 || !isAllRed(); }));
+    EXPECT_TRUE(isAllRed());
+    m_server->onRequest({});
+    m_server->answer("/above", Answer::kBody);
+    EXPECT_TRUE(drawUntilCalm());
+    EXPECT_TRUE(isAllRed());
+    EXPECT_TRUE(m_map->problems().empty());
     EXPECT_EQ(kept().second, 0);
 }
 
