@@ -11,6 +11,10 @@ bool SoundParser::open(AVCodecID codec) {
 
 void SoundParser::push(AVCodecContext& context, const std::uint8_t* data, std::size_t size, std::int64_t pts,
                        const Sink& sink) {
+    // Parsers read beyond the end of what they are given.
+    m_padded.assign(data, data + size);
+    m_padded.resize(size + AV_INPUT_BUFFER_PADDING_SIZE, 0);
+    data = m_padded.data();
     while (size > 0 && m_parser != nullptr) {
         std::uint8_t* frame = nullptr;
         int bytes = 0;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "tavrik/ffmpeg_ptr.h"
 
@@ -32,6 +33,7 @@ public:
 
 private:
     ParserPtr m_parser;
+    std::vector<std::uint8_t> m_padded;
     AVCodecID m_codec = AV_CODEC_ID_NONE;
     std::size_t m_kept = 0;  // at most; since the last frame
 };
