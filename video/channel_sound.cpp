@@ -8,18 +8,18 @@
 #include <QThread>
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <mutex>
 #include <utility>
-
-#include "video/sound_thread.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 constexpr unsigned long kWaitMs = 10;
-constexpr std::chrono::milliseconds kBetweenAttempts(1000);
+// Each attempt asks the system anew, which may be a line on the standard error output.
+constexpr milliseconds kFirstPause(1000);
+constexpr milliseconds kLongestPause(16000);
 // Outlives every object: a callback that the stream library has left behind still asks it.
 std::atomic<bool> g_gateOpen{false};
 
@@ -57,11 +57,13 @@ struct Toolkit {
 
 class SystemOutput : public SoundOutput {
 public:
-    static std::unique_ptr<SoundOutput> open(int sample_rate, int channels) {
-        std::unique_ptr<SystemOutput> made(new SystemOutput);
+    // To wait on would be to stay with a thread that hangs: the next attempt asks for the present one.
+    static std::unique_ptr<SoundOutput> open(int sample_rate, int channels, milliseconds hangs) {
+        std::unique_ptr<SystemOutput> made(new SystemOutput(hangs));
+        const Clock::time_point deadline = Clock::now() + hangs;
         const bool opened = made->m_thread.run(
             [toolkit = made->m_toolkit, sample_rate, channels] { toolkit->open(sample_rate, channels); },
-            gateOpen);
+            [deadline] { return gateOpen() && Clock::now() < deadline; });
         return opened ? std::move(made) : nullptr;
     }
     bool stopped() const override {
@@ -87,8 +89,9 @@ public:
     }
 
 private:
-    SystemOutput()
-        : m_toolkit(new Toolkit,
+    explicit SystemOutput(milliseconds hangs)
+        : m_thread(SoundThread::present(hangs)),
+          m_toolkit(new Toolkit,
                     [thread = m_thread](Toolkit* toolkit) { thread.post([toolkit] { delete toolkit; }); }) {}
     // `otherwise` where the gate closes first.
     int ask(std::function<int(const Toolkit&)> what, int otherwise) const {
@@ -98,7 +101,7 @@ private:
         return told ? *answer : otherwise;
     }
 
-    const SoundThread m_thread = SoundThread::present();
+    const SoundThread m_thread;
     const std::shared_ptr<Toolkit> m_toolkit;
 };
 
@@ -140,15 +143,16 @@ Written write(SoundOutput& output, const char* data, int size) {
 // From one opening of the channel to its close. While `busy` the output is the player's alone, without the
 // mutex, since it may hang there; else whoever has the mutex may take it.
 struct ChannelSound::Channel {
-    explicit Channel(std::chrono::milliseconds between) : between_attempts(between) {}
+    explicit Channel(Now clock) : now(std::move(clock)) {}
 
-    const std::chrono::milliseconds between_attempts;
+    const Now now;
     std::mutex mutex;
     bool busy = false;
     bool closed = false;
     std::unique_ptr<SoundOutput> output;
-    bool lost = true;                // it takes nothing, or there is none
-    Clock::time_point next_attempt;  // to open another one
+    bool lost = true;                  // it takes nothing, or there is none
+    Clock::time_point next_attempt;    // to open another one
+    milliseconds pause = kFirstPause;  // after the next attempt in vain
 
     void play(const SoundFields& fields, const Opener& opener, const unsigned char* data, int size,
               int sample_rate, int channels);
@@ -158,7 +162,13 @@ struct ChannelSound::Channel {
 
 // One that is lost is kept until the next is there: it is what the fields show.
 void ChannelSound::Channel::begin(const SoundFields& fields, std::unique_ptr<SoundOutput> device) {
-    next_attempt = Clock::now() + between_attempts;
+    if (device != nullptr && !device->stopped()) {
+        pause = kFirstPause;
+        next_attempt = now() + kFirstPause;
+    } else {
+        next_attempt = now() + pause;
+        pause = std::min(2 * pause, kLongestPause);
+    }
     if (device == nullptr) {
         return;
     }
@@ -192,7 +202,7 @@ void ChannelSound::Channel::play(const SoundFields& fields, const Opener& opener
         }
         busy = true;
     }
-    if (lost && Clock::now() >= next_attempt) {
+    if (lost && now() >= next_attempt) {
         begin(fields, opener(sample_rate, channels));
     }
     if (!lost) {
@@ -204,15 +214,16 @@ void ChannelSound::Channel::play(const SoundFields& fields, const Opener& opener
 void ChannelSound::openGate() { g_gateOpen = true; }
 void ChannelSound::closeGate() { g_gateOpen = false; }
 
-ChannelSound::ChannelSound(const SoundFields& fields)
-    : ChannelSound(fields, SystemOutput::open, kBetweenAttempts) {}
+ChannelSound::Opener ChannelSound::systemDevice(milliseconds hangs) {
+    return
+        [hangs](int sample_rate, int channels) { return SystemOutput::open(sample_rate, channels, hangs); };
+}
 
-ChannelSound::ChannelSound(const SoundFields& fields, Opener opener,
-                           std::chrono::milliseconds between_attempts)
+ChannelSound::ChannelSound(const SoundFields& fields, Opener opener, Now now)
     : m_fields(fields),
       m_opener(std::move(opener)),
-      m_betweenAttempts(between_attempts),
-      m_channel(std::make_shared<Channel>(between_attempts)) {}
+      m_now(std::move(now)),
+      m_channel(std::make_shared<Channel>(m_now)) {}
 
 ChannelSound::~ChannelSound() { stop(); }
 
@@ -236,5 +247,5 @@ void ChannelSound::stop() {
         m_fields.output = nullptr;
         m_fields.device = nullptr;
     }
-    m_channel = std::make_shared<Channel>(m_betweenAttempts);
+    m_channel = std::make_shared<Channel>(m_now);
 }

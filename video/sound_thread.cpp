@@ -17,8 +17,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kLook = std::chrono::milliseconds(10);
 constexpr int kEndPatienceMs = 500;
-// The toolkit waits for ever for a device that a server neither gives nor refuses.
-constexpr auto kHangs = std::chrono::seconds(5);
 constexpr std::size_t kMostThreads = 8;
 
 // Under the runner's mutex.
@@ -42,9 +40,9 @@ struct SoundThread::Runner {
         worker.moveToThread(&thread);
         thread.start();
     }
-    bool hangs() {
+    bool hangs(std::chrono::milliseconds patience) {
         const std::lock_guard<std::mutex> lock(mutex);
-        return left_behind > 0 && Clock::now() - left_since > kHangs;
+        return left_behind > 0 && Clock::now() - left_since > patience;
     }
     void finished(const Done& work) { left_behind -= work.left_behind ? 1 : 0; }
     void leave(Done& work) {
@@ -84,11 +82,11 @@ SoundThread::Runners& SoundThread::runners() {
 }
 
 // The first that does not hang: the toolkit's connection is the very first one's.
-SoundThread SoundThread::present() {
+SoundThread SoundThread::present(std::chrono::milliseconds hangs) {
     const std::lock_guard<std::mutex> lock(runners().mutex);
     std::vector<Runner*>& all = runners().all;
     for (Runner* runner : all) {
-        if (!runner->hangs()) {
+        if (!runner->hangs(hangs)) {
             return SoundThread(*runner);
         }
     }

@@ -11,8 +11,11 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/widgets/wait.h"
@@ -44,7 +47,20 @@ struct Log {
     }
 };
 
-constexpr std::chrono::milliseconds kShort(50);
+using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
+
+// Stands still until a test lets time pass.
+class TestClock {
+public:
+    void pass(Clock::duration time) { m_now += time; }
+    ChannelSound::Now now() {
+        return [this] { return m_now; };
+    }
+
+private:
+    Clock::time_point m_now = Clock::now();
+};
 
 class FakeOutput : public SoundOutput {
 public:
@@ -85,13 +101,14 @@ protected:
     }
 
     Log log;
+    TestClock clock;
     QAudioOutput* output = nullptr;
     QIODevice* device = nullptr;
     const unsigned char packet[20] = {};
 };
 
 TEST_F(Sound, ALongPacketGoesInPiecesToOneDevice) {
-    ChannelSound sound({output, device}, opener(), kShort);
+    ChannelSound sound({output, device}, opener(), clock.now());
     const ChannelSound::Player play = sound.player();
     EXPECT_EQ(log.devices, 0) << "opened at the first packet";
     play(packet, 20, 48000, 2);
@@ -109,11 +126,10 @@ TEST_F(Sound, ALongPacketGoesInPiecesToOneDevice) {
 }
 
 TEST_F(Sound, ADeviceThatStopsOrIsNotThereTakesNothing) {
-    ChannelSound none(
-        {output, device}, [](int, int) { return std::unique_ptr<SoundOutput>(); }, kShort);
+    ChannelSound none({output, device}, [](int, int) { return std::unique_ptr<SoundOutput>(); });
     none.player()(packet, 20, 48000, 2);
     EXPECT_EQ(device, nullptr);
-    ChannelSound sound({output, device}, opener(), kShort);
+    ChannelSound sound({output, device}, opener(), clock.now());
     log.stopped = true;
     sound.player()(packet, 20, 48000, 2);
     EXPECT_TRUE(log.pieces.empty());
@@ -121,10 +137,11 @@ TEST_F(Sound, ADeviceThatStopsOrIsNotThereTakesNothing) {
 
 // However it was lost; what comes meanwhile is let go, at once.
 TEST_F(Sound, ALostDeviceIsFollowedByTheNextOne) {
-    ChannelSound sound({output, device}, opener(), kShort);
+    ChannelSound sound({output, device}, opener(), clock.now());
     const ChannelSound::Player play = sound.player();
     for (bool* fault : {&log.stopped, &log.ended}) {
         play(packet, 4, 48000, 2);
+        clock.pass(seconds(1) - std::chrono::milliseconds(1));
         ASSERT_NE(device, nullptr);
         const int before = log.devices;
         *fault = true;
@@ -133,40 +150,57 @@ TEST_F(Sound, ALostDeviceIsFollowedByTheNextOne) {
         EXPECT_EQ(log.devices, before);
         *fault = false;
         const std::size_t pieces = log.pieces.size();
-        EXPECT_TRUE(waitFor(
-            [&] {
-                play(packet, 4, 48000, 2);
-                return log.pieces.size() > pieces;
-            },
-            20000));
-        EXPECT_EQ(log.devices, before + 1) << "the lost one takes nothing more";
+        play(packet, 4, 48000, 2);
+        EXPECT_EQ(log.pieces.size(), pieces) << "the lost one takes nothing more";
+        clock.pass(std::chrono::milliseconds(1));
+        play(packet, 4, 48000, 2);
+        EXPECT_EQ(log.pieces.size(), pieces + 1);
+        EXPECT_EQ(log.devices, before + 1);
         EXPECT_EQ(log.gone, before);
         EXPECT_NE(device, nullptr);
     }
 }
 
-TEST_F(Sound, ADeviceThatIsNotThereYetIsAskedForAgain) {
+// Null or stopped. What has opened once is asked for as often as at first.
+TEST_F(Sound, ADeviceThatIsNotThereIsAskedForAgainEverLessOften) {
+    enum class Gives { kNothing, kStopped, kDevice } gives = Gives::kNothing;
     int asked = 0;
     ChannelSound sound(
         {output, device},
         [&](int, int) {
-            return ++asked < 3 ? std::unique_ptr<SoundOutput>() : std::make_unique<FakeOutput>(log);
+            ++asked;
+            log.stopped = gives != Gives::kDevice;
+            return gives == Gives::kNothing ? nullptr : std::make_unique<FakeOutput>(log);
         },
-        kShort);
-    const ChannelSound::Player play = sound.player();
-    const auto begun = std::chrono::steady_clock::now();
-    EXPECT_TRUE(waitFor(
-        [&] {
+        clock.now());
+    // Seconds from attempt to attempt, with a packet each.
+    const auto pauses = [&, play = sound.player()](std::size_t count) {
+        std::vector<int> all;
+        for (int passed = 1; all.size() < count && passed < 100; ++passed) {
+            clock.pass(seconds(1));
+            const int before = asked;
             play(packet, 4, 48000, 2);
-            return !log.pieces.empty();
-        },
-        20000));
-    EXPECT_EQ(asked, 3);
-    EXPECT_GE(std::chrono::steady_clock::now() - begun, 2 * kShort) << "not at each packet";
+            if (asked > before) {
+                all.push_back(std::exchange(passed, 0));
+            }
+        }
+        return all;
+    };
+    const std::vector<int> growing{1, 1, 2, 4, 8, 16, 16, 16};
+    EXPECT_EQ(pauses(8), growing);
+    gives = Gives::kDevice;
+    EXPECT_EQ(pauses(1), (std::vector<int>{16}));
+    EXPECT_EQ(log.pieces.size(), 1U);
+    log.stopped = true;
+    sound.player()(packet, 4, 48000, 2);
+    gives = Gives::kStopped;
+    EXPECT_EQ(pauses(8), growing);
+    sound.stop();
+    EXPECT_EQ(log.gone, log.devices);
 }
 
 TEST_F(Sound, TheGateTurnsSoundAway) {
-    ChannelSound sound({output, device}, opener(), kShort);
+    ChannelSound sound({output, device}, opener(), clock.now());
     ChannelSound::closeGate();
     sound.player()(packet, 20, 48000, 2);
     EXPECT_EQ(log.devices, 0);
@@ -176,7 +210,7 @@ TEST_F(Sound, TheGateTurnsSoundAway) {
 // it or touches what it uses.
 TEST_F(Sound, ACallThatHangsKeepsItsDeviceUntilItComesBack) {
     log.hangs = true;
-    auto sound = std::make_unique<ChannelSound>(SoundFields{output, device}, opener(), kShort);
+    auto sound = std::make_unique<ChannelSound>(SoundFields{output, device}, opener(), clock.now());
     std::thread hanging([this, play = sound->player()] { play(packet, 20, 48000, 2); });
     ASSERT_TRUE(log.waitFor([this] { return log.waiting == 1; }));
     ChannelSound::closeGate();
@@ -233,29 +267,79 @@ TEST_F(SystemSound, IsTurnedAwayUntilTheGateOpens) {
     EXPECT_TRUE(output->thread()->isRunning()) << "what the server says reaches it";
 }
 
+// Holds the sound's present thread until it is gone.
+class HeldThread {
+public:
+    HeldThread() {
+        thread.post([this] { const std::lock_guard<std::mutex> wait(m_mutex); });
+    }
+    ~HeldThread() { release(); }
+    // Also waits until the thread has done what was left to it.
+    void release() {
+        if (m_hold.owns_lock()) {
+            m_hold.unlock();
+            EXPECT_TRUE(thread.run([] {}, within(seconds(30))));
+        }
+    }
+    static std::function<bool()> within(Clock::duration time) {
+        return [deadline = Clock::now() + time] { return Clock::now() < deadline; };
+    }
+
+    const SoundThread thread = SoundThread::present();
+
+private:
+    std::mutex m_mutex;
+    std::unique_lock<std::mutex> m_hold{m_mutex};
+};
+
+QThread* at(const SoundThread& thread) {
+    const auto found = std::make_shared<QThread*>(nullptr);
+    EXPECT_TRUE(thread.run([found] { *found = QThread::currentThread(); }, HeldThread::within(seconds(30))));
+    return *found;
+}
+
 TEST(SoundThreadWork, ThatHangsIsWaitedForNoLongerThanItIsWanted) {
-    std::mutex hang;
-    std::unique_lock<std::mutex> hangs(hang);
-    const SoundThread first = SoundThread::present();
-    first.post([&hang] { const std::lock_guard<std::mutex> wait(hang); });
+    QThread* const first = at(SoundThread::present());
+    HeldThread held;
     const auto done = std::make_shared<std::atomic<bool>>(false);
     int asked = 0;
-    EXPECT_FALSE(first.run([done] { *done = true; }, [&asked] { return ++asked < 3; }));
+    EXPECT_FALSE(held.thread.run([done] { *done = true; }, [&asked] { return ++asked < 3; }));
     EXPECT_EQ(asked, 3);
     EXPECT_FALSE(*done);
     // After a while another thread does what comes.
-    const auto begun = std::chrono::steady_clock::now();
-    const auto works = [] { return SoundThread::present().run([] {}, [] { return false; }); };
-    EXPECT_TRUE(waitFor(works, 30000));
-    EXPECT_GE(std::chrono::steady_clock::now() - begun, std::chrono::seconds(4));
-    hangs.unlock();
-    EXPECT_TRUE(waitFor([&done] { return done->load(); }, 20000)) << "done later";
-    QThread* at = nullptr;
-    QThread* now_at = nullptr;
-    EXPECT_TRUE(first.run([&at] { at = QThread::currentThread(); }, [] { return true; }));
-    EXPECT_TRUE(
-        SoundThread::present().run([&now_at] { now_at = QThread::currentThread(); }, [] { return true; }));
-    EXPECT_EQ(now_at, at) << "the first again";
+    EXPECT_FALSE(SoundThread::present(std::chrono::hours(1)).run([] {}, [] { return false; }));
+    const auto next = [] { return SoundThread::present(std::chrono::milliseconds(1)); };
+    EXPECT_TRUE(waitFor([&] { return next().run([] {}, HeldThread::within(seconds(1))); }, 30000));
+    EXPECT_NE(at(next()), first);
+    EXPECT_EQ(SoundThread::kHangs, seconds(5));
+    held.release();
+    EXPECT_TRUE(*done) << "done later";
+    EXPECT_EQ(at(next()), first) << "the first again";
+}
+
+// Whoever opens soon after a thread began to hang is given that thread.
+TEST_F(SystemSound, IsOpenedOnAnotherThreadWhereTheFirstHangs) {
+    const HeldThread held;
+    TestClock clock;
+    ChannelSound hasty({output, device}, ChannelSound::systemDevice(std::chrono::milliseconds(500)),
+                       clock.now());
+    ChannelSound::openGate();
+    std::atomic<int> attempts{0};
+    std::atomic<bool> opened{false};
+    std::thread stream([&, play = hasty.player()] {
+        const std::vector<unsigned char> packet(4);
+        while (attempts < 20 && !opened) {
+            play(packet.data(), 4, 48000, 2);
+            ++attempts;
+            opened = output != nullptr;
+            clock.pass(seconds(16));
+        }
+    });
+    EXPECT_TRUE(waitFor([&] { return opened.load(); }, 30000)) << attempts;
+    EXPECT_GE(attempts, 2) << "the first attempt found the thread that hangs";
+    ChannelSound::closeGate();
+    stream.join();
+    hasty.stop();
 }
 
 TEST_F(SystemSound, StoppingLetsGoOfBoth) {
