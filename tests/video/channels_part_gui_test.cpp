@@ -411,9 +411,14 @@ TEST_F(Channels, ClosingTheFirstDrawsTheCachedTail) {
     second->toggle();
     second->toggle();
     EXPECT_EQ(frame_cache.size(), 1U);
-    library().at_close = [this] { EXPECT_EQ(frame_cache.size(), 1U) << "drawn once the stream has ended"; };
+    bool closing = false;
+    library().at_close = [&] {
+        closing = true;
+        EXPECT_EQ(frame_cache.size(), 1U) << "drawn once the stream has ended";
+    };
     first->toggle();
     library().at_close = nullptr;
+    EXPECT_TRUE(closing);
     EXPECT_TRUE(frame_cache.empty());
     EXPECT_EQ(frame_width, 96);
 }
