@@ -1,16 +1,13 @@
 // A disk that does not answer: what waits for it holds up neither the picture nor the close, and nothing of
 // it is lost once the disk answers again.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 
 #include "camera.h"
+#include "hanging_file.h"
 #include "recording.h"
 #include "tavrik/tavrik.h"
 
@@ -38,32 +35,6 @@ WireForm transport() {
     form.pes_lengths = true;
     return form;
 }
-
-// A file that nobody can open or write before somebody reads it.
-class HangingFile {
-public:
-    explicit HangingFile(std::string path) : m_path(std::move(path)) {
-        EXPECT_EQ(::mkfifo(m_path.c_str(), 0600), 0);
-    }
-    // Lets it go on; all that is written until its writer closes it.
-    Bytes answer() const {
-        // Opened without waiting: its writer may be long gone.
-        const int file = ::open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        EXPECT_GE(file, 0);
-        Bytes all;
-        std::uint8_t piece[65536];
-        EXPECT_TRUE(becomes([&] {
-            const ssize_t got = ::read(file, piece, sizeof piece);
-            all.insert(all.end(), piece, piece + std::max<ssize_t>(got, 0));
-            return got == 0 && !all.empty();
-        })) << all.size();
-        ::close(file);
-        return all;
-    }
-
-private:
-    const std::string m_path;
-};
 
 std::string runIn(const std::string& path) {
     const Recording recording = readRecording(path);

@@ -10,6 +10,8 @@
 
 #include "camera.h"
 #include "clip_files.h"
+#include "hanging_file.h"
+#include "memory.h"
 #include "recording.h"
 
 namespace tavrik::test {
@@ -162,6 +164,25 @@ TEST_F(RecorderClock, WithoutParameterSetsNothingBeginsHoweverLongItWaits) {
     give(1, 10);
     stop();
     EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
+}
+
+// What waits is bounded by what it takes in memory, not by what it carries.
+TEST_F(RecorderClock, PiecesOfSoundOfAFewBytesDoNotFillTheMemoryWhileTheDiskHangs) {
+    const HangingFile disk(m_folder / "a.dat");
+    give(0, 1, Told::kKey);
+    m_recorder.begin(m_folder / "a.dat", false);
+    const std::uint8_t bytes[] = {1, 2};
+    const SoundPiece piece{bytes, sizeof bytes, {}, true};
+    const std::size_t before = bytesInUse();
+    for (int n = 0; n < 1000000; ++n) {
+        m_recorder.sound(piece, nullptr);
+    }
+    const std::size_t more = bytesInUse() - before;
+    EXPECT_GT(more, Recorder::kMaxWaitingBytes / 2) << "the disk hangs";
+    EXPECT_LT(more, 2 * Recorder::kMaxWaitingBytes);
+    m_recorder.stop();
+    const Bytes written = disk.answer();
+    EXPECT_EQ(Bytes(written.begin(), written.begin() + 4), (Bytes{0, 0, 0, 1}));
 }
 
 // The file before is kept open for pictures that are shown before the next one's first.
