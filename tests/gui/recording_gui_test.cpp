@@ -1,5 +1,6 @@
 // Recording by the action, the key and the raw button; the roll-over; the tips that blink; the notice.
 
+#include "event_watch.h"
 #include "recording_fixture.h"
 #include "tests/widgets/x11_pointer.h"
 
@@ -270,7 +271,7 @@ TEST_F(Recording, TheRealTimerBlinks) {
 }
 
 TEST_F(Recording, TipsAndNoticesTakeNoActivation) {
-    startWith();
+    startWith({{"common/check_video_ms", 600000}});
     open1();
     X11Pointer pointer;
     ASSERT_TRUE(pointer.available());
@@ -279,14 +280,20 @@ TEST_F(Recording, TipsAndNoticesTakeNoActivation) {
         const QPoint where = on->mapToGlobal(at);
         pointer.moveTo(where.x(), where.y());
         ASSERT_TRUE(waitFor([&] { return QCursor::pos() == where; }, 20000));
+        PressWatch watch;
+        on->windowHandle()->installEventFilter(&watch);
         pointer.press(1);
         pointer.release(1);
+        EXPECT_TRUE(waitFor([&] { return watch.presses == 1; }, 20000)) << on->isVisible();
     };
     record()->trigger();
     tick(in().m_blinkTimer());
+    // A tip that blinked away would not be clicked.
+    HeldTimer steady(*window, in().m_blinkTimer());
     ASSERT_TRUE(QTest::qWaitForWindowExposed(in().m_tip1(), 20000));
     click(in().m_tip1(), QPoint(10, 25));
     record()->trigger();
+    ASSERT_NE(in().rec_notice(), nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(in().rec_notice(), 20000));
     click(in().rec_notice(), QPoint(60, 90));
     // By the time that the window manager shows another window it has dealt with what came before.
