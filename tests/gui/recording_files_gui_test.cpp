@@ -140,6 +140,7 @@ protected:
     void startWithCameras(const QString& base) {
         startRecorder({{"connection/video1_play_address", QStringList{camera1.url()}},
                        {"connection/video2_play_address", camera2.url()},
+                       {"common/check_video_ms", 600000},
                        {"dataSave/default_video_saving_directory", base}});
         open1();
         open2();
@@ -307,7 +308,7 @@ protected:
 // By hand or by the stall check: what is opened again is what stands in the field.
 TEST_F(PodFiles, AnotherAddressWhileItPlaysIsTheNextStream) {
     const QString base = folder.filePath("record");
-    startRecorder({{"dataSave/default_video_saving_directory", base}});
+    startRecorder({{"dataSave/default_video_saving_directory", base}, {"common/check_video_ms", 600000}});
     startPodFor(freePort(),
                 {"--telemetry-hz", "0", "--rtsp-port", "0", "--size0", "640x512", "--size1", "512x288"});
     ASSERT_FALSE(HasFatalFailure());
@@ -334,7 +335,7 @@ TEST_F(PodFiles, AnotherAddressWhileItPlaysIsTheNextStream) {
             tick(in().m_videoCheckTimer());
             tick(in().m_videoCheckTimer());
         }
-        EXPECT_TRUE(isClosed(file));
+        EXPECT_TRUE(waitFor([&] { return isClosed(file); }, 20000));
         ASSERT_TRUE(showsWidth(by_hand ? 512 : 640));
         EXPECT_EQ(address().currentText(), by_hand ? second : first);
         EXPECT_EQ(probed(file)["streams"].toArray().at(0).toObject()["width"].toInt(), old_width);
