@@ -122,7 +122,7 @@ endif()
 target_include_directories(sorvane_test_flags INTERFACE ${SORVANE_TEST_INCLUDE})
 
 # The large headers of others that the tests' own files name are compiled once: tests/CMakeLists.txt declares the two
-# targets that hold them.
+# targets that hold them. Not for Windows, where each target has definitions of the system's headers of its own.
 option(SORVANE_TEST_HEADERS "Compile the large headers of the tests once for all" ON)
 function(sorvane_test_headers target headers)
   if(SORVANE_TEST_HEADERS AND TARGET ${headers})
